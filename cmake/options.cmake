@@ -1,0 +1,22 @@
+# What every target of ours is built with.
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+# Our own code: link against this to be held to the project's warnings.
+add_library(merolt_options INTERFACE)
+target_compile_options(merolt_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor $<$<BOOL:${MEROLT_WERROR}>:-Werror>)
+
+if(MEROLT_SANITIZE)
+    add_compile_options(-fsanitize=${MEROLT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${MEROLT_SANITIZE})
+endif()
+
+# Binaries find the build's libraries beside them, and LD_LIBRARY_PATH can still put another libtavik.so.1 in front:
+# that needs DT_RUNPATH and not DT_RPATH.
+add_link_options(-Wl,--enable-new-dtags)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)

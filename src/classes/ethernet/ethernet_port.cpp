@@ -1,0 +1,93 @@
+#include "classes/ethernet/ethernet_port.h"
+
+#include "classes/ethernet/port_properties.h"
+#include "classes/instance.h"
+#include "log/log.h"
+#include "text/text.h"
+
+namespace merolt::ethernet {
+
+namespace {
+
+constexpr const char* cimClass = "Merolt_NIC_EthernetPort2";
+const char* keys[] = {"SystemCreationClassName", "SystemName", "CreationClassName", "DeviceID", nullptr};
+
+constexpr std::uint64_t tenGigabit = 10000;
+
+const char* macText(const CNAPort& port) { return formatMACAddress(port.portProperties.macAddress, nullptr); }
+
+// The first linkage stands for all; without one the properties are there and empty.
+void setLinkageProperties(CmpiInstance& instance, const CNAPort& port) {
+    FixedText<24> wwn;
+    FixedText<9> portId;
+    MacText eNodeMac;
+    if (const TAVIK_FCoELinkage* linkage = port.fcoeLinkage) {
+        const std::uint8_t* name = linkage->wwn;
+        wwn.format("%02X-%02X-%02X-%02X-%02X-%02X-%02X-%02X", name[0], name[1], name[2], name[3], name[4], name[5],
+                   name[6], name[7]);
+        portId.format("%02X-%02X-%02X", linkage->fcPortId[0], linkage->fcPortId[1], linkage->fcPortId[2]);
+        formatMACAddress(linkage->eNodeMac, eNodeMac.data());
+    }
+    instance.setProperty("FC_WWN", CmpiData(wwn.text()));
+    instance.setProperty("FC_PortID", CmpiData(portId.text()));
+    instance.setProperty("FC_ENodeMACAddress", CmpiData(eNodeMac.text()));
+}
+
+const EthernetClass descriptor = {
+    "DeviceID",
+    forEachPort,
+    [](const Element& element) { return macText(*element.port); },
+    [](const char* className, const char* nameSpace, const Element& element) {
+        return makePath_EthernetPort(className, nameSpace, element.card, element.port);
+    },
+    [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
+        return makeInstance_EthernetPort(className, nameSpace, properties, element.card, element.port);
+    },
+    {
+        "Merolt_NIC_EthernetPort enumInstanceNames was called\n",
+        "Merolt_NIC_EthernetPort: Error getting namespace in enumInstanceNames\n",
+        "Merolt_NIC_EthernetPort: Error getting ClassName in enumInstanceNames\n",
+        "Merolt_NIC_EthernetPort enumInstances was called\n",
+        "Merolt_NIC_EthernetPort: Error getting namespace in enumIntances\n",
+        "Merolt_NIC_EthernetPort: Error getting classname in enumIntances\n",
+        "Merolt_NIC_EthernetPort getInstance_EthernetPort was called\n",
+        "Merolt_NIC_EthernetPort: Error getting namespace in getIntances\n",
+        "Merolt_NIC_EthernetPort: Error getting classname in getIntances\n",
+        "Merolt_NIC_EthernetPort: Error getting DeviceID key in findMatchedRole1\n",
+    },
+};
+
+} // namespace
+
+CmpiObjectPath makePath_EthernetPort(const char* className, const char* nameSpace, CNACard*, CNAPort* port) {
+    DEBUG_LOG("Merolt_NIC_EthernetPort makePath_EthernetPort was called\n");
+    return systemScopedPath(className, nameSpace, cimClass, "DeviceID", macText(*port));
+}
+
+CmpiInstance makeInstance_EthernetPort(const char* className, const char* nameSpace, const char** properties, CNACard*,
+                                       CNAPort* port) {
+    DEBUG_LOG("Merolt_NIC_EthernetPort makeInstance_EthernetPort was called\n");
+    CmpiInstance instance = newInstance(className, nameSpace, properties, keys);
+    const char* mac = macText(*port);
+    const CMPIUint64 speed = port->portProperties.link.speed == tenGigabit ? maximumPortSpeed : 0;
+    setSystemScope(instance, cimClass);
+    instance.setProperty("DeviceID", CmpiData(mac));
+    instance.setProperty("LinkTechnology", CmpiData(linkTechnologyEthernet));
+    instance.setProperty("PermanentAddress", CmpiData(mac));
+    instance.setProperty("PortNumber", CmpiData(portNumber(*port)));
+    instance.setProperty("PortType", CmpiData(portTypeEthernet));
+    setLinkStatus(instance, *port);
+    instance.setProperty("Caption", CmpiData(mac));
+    instance.setProperty("Description", CmpiData("Merolt CNA Ethernet Port"));
+    instance.setProperty("ElementName", CmpiData(mac));
+    instance.setProperty("Name", CmpiData(mac));
+    instance.setProperty("MaxSpeed", CmpiData(maximumPortSpeed));
+    instance.setProperty("ActiveMaximumTransmissionUnit", CmpiData(CMPIUint64{port->portProperties.mtu}));
+    instance.setProperty("Speed", CmpiData(speed));
+    setLinkageProperties(instance, *port);
+    return instance;
+}
+
+DEFINE_REQUEST_FUNCTIONS(EthernetPort, descriptor)
+
+} // namespace merolt::ethernet

@@ -1,0 +1,180 @@
+#include "classes/storage/vital_product_data.h"
+
+#include "inventory/chip.h"
+#include "text/text.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace merolt::storage {
+
+VpdStore g_productIdentifier;
+VpdStore g_vpdRTag;
+VpdStore g_vpdEndTag;
+VpdStore g_partNumber;
+VpdStore g_serialNumber;
+VpdStore g_miscInformation;
+VpdStore g_manufacturingId;
+VpdStore g_efiDriverVersion;
+VpdStore g_firmwareVersion;
+VpdStore g_biosVersion;
+VpdStore g_fcodeVersion;
+VpdStore g_flashImageVersion;
+VpdStore g_fcCode;
+VpdStore g_fruNumberVersion;
+VpdStore g_assetTag;
+VpdStore g_UUID;
+VpdStore g_i2cUUID;
+
+namespace {
+
+constexpr std::size_t blockSize = 1024;
+
+constexpr std::uint8_t tagProductIdentifier = 0x82;
+constexpr std::uint8_t tagReadOnlySection = 0x90;
+constexpr std::uint8_t tagWritableSection = 0x91;
+constexpr std::uint8_t tagEnd = 0x78;
+
+enum class Form { asItStands, trimmed, packedVersion };
+
+/// A keyword and where its value goes; keywords without a store are known and dropped.
+struct Keyword {
+    char name[3];
+    const char* label;
+    VpdStore* store;
+    Form form;
+};
+
+const Keyword keywords[] = {
+    {"RV", "", nullptr, Form::asItStands},
+    {"RW", "", nullptr, Form::asItStands},
+    {"PN", "Part Number", &g_partNumber, Form::asItStands},
+    {"EC", "", nullptr, Form::asItStands},
+    {"SN", "Serial Number", &g_serialNumber, Form::asItStands},
+    {"V0", "Miscellaneous Information", &g_miscInformation, Form::asItStands},
+    {"V2", "", nullptr, Form::asItStands},
+    {"MN", "Manufacturing Id", &g_manufacturingId, Form::asItStands},
+    {"V1", "EFI Driver Version", &g_efiDriverVersion, Form::trimmed},
+    {"V3", "Firmware Version", &g_firmwareVersion, Form::trimmed},
+    {"V4", "BIOS Version", &g_biosVersion, Form::trimmed},
+    {"V5", "FCode Version", &g_fcodeVersion, Form::trimmed},
+    {"RM", "Flash Image Version", &g_flashImageVersion, Form::trimmed},
+    {"V9", "Flash Image Version", &g_flashImageVersion, Form::packedVersion},
+    {"FC", "FC Code", &g_fcCode, Form::asItStands},
+    {"FN", "Fru Number", &g_fruNumberVersion, Form::asItStands},
+    {"YA", "Asset Tag", &g_assetTag, Form::asItStands},
+    {"YU", "UUID", &g_UUID, Form::asItStands},
+};
+
+void storeValue(VpdStore& store, const char* label, const char* value, std::size_t length) {
+    store.format("%s:%.*s", label, static_cast<int>(length), value);
+}
+
+/// A version of three two-digit numbers, such as 010203 for 1.2.3; numbers that are not there read as 0.
+FixedText<64> unpackVersion(const char* packed) {
+    int major = 0;
+    int minor = 0;
+    int subMinor = 0;
+    std::sscanf(packed, "%2d%2d%2d", &major, &minor, &subMinor);
+    FixedText<64> version;
+    version.format("%d.%d.%d", major, minor, subMinor);
+    return version;
+}
+
+void storeKeyword(const Keyword& keyword, const char* value, std::size_t length) {
+    if (keyword.form == Form::asItStands) {
+        storeValue(*keyword.store, keyword.label, value, length);
+        return;
+    }
+    FixedText<256> trimmed;
+    trimmed.assign({value, length});
+    trimString(trimmed.data());
+    if (keyword.form == Form::trimmed) {
+        storeValue(*keyword.store, keyword.label, trimmed.text(), length);
+    } else {
+        storeValue(*keyword.store, keyword.label, unpackVersion(trimmed.text()).text(), trimmed.capacity);
+    }
+}
+
+void fetchUUID(TAVIK_DeviceRecord* device) {
+    g_i2cUUID.clear();
+    char* text = nullptr;
+    std::uint32_t size = 0;
+    if (TAVIK_GetUUIDFromI2CVPD(device, &text, &size) != 0 || !text) return;
+    g_i2cUUID.assign(text);
+    TAVIK_FreeMem(text);
+}
+
+} // namespace
+
+void clearVpdStores() {
+    for (VpdStore* store :
+         {&g_productIdentifier, &g_vpdRTag, &g_vpdEndTag, &g_partNumber, &g_serialNumber, &g_miscInformation,
+          &g_manufacturingId, &g_efiDriverVersion, &g_firmwareVersion, &g_biosVersion, &g_fcodeVersion,
+          &g_flashImageVersion, &g_fcCode, &g_fruNumberVersion, &g_assetTag})
+        store->clear();
+}
+
+int fetchAdapterVpd(TAVIK_DeviceRecord* device) {
+    if (!device) return -1;
+    fetchUUID(device);
+    if (!chipHasVpdSerial(device)) return -1;
+    auto* buffer = static_cast<std::uint8_t*>(CoreAlloc(blockSize));
+    if (!buffer) return -1;
+    std::uint32_t size = blockSize;
+    const int status = static_cast<int>(TAVIK_GetVpd(device->handle, 0, buffer, &size));
+    if (status == 0) parseVpdBuffer(buffer, blockSize);
+    CoreFree(buffer);
+    return status;
+}
+
+void parseVpdBuffer(const std::uint8_t* buffer, std::size_t size) {
+    constexpr std::size_t headerSize = 3;
+    std::size_t position = 0;
+    // A block without end tag ends where the buffer does, and so does a value that claims to be longer.
+    while (position + headerSize <= size && buffer[position] != tagEnd) {
+        const std::uint8_t* tag = buffer + position;
+        std::size_t length = 0;
+        if (tag[0] == tagProductIdentifier) {
+            length = static_cast<std::size_t>(tag[1] | tag[2] << 8);
+        } else if (tag[0] != 0 && tag[0] != tagReadOnlySection && tag[0] != tagWritableSection) {
+            length = tag[2];
+        }
+        const std::size_t room = size - position - headerSize;
+        if (tag[0] != 0) parseVpdTag(tag, tag + headerSize, std::min(length, room));
+        position += headerSize + length;
+    }
+    if (position < size && buffer[position] == tagEnd) parseVpdTag(buffer + position, nullptr, 0);
+}
+
+void parseVpdTag(const std::uint8_t* tag, const std::uint8_t* value, std::size_t length) {
+    const char* text = value ? reinterpret_cast<const char*>(value) : "";
+    switch (tag[0]) {
+    case tagProductIdentifier:
+        storeValue(g_productIdentifier, "Product Identifier", text, length);
+        return;
+    case tagReadOnlySection:
+        g_vpdRTag.assign("VPD-R Tag:");
+        return;
+    case tagWritableSection:
+        return;
+    case tagEnd:
+        g_vpdEndTag.assign("End Tag:");
+        return;
+    default:
+        break;
+    }
+    for (const Keyword& keyword : keywords) {
+        if (std::memcmp(tag, keyword.name, 2) != 0) continue;
+        if (keyword.store) storeKeyword(keyword, text, length);
+        return;
+    }
+}
+
+const char* vpdValue(const VpdStore& store) {
+    const char* colon = std::strchr(store.text(), ':');
+    return colon ? colon + 1 : "";
+}
+
+} // namespace merolt::storage

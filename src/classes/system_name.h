@@ -1,0 +1,17 @@
+// The host's name as all instances carry it.
+#pragma once
+
+#include <cstdint>
+
+namespace merolt {
+
+/// Value of the key SystemName on all instances. Set once at the start of the polling thread.
+extern char gSystemName[256];
+/// How the name was found: 2 computer name, 4 or 6 address text.
+extern std::uint32_t gSystemNameFormat;
+
+/// Fills `name` (256 bytes) with the first address that name resolution gives for this host, or with the computer
+/// name where there is none. @param format receives 2, 4 or 6; left alone for an address of another length.
+void getSystemName(char* name, std::uint32_t* format);
+
+} // namespace merolt

@@ -1,0 +1,27 @@
+// The record whose address the polling thread receives.
+#pragma once
+
+#include "platform/mutex.h"
+
+#include "CmpiBroker.h"
+#include "CmpiContext.h"
+#include "cmpios.h"
+
+#include <cstdint>
+#include <memory>
+
+class Merolt_CNA_Provider;
+
+struct PollThreadContext {
+    CmpiBroker* broker = nullptr;
+    /// Attached by the thread and handed to deliverIndication; must stay valid as long as the thread runs.
+    std::unique_ptr<CmpiContext> context;
+    Merolt_CNA_Provider* provider = nullptr;
+    CMPI_THREAD_TYPE thread = nullptr;
+    /// Guards the two flags behind it, and is the innermost lock.
+    std::unique_ptr<merolt::platform::Mutex> mutex;
+    /// Set by the thread as its last act.
+    std::uint8_t threadDead = 0;
+    /// Asks the thread to end; read once a second.
+    std::uint8_t killThread = 0;
+};

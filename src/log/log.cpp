@@ -1,0 +1,94 @@
+#include "log/log.h"
+
+#include "platform/platform.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+namespace merolt {
+
+bool gDebugLog = true;
+bool gErrorLog = true;
+char gLogFileName[272];
+char gPrevLogFileName[272];
+char gInstallDirectory[272];
+
+namespace {
+
+constexpr const char* logFile = "Merolt_CNA_Provider.log";
+constexpr const char* previousLogFile = "Merolt_CNA_Provider_prev.log";
+constexpr long long rotationSize = 0x100000;
+constexpr std::size_t messageSize = 512;
+
+void appendLine(const char* message) {
+    std::FILE* file = std::fopen(gLogFileName, "ae");
+    if (!file) return;
+    const std::time_t now = platform::services().now();
+    char time[32] = "";
+    ctime_r(&now, time);
+    time[std::strcspn(time, "\n")] = '\0';
+    std::fprintf(file, "%s %s\n", time, message);
+    std::fclose(file);
+}
+
+// The line about a failed rename comes before the line that was to be written. It does not rotate by itself: with the
+// file still oversized it would only fail again.
+void reportFailedRename(int result, int error) {
+    char message[messageSize];
+    std::snprintf(message, sizeof(message), "Merolt_FC_Utils Error renaming log file, result=%d, errno=%d", result,
+                  error);
+    appendLine(message);
+}
+
+void rotateIfFull() {
+    if (platform::services().fileSize(gLogFileName) < rotationSize) return;
+    std::remove(gPrevLogFileName);
+    const int result = std::rename(gLogFileName, gPrevLogFileName);
+    const int error = errno;
+    if (result != 0 && error != ENOENT && gErrorLog) reportFailedRename(result, error);
+}
+
+void writeLine(const char* format, va_list arguments) {
+    rotateIfFull();
+    char message[messageSize];
+    std::vsnprintf(message, sizeof(message), format, arguments);
+    appendLine(message);
+}
+
+void useInstallLocation(const std::string& location) {
+    const char* separator = location.back() == '/' ? "" : "/";
+    std::snprintf(gLogFileName, sizeof(gLogFileName), "%s%slog/%s", location.c_str(), separator, logFile);
+    std::snprintf(gPrevLogFileName, sizeof(gPrevLogFileName), "%s%slog/%s", location.c_str(), separator,
+                  previousLogFile);
+    std::snprintf(gInstallDirectory, sizeof(gInstallDirectory), "%s%s", location.c_str(), separator);
+}
+
+} // namespace
+
+void initializeLogging() {
+    std::snprintf(gLogFileName, sizeof(gLogFileName), "%s", logFile);
+    std::snprintf(gPrevLogFileName, sizeof(gPrevLogFileName), "%s", previousLogFile);
+    gInstallDirectory[0] = '\0';
+    const std::string location = platform::services().installLocation();
+    if (!location.empty()) useInstallLocation(location);
+}
+
+void debugLog(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    writeLine(format, arguments);
+    va_end(arguments);
+}
+
+void errorLog(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    writeLine(format, arguments);
+    va_end(arguments);
+}
+
+} // namespace merolt

@@ -1,0 +1,16 @@
+// The order in which all lists are built and cleared: one table, walked by the first build, the refresh and the
+// clean-up. Callers hold provider_lock.
+#pragma once
+
+namespace merolt {
+
+/// Everything, when the provider starts.
+void buildListsAtStart();
+
+/// Everything, after clearLists. The CNA list comes late here: lists that take the Ethernet functions of a card from
+/// it find it empty in a refresh, and lack them until the provider is loaded again.
+void buildListsInRefresh();
+
+void clearLists();
+
+} // namespace merolt

@@ -1,0 +1,170 @@
+#include "provider/merolt_cna_provider.h"
+
+#include "configuration/configuration.h"
+#include "indications/alarm_intake.h"
+#include "indications/subscriptions.h"
+#include "inventory/tavik.h"
+#include "log/log.h"
+#include "platform/platform.h"
+#include "provider/list_builders.h"
+#include "provider/locks.h"
+#include "provider/polling_loop.h"
+
+#include "cmpift.h"
+
+#include <cstdlib>
+#include <mutex>
+
+using namespace merolt;
+
+namespace {
+
+using Guard = std::lock_guard<platform::Mutex>;
+
+/// Gives a context back that no thread was attached to. Servers that cannot release one do nothing here.
+void releaseContext(CmpiContext& context) {
+    CMPIContext* object = context.getEnc();
+    if (object && object->ft->release) object->ft->release(object);
+}
+
+} // namespace
+
+Merolt_CNA_Provider::Merolt_CNA_Provider(const CmpiBroker& providerBroker, const CmpiContext& context)
+    : CmpiBaseMI(providerBroker, context), CmpiInstanceMI(providerBroker, context),
+      CmpiAssociationMI(providerBroker, context), CmpiIndicationMI(providerBroker, context),
+      CmpiMethodMI(providerBroker, context) {
+    initializeLogging();
+    DEBUG_LOG("Merolt_CNA_Provider constructor was called");
+    makeLocks();
+    readConfiguration();
+}
+
+Merolt_CNA_Provider::~Merolt_CNA_Provider() {
+    DEBUG_LOG("***** Merolt_CNA_Provider destructor was called *****");
+    // A clean-up during the first build leaves the thread running; it must not outlive what it uses.
+    if (pollingEnabled && pollThread.thread) stopAndClear();
+    closeLocks();
+    DEBUG_LOG("Merolt_CNA_Provider destructor complete");
+}
+
+CmpiStatus Merolt_CNA_Provider::initialize(const CmpiContext& context) {
+    DEBUG_LOG("***** Merolt_CNA_Provider initialize was called *****");
+    if (initialized) {
+        DEBUG_LOG("***** Merolt_CNA_Provider already initialized *****\n\n");
+        platform::sleepSeconds(2);
+        return CmpiStatus(CMPI_RC_OK);
+    }
+    pollThread.context = std::make_unique<CmpiContext>(broker->prepareAttachThread(context));
+    startPollingLoop(context);
+    // In this time the polling thread normally takes provider_lock, so that the first request waits for the build.
+    platform::sleepSeconds(2);
+    DEBUG_LOG("***** Merolt_CNA_Provider initialize done *****\n\n");
+    return CmpiStatus(CMPI_RC_OK);
+}
+
+CmpiStatus Merolt_CNA_Provider::cleanup(CmpiContext&) {
+    DEBUG_LOG("***** Merolt_CNA_Provider cleanup was called *****");
+    if (initialized) stopAndClear();
+    DEBUG_LOG("***** Merolt_CNA_Provider cleanup done *****");
+    return CmpiStatus(CMPI_RC_OK);
+}
+
+void Merolt_CNA_Provider::stopAndClear() {
+    stopPollingLoop();
+    const Guard provider(*provider_lock);
+    clearLists();
+    TAVIK_UnRegisterAlarmNotificationCallback(OSSGenerateHostNotificationAlarm);
+    TAVIK_Uninitialize();
+    initialized = 0;
+}
+
+int Merolt_CNA_Provider::isUnloadable() const {
+    DEBUG_LOG("***** Merolt_CNA_Provider isUnloadable was called *****");
+    return 1;
+}
+
+void Merolt_CNA_Provider::startPollingLoop(const CmpiContext& context) {
+    DEBUG_LOG("Start Polling Loop");
+    if (pollingEnabled) {
+        DEBUG_LOG("  Polling already enabled");
+        return;
+    }
+    pollThread.broker = broker;
+    if (pollThread.context) releaseContext(*pollThread.context);
+    pollThread.context = std::make_unique<CmpiContext>(broker->prepareAttachThread(context));
+    pollThread.provider = this;
+    pollThread.killThread = 0;
+    pollThread.threadDead = 0;
+    int error = 0;
+    pollThread.mutex = platform::makeMutex(error);
+    if (!pollThread.mutex) {
+        ERROR_LOG("Error %d Initializing provider_lock mutex", error);
+        std::exit(1);
+    }
+    const CMPIBrokerExtFT* threads = broker->getEnc()->xft;
+    if (threads && threads->newThread) pollThread.thread = threads->newThread(AdapterPollingLoop, &pollThread, 0);
+    pollingEnabled = 1;
+    DEBUG_LOG("Polling Loop Started");
+}
+
+void Merolt_CNA_Provider::stopPollingLoop() {
+    DEBUG_LOG("Stop Polling Loop");
+    if (!pollingEnabled) {
+        DEBUG_LOG("  Polling already disabled");
+        return;
+    }
+    std::unique_lock<platform::Mutex> guard(*pollThread.mutex);
+    pollThread.killThread = 1;
+    while (!pollThread.threadDead) {
+        guard.unlock();
+        platform::services().sleepMilliseconds(1000);
+        guard.lock();
+    }
+    guard.unlock();
+    const CMPIBrokerExtFT* threads = broker->getEnc()->xft;
+    if (threads && threads->joinThread) {
+        DEBUG_LOG("stopPollingLoop() calling joinThread");
+        threads->joinThread(pollThread.thread, nullptr);
+        DEBUG_LOG("stopPollingLoop() completed joinThread");
+    }
+    pollThread.mutex.reset();
+    pollingEnabled = 0;
+}
+
+void Merolt_CNA_Provider::enableIndications() {
+    DEBUG_LOG("Entering Merolt_CNA_Provider enableIndications\n");
+    const Guard guard(*enable_indications_mutex);
+    gIndicationsEnabled = true;
+    DEBUG_LOG("enableIndications: Indication enabled\n");
+}
+
+void Merolt_CNA_Provider::disableIndications() {
+    DEBUG_LOG("Entering Merolt_CNA_Provider disableIndications\n");
+    gIndicationsEnabled = false;
+    DEBUG_LOG("disableIndications:Indications disabled\n");
+}
+
+CmpiStatus Merolt_CNA_Provider::authorizeFilter(const CmpiContext&, const CmpiSelectExp&, const char*,
+                                                const CmpiObjectPath&, const char*) {
+    DEBUG_LOG("Entering Merolt_CNA_Provider authorizeFilter\n");
+    return CmpiStatus(CMPI_RC_OK);
+}
+
+CmpiStatus Merolt_CNA_Provider::mustPoll(const CmpiContext&, const CmpiSelectExp&, const char*, const CmpiObjectPath&) {
+    DEBUG_LOG("Entering Merolt_CNA_Provider mustPoll\n");
+    return CmpiStatus(CMPI_RC_OK);
+}
+
+CmpiStatus Merolt_CNA_Provider::activateFilter(const CmpiContext&, const CmpiSelectExp&, const char*,
+                                               const CmpiObjectPath&, CmpiBoolean) {
+    DEBUG_LOG("Entering Merolt_CNA_Provider activateFilter\n");
+    countActivatedFilter();
+    return CmpiStatus(CMPI_RC_OK);
+}
+
+CmpiStatus Merolt_CNA_Provider::deActivateFilter(const CmpiContext&, const CmpiSelectExp&, const char*,
+                                                 const CmpiObjectPath&, CmpiBoolean) {
+    DEBUG_LOG("Entering Merolt_CNA_Provider deActivateFilter\n");
+    countDeactivatedFilter();
+    return CmpiStatus(CMPI_RC_OK);
+}

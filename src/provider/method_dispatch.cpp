@@ -1,0 +1,62 @@
+// Methods: waits for the first build, takes both locks and hands the call to the installation service of the class.
+#include "classes/request.h"
+#include "log/log.h"
+#include "platform/platform.h"
+#include "provider/locks.h"
+#include "provider/merolt_cna_provider.h"
+
+#include <mutex>
+
+using namespace merolt;
+
+namespace {
+
+using RequestGuard = std::unique_lock<platform::Mutex>;
+using InvokeMethod = CmpiStatus (*)(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
+                                    const char* methodName, const CmpiArgs& in, CmpiArgs& out);
+
+struct MethodRow {
+    const char* className; ///< tested with classPathIsA
+    InvokeMethod invokeMethod;
+};
+
+// A service whose methods are not there yet answers like a class without methods: with nothing.
+constexpr MethodRow methodRows[] = {
+    {"Merolt_FCHBA_SoftwareInstallationService", nullptr},
+    {"Merolt_NIC_SoftwareInstallationService", nullptr},
+};
+
+void waitForFirstBuild(const std::atomic<std::uint8_t>& initialized) {
+    for (int test = 0; test < 5; ++test) {
+        if (initialized) continue;
+        DEBUG_LOG("invokeMethod is waiting for the provider to initialize...");
+        platform::sleepSeconds(2);
+    }
+}
+
+} // namespace
+
+CmpiStatus Merolt_CNA_Provider::invokeMethod(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
+                                             const char* methodName, const CmpiArgs& in, CmpiArgs& out) {
+    waitForFirstBuild(initialized);
+    RequestGuard provider(*provider_lock);
+    RequestGuard update(*adapter_update_lock);
+    const char* className = nullptr;
+    const CMPIStatus status = readClassName(cop, className);
+    if (status.rc != CMPI_RC_OK) {
+        ERROR_LOG("Merolt_CNA_Provider: invokeMethod error getting ClassName\n");
+        result.returnDone();
+        return status;
+    }
+    DEBUG_LOG("Entering Merolt_CNA_Provider invokeMethod: classname = %s, MethodName=%s", className, methodName);
+    for (const MethodRow& row : methodRows) {
+        if (!cop.classPathIsA(row.className)) continue;
+        if (row.invokeMethod) row.invokeMethod(context, result, cop, methodName, in, out);
+        break;
+    }
+    result.returnDone();
+    update.unlock();
+    provider.unlock();
+    DEBUG_LOG("Exiting  Merolt_CNA_Provider invokeMethod\n");
+    return CmpiStatus(CMPI_RC_OK);
+}

@@ -1,0 +1,145 @@
+#include "provider/polling_loop.h"
+
+#include "classes/system_name.h"
+#include "configuration/configuration.h"
+#include "configuration/nic_properties.h"
+#include "indications/alarm_intake.h"
+#include "inventory/cna_list.h"
+#include "inventory/poll_thread_context.h"
+#include "inventory/tavik.h"
+#include "log/log.h"
+#include "platform/platform.h"
+#include "provider/list_builders.h"
+#include "provider/locks.h"
+#include "provider/merolt_cna_provider.h"
+
+#include "cmpift.h"
+
+#include <cstdlib>
+#include <mutex>
+
+Merolt_CNA_Provider* g_Merolt_CNA_Provider = nullptr;
+
+namespace merolt {
+
+namespace {
+
+using Guard = std::lock_guard<platform::Mutex>;
+
+constexpr const char* providerVersion = "1.5.1";
+constexpr std::uint32_t everyLibraryLog = 31;
+
+/// The library's answer during one pass.
+std::int32_t gNeedRefresh = 0;
+
+void requireContext(const PollThreadContext* record) {
+    if (record && record->broker && record->context && record->provider) return;
+    ERROR_LOG("**** Error: Thread context not established for poll thread");
+    std::exit(1);
+}
+
+void attach(PollThreadContext& record) {
+    const CMPIBroker* broker = record.broker->getEnc();
+    broker->bft->attachThread(broker, record.context->getEnc());
+}
+
+void detach(PollThreadContext& record) {
+    const CMPIBroker* broker = record.broker->getEnc();
+    const void* context = record.context->getEnc();
+    DEBUG_LOG("AdapterPollingLoop() calling detachThread(%p)", context);
+    broker->bft->detachThread(broker, record.context->getEnc());
+    DEBUG_LOG("AdapterPollingLoop() returned from detachThread(%p)", context);
+    // Detaching ended the server's object behind it.
+    record.context.reset();
+}
+
+void firstBuild(PollThreadContext& record) {
+    {
+        const Guard provider(*provider_lock);
+        const Guard indications(*enable_indications_mutex);
+        DEBUG_LOG("Merolt CNA CMPI provider, version: %s", providerVersion);
+        const std::time_t start = platform::services().now();
+        getSystemName(gSystemName, &gSystemNameFormat);
+        TAVIK_Initialize(gTAVIKLog ? everyLibraryLog : 0, 0);
+        TAVIK_RegisterAlarmNotificationCallback(OSSGenerateHostNotificationAlarm);
+        buildListsAtStart();
+        DEBUG_LOG("Merolt_CNA_Provider::time taken to initialize devices: %.0f seconds.",
+                  std::difftime(platform::services().now(), start));
+        record.provider->initialized = 1;
+    }
+    DEBUG_LOG("FCPort & PortController classes initialized...");
+}
+
+// The library fills its second tree without provider_lock, so requests go on against the main one meanwhile.
+void updateBackupTree() {
+    const Guard update(*adapter_update_lock);
+    DEBUG_LOG("About to call TAVIK_UpdateBackupAdapterList()");
+    TAVIK_UpdateBackupAdapterList();
+    DEBUG_LOG("After the call to TAVIK_UpdateBackupAdapterList()");
+}
+
+void swapAndRebuild() {
+    const Guard provider(*provider_lock);
+    DEBUG_LOG("About to call TAVIK_SwapBackupToMainAdapterList()");
+    TAVIK_SwapBackupToMainAdapterList();
+    DEBUG_LOG("After the call to TAVIK_SwapBackupToMainAdapterList()");
+    clearLists();
+    buildListsInRefresh();
+    DEBUG_LOG("After the call to buildFCPortList()");
+}
+
+void refresh() {
+    DEBUG_LOG("gNeedRefresh flag is ON");
+    updateBackupTree();
+    swapAndRebuild();
+    gNeedRefresh = 0;
+}
+
+void checkAdapters(PollThreadContext& record) {
+    gNeedRefresh = static_cast<std::int32_t>(TAVIK_DidConfigChange());
+    TAVIK_ResetConfigChange();
+    if (gNeedRefresh != 0) refresh();
+    const Guard provider(*provider_lock);
+    Update_CNA_List(&record, nullptr);
+}
+
+bool isToStop(PollThreadContext& record) {
+    const Guard guard(*record.mutex);
+    return record.killThread != 0;
+}
+
+void pollUntilStopped(PollThreadContext& record) {
+    std::time_t lastCheck = platform::services().now();
+    for (;;) {
+        const std::time_t now = platform::services().now();
+        const std::int32_t interval = Merolt_NIC_Properties::instance().linkStatusPollIntervalSeconds;
+        if (now - lastCheck > interval) {
+            checkAdapters(record);
+            lastCheck = now;
+        }
+        if (isToStop(record)) return;
+        platform::services().sleepMilliseconds(1000);
+    }
+}
+
+} // namespace
+
+CMPI_THREAD_RETURN CMPI_THREAD_CDECL AdapterPollingLoop(void* argument) {
+    DEBUG_LOG("AdapterPollingLoop() starting");
+    auto* record = static_cast<PollThreadContext*>(argument);
+    requireContext(record);
+    g_Merolt_CNA_Provider = record->provider;
+    attach(*record);
+    firstBuild(*record);
+    pollUntilStopped(*record);
+    DEBUG_LOG("AdapterPollingLoop() thread has been killed");
+    detach(*record);
+    {
+        const Guard guard(*record->mutex);
+        record->threadDead = 1;
+    }
+    DEBUG_LOG("AdapterPollingLoop() ending...\n");
+    return nullptr;
+}
+
+} // namespace merolt

@@ -403,14 +403,23 @@ CMPI_SIZE(CMPIPropertyMI, 16);
 CMPI_PLACE(CMPIPropertyMI, hdl, 0, 8);
 CMPI_PLACE(CMPIPropertyMI, ft, 8, 8);
 
-CMPI_SIZE(CMPIPropertyMIFT, 48);
+// Headers of some servers end this table one slot earlier; no server calls that slot.
+template <typename Table>
+constexpr bool propertyTableEndsWell() {
+    if constexpr (requires { &Table::setPropertyWithOrigin; }) {
+        return sizeof(Table) == 48 && offsetof(Table, setPropertyWithOrigin) == 40 &&
+               sizeof(Table::setPropertyWithOrigin) == 8;
+    } else {
+        return sizeof(Table) == 40;
+    }
+}
+static_assert(propertyTableEndsWell<CMPIPropertyMIFT>(), "CMPIPropertyMIFT");
 CMPI_PLACE(CMPIPropertyMIFT, ftVersion, 0, 4);
 CMPI_PLACE(CMPIPropertyMIFT, miVersion, 4, 4);
 CMPI_PLACE(CMPIPropertyMIFT, miName, 8, 8);
 CMPI_PLACE(CMPIPropertyMIFT, cleanup, 16, 8);
 CMPI_PLACE(CMPIPropertyMIFT, setProperty, 24, 8);
 CMPI_PLACE(CMPIPropertyMIFT, getProperty, 32, 8);
-CMPI_PLACE(CMPIPropertyMIFT, setPropertyWithOrigin, 40, 8);
 
 CMPI_SIZE(CMPIIndicationMI, 16);
 CMPI_PLACE(CMPIIndicationMI, hdl, 0, 8);

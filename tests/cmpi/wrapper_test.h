@@ -1,0 +1,78 @@
+// What the tests of the wrapper classes share: a provider that has met a server, and ways to what providers cannot see.
+#pragma once
+
+#include "CmpiArgs.h"
+#include "CmpiBaseMI.h"
+#include "CmpiInstance.h"
+#include "CmpiProviderBase.h"
+#include "CmpiResult.h"
+#include "fake_broker.h"
+
+#include <gtest/gtest.h>
+
+/// The code that an action throws as CmpiStatus, or CMPI_RC_OK if it throws nothing.
+template <typename Action>
+CMPIrc thrownBy(Action action) {
+    try {
+        action();
+    } catch (const CmpiStatus& status) {
+        return status.rc();
+    }
+    return CMPI_RC_OK;
+}
+
+/// The message that an action throws with CmpiStatus; "(none)" without message, "(nothing)" if it throws nothing.
+template <typename Action>
+std::string messageThrownBy(Action action) {
+    try {
+        action();
+    } catch (const CmpiStatus& status) {
+        return status.msg() ? status.msg() : "(none)";
+    }
+    return "(nothing)";
+}
+
+/// Wrapper objects as servers hand them in.
+struct ServerInstance : CmpiInstance {
+    explicit ServerInstance(const CMPIInstance* instance) : CmpiInstance(instance) {}
+    explicit ServerInstance(const CmpiInstance& instance) : CmpiInstance(instance) {}
+    using CmpiInstance::getEnc;
+};
+
+struct ServerArgs : CmpiArgs {
+    explicit ServerArgs(CMPIArgs* args) : CmpiArgs(args) {}
+    explicit ServerArgs(const CmpiArgs& args) : CmpiArgs(args) {}
+    using CmpiArgs::getEnc;
+};
+
+struct ServerResult : CmpiResult {
+    explicit ServerResult(CMPIResult* result) : CmpiResult(result) {}
+};
+
+struct ServerData : CmpiData {
+    explicit ServerData(const CMPIData& data) : CmpiData(data) {}
+    explicit ServerData(const CmpiData& data) : CmpiData(data) {}
+    const CMPIData& plain() const { return _data; }
+};
+
+/// A provider that serves nothing.
+class BareProvider : public virtual CmpiBaseMI {
+public:
+    explicit BareProvider(CMPIBroker* server) : CmpiBaseMI(CmpiBroker(server), CmpiContext(nullptr)) {}
+    CmpiBroker& server() { return *broker; }
+};
+
+/// Tests in which a provider has been connected with a server. None of them may release or clone a server's object.
+class WrapperTest : public testing::Test {
+protected:
+    WrapperTest() { provider.setProviderBase(&base); }
+
+    void TearDown() override {
+        EXPECT_EQ(server.count("release"), 0);
+        EXPECT_EQ(server.count("clone"), 0);
+    }
+
+    FakeBroker server;
+    CmpiProviderBase base;
+    BareProvider provider{&server};
+};

@@ -4,6 +4,7 @@
 
 #include "inventory/tree_walk.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace merolt {
@@ -22,6 +23,33 @@ void freeRecords(std::int32_t& count, Record*& list) {
     list = nullptr;
 }
 
+/// The record behind the last one, which the count then covers; the list grows if it was made too small.
+template <class Record>
+Record& appendRecord(std::int32_t& count, Record*& list, std::int32_t& capacity) {
+    if (count == capacity) {
+        const std::int32_t larger = capacity * 2 + 1;
+        auto* grown = new Record[static_cast<std::size_t>(larger)]();
+        std::copy(list, list + count, grown);
+        delete[] list;
+        list = grown;
+        capacity = larger;
+    }
+    return list[count++];
+}
+
+/// Counts the valid records among the first ones anew.
+template <class Record>
+void keepValidRecords(std::int32_t& count, const Record* list) {
+    count = static_cast<std::int32_t>(
+        std::count_if(list, list + count, [](const Record& record) { return record.valid != 0; }));
+}
+
+inline std::int32_t countStorageFunctions(TAVIK_AdapterList* adapters) {
+    std::int32_t functions = 0;
+    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord*) { ++functions; });
+    return functions;
+}
+
 /// One record per storage function, in the order of the tree. Without a tree the list stays as it was.
 /// @param create fills the record at the index from the device.
 template <class Record>
@@ -29,9 +57,19 @@ void buildPerStorageFunction(std::int32_t& count, Record*& list,
                              void (*create)(TAVIK_DeviceRecord* device, int index)) {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    std::int32_t functions = 0;
-    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord*) { ++functions; });
-    allocateRecords(count, list, functions);
+    allocateRecords(count, list, countStorageFunctions(adapters));
+    int index = 0;
+    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { create(device, index++); });
+}
+
+/// The same for a list that create adds to by itself: the count starts at 0 and every function has room.
+template <class Record>
+void buildRoomPerStorageFunction(std::int32_t& count, Record*& list,
+                                 void (*create)(TAVIK_DeviceRecord* device, int index)) {
+    TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
+    if (!adapters) return;
+    allocateRecords(count, list, countStorageFunctions(adapters));
+    count = 0;
     int index = 0;
     forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { create(device, index++); });
 }

@@ -24,27 +24,6 @@ Record* allocateRecord() {
     return static_cast<Record*>(CoreAlloc(sizeof(Record)));
 }
 
-/// A field of 16 characters of the serial ID page, without the blanks that fill it.
-void takeField(const std::uint8_t* field, FixedText<32>& text) {
-    constexpr std::size_t width = 16;
-    std::size_t length = strnlen(reinterpret_cast<const char*>(field), width);
-    if (length == width) {
-        while (length > 0 && field[length - 1] == ' ')
-            --length;
-    }
-    text.assign({reinterpret_cast<const char*>(field), length});
-}
-
-// A field that the delivered bytes do not reach keeps its earlier text.
-void Parse_Transceiver_Data(const std::uint8_t* buffer, std::uint32_t size, SFPField& sfp) {
-    if (size >= 36) takeField(buffer + 20, sfp.Manufacturer);
-    if (size >= 56) takeField(buffer + 40, sfp.PartNumber);
-    if (size >= 84) takeField(buffer + 68, sfp.SerialNumber);
-    DEBUG_LOG("SFPField.PartNumber:   %s", sfp.PartNumber.text());
-    DEBUG_LOG("SFPField.SerialNumber: %s", sfp.SerialNumber.text());
-    DEBUG_LOG("SFPFIELD.Manufacturer: %s", sfp.Manufacturer.text());
-}
-
 void readTransceiver(CNAPort& port) {
     std::uint8_t buffer[transceiverBufferSize] = {};
     std::uint32_t size = transceiverBufferSize;
@@ -55,6 +34,7 @@ void readTransceiver(CNAPort& port) {
     }
     port.transceiverPresent = 1;
     Parse_Transceiver_Data(buffer, size, port.sfp);
+    logTransceiverTexts(port.sfp);
     DEBUG_LOG("Transceiver on portID %u", port.portProperties.portId);
 }
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "inventory/tavik.h"
-#include "text/fixed_text.h"
+#include "inventory/transceiver.h"
 
 #include <cstdint>
 
@@ -11,14 +11,6 @@ struct PollThreadContext;
 class Merolt_CNA_Provider;
 
 namespace merolt {
-
-/// Text fields of a transceiver, as its serial ID page tells them (SFF-8472).
-struct SFPField {
-    FixedText<64> header;
-    FixedText<32> Manufacturer; ///< SFF-8472 bytes 20 to 35
-    FixedText<32> SerialNumber; ///< SFF-8472 bytes 68 to 83
-    FixedText<32> PartNumber;   ///< SFF-8472 bytes 40 to 55
-};
 
 struct CNAPort {
     TAVIK_PortProperties portProperties; ///< its link record follows the polls, the rest is as built

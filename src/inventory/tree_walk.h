@@ -6,21 +6,53 @@
 
 namespace merolt {
 
-/// Calls the visitor with each adapter, port and function; ports and functions that hang from null lists are none.
+/// Calls the visitor with each port of the adapter; one without a port list has none.
+template <class Visitor>
+void forEachPhyPort(TAVIK_AdapterEntry& adapter, Visitor&& visitor) {
+    if (!adapter.phyPorts) return;
+    for (TAVIK_PhyPortEntry* port = adapter.phyPorts->first; port; port = port->next)
+        visitor(*port);
+}
+
+/// Calls the visitor with each function of the port; one without a function list has none.
+template <class Visitor>
+void forEachFunction(TAVIK_PhyPortEntry& port, Visitor&& visitor) {
+    if (!port.protocols) return;
+    for (TAVIK_ProtocolEntry* entry = port.protocols->first; entry; entry = entry->next)
+        visitor(*entry);
+}
+
+inline std::int32_t countPhyPorts(TAVIK_AdapterList* adapters) {
+    std::int32_t count = 0;
+    for (TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next)
+        forEachPhyPort(*adapter, [&](TAVIK_PhyPortEntry&) { ++count; });
+    return count;
+}
+
+/// Calls the visitor with each function, its port and its adapter.
 template <class Visitor>
 void forEachProtocolEntry(TAVIK_AdapterList* adapters, Visitor&& visitor) {
     for (TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next) {
-        if (!adapter->phyPorts) continue;
-        for (TAVIK_PhyPortEntry* port = adapter->phyPorts->first; port; port = port->next) {
-            if (!port->protocols) continue;
-            for (TAVIK_ProtocolEntry* entry = port->protocols->first; entry; entry = entry->next)
-                visitor(*adapter, *port, *entry);
-        }
+        forEachPhyPort(*adapter, [&](TAVIK_PhyPortEntry& port) {
+            forEachFunction(port, [&](TAVIK_ProtocolEntry& entry) { visitor(*adapter, port, entry); });
+        });
     }
+}
+
+inline std::int32_t countAdapters(const TAVIK_AdapterList* adapters) {
+    std::int32_t count = 0;
+    for (const TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next)
+        ++count;
+    return count;
 }
 
 inline bool isStorageFunction(const TAVIK_ProtocolEntry& entry) {
     return entry.type == TAVIK_ProtocolFibreChannel || entry.type == TAVIK_ProtocolFCoE;
+}
+
+/// A storage or an Ethernet function; entries of other types are passed over everywhere.
+inline bool isKnownFunction(const TAVIK_ProtocolEntry& entry) {
+    return isStorageFunction(entry) || entry.type == TAVIK_ProtocolNic;
 }
 
 /// Calls the visitor with the device record of each storage function.

@@ -24,15 +24,49 @@ CMPIStatus readScope(const CmpiObjectPath& cop, const char* nameSpaceError, cons
     return status;
 }
 
+void logKeyError(const EthernetClass& cls, const RequestKey& key) {
+    const bool wrongType = key.status.rc == CMPI_RC_OK;
+    if (wrongType && cls.texts.getInstanceKeyType) {
+        ERROR_LOG(cls.texts.getInstanceKeyType, key.type);
+    } else if (cls.keyErrorLog == KeyErrorLog::debug) {
+        DEBUG_LOG("%s", cls.texts.getInstanceKey);
+    } else {
+        ERROR_LOG("%s", cls.texts.getInstanceKey);
+    }
+}
+
+std::optional<Element> findElement(const EthernetClass& cls, const RequestKey& key) {
+    if (!key.isText()) return std::nullopt;
+    if (cls.find) return cls.find(key.text);
+    std::optional<Element> found;
+    cls.forEachElement([&](const Element& element) {
+        if (equalsIgnoringCase(key.text, cls.keyText(element))) found = element;
+        return !found;
+    });
+    return found;
+}
+
+bool matches(const SecondKey& expected, const RequestKey& key) {
+    return key.isText() && equalsIgnoringCase(key.text, expected.value);
+}
+
 } // namespace
 
 void forEachPort(const ElementVisitor& visitor) {
     for (CNACard* card = g_CNAList; card; card = card->next) {
         for (CNAPort* port = card->ports; port; port = port->next) {
-            if (!visitor({card, port})) return;
+            if (!visitor({.card = card, .port = port})) return;
         }
     }
 }
+
+void forEachCard(const ElementVisitor& visitor) {
+    for (CNACard* card = g_CNAList; card; card = card->next) {
+        if (!visitor({.card = card})) return;
+    }
+}
+
+void forOne(const ElementVisitor& visitor) { visitor({}); }
 
 CmpiStatus enumInstanceNames(const EthernetClass& cls, CmpiResult& result, const CmpiObjectPath& cop) {
     DEBUG_LOG("%s", cls.texts.enumInstanceNamesEntry);
@@ -41,6 +75,7 @@ CmpiStatus enumInstanceNames(const EthernetClass& cls, CmpiResult& result, const
         readScope(cop, cls.texts.enumInstanceNamesNameSpace, cls.texts.enumInstanceNamesClassName, scope);
     if (status.rc != CMPI_RC_OK) return status;
     cls.forEachElement([&](const Element& element) {
+        if (cls.texts.enumInstanceNamesElement) DEBUG_LOG("%s", cls.texts.enumInstanceNamesElement);
         result.returnData(cls.makePath(scope.className, scope.nameSpace, element));
         return true;
     });
@@ -67,20 +102,24 @@ CmpiStatus getInstance(const EthernetClass& cls, CmpiResult& result, const CmpiO
     const CMPIStatus status = readScope(cop, cls.texts.getInstanceNameSpace, cls.texts.getInstanceClassName, scope);
     if (status.rc != CMPI_RC_OK) return status;
     const RequestKey key = readKey(cop, cls.key);
-    if (!key.isText()) {
+    if (cls.texts.getInstanceKey && !key.isText()) {
         // The status of the read stands, so a key of another type ends in success and an empty answer.
-        ERROR_LOG("%s", cls.texts.getInstanceKey);
+        logKeyError(cls, key);
         return key.status;
     }
-    bool found = false;
-    cls.forEachElement([&](const Element& element) {
-        if (!equalsIgnoringCase(key.text, cls.keyText(element))) return true;
-        found = true;
-        const CmpiInstance instance = cls.makeInstance(scope.className, scope.nameSpace, properties, element);
-        if (returnInstance) result.returnData(instance);
-        return false;
-    });
-    if (!found) throw CmpiStatus(CMPI_RC_ERR_NOT_FOUND, key.text);
+    bool secondMatches = true;
+    if (cls.secondKey) {
+        const RequestKey second = readKey(cop, cls.secondKey->name);
+        if (second.status.rc != CMPI_RC_OK) {
+            ERROR_LOG("%s", cls.secondKey->readError);
+            return second.status;
+        }
+        secondMatches = matches(*cls.secondKey, second);
+    }
+    const std::optional<Element> element = findElement(cls, key);
+    if (!element || !secondMatches) throw CmpiStatus(CMPI_RC_ERR_NOT_FOUND, key.text);
+    const CmpiInstance instance = cls.makeInstance(scope.className, scope.nameSpace, properties, *element);
+    if (returnInstance || cls.alwaysReturnsInstance) result.returnData(instance);
     return CmpiStatus(CMPI_RC_OK);
 }
 

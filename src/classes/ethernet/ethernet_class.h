@@ -6,13 +6,18 @@
 #include "inventory/cna_list.h"
 
 #include <functional>
+#include <optional>
 
 namespace merolt::ethernet {
+
+struct RegisteredProfileEntry;
 
 /// What an instance is computed from. A class uses what it needs of it.
 struct Element {
     CNACard* card = nullptr;
     CNAPort* port = nullptr;
+    const RegisteredProfileEntry* profile = nullptr;
+    int softwareType = 0;
 };
 
 /// Returns false to end a walk.
@@ -20,6 +25,10 @@ using ElementVisitor = std::function<bool(const Element&)>;
 
 /// Each port of each card.
 void forEachPort(const ElementVisitor& visitor);
+/// Each card, also one without ports.
+void forEachCard(const ElementVisitor& visitor);
+/// One element, for classes with one fixed instance.
+void forOne(const ElementVisitor& visitor);
 
 /// The log texts of a class's operations. Clients' support reads them, so they stand as they are.
 struct EthernetTexts {
@@ -32,7 +41,20 @@ struct EthernetTexts {
     const char* getInstanceEntry;
     const char* getInstanceNameSpace;
     const char* getInstanceClassName;
-    const char* getInstanceKey;
+    const char* getInstanceKey; ///< null: the key is not tested, and one that is no text matches nothing
+    /// With the type's number for %d; null: the text above serves a key of another type too.
+    const char* getInstanceKeyType = nullptr;
+    /// One more line for each element that names are enumerated of.
+    const char* enumInstanceNamesElement = nullptr;
+};
+
+enum class KeyErrorLog { error, debug };
+
+/// A further key that must match. Only its reading is tested; one that is no text matches nothing.
+struct SecondKey {
+    const char* name;
+    const char* value;
+    const char* readError;
 };
 
 struct EthernetClass {
@@ -45,6 +67,13 @@ struct EthernetClass {
     CmpiInstance (*makeInstance)(const char* className, const char* nameSpace, const char** properties,
                                  const Element& element);
     EthernetTexts texts;
+
+    /// Finds the element of a key that must be taken apart; null: the keys of all elements are compared.
+    std::optional<Element> (*find)(const char* key) = nullptr;
+    const SecondKey* secondKey = nullptr;
+    KeyErrorLog keyErrorLog = KeyErrorLog::error;
+    /// getInstance hands the instance out even where only its existence is asked.
+    bool alwaysReturnsInstance = false;
 };
 
 CmpiStatus enumInstanceNames(const EthernetClass& cls, CmpiResult& result, const CmpiObjectPath& cop);

@@ -14,8 +14,6 @@ const char* keys[] = {"SystemCreationClassName", "SystemName", "CreationClassNam
 
 constexpr std::uint64_t tenGigabit = 10000;
 
-const char* macText(const CNAPort& port) { return formatMACAddress(port.portProperties.macAddress, nullptr); }
-
 // The first linkage stands for all; without one the properties are there and empty.
 void setLinkageProperties(CmpiInstance& instance, const CNAPort& port) {
     FixedText<24> wwn;

@@ -1,6 +1,7 @@
 #include "classes/ethernet/port_properties.h"
 
 #include "classes/instance.h"
+#include "text/text.h"
 
 namespace merolt::ethernet {
 
@@ -27,6 +28,8 @@ const LinkStatus& linkStatus(std::uint32_t linkState) {
 }
 
 } // namespace
+
+const char* macText(const CNAPort& port) { return formatMACAddress(port.portProperties.macAddress, nullptr); }
 
 void setLinkStatus(CmpiInstance& instance, const CNAPort& port) {
     const LinkStatus& status = linkStatus(port.portProperties.link.state);

@@ -11,6 +11,9 @@ constexpr CMPIUint64 maximumPortSpeed = 10625000000ULL; ///< bits per second
 constexpr CMPIUint16 linkTechnologyEthernet = 2;
 constexpr CMPIUint16 portTypeEthernet = 105;
 
+/// The port's MAC address as twelve digits, in the buffer that all callers share.
+const char* macText(const CNAPort& port);
+
 /// Sets OperationalStatus and StatusDescriptions from the port's link state.
 void setLinkStatus(CmpiInstance& instance, const CNAPort& port);
 

@@ -21,7 +21,7 @@ FixedText<256> g_objectManagerName;
 const ListClass descriptor = singleObject<makePath_ObjectManager, makeInstance_ObjectManager>(
     "ObjectManager", [](int) { return g_objectManagerName.text(); });
 
-constexpr const char* flagsWidthPrecisionLength = "-+ #0123456789.*'hlLqjzt";
+constexpr const char* flagsWidthPrecisionLength = "-+ #0123456789$.*'IhlLqjzt";
 
 // The configured text serves as a format: "%%" shows one percent sign. There are no arguments, so any other
 // conversion shows nothing.

@@ -1,0 +1,65 @@
+#include "classes/ethernet/ip_protocol_endpoint_capabilities.h"
+
+#include "classes/ethernet/port_properties.h"
+#include "classes/instance.h"
+#include "log/log.h"
+
+namespace merolt::ethernet {
+
+namespace {
+
+const char* keys[] = {"InstanceID", nullptr};
+
+const EthernetClass descriptor = {
+    .key = "InstanceID",
+    .forEachElement = forEachPort,
+    .keyText = [](const Element& element) { return macText(*element.port); },
+    .makePath =
+        [](const char* className, const char* nameSpace, const Element& element) {
+            return makePath_IPProtocolEndPointCapabilities(className, nameSpace, element.port);
+        },
+    .makeInstance =
+        [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
+            return makeInstance_IPProtocolEndPointCapabilities(className, nameSpace, properties, element.port);
+        },
+    .texts =
+        {
+            "Merolt_NIC_IPProtocolEndPointCapabilities enumInstanceNames was called\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting namespace in enumInstanceNames\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting ClassName in enumInstanceNames\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities enumInstances was called\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting namespace in enumInstances\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting ClassName in enumInstances\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities getInstance was called\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting namespace in getInstance\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting ClassName in getInstance\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting InstanceID key in getInstance\n",
+            "Merolt_NIC_IPProtocolEndPointCapabilities: Error invalid key data type in getInstance (%d)",
+        },
+    .alwaysReturnsInstance = true,
+};
+
+} // namespace
+
+CmpiObjectPath makePath_IPProtocolEndPointCapabilities(const char* className, const char* nameSpace, CNAPort* port) {
+    DEBUG_LOG("Merolt_NIC_IPProtocolEndPointCapabilities makePath_IPProtocolEndPointCapabilities was called\n");
+    CmpiObjectPath path(nameSpace, className);
+    path.setKey("InstanceID", CmpiData(macText(*port)));
+    return path;
+}
+
+CmpiInstance makeInstance_IPProtocolEndPointCapabilities(const char* className, const char* nameSpace,
+                                                         const char** properties, CNAPort* port) {
+    DEBUG_LOG("Merolt_NIC_IPProtocolEndPointCapabilities makeInstance was called\n");
+    CmpiInstance instance = newInstance(className, nameSpace, properties, keys);
+    const char* mac = macText(*port);
+    instance.setProperty("InstanceID", CmpiData(mac));
+    instance.setProperty("RequestedStatesSupported", CmpiData(uint16Array({12})));
+    instance.setProperty("ElementName", CmpiData("IPProtocolEndPointCapabilities"));
+    instance.setProperty("Caption", CmpiData(mac));
+    return instance;
+}
+
+DEFINE_REQUEST_FUNCTIONS(IPProtocolEndPointCapabilities, descriptor)
+
+} // namespace merolt::ethernet

@@ -1,0 +1,32 @@
+// Finds an Ethernet port of the CNA list in the library's tree again, by its MAC address.
+#pragma once
+
+#include "inventory/cna_list.h"
+#include "inventory/tavik.h"
+#include "text/fixed_text.h"
+
+#include <optional>
+
+namespace merolt::physical {
+
+using AdapterSerial = FixedText<33>;
+
+/// The adapter's serial number, which the record may hold without terminator.
+AdapterSerial adapterSerialOf(const TAVIK_AdapterEntry* adapter);
+
+/// The address and the two bytes behind it, as one value.
+bool hasSameMacValue(const TAVIK_NicFunction& function, const CNAPort& port);
+
+/// The first Ethernet function of the tree with the port's MAC value. The card is not looked at.
+/// @return false, with the outputs left alone, if there is none.
+bool findAdapterForCNAPort(CNACard* card, CNAPort* port, TAVIK_AdapterEntry** adapter, TAVIK_PhyPortEntry** phyPort,
+                           TAVIK_ProtocolEntry** entry);
+
+/// Where a port of the CNA list is plugged in.
+struct NicPlace {
+    AdapterSerial adapterSerial;
+    TAVIK_PhyPortEntry* phyPort;
+};
+std::optional<NicPlace> findNicPlace(CNAPort* port);
+
+} // namespace merolt::physical

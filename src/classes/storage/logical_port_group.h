@@ -1,0 +1,33 @@
+// Merolt_FCHBA_LogicalPortGroup: the Fibre Channel node, the group of ports that share a node world wide name.
+//
+// A record goes to the place of its function in the walk while the count only counts records: a function whose node is
+// already there leaves an empty record behind it, and the last records can lie beyond the count, out of clients' sight.
+#pragma once
+
+#include "classes/list_class.h"
+#include "inventory/tavik.h"
+#include "text/fixed_text.h"
+
+#include <cstdint>
+
+namespace merolt::storage {
+
+struct LogicalPortGroupEntry {
+    std::uint8_t valid;         ///< 1 after createLogicalPortGroup finished
+    FixedText<128> instanceID;  ///< key: host name, serial text, node name, port name
+    FixedText<128> elementName; ///< node name
+};
+
+extern std::int32_t g_logicalPortGroupCount;
+extern LogicalPortGroupEntry* g_logicalPortGroupList;
+
+void buildLogicalPortGroupList();
+void clearLogicalPortGroupList();
+void createLogicalPortGroup(TAVIK_DeviceRecord* device, int index);
+
+CmpiObjectPath makePath_LogicalPortGroup(const char* className, const char* nameSpace, int index);
+CmpiInstance makeInstance_LogicalPortGroup(const char* className, const char* nameSpace, const char** properties,
+                                           int index);
+DECLARE_REQUEST_FUNCTIONS(LogicalPortGroup)
+
+} // namespace merolt::storage

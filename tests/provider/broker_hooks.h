@@ -1,0 +1,44 @@
+// Stands between the provider and the broker: writes down which classes a request is tested against, and lets a test
+// make single calls fail or take functions away, as less able servers do.
+#pragma once
+
+#include "cimhost/broker/broker.h"
+
+#include "cmpift.h"
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+class BrokerHooks {
+public:
+    /// In place until destroyed; one at a time, and the broker outlives it.
+    explicit BrokerHooks(cimhost::Broker& broker);
+    ~BrokerHooks();
+    BrokerHooks(const BrokerHooks&) = delete;
+    BrokerHooks& operator=(const BrokerHooks&) = delete;
+
+    /// The class names asked of classPathIsA since the last call, in order.
+    std::vector<std::string> takeTestedClasses();
+
+    // Called ahead of the broker's own function if set. They may throw; a code other than 0 is the call's answer.
+    std::function<CMPIrc()> beforeNewInstance;
+    std::function<CMPIrc()> beforeNewObjectPath;
+    std::function<CMPIrc()> beforeClassPathIsA;
+    /// May throw.
+    std::function<void()> beforeNewThread;
+
+    /// The thread functions that the provider is shown; a test may take some away before the provider starts.
+    CMPIBrokerExtFT threads;
+
+private:
+    friend struct HookedCalls;
+
+    CMPIBroker& table;
+    CMPIBrokerEncFT* const ownObjects;
+    CMPIBrokerExtFT* const ownThreads;
+    CMPIBrokerEncFT objects;
+    std::mutex mutex;
+    std::vector<std::string> testedClasses;
+};

@@ -1,0 +1,59 @@
+#include "fake_services.h"
+
+std::time_t FakeServices::now() {
+    const std::lock_guard guard(mutex);
+    return time;
+}
+
+void FakeServices::sleepMilliseconds(unsigned milliseconds) {
+    std::unique_lock guard(mutex);
+    if (testThreads.count(std::this_thread::get_id()) > 0) {
+        slept += milliseconds;
+        // Who waits for the polling thread sleeps in between: the thread must get on.
+        wakeUps = 1;
+        changed.notify_all();
+        guard.unlock();
+        std::this_thread::yield();
+        if (afterSleep) afterSleep();
+        return;
+    }
+    sleeping = true;
+    changed.notify_all();
+    changed.wait(guard, [&] { return wakeUps > 0; });
+    --wakeUps;
+    sleeping = false;
+}
+
+void FakeServices::waitUntilIdle() {
+    std::unique_lock guard(mutex);
+    changed.wait(guard, [&] { return idle(); });
+}
+
+bool FakeServices::becomesIdle(std::chrono::milliseconds limit) {
+    std::unique_lock guard(mutex);
+    return changed.wait_for(guard, limit, [&] { return idle(); });
+}
+
+void FakeServices::pass(std::time_t seconds) {
+    waitUntilIdle();
+    std::unique_lock guard(mutex);
+    time += seconds;
+    wakeUps = 1;
+    changed.notify_all();
+    changed.wait(guard, [&] { return idle(); });
+}
+
+void FakeServices::moveClock(std::time_t seconds) {
+    const std::lock_guard guard(mutex);
+    time += seconds;
+}
+
+void FakeServices::adoptThisThread() {
+    const std::lock_guard guard(mutex);
+    testThreads.insert(std::this_thread::get_id());
+}
+
+unsigned long FakeServices::sleptHere() {
+    const std::lock_guard guard(mutex);
+    return slept;
+}

@@ -1,0 +1,55 @@
+// The operating system as a test sees it: a clock that moves when the test says so, and a host with a settable name.
+#pragma once
+
+#include "platform/platform.h"
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <thread>
+
+/// Sleeping costs the test's own threads nothing; the polling thread sleeps until the test lets a second pass.
+class FakeServices : public merolt::platform::Services {
+public:
+    FakeServices() { adoptThisThread(); }
+
+    std::time_t now() override;
+    void sleepMilliseconds(unsigned milliseconds) override;
+    std::optional<std::string> hostName() override { return name; }
+    std::optional<std::vector<std::uint8_t>> firstAddress(const std::string&) override { return address; }
+    std::string installLocation() override { return location; }
+    int mutexAvailable() override { return mutexesLeft-- > 0 ? 0 : mutexError; }
+
+    /// Waits until the polling thread sleeps with nothing left to wake it.
+    void waitUntilIdle();
+    /// Moves the clock and lets the polling thread make one pass.
+    void pass(std::time_t seconds);
+    /// Whether the polling thread went to sleep within the time.
+    bool becomesIdle(std::chrono::milliseconds limit);
+    /// Moves the clock and wakes nobody.
+    void moveClock(std::time_t seconds);
+    /// Lets the calling thread sleep as the test's own thread does.
+    void adoptThisThread();
+    /// Milliseconds that the test's own threads have slept so far.
+    unsigned long sleptHere();
+    /// Called after each sleep of the test's own threads, if set.
+    std::function<void()> afterSleep;
+
+    std::optional<std::string> name = "testhost";
+    std::optional<std::vector<std::uint8_t>> address = std::vector<std::uint8_t>{192, 0, 2, 10};
+    std::string location;
+    int mutexesLeft = 1000;
+    int mutexError = 12;
+
+private:
+    bool idle() const { return sleeping && wakeUps == 0; }
+
+    std::set<std::thread::id> testThreads;
+    unsigned long slept = 0;
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::time_t time = 1700000000;
+    bool sleeping = false;
+    int wakeUps = 0;
+};

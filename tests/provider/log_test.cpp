@@ -1,0 +1,251 @@
+// The diagnostic log as an administrator finds it: where it lies, what a line looks like, when it is moved away.
+#include "provider_host.h"
+#include "test_support.h"
+
+#include "log/log.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <thread>
+
+namespace {
+
+constexpr const char* current = "Merolt_CNA_Provider.log";
+constexpr const char* previous = "Merolt_CNA_Provider_prev.log";
+constexpr std::size_t rotationSize = 1048576;
+
+using Writer = void (*)(const char* format, ...);
+
+/// The two writers do the same; only their callers' flags differ.
+class LogTest : public ProviderTest, public testing::WithParamInterface<Writer> {
+protected:
+    void SetUp() override { merolt::initializeLogging(); }
+
+    void write(const char* message) { GetParam()("%s", message); }
+
+    void makeLogOfSize(std::size_t size) { writeFile(current, std::string(size - 1, 'x') + '\n'); }
+
+    std::string timeText() {
+        const std::time_t now = services.now();
+        return std::string(std::ctime(&now), 24);
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Writers, LogTest, testing::Values(merolt::debugLog, merolt::errorLog),
+                         [](const auto& test) { return test.param == &merolt::debugLog ? "debug" : "error"; });
+
+TEST_P(LogTest, ALineIsTimeBlankAndMessage) {
+    write("hello");
+    EXPECT_EQ(readFile(current), timeText() + " hello\n");
+}
+
+TEST_P(LogTest, LinesAreAppended) {
+    write("one");
+    write("two");
+    EXPECT_EQ(readFile(current), timeText() + " one\n" + timeText() + " two\n");
+}
+
+TEST_P(LogTest, AMessageThatEndsInANewlineLeavesAnEmptyLine) {
+    write("hello\n");
+    EXPECT_EQ(readFile(current), timeText() + " hello\n\n");
+}
+
+TEST_P(LogTest, AMessageOf511CharactersIsWhole) {
+    write(std::string(511, 'm').c_str());
+    EXPECT_EQ(logLines(), std::vector<std::string>{std::string(511, 'm')});
+}
+
+TEST_P(LogTest, ALongerMessageIsCutAt511Characters) {
+    write(std::string(5000, 'm').c_str());
+    EXPECT_EQ(logLines(), std::vector<std::string>{std::string(511, 'm')});
+}
+
+TEST_P(LogTest, WritersLookAtNoFlag) {
+    merolt::gDebugLog = false;
+    merolt::gErrorLog = false;
+    write("hello");
+    EXPECT_EQ(logLines(), std::vector<std::string>{"hello"});
+}
+
+TEST_P(LogTest, ALogOneByteShortOfTheLimitGrows) {
+    makeLogOfSize(rotationSize - 1);
+    write("hello");
+    EXPECT_EQ(readFile(current).size(), rotationSize - 1 + 24 + 7);
+    EXPECT_EQ(readFile(previous), "");
+}
+
+TEST_P(LogTest, ALogAtTheLimitIsMovedAwayBeforeTheLine) {
+    writeFile(previous, "older\n");
+    makeLogOfSize(rotationSize);
+    write("hello");
+    EXPECT_EQ(logLines(), std::vector<std::string>{"hello"});
+    EXPECT_EQ(readFile(previous), std::string(rotationSize - 1, 'x') + '\n');
+}
+
+/// Nothing can be renamed to the previous log's name.
+class UnmovableLogTest : public LogTest {
+protected:
+    void SetUp() override {
+        LogTest::SetUp();
+        std::filesystem::create_directories(std::string(previous) + "/occupied");
+        makeLogOfSize(rotationSize);
+    }
+
+    std::string newText() { return readFile(current).substr(rotationSize); }
+};
+
+INSTANTIATE_TEST_SUITE_P(Writers, UnmovableLogTest, testing::Values(merolt::debugLog, merolt::errorLog),
+                         [](const auto& test) { return test.param == &merolt::debugLog ? "debug" : "error"; });
+
+TEST_P(UnmovableLogTest, AFailedMoveIsReportedOnceBeforeEachLine) {
+    const std::string report =
+        timeText() + " Merolt_FC_Utils Error renaming log file, result=-1, errno=" + std::to_string(EISDIR) + "\n";
+    write("one");
+    EXPECT_EQ(newText(), report + timeText() + " one\n");
+    write("two");
+    EXPECT_EQ(newText(), report + timeText() + " one\n" + report + timeText() + " two\n");
+}
+
+TEST_P(UnmovableLogTest, AFailedMoveIsNotReportedWithTheErrorLogOff) {
+    merolt::gErrorLog = false;
+    write("one");
+    EXPECT_EQ(newText(), timeText() + " one\n");
+}
+
+/// A log that is gone when it is to be moved.
+class VanishingLog : public FakeServices {
+public:
+    long long fileSize(const char*) override { return rotationSize; }
+};
+
+TEST_P(LogTest, ALogThatVanishedIsNoFailedMove) {
+    VanishingLog vanishing;
+    merolt::platform::replaceServices(&vanishing);
+    write("hello");
+    merolt::platform::replaceServices(&services);
+    EXPECT_EQ(logLines(), std::vector<std::string>{"hello"});
+}
+
+TEST_P(LogTest, ALogThatCannotBeOpenedStopsNothing) {
+    std::filesystem::create_directories(current);
+    write("hello");
+    EXPECT_TRUE(std::filesystem::is_directory(current));
+}
+
+TEST_P(LogTest, LinesOfManyThreadsStayWhole) {
+    constexpr int threadCount = 4;
+    constexpr int linesEach = 50;
+    const std::string message(200, 'm');
+    {
+        std::vector<std::jthread> threads;
+        for (int thread = 0; thread < threadCount; ++thread) {
+            threads.emplace_back([&] {
+                for (int line = 0; line < linesEach; ++line)
+                    write(message.c_str());
+            });
+        }
+    }
+    EXPECT_EQ(occurrences(logLines(), message), std::size_t{threadCount} * linesEach);
+}
+
+using LogPlaceTest = ProviderTest;
+
+TEST_F(LogPlaceTest, TheMacrosEvaluateNothingWhileTheirFlagIsOff) {
+    merolt::initializeLogging();
+    merolt::gDebugLog = false;
+    merolt::gErrorLog = false;
+    int evaluated = 0;
+    DEBUG_LOG("%d", ++evaluated);
+    ERROR_LOG("%d", ++evaluated);
+    EXPECT_EQ(evaluated, 0);
+    EXPECT_FALSE(std::filesystem::exists(current));
+    merolt::gDebugLog = true;
+    DEBUG_LOG("debug %d", ++evaluated);
+    merolt::gErrorLog = true;
+    ERROR_LOG("error %d", ++evaluated);
+    const std::vector<std::string> wanted = {"debug 1", "error 2"};
+    EXPECT_EQ(logLines(), wanted);
+}
+
+TEST_F(LogPlaceTest, WithoutInstallLocationItLiesInTheWorkingDirectory) {
+    merolt::initializeLogging();
+    EXPECT_STREQ(merolt::gLogFileName, current);
+    EXPECT_STREQ(merolt::gPrevLogFileName, previous);
+    EXPECT_STREQ(merolt::gInstallDirectory, "");
+}
+
+TEST_F(LogPlaceTest, AnInstallLocationWithoutSlashGetsOne) {
+    services.location = "/opt/x";
+    merolt::initializeLogging();
+    EXPECT_STREQ(merolt::gLogFileName, "/opt/x/log/Merolt_CNA_Provider.log");
+    EXPECT_STREQ(merolt::gPrevLogFileName, "/opt/x/log/Merolt_CNA_Provider_prev.log");
+    EXPECT_STREQ(merolt::gInstallDirectory, "/opt/x/");
+}
+
+TEST_F(LogPlaceTest, AnInstallLocationWithSlashIsTakenAsItStands) {
+    services.location = "/opt/x/";
+    merolt::initializeLogging();
+    EXPECT_STREQ(merolt::gLogFileName, "/opt/x/log/Merolt_CNA_Provider.log");
+    EXPECT_STREQ(merolt::gPrevLogFileName, "/opt/x/log/Merolt_CNA_Provider_prev.log");
+    EXPECT_STREQ(merolt::gInstallDirectory, "/opt/x/");
+}
+
+TEST_F(LogPlaceTest, TheLogAndTheSettingsLieInTheInstallLocation) {
+    std::filesystem::create_directories("installed/log");
+    services.location = std::filesystem::current_path() / "installed";
+    writeFile("installed/meroltcna.properties", "DebugLog=1\n");
+    start();
+    EXPECT_EQ(logLines("installed/log/Merolt_CNA_Provider.log").front(), "Merolt_CNA_Provider constructor was called");
+    EXPECT_EQ(occurrences(logLines("installed/log/Merolt_CNA_Provider.log"),
+                          "PropertiesFileName=" + services.location + "/meroltcna.properties"),
+              1U);
+    EXPECT_FALSE(std::filesystem::exists(current));
+}
+
+TEST_F(LogPlaceTest, WithoutALogFolderLinesAreLostAndNothingFails) {
+    std::filesystem::create_directories("installed");
+    services.location = std::filesystem::current_path() / "installed";
+    writeFile("installed/meroltcna.properties", "DebugLog=1\nErrorLog=1\n");
+    start();
+    EXPECT_TRUE(enumerateInstances("Merolt_Adapter_ComputerSystem").isOk());
+    EXPECT_FALSE(std::filesystem::exists("installed/log"));
+    EXPECT_FALSE(std::filesystem::exists(current));
+}
+
+TEST_F(LogPlaceTest, WithoutSettingsTheOnlyLineIsThatOfTheConstructor) {
+    start();
+    EXPECT_TRUE(enumerateInstances("Merolt_Adapter_ComputerSystem").isOk());
+    stop();
+    EXPECT_EQ(logLines(), std::vector<std::string>{"Merolt_CNA_Provider constructor was called"});
+}
+
+TEST_F(LogPlaceTest, ASecondProviderOfOneProcessWritesNoLineWhenTheLogIsOff) {
+    start();
+    stop();
+    start();
+    stop();
+    EXPECT_EQ(logLines(), std::vector<std::string>{"Merolt_CNA_Provider constructor was called"});
+}
+
+/// The install location as the system gives it.
+class InstallLocationTest : public testing::Test {
+protected:
+    std::string locationFor(const std::string& variable) {
+        setenv("MEROLT_CNA_INSTALL_LOCATION", variable.c_str(), 1);
+        std::string location = merolt::platform::Services().installLocation();
+        unsetenv("MEROLT_CNA_INSTALL_LOCATION");
+        return location;
+    }
+};
+
+TEST_F(InstallLocationTest, IsTakenFromTheEnvironment) { EXPECT_EQ(locationFor("/opt/x"), "/opt/x"); }
+
+TEST_F(InstallLocationTest, Of259CharactersIsTaken) {
+    EXPECT_EQ(locationFor(std::string(259, 'l')), std::string(259, 'l'));
+}
+
+TEST_F(InstallLocationTest, OfMoreCharactersCountsAsNone) { EXPECT_EQ(locationFor(std::string(260, 'l')), ""); }
+
+TEST_F(InstallLocationTest, ThatIsEmptyCountsAsNone) { EXPECT_EQ(locationFor(""), ""); }
+
+} // namespace

@@ -1,0 +1,246 @@
+#include "tavik/fleet/fleet_source.h"
+
+#include <array>
+#include <cstdio>
+#include <functional>
+#include <set>
+#include <utility>
+
+#include "tavik/fleet/fleet_file.h"
+#include "tavik/log.h"
+
+namespace tavik::fleet {
+
+namespace {
+
+std::string nameText(const WorldWideName& name) {
+    std::array<char, 3 * std::tuple_size_v<WorldWideName> + 1> text{};
+    for (std::size_t i = 0; i < name.size(); ++i)
+        std::snprintf(text.data() + 3 * i, 4, "%02x:", name[i]);
+    return std::string(text.data(), 3 * name.size() - 1);
+}
+
+/** The state as callers see it: the failure of the call that reads it is a state too. */
+std::string stateText(const StorageFunction& function) {
+    if (function.failures.portProperty != statusOk) return "unreadable";
+    switch (function.property.state) {
+    case PortOperational:
+        return "operational";
+    case PortSuspended:
+        return "suspended";
+    case PortLoopDown:
+        return "loop down";
+    default:
+        return "state " + std::to_string(function.property.state);
+    }
+}
+
+/** The counters after so many refreshes, wrapping round as 32-bit counters do. */
+Statistics advanced(Statistics counters, const Statistics& step, std::uint32_t refreshes) {
+    for (const auto counter : statisticsCounters)
+        counters.*counter += step.*counter * refreshes;
+    return counters;
+}
+
+} // namespace
+
+/** One good reading of the file, with its functions by what calls find them by. */
+class FleetSource::Reading {
+public:
+    explicit Reading(Fleet fleet) : fleet_(std::move(fleet)) {
+        if (!fleet_.cards) return;
+        for (const auto& card : *fleet_.cards)
+            forEachFunction(card, [this](const auto& function) { add(function); });
+    }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+    const Fleet& fleet() const { return fleet_; }
+    const std::map<std::uint32_t, const StorageFunction*>& storage() const { return storage_; }
+
+    const StorageFunction* storage(std::uint32_t handle) const {
+        const auto found = storage_.find(handle);
+        return found == storage_.end() ? nullptr : found->second;
+    }
+
+    const NicFunction* nic(std::string_view deviceName) const {
+        const auto found = nics_.find(deviceName);
+        return found == nics_.end() ? nullptr : found->second;
+    }
+
+    /** Any function of the card. */
+    const NicFunction* adapter(std::uint32_t adapterId) const {
+        const auto found = adapters_.find(adapterId);
+        return found == adapters_.end() ? nullptr : found->second;
+    }
+
+private:
+    void add(const StorageFunction& function) { storage_.emplace(function.handle, &function); }
+    void add(const NicFunction& function) {
+        nics_.emplace(function.deviceName, &function);
+        adapters_.emplace(function.adapterId, &function);
+    }
+
+    Fleet fleet_;
+    std::map<std::uint32_t, const StorageFunction*> storage_;
+    std::map<std::string_view, const NicFunction*> nics_;
+    std::map<std::uint32_t, const NicFunction*> adapters_; ///< any function of the adapter
+};
+
+FleetOrError FleetSource::load() {
+    const auto error = readAgain();
+    std::unique_lock lock(mutex_);
+    loaded_ = true;
+    if (const auto reading = newest_) {
+        lock.unlock();
+        if (error) report(error->message);
+        return reading->fleet();
+    }
+    lock.unlock();
+    const std::lock_guard readLock(readMutex_);
+    return *lastError_;
+}
+
+bool FleetSource::changed() {
+    const std::lock_guard lock(mutex_);
+    return changed_;
+}
+
+void FleetSource::resetChanged() {
+    const std::lock_guard lock(mutex_);
+    changed_ = false;
+}
+
+void FleetSource::watch(AlarmSink sink) {
+    sink_ = std::move(sink);
+    watcher_ = std::make_unique<FileWatcher>(path_, [this] {
+        if (const auto error = readAgain()) report(error->message);
+    });
+}
+
+/** Reads the file if it has changed. @return what is wrong with it, the first time that it is. */
+std::optional<FleetError> FleetSource::readAgain() {
+    const std::lock_guard lock(readMutex_);
+    auto text = readFleetText(path_);
+    if (auto* error = std::get_if<FleetError>(&text)) {
+        lastText_.reset();
+        if (lastError_ == *error) return std::nullopt;
+        return lastError_ = std::move(*error);
+    }
+    if (lastText_ == std::get<std::string>(text)) return std::nullopt;
+    lastText_ = std::move(std::get<std::string>(text));
+
+    auto fleet = parseFleet(*lastText_, path_);
+    if (auto* error = std::get_if<FleetError>(&fleet)) return lastError_ = std::move(*error);
+    lastError_.reset();
+    adopt(std::move(std::get<Fleet>(fleet)));
+    return std::nullopt;
+}
+
+void FleetSource::adopt(Fleet fleet) {
+    auto reading = std::make_shared<const Reading>(std::move(fleet));
+    const auto before = newest();
+    if (before && before->fleet() == reading->fleet()) return;
+    {
+        const std::lock_guard lock(mutex_);
+        newest_ = reading;
+        changed_ = changed_ || loaded_;
+    }
+    log(path_ + ": read");
+    if (!before || !sink_) return;
+    for (const auto& [handle, function] : reading->storage()) {
+        const auto* old = before->storage(handle);
+        if (!old || stateText(*old) == stateText(*function)) continue;
+        sink_({function->deviceNumber, "port " + nameText(function->property.portName) + " went from " +
+                                           stateText(*old) + " to " + stateText(*function)});
+    }
+}
+
+std::shared_ptr<const FleetSource::Reading> FleetSource::newest() {
+    const std::lock_guard lock(mutex_);
+    return newest_;
+}
+
+/** @param pick gives what the function has, as an optional or a pointer. */
+template <typename Value, typename Pick>
+Answer<Value> FleetSource::ofStorage(std::uint32_t handle, Status StorageFailures::*failure, Pick pick) {
+    const auto reading = newest();
+    const auto* function = reading ? reading->storage(handle) : nullptr;
+    if (!function) return Answer<Value>::failure(statusNoSuchDevice);
+    if (const Status status = function->failures.*failure) return Answer<Value>::failure(status);
+    const auto& picked = pick(*function);
+    return picked ? Answer<Value>(*picked) : Answer<Value>::failure(statusNoData);
+}
+
+template <typename Value, typename Pick>
+Answer<Value> FleetSource::ofNic(std::string_view deviceName, Status NicFailures::*failure, Pick pick) {
+    const auto reading = newest();
+    const auto* function = reading ? reading->nic(deviceName) : nullptr;
+    if (!function) return Answer<Value>::failure(statusNoSuchDevice);
+    if (const Status status = function->failures.*failure) return Answer<Value>::failure(status);
+    const auto& picked = pick(*function);
+    return picked ? Answer<Value>(*picked) : Answer<Value>::failure(statusNoData);
+}
+
+Answer<PortProperty> FleetSource::portProperty(std::uint32_t handle) {
+    return ofStorage<PortProperty>(handle, &StorageFailures::portProperty,
+                                   [](const StorageFunction& function) { return &function.property; });
+}
+
+Answer<Bytes> FleetSource::vpd(std::uint32_t handle) {
+    return ofStorage<Bytes>(handle, &StorageFailures::vpd, std::mem_fn(&StorageFunction::vpd));
+}
+
+Answer<std::string> FleetSource::uuid(std::uint32_t handle) {
+    return ofStorage<std::string>(handle, &StorageFailures::uuid, std::mem_fn(&StorageFunction::uuid));
+}
+
+Answer<Transceiver> FleetSource::storageTransceiver(std::uint32_t handle) {
+    return ofStorage<Transceiver>(handle, &StorageFailures::transceiver, std::mem_fn(&StorageFunction::transceiver));
+}
+
+Answer<std::string> FleetSource::multiBootVersion(std::uint32_t handle) {
+    return ofStorage<std::string>(handle, &StorageFailures::multiBootVersion,
+                                  std::mem_fn(&StorageFunction::multiBootVersion));
+}
+
+Answer<Statistics> FleetSource::refreshStatistics(std::uint32_t handle) {
+    return ofStorage<Statistics>(
+        handle, &StorageFailures::statistics, [&](const StorageFunction& function) -> std::optional<Statistics> {
+            const std::lock_guard lock(mutex_);
+            return advanced(function.statistics, function.statisticsPerRefresh, refreshes_[handle]++);
+        });
+}
+
+Answer<Link> FleetSource::link(std::string_view deviceName) {
+    return ofNic<Link>(deviceName, &NicFailures::link, [](const NicFunction& function) { return &function.link; });
+}
+
+Answer<IPConfiguration> FleetSource::ipConfiguration(std::string_view deviceName) {
+    return ofNic<IPConfiguration>(deviceName, &NicFailures::ip, std::mem_fn(&NicFunction::ip));
+}
+
+Answer<std::vector<FCoELinkage>> FleetSource::fcoeLinkage(std::string_view deviceName) {
+    return ofNic<std::vector<FCoELinkage>>(deviceName, &NicFailures::fcoeLinkage,
+                                           [](const NicFunction& function) { return &function.fcoeLinkage; });
+}
+
+Answer<Transceiver> FleetSource::nicTransceiver(std::string_view deviceName) {
+    return ofNic<Transceiver>(deviceName, &NicFailures::transceiver, std::mem_fn(&NicFunction::transceiver));
+}
+
+Status FleetSource::updateFlash(std::uint32_t adapterId, const void*) {
+    const auto reading = newest();
+    const auto* function = reading ? reading->adapter(adapterId) : nullptr;
+    if (!function) return statusNoSuchDevice;
+    return function->failures.flashUpdate != statusOk ? function->failures.flashUpdate : statusNotSupported;
+}
+
+Status FleetSource::updateOptionRom(std::uint32_t handle, std::string_view) {
+    const auto reading = newest();
+    const auto* function = reading ? reading->storage(handle) : nullptr;
+    if (!function) return statusNoSuchDevice;
+    return function->failures.flashUpdate != statusOk ? function->failures.flashUpdate : statusNotSupported;
+}
+
+} // namespace tavik::fleet

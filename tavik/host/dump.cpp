@@ -1,0 +1,229 @@
+#include "tavik/host/dump.h"
+
+#include <type_traits>
+
+#include "tavik/host/module_translation.h"
+#include "tavik/host/text_forms.h"
+
+namespace tavik::host {
+
+namespace {
+
+std::string show(const std::string& text) {
+    std::string line;
+    for (const char character : text)
+        line += character == '\n' ? ' ' : character;
+    return line;
+}
+std::string show(bool truth) { return truth ? "yes" : "no"; }
+std::string show(const MacAddress& address) { return formatMac(address); }
+std::string show(const WorldWideName& name) { return formatWorldWideName(name); }
+std::string show(const Bytes& bytes) { return formatHex(bytes.data(), bytes.size()); }
+template <typename Number>
+requires std::is_integral_v<Number> std::string show(Number number) { return std::to_string(number); }
+
+/** Lines of an indented tree. */
+class Page {
+public:
+    void heading(const std::string& text) { text_ += std::string(depth_ * 2, ' ') + text + "\n"; }
+
+    template <typename Value>
+    void line(const std::string& label, const Value& value) {
+        const auto shown = show(value);
+        heading(label + ": " + (shown.empty() ? "- (empty)" : shown));
+    }
+
+    template <typename Value>
+    void line(const std::string& label, const Attribute<Value>& attribute) {
+        if (attribute)
+            line(label, *attribute);
+        else
+            heading(label + ": - (" + show(attribute.absence().reason) + ")");
+    }
+
+    /** For an attribute of many parts: its absence in one line, or what lines makes of it. */
+    template <typename Value, typename Lines>
+    void part(const std::string& label, const Attribute<Value>& attribute, Lines lines) {
+        if (!attribute) return heading(label + ": - (" + show(attribute.absence().reason) + ")");
+        heading(label);
+        ++depth_;
+        lines(*attribute);
+        --depth_;
+    }
+
+    template <typename Lines>
+    void section(const std::string& title, Lines lines) {
+        heading(title);
+        ++depth_;
+        lines();
+        --depth_;
+    }
+
+    std::string text() && { return std::move(text_); }
+
+private:
+    std::string text_;
+    std::size_t depth_ = 0;
+};
+
+Attribute<std::string> idText(const Attribute<std::uint16_t>& id) {
+    return id.then([](std::uint16_t value) -> Attribute<std::string> { return formatId(value); });
+}
+
+const char* stateName(std::uint32_t state) {
+    switch (state) {
+    case LinkUp:
+        return "up";
+    case LinkDown:
+        return "down";
+    case LinkTesting:
+        return "testing";
+    default:
+        return "unknown";
+    }
+}
+
+void dumpItems(Page& page, const char* title, const std::vector<VpdItem>& items) {
+    for (const auto& item : items)
+        page.line(std::string(title) + " " + item.keyword, item.value);
+}
+
+void dumpPci(Page& page, const PciFunction& pci) {
+    page.line("address", pci.address.text());
+    page.line("vendor", idText(pci.vendor));
+    page.line("device", idText(pci.device));
+    page.line("subsystem vendor", idText(pci.subsystemVendor));
+    page.line("subsystem device", idText(pci.subsystemDevice));
+    page.line("virtual function", pci.isVirtualFunction);
+    page.line("device serial number", pci.deviceSerialNumber);
+    page.part("vital product data", pci.vpd, [&](const PciVpd& vpd) {
+        page.line("product", vpd.productIdentifier);
+        dumpItems(page, "read-only", vpd.readOnly);
+        dumpItems(page, "writable", vpd.writable);
+    });
+}
+
+void dumpParent(Page& page, const Attribute<DeviceParent>& attribute) {
+    page.part("device", attribute, [&](const DeviceParent& parent) {
+        page.line("path", parent.path);
+        page.line("bus", parent.bus);
+        page.line("driver", parent.driver);
+        page.part("pci", parent.pci, [&](const PciFunction& pci) { dumpPci(page, pci); });
+        if (parent.bus.valueOr({}) != "usb") return;
+        page.part("usb", parent.usb, [&](const UsbDevice& usb) {
+            page.line("manufacturer", usb.manufacturer);
+            page.line("product", usb.product);
+            page.line("serial number", usb.serialNumber);
+        });
+    });
+}
+
+void dumpTransceiver(Page& page, const Attribute<Transceiver>& attribute) {
+    page.part("transceiver", attribute, [&](const Transceiver& transceiver) {
+        page.line("vendor", serialIdText(transceiver.pageA0, 20));
+        page.line("part number", serialIdText(transceiver.pageA0, 40));
+        page.line("serial number", serialIdText(transceiver.pageA0, 68));
+        page.line("bytes of page A0", transceiver.pageA0.size());
+        page.line("bytes of page A2", transceiver.pageA2.size());
+    });
+}
+
+void dumpAddresses(Page& page, const Attribute<IPConfiguration>& attribute) {
+    page.part("addresses", attribute, [&](const IPConfiguration& ip) {
+        if (ip.ipv4.family != AddressNone)
+            page.line("IPv4", formatIPAddress(ip.ipv4) + " mask " + formatIPAddress(ip.ipv4Mask));
+        for (const auto& address : ip.firstList)
+            page.line("IPv6", formatIPAddress(address));
+    });
+}
+
+void dumpNetworkDevice(Page& page, const HostNetworkDevice& device) {
+    page.line("index", device.index);
+    dumpParent(page, device.parent);
+    page.part("driver", device.driver, [&](const DriverInfo& driver) {
+        page.line("name", driver.driver);
+        page.line("version", driver.version);
+        page.line("firmware version", driver.firmwareVersion);
+        page.line("bus information", driver.busInfo);
+    });
+    page.line("permanent address", device.permanentAddress);
+    page.line("current address", device.currentAddress);
+    page.line("device port", device.devicePort);
+    page.line("mtu", device.mtu);
+    page.line("operational state", device.link.operationalState);
+    page.line("carrier", device.link.carrier);
+    page.line("speed", device.link.speed);
+    page.line("link", std::string(stateName(device.link.state)));
+    dumpAddresses(page, device.ip);
+    dumpTransceiver(page, device.transceiver);
+}
+
+void dumpRemotePort(Page& page, const RemotePort& port) {
+    page.line("port name", port.portName);
+    page.line("node name", port.nodeName);
+    page.line("state", port.state);
+    page.line("roles", port.roles);
+    for (const auto& unit : port.units)
+        page.section("unit " + unit.address, [&] {
+            page.line("vendor", unit.vendor);
+            page.line("model", unit.model);
+            page.line("revision", unit.revision);
+            page.line("identifier", unit.identifier);
+            page.line("block device", unit.blockDevice);
+            page.line("block size", unit.blockSize);
+        });
+}
+
+void dumpFibreChannelHost(Page& page, const FibreChannelHost& host) {
+    dumpParent(page, host.parent);
+    page.line("network interface", host.networkInterface);
+    page.line("node name", host.nodeName);
+    page.line("port name", host.link.portName);
+    page.line("port id", host.portId);
+    page.line("port type", host.link.type);
+    page.line("port state", host.link.state);
+    page.line("speed", host.link.speed);
+    page.line("manufacturer", host.manufacturer);
+    page.line("model", host.model);
+    page.line("serial number", host.serialNumber);
+    page.line("driver version", host.driverVersion);
+    page.line("firmware version", host.firmwareVersion);
+    page.line("BIOS version", host.biosVersion);
+    page.line("EFI version", host.efiVersion);
+    page.line("FCode version", host.fcodeVersion);
+    page.section("statistics", [&] {
+        for (std::size_t i = 0; i < host.counters.size(); ++i)
+            page.line(counterNames[i], host.counters[i]);
+    });
+    dumpTransceiver(page, host.transceiver);
+    for (const auto& port : host.remotePorts)
+        page.section("remote port " + port.name, [&] { dumpRemotePort(page, port); });
+}
+
+void dumpCard(Page& page, const HostCard& card) {
+    page.line("serial number", card.serialNumber);
+    for (const auto& port : card.ports) {
+        std::string functions;
+        if (port.networkDevice != nullptr) functions += " " + port.networkDevice->name;
+        for (const auto* host : port.fibreChannelHosts)
+            functions += " host" + std::to_string(host->number);
+        page.heading("port " + std::to_string(port.number) + ":" + functions);
+    }
+}
+
+} // namespace
+
+std::string dumpFacts(const HostFacts& facts) {
+    Page page;
+    for (const auto& card : groupCards(facts))
+        page.section("card " + card.key, [&] { dumpCard(page, card); });
+    for (const auto& device : facts.networkDevices)
+        page.section("interface " + device.name, [&] { dumpNetworkDevice(page, device); });
+    for (const auto& host : facts.fibreChannelHosts)
+        page.section("Fibre Channel host" + std::to_string(host.number), [&] { dumpFibreChannelHost(page, host); });
+    for (const auto& interface : facts.leftOut)
+        page.line("left out " + interface.name, interface.reason);
+    return std::move(page).text();
+}
+
+} // namespace tavik::host

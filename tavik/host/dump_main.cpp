@@ -1,0 +1,35 @@
+// Shows what the host source sees on this machine or in a recorded tree, and records what only system calls tell.
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "tavik/host/dump.h"
+#include "tavik/host/host_facts.h"
+#include "tavik/host/kernel_queries.h"
+#include "tavik/host/sys_tree.h"
+
+int main(int argc, char** argv) {
+    using namespace tavik::host;
+    CLI::App application("Shows the adapters of this machine, or of a tree that record-host.sh made, and why an "
+                         "attribute or an interface is missing.");
+    std::string root;
+    std::string recordFolder;
+    application.add_option("--root", root, "show a recorded tree in place of this machine");
+    application.add_option("--record-queries", recordFolder,
+                           "write the answers of this machine's kernel below FOLDER/kernel, and show nothing");
+    CLI11_PARSE(application, argc, argv);
+
+    const SysTree tree(root.empty() ? "/" : root);
+    const auto queries = root.empty() ? makeLinuxQueries() : makeRecordedQueries(tree);
+    if (recordFolder.empty()) {
+        std::cout << dumpFacts(readHostFacts(tree, *queries));
+        return 0;
+    }
+    const auto error = recordQueries(*queries, tree.names("sys/class/net"), recordFolder);
+    if (error.empty()) return 0;
+    std::cerr << error << '\n';
+    return 1;
+}

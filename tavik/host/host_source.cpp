@@ -1,0 +1,232 @@
+#include "tavik/host/host_source.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "tavik/host/fleet_mapping.h"
+#include "tavik/host/host_facts.h"
+#include "tavik/host/pci_names.h"
+
+namespace tavik {
+
+namespace host {
+
+namespace {
+
+/** Looks at the states of all Fibre Channel ports in a rhythm, on a thread of its own, and tells what moved. */
+class StateWatch {
+public:
+    StateWatch(const SysTree& tree, AlarmSink sink, std::chrono::milliseconds interval)
+        : reader_(tree), sink_(std::move(sink)), interval_(interval), states_(read()), thread_([this] { run(); }) {}
+
+    ~StateWatch() {
+        {
+            const std::lock_guard lock(mutex_);
+            stopped_ = true;
+        }
+        wake_.notify_all();
+        thread_.join();
+    }
+    StateWatch(const StateWatch&) = delete;
+    StateWatch& operator=(const StateWatch&) = delete;
+
+private:
+    using States = std::map<std::uint32_t, std::string>;
+
+    States read() const {
+        States states;
+        for (const auto number : reader_.select())
+            states[number] = reader_.link(number).state.valueOr("unknown");
+        return states;
+    }
+
+    void run() {
+        std::unique_lock lock(mutex_);
+        while (!wake_.wait_for(lock, interval_, [this] { return stopped_; }))
+            tellChanges(read());
+    }
+
+    void tellChanges(States now) {
+        for (const auto& [number, state] : now) {
+            const auto before = states_.find(number);
+            if (before != states_.end() && before->second != state)
+                sink_({static_cast<std::uint16_t>(number),
+                       "host" + std::to_string(number) + ": port state " + before->second + " becomes " + state});
+        }
+        states_ = std::move(now);
+    }
+
+    FibreChannelReader reader_;
+    AlarmSink sink_;
+    std::chrono::milliseconds interval_;
+    States states_; // the thread's alone once it runs
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    bool stopped_ = false;
+    std::thread thread_; // last: it uses all of the above
+};
+
+class HostSource : public Source {
+public:
+    HostSource(const SysTree& tree, std::unique_ptr<KernelQueries> queries, std::chrono::milliseconds watchInterval)
+        : tree_(tree), queries_(std::move(queries)), network_(tree_, *queries_), fibreChannel_(tree_),
+          watchInterval_(watchInterval), atLastReset_(fingerprint(tree_, *queries_)) {}
+
+    FleetOrError load() override {
+        if (const auto classes = tree_.resolve("sys/class/net"); !classes)
+            return FleetError{"cannot read the network interfaces below /sys/class/net: " + classes.absence().reason};
+        auto fleet = describeFleet(readHostFacts(tree_, *queries_), PciNames(tree_));
+        remember(fleet);
+        return fleet;
+    }
+
+    bool changed() override {
+        auto now = fingerprint(tree_, *queries_);
+        const std::lock_guard lock(mutex_);
+        const bool isOther = now != atLastReset_;
+        lastSeen_ = std::move(now);
+        return isOther;
+    }
+
+    /** What comes between the question and the reset is told by the next question. */
+    void resetChanged() override {
+        std::unique_lock lock(mutex_);
+        if (!lastSeen_) {
+            lock.unlock();
+            auto now = fingerprint(tree_, *queries_);
+            lock.lock();
+            atLastReset_ = std::move(now);
+            return;
+        }
+        atLastReset_ = std::move(*lastSeen_);
+        lastSeen_.reset();
+    }
+
+    void watch(AlarmSink sink) override { watch_.emplace(tree_, std::move(sink), watchInterval_); }
+
+    Answer<PortProperty> portProperty(std::uint32_t handle) override {
+        if (!isLoaded(handle)) return Answer<PortProperty>::failure(statusNoSuchDevice);
+        const auto number = hostOfHandle(handle);
+        return describePortProperty(fibreChannel_.link(number), fibreChannel_.transceiver(number).present());
+    }
+
+    Answer<Bytes> vpd(std::uint32_t handle) override {
+        if (!isLoaded(handle)) return Answer<Bytes>::failure(statusNoSuchDevice);
+        const std::lock_guard lock(mutex_);
+        return vpdOfHandle_.at(handle);
+    }
+
+    Answer<std::string> uuid(std::uint32_t handle) override { return noData<std::string>(handle); }
+
+    Answer<Statistics> refreshStatistics(std::uint32_t handle) override {
+        if (!isLoaded(handle)) return Answer<Statistics>::failure(statusNoSuchDevice);
+        return describeStatistics(fibreChannel_.counters(hostOfHandle(handle)));
+    }
+
+    Answer<Transceiver> storageTransceiver(std::uint32_t handle) override {
+        if (!isLoaded(handle)) return Answer<Transceiver>::failure(statusNoSuchDevice);
+        return answer(fibreChannel_.transceiver(hostOfHandle(handle)));
+    }
+
+    Answer<std::string> multiBootVersion(std::uint32_t handle) override { return noData<std::string>(handle); }
+
+    Answer<Link> link(std::string_view deviceName) override {
+        if (!isLoaded(deviceName)) return Answer<Link>::failure(statusNoSuchDevice);
+        return describeLink(network_.link(std::string(deviceName)));
+    }
+
+    Answer<IPConfiguration> ipConfiguration(std::string_view deviceName) override {
+        if (!isLoaded(deviceName)) return Answer<IPConfiguration>::failure(statusNoSuchDevice);
+        return answer(selectAddresses(queries_->addresses(), network_.index(std::string(deviceName))));
+    }
+
+    Answer<std::vector<FCoELinkage>> fcoeLinkage(std::string_view deviceName) override {
+        if (!isLoaded(deviceName)) return Answer<std::vector<FCoELinkage>>::failure(statusNoSuchDevice);
+        const auto address = network_.currentAddress(std::string(deviceName));
+        std::vector<FCoELinkage> linkages;
+        for (const auto number : fibreChannel_.select())
+            if (fibreChannel_.networkInterface(number).valueOr({}) == deviceName)
+                linkages.push_back(
+                    describeLinkage(fibreChannel_.link(number).portName, fibreChannel_.portId(number), address));
+        return linkages;
+    }
+
+    Answer<Transceiver> nicTransceiver(std::string_view deviceName) override {
+        if (!isLoaded(deviceName)) return Answer<Transceiver>::failure(statusNoSuchDevice);
+        return answer(network_.transceiver(std::string(deviceName)));
+    }
+
+    Status updateFlash(std::uint32_t, const void*) override { return statusReadOnly; }
+    Status updateOptionRom(std::uint32_t, std::string_view) override { return statusReadOnly; }
+
+private:
+    template <typename Value>
+    static Answer<Value> answer(const Attribute<Value>& attribute) {
+        return attribute ? Answer<Value>(*attribute) : Answer<Value>::failure(statusNoData);
+    }
+
+    template <typename Value>
+    Answer<Value> noData(std::uint32_t handle) {
+        return Answer<Value>::failure(isLoaded(handle) ? statusNoData : statusNoSuchDevice);
+    }
+
+    bool isLoaded(std::uint32_t handle) {
+        const std::lock_guard lock(mutex_);
+        return vpdOfHandle_.contains(handle) && fibreChannel_.exists(hostOfHandle(handle));
+    }
+
+    bool isLoaded(std::string_view deviceName) {
+        const std::lock_guard lock(mutex_);
+        return interfaces_.contains(std::string(deviceName)) && network_.exists(std::string(deviceName));
+    }
+
+    void remember(const Fleet& fleet) {
+        std::set<std::string> interfaces;
+        std::map<std::uint32_t, Bytes> vpds;
+        for (const auto& card : *fleet.cards)
+            for (const auto& port : *card.ports)
+                for (const auto& function : *port.functions) {
+                    if (const auto* nic = std::get_if<NicFunction>(&function)) interfaces.insert(nic->deviceName);
+                    if (const auto* storage = std::get_if<StorageFunction>(&function))
+                        vpds[storage->handle] = storage->vpd.value_or(Bytes());
+                }
+        const std::lock_guard lock(mutex_);
+        interfaces_ = std::move(interfaces);
+        vpdOfHandle_ = std::move(vpds);
+    }
+
+    const SysTree tree_;
+    const std::unique_ptr<KernelQueries> queries_;
+    const NetworkDeviceReader network_;
+    const FibreChannelReader fibreChannel_;
+    const std::chrono::milliseconds watchInterval_;
+
+    std::mutex mutex_; // guards what follows
+    std::vector<std::string> atLastReset_;
+    std::optional<std::vector<std::string>> lastSeen_; ///< by changed() since the last reset
+    std::set<std::string> interfaces_;
+    std::map<std::uint32_t, Bytes> vpdOfHandle_; ///< a card's memory is read once a load, because that is slow
+
+    std::optional<StateWatch> watch_; // last: its thread ends first
+};
+
+} // namespace
+
+std::unique_ptr<Source> makeHostSource(const SysTree& tree, std::unique_ptr<KernelQueries> queries,
+                                       std::chrono::milliseconds watchInterval) {
+    return std::make_unique<HostSource>(tree, std::move(queries), watchInterval);
+}
+
+} // namespace host
+
+std::unique_ptr<Source> makeHostSource() { return host::makeHostSource(host::SysTree(), host::makeLinuxQueries()); }
+
+} // namespace tavik

@@ -1,0 +1,114 @@
+#include "tavik/library.h"
+
+#include <cstdlib>
+#include <utility>
+
+#include "tavik/log.h"
+#include "tavik/source_choice.h"
+
+namespace tavik {
+
+namespace {
+
+constexpr const char* choiceFile = "/etc/tavik/source";
+
+} // namespace
+
+Status Library::initialize() {
+    const std::lock_guard updateLock(updateMutex_);
+    if (isStarted()) return statusAlreadyInitialized;
+
+    const auto choice = chosenSource(std::getenv("TAVIK_SOURCE"), choiceFile);
+    auto made = makeSource(choice);
+    if (const auto* error = std::get_if<FleetError>(&made)) {
+        report(error->message);
+        return statusSourceFailed;
+    }
+    log("source of adapters: " + choice);
+    const std::shared_ptr<Source> source = std::move(std::get<std::unique_ptr<Source>>(made));
+    const auto alarms = std::make_shared<AlarmDispatcher>();
+    source->watch([alarms](Alarm alarm) { alarms->push(std::move(alarm)); });
+    auto tree = buildTree(*source);
+    const Status status = tree ? statusOk : statusSourceFailed;
+
+    const std::lock_guard lock(mutex_);
+    source_ = source;
+    alarms_ = alarms;
+    main_ = std::move(tree);
+    return status;
+}
+
+Status Library::uninitialize() {
+    std::unique_lock updateLock(updateMutex_);
+    std::unique_lock lock(mutex_);
+    if (!source_) return statusNotInitialized;
+    if (alarms_->isOwnThread()) return statusWrongThread;
+    lastLoadError_.reset();
+    auto source = std::exchange(source_, nullptr);
+    const auto alarms = std::exchange(alarms_, nullptr);
+    const auto main = std::exchange(main_, nullptr);
+    const auto backup = std::exchange(backup_, nullptr);
+    lock.unlock();
+    updateLock.unlock();
+
+    // Without a lock: both wait for threads that may be inside a call of the library.
+    source.reset();
+    alarms->stop();
+    if (const auto left = handOuts_.count()) log(std::to_string(left) + " blocks have not been given back");
+    return statusOk;
+}
+
+TAVIK_AdapterList* Library::adapterList() {
+    const std::lock_guard lock(mutex_);
+    return main_ ? main_->list() : nullptr;
+}
+
+Status Library::updateBackup() {
+    const std::lock_guard updateLock(updateMutex_);
+    const auto current = source();
+    if (!current) return statusNotInitialized;
+    auto tree = buildTree(*current);
+    if (!tree) return statusSourceFailed;
+    const std::lock_guard lock(mutex_);
+    std::swap(backup_, tree);
+    return statusOk;
+}
+
+Status Library::swapBackup() {
+    std::unique_ptr<Tree> old;
+    const std::lock_guard lock(mutex_);
+    if (!source_) return statusNotInitialized;
+    if (!backup_) return statusNoBackup;
+    old = std::exchange(main_, std::move(backup_));
+    return statusOk;
+}
+
+std::shared_ptr<Source> Library::source() {
+    const std::lock_guard lock(mutex_);
+    return source_;
+}
+
+std::shared_ptr<AlarmDispatcher> Library::alarms() {
+    const std::lock_guard lock(mutex_);
+    return alarms_;
+}
+
+/** Null if the source has nothing to give; tells why, unless it was the same the last time. */
+std::unique_ptr<Tree> Library::buildTree(Source& source) {
+    const auto loaded = source.load();
+    const auto* error = std::get_if<FleetError>(&loaded);
+    if (!error) {
+        lastLoadError_.reset();
+        return std::make_unique<Tree>(std::get<Fleet>(loaded));
+    }
+    if (lastLoadError_ != *error) report(error->message);
+    lastLoadError_ = *error;
+    return nullptr;
+}
+
+bool Library::isStarted() {
+    const std::lock_guard lock(mutex_);
+    return source_ != nullptr;
+}
+
+} // namespace tavik

@@ -1,0 +1,53 @@
+// The state behind the exported calls: the source, the main tree and the second one, the alarms and the memory that
+// callers hold.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "tavik/alarm_dispatcher.h"
+#include "tavik/hand_outs.h"
+#include "tavik/source.h"
+#include "tavik/tree.h"
+
+namespace tavik {
+
+/** All members can be called from several threads at once. */
+class Library {
+public:
+    /** Chooses the source and fills the main tree. If the source has nothing to give, the library is started all the
+     *  same, without a list, and takes up the adapters by the next update.
+     *  @return statusSourceFailed in that case, or if there is no such source, which starts nothing. */
+    Status initialize();
+    /** @return statusWrongThread from within an alarm callback. */
+    Status uninitialize();
+
+    TAVIK_AdapterList* adapterList();
+    Status updateBackup();
+    Status swapBackup();
+
+    /** Null unless the library is started; so below. */
+    std::shared_ptr<Source> source();
+    std::shared_ptr<AlarmDispatcher> alarms();
+
+    HandOuts& handOuts() { return handOuts_; }
+
+private:
+    std::unique_ptr<Tree> buildTree(Source& source);
+    bool isStarted();
+
+    std::mutex updateMutex_; ///< one start, end or update at a time; taken before mutex_, and by no other call
+    std::optional<FleetError> lastLoadError_;
+
+    std::mutex mutex_; ///< guards what follows, and is held for moments only
+    std::shared_ptr<AlarmDispatcher> alarms_;
+    std::shared_ptr<Source> source_;
+    std::unique_ptr<Tree> main_;
+    std::unique_ptr<Tree> backup_;
+
+    HandOuts handOuts_;
+};
+
+} // namespace tavik

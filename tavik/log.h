@@ -1,0 +1,18 @@
+// What the library writes to standard error: the log, which TAVIK_Initialize switches on, and reports, which always
+// appear. Whole lines that begin with "tavik: ".
+#pragma once
+
+#include <string>
+
+namespace tavik {
+
+void setLogging(bool on);
+bool isLogging();
+
+/** For the log: nothing appears unless it is on. */
+void log(const std::string& text);
+
+/** For what an administrator must see: a source that cannot be read, a caller that breaks the rules. */
+void report(const std::string& text);
+
+} // namespace tavik

@@ -1,0 +1,20 @@
+// The statuses that our library answers with. Callers test for zero only; the numbers help whoever reads a log.
+#pragma once
+
+#include "tavik/model.h"
+
+namespace tavik {
+
+inline constexpr Status statusOk = 0;
+inline constexpr Status statusNotInitialized = 1;  ///< TAVIK_Initialize has not run, or the library has been ended
+inline constexpr Status statusInvalidArgument = 2; ///< a null pointer, or memory that is not the library's
+inline constexpr Status statusNoSuchDevice = 3;    ///< no function has this handle, adapter ID or device name
+inline constexpr Status statusNoData = 4;          ///< the function has nothing of this kind
+inline constexpr Status statusSourceFailed = 5;    ///< the source could not be read; standard error tells why
+inline constexpr Status statusNotSupported = 6;    ///< the source cannot do this
+inline constexpr Status statusReadOnly = 7;        ///< the source never writes: flash calls on a real host
+inline constexpr Status statusAlreadyInitialized = 8;
+inline constexpr Status statusNoBackup = 9;     ///< a swap without a filled second tree
+inline constexpr Status statusWrongThread = 10; ///< the call would wait for the thread it runs on
+
+} // namespace tavik

@@ -1,0 +1,45 @@
+#include "cimhost/broker/arena.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace cimhost {
+namespace {
+
+// Chunks grow with the arena, so that a clone stays small and a request of thousands of instances asks the system
+// rarely. They stay below the size from which the C library maps each one anew.
+constexpr std::size_t smallestChunk = 1024;
+constexpr std::size_t largestChunk = 96 * 1024;
+
+} // namespace
+
+Arena::~Arena() {
+    while (chunks) {
+        Chunk* previous = chunks->previous;
+        std::free(chunks);
+        chunks = previous;
+    }
+}
+
+std::string_view Arena::copyText(std::string_view text) {
+    char* copy = static_cast<char*>(allocate(text.size() + 1));
+    text.copy(copy, text.size());
+    copy[text.size()] = '\0';
+    return {copy, text.size()};
+}
+
+void* Arena::allocateFromNewChunk(std::size_t bytes) {
+    const std::size_t usual = std::clamp(total, smallestChunk, largestChunk);
+    const std::size_t size = std::max(usual, bytes + sizeof(Chunk));
+    void* memory = std::malloc(size);
+    if (!memory) throw std::bad_alloc();
+    total += size;
+    chunks = ::new (memory) Chunk{chunks};
+    next = static_cast<char*>(memory) + sizeof(Chunk);
+    limit = static_cast<char*>(memory) + size;
+    char* place = next;
+    next += bytes;
+    return place;
+}
+
+} // namespace cimhost

@@ -1,0 +1,171 @@
+#include <cstring>
+
+#include "cimhost/broker/table_support.h"
+#include "cimhost/broker/values.h"
+
+namespace cimhost {
+namespace {
+
+bool isEncapsulatedElement(CMPIType type) noexcept {
+    return type == CMPI_string || type == CMPI_dateTime || type == CMPI_ref || type == CMPI_instance;
+}
+
+// What an element of that type takes; 0 for a type that has no arrays.
+std::size_t elementBytes(CMPIType type) noexcept {
+    const std::size_t size = scalarSize(type);
+    if (size != 0) return size;
+    return isEncapsulatedElement(inwardType(type)) ? sizeof(void*) : 0;
+}
+
+// True for an object that the arena already holds: then the array refers to it as it is.
+bool liesIn(const Arena& arena, const CMPIData& data) noexcept {
+    switch (data.type) {
+    case CMPI_dateTime:
+        return DateTimeObject::from(data.value.dateTime)->arena == &arena;
+    case CMPI_ref:
+        return ObjectPathObject::from(static_cast<const CMPIObjectPath*>(data.value.ref))->arena == &arena;
+    case CMPI_instance:
+        return InstanceObject::from(static_cast<const CMPIInstance*>(data.value.inst))->arena == &arena;
+    default:
+        return true; // texts never change, so it makes no difference
+    }
+}
+
+bool isOurs(const CMPIValue& value, CMPIType type) noexcept {
+    switch (type) {
+    case CMPI_string:
+        return StringObject::from(value.string);
+    case CMPI_dateTime:
+        return DateTimeObject::from(value.dateTime);
+    case CMPI_ref:
+        return ObjectPathObject::from(static_cast<const CMPIObjectPath*>(value.ref));
+    case CMPI_instance:
+        return InstanceObject::from(static_cast<const CMPIInstance*>(value.inst));
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+ArrayObject* ArrayObject::make(Arena& arena, CMPICount size, CMPIType elementType) {
+    const std::size_t bytes = elementBytes(elementType);
+    if (bytes == 0) return nullptr;
+    void* memory = arena.allocate(sizeof(ArrayObject) + size * bytes + size);
+    auto* made = ::new (memory) ArrayObject();
+    made->hdl = made;
+    made->ft = tablePointer(tables::array);
+    made->arena = &arena;
+    made->ownsArena = false;
+    made->type = elementType;
+    made->elementSize = static_cast<std::uint8_t>(bytes);
+    made->count = size;
+    made->values = static_cast<unsigned char*>(memory) + sizeof(ArrayObject);
+    made->present = made->values + size * bytes;
+    std::memset(made->values, 0, size * bytes + size);
+    return made;
+}
+
+const ArrayObject* ArrayObject::from(const CMPIArray* object) noexcept {
+    return checkedObject<const ArrayObject>(object, tables::array);
+}
+
+CMPIData ArrayObject::element(CMPICount index) const noexcept {
+    CMPIData data{};
+    data.type = inwardType(type);
+    if (!present[index]) {
+        data.state = CMPI_nullValue;
+        return data;
+    }
+    std::memcpy(&data.value, values + std::size_t{index} * elementSize, elementSize);
+    return data;
+}
+
+void ArrayObject::store(CMPICount index, const CMPIData& data) noexcept {
+    unsigned char* place = values + std::size_t{index} * elementSize;
+    present[index] = (data.state & CMPI_nullValue) == 0;
+    if (present[index]) {
+        std::memcpy(place, &data.value, elementSize);
+    } else {
+        std::memset(place, 0, elementSize);
+    }
+}
+
+CMPIrc ArrayObject::setElement(CMPICount index, const CMPIValue* value, CMPIType valueType) {
+    if (index >= count) return CMPI_RC_ERR_NO_SUCH_PROPERTY;
+    if (valueType != type && valueType != CMPI_null) return CMPI_RC_ERR_TYPE_MISMATCH;
+    CMPIData data{};
+    // An object goes in as it is, as on other servers: what the caller changes in it later shows in the array.
+    if (value && isEncapsulatedElement(valueType) && value->string) {
+        if (!isOurs(*value, valueType)) return CMPI_RC_ERR_INVALID_HANDLE;
+        data.type = valueType;
+        data.value = *value;
+        if (data.type == CMPI_string || !liesIn(*arena, data)) data = copyData(*arena, data);
+    } else if (const CMPIrc code = takeValue(*arena, value, valueType, data); code != CMPI_RC_OK) {
+        return code;
+    }
+    store(index, data);
+    return CMPI_RC_OK;
+}
+
+ArrayObject* ArrayObject::copyTo(Arena& target) const {
+    ArrayObject* copy = make(target, count, type);
+    if (scalarSize(type) != 0) {
+        std::memcpy(copy->values, values, std::size_t{count} * elementSize + count);
+        return copy;
+    }
+    for (CMPICount index = 0; index < count; ++index) {
+        copy->store(index, copyData(target, element(index)));
+    }
+    return copy;
+}
+
+namespace {
+
+ArrayObject* writable(CMPIArray* object) noexcept { return const_cast<ArrayObject*>(ArrayObject::from(object)); }
+
+CMPICount getSize(const CMPIArray* object, CMPIStatus* status) noexcept {
+    const ArrayObject* array = ArrayObject::from(object);
+    setStatus(status, array ? CMPI_RC_OK : CMPI_RC_ERR_INVALID_HANDLE);
+    return array ? array->size() : 0;
+}
+
+CMPIType getSimpleType(const CMPIArray* object, CMPIStatus* status) noexcept {
+    const ArrayObject* array = ArrayObject::from(object);
+    setStatus(status, array ? CMPI_RC_OK : CMPI_RC_ERR_INVALID_HANDLE);
+    return array ? array->elementType() : CMPIType(CMPI_null);
+}
+
+CMPIData getElementAt(const CMPIArray* object, CMPICount index, CMPIStatus* status) noexcept {
+    const ArrayObject* array = ArrayObject::from(object);
+    if (!array || index >= array->size()) {
+        setStatus(status, array ? CMPI_RC_ERR_NO_SUCH_PROPERTY : CMPI_RC_ERR_INVALID_HANDLE);
+        return absentData();
+    }
+    setStatus(status, CMPI_RC_OK);
+    Arena& arena = workArena();
+    const CMPIData element = array->element(index);
+    return array->arena == &arena ? element : copyData(arena, element);
+}
+
+CMPIStatus setElementAt(CMPIArray* object, CMPICount index, const CMPIValue* value, CMPIType type) noexcept {
+    ArrayObject* array = writable(object);
+    if (!array) return statusOf(CMPI_RC_ERR_INVALID_HANDLE);
+    const CMPIrc code = array->setElement(index, value, type);
+    if (code != CMPI_RC_ERR_TYPE_MISMATCH) return statusOf(code);
+    return statusOf(code, "the element's type is not that of the array");
+}
+
+} // namespace
+
+const CMPIArrayFT tables::array = {
+    CMPICurrentVersion,
+    releaseFromTable<ArrayObject, CMPIArray>,
+    cloneFromTable<ArrayObject, CMPIArray>,
+    getSize,
+    getSimpleType,
+    getElementAt,
+    setElementAt,
+};
+
+} // namespace cimhost

@@ -1,0 +1,182 @@
+#include "cimhost/broker/broker.h"
+
+#include <algorithm>
+#include <exception>
+#include <thread>
+#include <utility>
+
+#include "cimhost/broker/table_support.h"
+#include "cimhost/broker/thread_registry.h"
+
+namespace cimhost {
+namespace {
+
+constexpr std::size_t mostDroppedProperties = 1000;
+
+CimError notSupportedError() { return {CMPI_RC_ERR_NOT_SUPPORTED, ""}; }
+
+// Calls that name no broker are put down to every broker there is; a process has one per provider.
+struct LiveBrokers {
+    std::mutex mutex;
+    std::vector<Broker*> all;
+};
+
+LiveBrokers& liveBrokers() {
+    static LiveBrokers only;
+    return only;
+}
+
+} // namespace
+
+// What a provider prepared for a thread of its own: the context and whatever the thread makes lie in one arena.
+struct Broker::ThreadContext {
+    Arena memory;
+    ContextObject* context = nullptr;
+    ThreadBinding binding;
+    bool isAttached = false;
+    std::thread::id thread;
+};
+
+UpCalls::Elements UpCalls::enumerateInstanceNames(ObjectMaker, const ObjectPathObject&) { return notSupportedError(); }
+UpCalls::Elements UpCalls::enumerateInstances(ObjectMaker, const ObjectPathObject&, const PropertyList&) {
+    return notSupportedError();
+}
+UpCalls::Elements UpCalls::getInstance(ObjectMaker, const ObjectPathObject&, const PropertyList&) {
+    return notSupportedError();
+}
+UpCalls::Elements UpCalls::associators(ObjectMaker, const ObjectPathObject&, const AssociationFilter&,
+                                       const PropertyList&) {
+    return notSupportedError();
+}
+UpCalls::Elements UpCalls::associatorNames(ObjectMaker, const ObjectPathObject&, const AssociationFilter&) {
+    return notSupportedError();
+}
+UpCalls::Elements UpCalls::references(ObjectMaker, const ObjectPathObject&, const AssociationFilter&,
+                                      const PropertyList&) {
+    return notSupportedError();
+}
+UpCalls::Elements UpCalls::referenceNames(ObjectMaker, const ObjectPathObject&, const AssociationFilter&) {
+    return notSupportedError();
+}
+UpCalls::Elements UpCalls::invokeMethod(ObjectMaker, const ObjectPathObject&, std::string_view, const ArgsObject&,
+                                        ArgsObject&) {
+    return notSupportedError();
+}
+
+Broker::Broker(const ClassRepository& repository, BrokerOptions options)
+    : tables{this, tablePointer(tables::broker), tablePointer(tables::encapsulation), tablePointer(tables::extension),
+             nullptr},
+      classes(repository), settings(std::move(options)), calls(settings.upCalls ? settings.upCalls : &notSupported) {
+    LiveBrokers& live = liveBrokers();
+    const std::lock_guard lock(live.mutex);
+    live.all.push_back(this);
+}
+
+Broker::~Broker() {
+    LiveBrokers& live = liveBrokers();
+    const std::lock_guard lock(live.mutex);
+    std::erase(live.all, this);
+}
+
+Broker* Broker::from(const CMPIBroker* broker) noexcept {
+    // Wrapper libraries keep a copy of the struct, so the handle tells and not the address.
+    return broker && broker->hdl && broker->bft == &tables::broker ? static_cast<Broker*>(broker->hdl) : nullptr;
+}
+
+void Broker::log(LogLevel level, std::string_view text) const {
+    if (settings.log) settings.log(level, text);
+}
+
+CMPIrc Broker::deliver(std::string_view nameSpace, const InstanceObject& indication) {
+    ++delivered;
+    if (!settings.indicationSink) return CMPI_RC_ERR_FAILED;
+    try {
+        return settings.indicationSink(nameSpace, indication);
+    } catch (const std::exception& failure) {
+        log(LogLevel::error, std::string("an indication was not delivered: ") + failure.what());
+        return CMPI_RC_ERR_FAILED;
+    }
+}
+
+std::vector<std::string> Broker::droppedProperties() const {
+    const std::lock_guard lock(mutex);
+    std::vector<std::string> names(dropped.begin(), dropped.end());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+void Broker::noteDroppedProperty(const ClassDeclaration& declaration, std::string_view property) {
+    std::string name = declaration.name() + ".";
+    name += property;
+    {
+        const std::lock_guard lock(mutex);
+        if (dropped.size() >= mostDroppedProperties || !dropped.insert(name).second) return;
+    }
+    log(LogLevel::warning, "property dropped: the class does not declare " + name);
+}
+
+void Broker::noteFatalUnattachedCall(std::string_view function) {
+    if (fatalUnattached++ != 0) return;
+    log(LogLevel::warning, std::string(function) + " was called in a thread that is not attached; other servers may " +
+                               "not survive that");
+}
+
+void Broker::noteUnownedCall(std::string_view function) {
+    LiveBrokers& live = liveBrokers();
+    const std::lock_guard lock(live.mutex);
+    for (Broker* broker : live.all) {
+        broker->noteFatalUnattachedCall(function);
+    }
+}
+
+std::size_t Broker::preparedContexts() const {
+    const std::lock_guard lock(mutex);
+    return contexts.size();
+}
+
+std::size_t Broker::runningThreads() const { return countRunningThreads(*this); }
+
+CMPIContext* Broker::prepareContext(const ContextObject& parent) {
+    auto prepared = std::make_unique<ThreadContext>();
+    prepared->context = ContextObject::make(prepared->memory);
+    for (const NamedData& entry : parent.entries()) {
+        const bool isNull = (entry.data.state & CMPI_nullValue) != 0;
+        prepared->context->add(entry.name, isNull ? nullptr : &entry.data.value, entry.data.type);
+    }
+    CMPIContext* const context = prepared->context;
+    const std::lock_guard lock(mutex);
+    contexts.emplace(context, std::move(prepared));
+    return context;
+}
+
+CMPIrc Broker::attachContext(const CMPIContext* context) {
+    const std::lock_guard lock(mutex);
+    const auto place = contexts.find(context);
+    if (place == contexts.end()) return CMPI_RC_ERR_INVALID_HANDLE;
+    ThreadContext& prepared = *place->second;
+    if (prepared.isAttached) {
+        log(LogLevel::warning, "attachThread with a context that is attached already");
+        return CMPI_RC_ERR_FAILED;
+    }
+    prepared.isAttached = true;
+    prepared.thread = std::this_thread::get_id();
+    prepared.binding = {&prepared.memory, this, nullptr};
+    bindThread(prepared.binding);
+    return CMPI_RC_OK;
+}
+
+CMPIrc Broker::detachContext(const CMPIContext* context) {
+    const std::lock_guard lock(mutex);
+    const auto place = contexts.find(context);
+    if (place == contexts.end()) return CMPI_RC_ERR_INVALID_HANDLE;
+    const ThreadContext& prepared = *place->second;
+    if (prepared.isAttached && prepared.thread != std::this_thread::get_id()) {
+        log(LogLevel::warning, "detachThread in another thread than the one that was attached");
+        return CMPI_RC_ERR_FAILED;
+    }
+    if (prepared.isAttached) unbindThread(prepared.binding);
+    contexts.erase(place);
+    return CMPI_RC_OK;
+}
+
+} // namespace cimhost

@@ -1,0 +1,139 @@
+#include "cimhost/cimxml/class_encoder.h"
+
+#include "cimhost/cimxml/encoder.h"
+#include "cimhost/cimxml/xml_text.h"
+#include "cimhost/model/cim_type.h"
+
+namespace cimhost::cimxml {
+
+namespace {
+
+class ClassWriter {
+public:
+    ClassWriter(std::string& target, const ClassOptions& wanted) : out(target), options(wanted) {}
+
+    void write(const ClassDeclaration& declaration) {
+        out += "<CLASS";
+        appendAttribute(out, "NAME", declaration.name());
+        if (declaration.superclass()) appendAttribute(out, "SUPERCLASS", declaration.superclass()->name());
+        out += '>';
+        qualifiers(declaration.qualifiers());
+        for (const PropertyDeclaration& property : declaration.properties()) {
+            if (options.localOnly && property.isPropagated) continue;
+            if (options.wantsProperty && !options.wantsProperty(property.name)) continue;
+            write(property);
+        }
+        for (const MethodDeclaration& method : declaration.methods()) {
+            if (!options.localOnly || !method.isPropagated) write(method);
+        }
+        out += "</CLASS>";
+    }
+
+private:
+    void write(const PropertyDeclaration& property) {
+        const std::string_view element = property.isReference() ? "PROPERTY.REFERENCE"
+                                         : property.isArray()   ? "PROPERTY.ARRAY"
+                                                                : "PROPERTY";
+        open(element, property.name);
+        typeAttributes(property.type, property.referenceClass);
+        arraySize(property.arraySize);
+        origin(property.classOrigin, property.isPropagated);
+        out += '>';
+        qualifiers(property.qualifiers);
+        value(property.defaultValue);
+        close(element);
+    }
+
+    void write(const MethodDeclaration& method) {
+        open("METHOD", method.name);
+        appendAttribute(out, "TYPE", typeName(method.returnType));
+        origin(method.classOrigin, method.isPropagated);
+        out += '>';
+        qualifiers(method.qualifiers);
+        for (const ParameterDeclaration& parameter : method.parameters) write(parameter);
+        close("METHOD");
+    }
+
+    void write(const ParameterDeclaration& parameter) {
+        const std::string_view element = parameter.isReference() && parameter.isArray() ? "PARAMETER.REFARRAY"
+                                         : parameter.isReference()                      ? "PARAMETER.REFERENCE"
+                                         : parameter.isArray()                          ? "PARAMETER.ARRAY"
+                                                                                        : "PARAMETER";
+        open(element, parameter.name);
+        typeAttributes(parameter.type, parameter.referenceClass);
+        arraySize(parameter.arraySize);
+        out += '>';
+        qualifiers(parameter.qualifiers);
+        close(element);
+    }
+
+    void write(const Qualifier& qualifier) {
+        open("QUALIFIER", qualifier.name);
+        appendAttribute(out, "TYPE", typeName(qualifier.value.type));
+        if (qualifier.isPropagated) out += " PROPAGATED=\"true\"";
+        if (!qualifier.flavor.isOverridable) out += " OVERRIDABLE=\"false\"";
+        if (!qualifier.flavor.isToSubclass) out += " TOSUBCLASS=\"false\"";
+        if (qualifier.flavor.isTranslatable) out += " TRANSLATABLE=\"true\"";
+        out += '>';
+        value(qualifier.value);
+        close("QUALIFIER");
+    }
+
+    void qualifiers(std::span<const Qualifier> list) {
+        if (!options.includeQualifiers) return;
+        for (const Qualifier& qualifier : list) write(qualifier);
+    }
+
+    void value(const DeclaredValue& declared) {
+        if (declared.isNull) return;
+        if (declared.isArray()) out += "<VALUE.ARRAY>";
+        for (const std::optional<std::string>& text : declared.texts) {
+            if (!text) {
+                out += "<VALUE.NULL/>";
+                continue;
+            }
+            out += "<VALUE>";
+            appendText(out, *text);
+            out += "</VALUE>";
+        }
+        if (declared.isArray()) out += "</VALUE.ARRAY>";
+    }
+
+    void open(std::string_view element, std::string_view name) {
+        out.append("<").append(element);
+        appendAttribute(out, "NAME", name);
+    }
+
+    void close(std::string_view element) { out.append("</").append(element).append(">"); }
+
+    void typeAttributes(CMPIType type, std::string_view referenceClass) {
+        if (elementOf(type) != CMPI_ref) return appendAttribute(out, "TYPE", typeName(type));
+        if (!referenceClass.empty()) appendAttribute(out, "REFERENCECLASS", referenceClass);
+    }
+
+    void arraySize(std::optional<std::uint32_t> size) {
+        if (size) appendAttribute(out, "ARRAYSIZE", std::to_string(*size));
+    }
+
+    void origin(std::string_view declaringClass, bool isPropagated) {
+        if (options.includeClassOrigin) appendAttribute(out, "CLASSORIGIN", declaringClass);
+        if (isPropagated) out += " PROPAGATED=\"true\"";
+    }
+
+    std::string& out;
+    const ClassOptions& options;
+};
+
+} // namespace
+
+void appendClass(std::string& out, const ClassDeclaration& declaration, const ClassOptions& options) {
+    ClassWriter(out, options).write(declaration);
+}
+
+void appendClassName(std::string& out, std::string_view name) {
+    out += "<CLASSNAME";
+    appendAttribute(out, "NAME", name);
+    out += "/>";
+}
+
+} // namespace cimhost::cimxml

@@ -1,0 +1,25 @@
+// CIM-XML out: class declarations with their qualifiers, properties and methods.
+#pragma once
+
+#include "cimhost/model/class_declaration.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace cimhost::cimxml {
+
+struct ClassOptions {
+    bool localOnly = true; ///< only what the class itself declares
+    bool includeQualifiers = true;
+    bool includeClassOrigin = false;
+    std::function<bool(std::string_view)> wantsProperty; ///< empty: every one
+};
+
+/// Appends a <CLASS>.
+void appendClass(std::string& out, const ClassDeclaration& declaration, const ClassOptions& options);
+
+/// Appends a <CLASSNAME>.
+void appendClassName(std::string& out, std::string_view name);
+
+} // namespace cimhost::cimxml

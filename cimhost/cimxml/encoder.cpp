@@ -1,0 +1,264 @@
+#include "cimhost/cimxml/encoder.h"
+
+#include "cimhost/cimxml/xml_text.h"
+#include "cimhost/model/cim_type.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace cimhost::cimxml {
+
+namespace {
+
+// The elements of the three kinds of property. A property without a value has an end tag all the same: clients in the
+// field do not take "/>" there.
+struct PropertyShape {
+    std::string_view element;
+    std::string_view toValue;
+    std::string_view close;
+    std::string_view empty;
+};
+
+constexpr PropertyShape scalarShape = {"<PROPERTY", "><VALUE>", "</VALUE></PROPERTY>", "></PROPERTY>"};
+constexpr PropertyShape arrayShape = {"<PROPERTY.ARRAY", "><VALUE.ARRAY>", "</VALUE.ARRAY></PROPERTY.ARRAY>",
+                                      "></PROPERTY.ARRAY>"};
+constexpr PropertyShape referenceShape = {"<PROPERTY.REFERENCE", "><VALUE.REFERENCE>",
+                                          "</VALUE.REFERENCE></PROPERTY.REFERENCE>", "></PROPERTY.REFERENCE>"};
+
+const PropertyShape& shapeOf(CMPIType type) {
+    if (elementOf(type) == CMPI_ref) return referenceShape;
+    return isArrayType(type) ? arrayShape : scalarShape;
+}
+
+// An instance inside a property travels as text.
+std::string_view wireType(CMPIType type) { return elementOf(type) == CMPI_instance ? "string" : typeName(type); }
+
+PropertyTags makeTags(const PropertyDeclaration& property) {
+    const PropertyShape& shape = shapeOf(property.type);
+    PropertyTags tags;
+    tags.opening = shape.element;
+    appendAttribute(tags.opening, "NAME", property.name);
+    if (property.isReference()) {
+        appendAttribute(tags.opening, "REFERENCECLASS", property.referenceClass);
+    } else {
+        appendAttribute(tags.opening, "TYPE", wireType(property.type));
+    }
+    if (findQualifier(property.qualifiers, "EmbeddedInstance")) {
+        appendAttribute(tags.opening, "EmbeddedObject", "instance");
+    } else if (findQualifier(property.qualifiers, "EmbeddedObject")) {
+        appendAttribute(tags.opening, "EmbeddedObject", "object");
+    }
+    tags.toValue = tags.opening;
+    tags.toValue += shape.toValue;
+    tags.close = shape.close;
+    tags.empty = shape.empty;
+    appendAttribute(tags.origin, "CLASSORIGIN", property.classOrigin);
+    return tags;
+}
+
+template <typename Number>
+void appendNumber(std::string& out, Number number) {
+    std::array<char, 32> digits{};
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    out.append(digits.data(), static_cast<std::size_t>(result.ptr - digits.data()));
+}
+
+template <typename Real>
+void appendReal(std::string& out, Real number) {
+    if (std::isnan(number)) {
+        out += "NaN";
+    } else if (std::isinf(number)) {
+        out += number < 0 ? "-INF" : "INF";
+    } else {
+        appendNumber(out, number);
+    }
+}
+
+std::string_view keyValueType(CMPIType type) {
+    if (type == CMPI_boolean) return "boolean";
+    const bool isReal = type == CMPI_real32 || type == CMPI_real64;
+    return isReal || isIntegerType(type) ? "numeric" : "string";
+}
+
+bool isNull(const CMPIData& data) { return (data.state & CMPI_nullValue) != 0; }
+
+} // namespace
+
+void appendAttribute(std::string& out, std::string_view name, std::string_view text) {
+    out.append(" ").append(name).append("=\"");
+    appendAttributeText(out, text);
+    out.append("\"");
+}
+
+TagTable::TagTable(const ClassRepository& repository) {
+    for (const std::string_view nameSpace : repository.namespaces()) {
+        for (const ClassDeclaration* declaration : repository.classes(nameSpace)) {
+            std::vector<PropertyTags>& rows = tags[declaration];
+            rows.reserve(declaration->properties().size());
+            for (const PropertyDeclaration& property : declaration->properties()) rows.push_back(makeTags(property));
+        }
+    }
+}
+
+void Encoder::instance(const InstanceObject& instance, const InstanceOptions& options) {
+    const ClassDeclaration* declaration = instance.declaration();
+    raw("<INSTANCE");
+    appendAttribute(document, "CLASSNAME", declaration ? std::string_view(declaration->name()) : instance.className());
+    raw(">");
+    if (declaration) {
+        const std::vector<PropertyTags>& rows = tagTable.of(*declaration);
+        for (std::size_t position = 0; position < rows.size(); ++position) {
+            if (options.selected && !(*options.selected)[position]) continue;
+            if (!instance.isWanted(position)) continue;
+            property(rows[position], instance.valueAt(position), options.includeClassOrigin);
+        }
+    }
+    for (const NamedData& free : instance.freeProperties()) freeProperty(free.name, free.data);
+    raw("</INSTANCE>");
+}
+
+void Encoder::property(const PropertyTags& tags, const CMPIData* data, bool includeClassOrigin) {
+    const bool hasValue = data && !isNull(*data);
+    if (hasValue && !includeClassOrigin) {
+        raw(tags.toValue);
+    } else {
+        raw(tags.opening);
+        if (includeClassOrigin) raw(tags.origin);
+        if (!hasValue) return raw(tags.empty);
+        raw(std::string_view(tags.toValue).substr(tags.opening.size()));
+    }
+    content(*data);
+    raw(tags.close);
+}
+
+void Encoder::freeProperty(std::string_view name, const CMPIData& data) {
+    const PropertyShape& shape = shapeOf(data.type);
+    raw(shape.element);
+    appendAttribute(document, "NAME", name);
+    if (&shape != &referenceShape) appendAttribute(document, "TYPE", wireType(data.type));
+    if (elementOf(data.type) == CMPI_instance) appendAttribute(document, "EmbeddedObject", "instance");
+    if (isNull(data)) return raw(shape.empty);
+    raw(shape.toValue);
+    content(data);
+    raw(shape.close);
+}
+
+// What stands between the tags of a value that is not null.
+void Encoder::content(const CMPIData& data) {
+    if (!isArrayType(data.type)) return scalar(data);
+    if (const ArrayObject* elements = ArrayObject::from(data.value.array)) array(*elements);
+}
+
+void Encoder::scalar(const CMPIData& data) {
+    switch (data.type) {
+    case CMPI_string:
+        if (const StringObject* text = StringObject::from(data.value.string)) appendText(document, text->text());
+        return;
+    case CMPI_boolean: return raw(data.value.boolean != 0 ? "true" : "false");
+    case CMPI_uint8: return appendNumber(document, static_cast<unsigned>(data.value.uint8));
+    case CMPI_uint16: return appendNumber(document, data.value.uint16);
+    case CMPI_uint32: return appendNumber(document, data.value.uint32);
+    case CMPI_uint64: return appendNumber(document, data.value.uint64);
+    case CMPI_sint8: return appendNumber(document, static_cast<int>(data.value.sint8));
+    case CMPI_sint16: return appendNumber(document, data.value.sint16);
+    case CMPI_sint32: return appendNumber(document, data.value.sint32);
+    case CMPI_sint64: return appendNumber(document, data.value.sint64);
+    case CMPI_real32: return appendReal(document, data.value.real32);
+    case CMPI_real64: return appendReal(document, data.value.real64);
+    case CMPI_char16: return appendCharacter(document, data.value.char16);
+    case CMPI_dateTime:
+        if (const DateTimeObject* time = DateTimeObject::from(data.value.dateTime)) raw(time->text());
+        return;
+    case CMPI_ref:
+        if (const ObjectPathObject* path = ObjectPathObject::from(static_cast<const CMPIObjectPath*>(data.value.ref))) {
+            fullestPath(*path);
+        }
+        return;
+    case CMPI_instance:
+        if (const InstanceObject* inner = InstanceObject::from(static_cast<const CMPIInstance*>(data.value.inst))) {
+            std::string text;
+            Encoder(text, tagTable).instance(*inner, {});
+            appendText(document, text);
+        }
+        return;
+    default: return;
+    }
+}
+
+void Encoder::array(const ArrayObject& array) {
+    const bool isReference = array.elementType() == CMPI_ref;
+    const std::string_view open = isReference ? "<VALUE.REFERENCE>" : "<VALUE>";
+    const std::string_view close = isReference ? "</VALUE.REFERENCE>" : "</VALUE>";
+    for (CMPICount index = 0; index < array.size(); ++index) {
+        const CMPIData element = array.element(index);
+        if (isNull(element)) {
+            raw("<VALUE.NULL/>");
+            continue;
+        }
+        raw(open);
+        scalar(element);
+        raw(close);
+    }
+}
+
+void Encoder::keyBinding(const NamedData& key) {
+    raw("<KEYBINDING");
+    appendAttribute(document, "NAME", key.name);
+    if (key.data.type == CMPI_ref) {
+        raw("><VALUE.REFERENCE>");
+        scalar(key.data);
+        raw("</VALUE.REFERENCE></KEYBINDING>");
+        return;
+    }
+    raw("><KEYVALUE VALUETYPE=\"");
+    raw(keyValueType(key.data.type));
+    raw("\">");
+    scalar(key.data);
+    raw("</KEYVALUE></KEYBINDING>");
+}
+
+void Encoder::instanceName(const ObjectPathObject& path) {
+    raw("<INSTANCENAME");
+    appendAttribute(document, "CLASSNAME", path.className());
+    raw(">");
+    for (const NamedData& key : path.keys()) keyBinding(key);
+    raw("</INSTANCENAME>");
+}
+
+void Encoder::localNamespacePath(std::string_view nameSpace) {
+    raw("<LOCALNAMESPACEPATH>");
+    nameSpace = trimNamespace(nameSpace);
+    while (!nameSpace.empty()) {
+        const std::string_view part = nameSpace.substr(0, nameSpace.find('/'));
+        raw("<NAMESPACE");
+        appendAttribute(document, "NAME", part);
+        raw("/>");
+        nameSpace.remove_prefix(std::min(nameSpace.size(), part.size() + 1));
+    }
+    raw("</LOCALNAMESPACEPATH>");
+}
+
+void Encoder::fullestPath(const ObjectPathObject& path) {
+    if (path.nameSpace().empty()) return instanceName(path);
+    const bool hasHost = !path.host().empty();
+    raw(hasHost ? "<INSTANCEPATH><NAMESPACEPATH><HOST>" : "<LOCALINSTANCEPATH>");
+    if (hasHost) {
+        appendText(document, path.host());
+        raw("</HOST>");
+    }
+    localNamespacePath(path.nameSpace());
+    if (hasHost) raw("</NAMESPACEPATH>");
+    instanceName(path);
+    raw(hasHost ? "</INSTANCEPATH>" : "</LOCALINSTANCEPATH>");
+}
+
+void Encoder::error(const CimError& error) {
+    raw("<ERROR");
+    appendAttribute(document, "CODE", std::to_string(static_cast<int>(error.code)));
+    if (!error.description.empty()) appendAttribute(document, "DESCRIPTION", error.description);
+    raw("/>");
+}
+
+} // namespace cimhost::cimxml

@@ -1,0 +1,83 @@
+// CIM-XML out: instances, paths and errors as DSP0201 elements, appended to one buffer.
+#pragma once
+
+#include "cimhost/broker/objects.h"
+#include "cimhost/model/cim_error.h"
+#include "cimhost/model/class_declaration.h"
+#include "cimhost/model/class_repository.h"
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace cimhost::cimxml {
+
+/// What never changes about a property on the wire, rendered once.
+struct PropertyTags {
+    std::string opening;    ///< `<PROPERTY NAME="Speed" TYPE="uint64"`, still open for attributes
+    std::string toValue;    ///< opening, and on to where the value begins: `<PROPERTY ...><VALUE>`
+    std::string_view close; ///< from the value's end to the property's: `</VALUE></PROPERTY>`
+    std::string_view empty; ///< from opening to the end of a property without a value: `></PROPERTY>`
+    std::string origin;     ///< ` CLASSORIGIN="CIM_LogicalPort"`
+};
+
+/// The tags of all classes of a repository. Only read once it is made, by as many threads as like.
+class TagTable {
+public:
+    explicit TagTable(const ClassRepository& repository);
+
+    /// One entry for each of the class's properties, in their order.
+    [[nodiscard]] const std::vector<PropertyTags>& of(const ClassDeclaration& declaration) const {
+        return tags.at(&declaration);
+    }
+
+private:
+    std::unordered_map<const ClassDeclaration*, std::vector<PropertyTags>> tags;
+};
+
+struct InstanceOptions {
+    bool includeClassOrigin = false;
+    /// By position in the properties of the instance's class; null selects all.
+    const std::vector<bool>* selected = nullptr;
+};
+
+class Encoder {
+public:
+    /// Appends to out, which outlives the encoder, as does the table.
+    Encoder(std::string& out, const TagTable& table) : document(out), tagTable(table) {}
+
+    [[nodiscard]] std::string& buffer() noexcept { return document; }
+    void raw(std::string_view text) { document.append(text); }
+
+    /// <INSTANCE> with every selected property of its class; one that was never set goes without a value.
+    void instance(const InstanceObject& instance, const InstanceOptions& options);
+
+    /// <INSTANCENAME>
+    void instanceName(const ObjectPathObject& path);
+
+    /// <INSTANCEPATH>, <LOCALINSTANCEPATH> or <INSTANCENAME>: as much as the path knows.
+    void fullestPath(const ObjectPathObject& path);
+
+    /// <LOCALNAMESPACEPATH>
+    void localNamespacePath(std::string_view nameSpace);
+
+    /// <ERROR>
+    void error(const CimError& error);
+
+private:
+    void property(const PropertyTags& tags, const CMPIData* data, bool includeClassOrigin);
+    void freeProperty(std::string_view name, const CMPIData& data);
+    void content(const CMPIData& data);
+    void scalar(const CMPIData& data);
+    void array(const ArrayObject& array);
+    void keyBinding(const NamedData& key);
+
+    std::string& document;
+    const TagTable& tagTable;
+};
+
+/// Appends ` NAME="text"`, escaped.
+void appendAttribute(std::string& out, std::string_view name, std::string_view text);
+
+} // namespace cimhost::cimxml

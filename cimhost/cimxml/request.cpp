@@ -1,0 +1,413 @@
+#include "cimhost/cimxml/request.h"
+
+#include "cimhost/model/cim_type.h"
+#include "cimhost/model/names.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace cimhost::cimxml {
+
+namespace {
+
+// Thrown inside this file only: a document has hundreds of places where it can be wrong.
+struct Refusal {
+    ProtocolError error;
+};
+
+[[noreturn]] void refuse(std::string message, ErrorKind kind = ErrorKind::requestNotValid) {
+    throw Refusal{{kind, std::move(message)}};
+}
+
+// Keys of a path, parameters of a call: each is compared with all before it.
+constexpr std::size_t maximumNames = 256;
+
+std::string shown(const XmlElement& element) { return "<" + std::string(element.name) + ">"; }
+
+const XmlElement& onlyChild(const XmlElement& element) {
+    if (element.children.size() != 1) {
+        refuse(shown(element) + " holds " + std::to_string(element.children.size()) + " elements in place of one");
+    }
+    return element.children.front();
+}
+
+void refuseChildren(const XmlElement& element) {
+    if (!element.children.empty()) refuse(shown(element) + " takes no element inside");
+}
+
+std::string text(const XmlElement& element) {
+    refuseChildren(element);
+    return element.text;
+}
+
+// Names are compared and looked up, so white space around them would only hide them.
+std::string requiredName(const XmlElement& element, std::string_view attribute) {
+    const std::string& name = *element.attribute(attribute);
+    if (name.empty()) refuse(shown(element) + " has an empty " + std::string(attribute));
+    return name;
+}
+
+CMPIType typeAttribute(const XmlElement& element, std::string_view attribute) {
+    const std::string* name = element.attribute(attribute);
+    if (!name) return CMPI_null;
+    const CMPIType type = *name == "reference" ? static_cast<CMPIType>(CMPI_ref) : typeFromName(*name);
+    if (type == CMPI_null) refuse(shown(element) + ": " + name->substr(0, 64) + " is no type");
+    return type;
+}
+
+std::string localNamespacePath(const XmlElement& element) {
+    std::string path;
+    for (const XmlElement& part : element.children) {
+        if (part.name != "NAMESPACE") refuse(shown(part) + " inside <LOCALNAMESPACEPATH>");
+        refuseChildren(part);
+        if (!path.empty()) path += '/';
+        path += requiredName(part, "NAME");
+    }
+    if (path.empty()) refuse("<LOCALNAMESPACEPATH> names no namespace");
+    return path;
+}
+
+ObjectPath objectPath(const XmlElement& element);
+
+ObjectPath classNameOf(const XmlElement& element) {
+    refuseChildren(element);
+    ObjectPath path;
+    path.className = requiredName(element, "NAME");
+    return path;
+}
+
+struct KeyTypeName {
+    std::string_view name;
+    KeyType type;
+};
+
+constexpr std::array keyTypeNames = {
+    KeyTypeName{"string", KeyType::text},
+    KeyTypeName{"boolean", KeyType::boolean},
+    KeyTypeName{"numeric", KeyType::numeric},
+};
+
+KeyBinding keyValue(const XmlElement& element) {
+    KeyBinding key;
+    if (element.name == "VALUE.REFERENCE") {
+        key.type = KeyType::reference;
+        key.reference = std::make_shared<ObjectPath>(objectPath(onlyChild(element)));
+        return key;
+    }
+    if (element.name != "KEYVALUE") refuse(shown(element) + " where a key's value stands");
+    key.declaredType = typeAttribute(element, "TYPE");
+    if (const std::string* name = element.attribute("VALUETYPE")) {
+        const auto* row = std::find_if(keyTypeNames.begin(), keyTypeNames.end(),
+                                       [&](const KeyTypeName& candidate) { return candidate.name == *name; });
+        if (row == keyTypeNames.end()) refuse("<KEYVALUE>: " + name->substr(0, 64) + " is no VALUETYPE");
+        key.type = row->type;
+    }
+    key.text = text(element);
+    return key;
+}
+
+ObjectPath instanceName(const XmlElement& element) {
+    ObjectPath path;
+    path.namesInstance = true;
+    path.className = requiredName(element, "CLASSNAME");
+    if (element.children.size() == 1 && element.children.front().name != "KEYBINDING") {
+        path.keys.push_back(keyValue(element.children.front()));
+        return path;
+    }
+    if (element.children.size() > maximumNames) refuse("<INSTANCENAME> has too many keys");
+    for (const XmlElement& binding : element.children) {
+        if (binding.name != "KEYBINDING") refuse(shown(binding) + " inside <INSTANCENAME>");
+        KeyBinding key = keyValue(onlyChild(binding));
+        key.name = requiredName(binding, "NAME");
+        const auto isSame = [&](const KeyBinding& other) { return equalNames(other.name, key.name); };
+        if (std::any_of(path.keys.begin(), path.keys.end(), isSame)) {
+            refuse("<INSTANCENAME> binds its key " + key.name.substr(0, 64) + " twice");
+        }
+        path.keys.push_back(std::move(key));
+    }
+    return path;
+}
+
+// The elements that wrap a class or an instance name in a place: each holds the place, then the name.
+struct PathRule {
+    std::string_view element;
+    std::string_view place;
+    std::string_view inner;
+};
+
+constexpr PathRule pathRules[] = {
+    {"CLASSPATH", "NAMESPACEPATH", "CLASSNAME"},
+    {"LOCALCLASSPATH", "LOCALNAMESPACEPATH", "CLASSNAME"},
+    {"INSTANCEPATH", "NAMESPACEPATH", "INSTANCENAME"},
+    {"LOCALINSTANCEPATH", "LOCALNAMESPACEPATH", "INSTANCENAME"},
+};
+
+void readPlace(const XmlElement& element, ObjectPath& path) {
+    if (element.name == "LOCALNAMESPACEPATH") {
+        path.nameSpace = localNamespacePath(element);
+        return;
+    }
+    if (element.children.size() != 2 || element.children[0].name != "HOST" ||
+        element.children[1].name != "LOCALNAMESPACEPATH") {
+        refuse("<NAMESPACEPATH> holds other than <HOST> and <LOCALNAMESPACEPATH>");
+    }
+    path.host = text(element.children[0]);
+    path.nameSpace = localNamespacePath(element.children[1]);
+}
+
+ObjectPath objectPath(const XmlElement& element) {
+    if (element.name == "CLASSNAME") return classNameOf(element);
+    if (element.name == "INSTANCENAME") return instanceName(element);
+    if (element.name == "OBJECTPATH") return objectPath(onlyChild(element));
+    for (const PathRule& rule : pathRules) {
+        if (rule.element != element.name) continue;
+        if (element.children.size() != 2 || element.children[0].name != rule.place ||
+            element.children[1].name != rule.inner) {
+            refuse(shown(element) + " holds other than <" + std::string(rule.place) + "> and <" +
+                   std::string(rule.inner) + ">");
+        }
+        ObjectPath path = objectPath(element.children[1]);
+        readPlace(element.children[0], path);
+        return path;
+    }
+    refuse(shown(element) + " where a class or an instance is to be named");
+}
+
+TextList arrayTexts(const XmlElement& element) {
+    refuseChildren(element);
+    return element.values;
+}
+
+Value readValue(const XmlElement& element) {
+    Value value;
+    value.isNull = false;
+    if (element.name == "VALUE") {
+        value.texts.append(text(element));
+    } else if (element.name == "VALUE.ARRAY") {
+        value.isArray = true;
+        value.texts = arrayTexts(element);
+    } else if (element.name == "VALUE.REFERENCE") {
+        value.type = CMPI_ref;
+        value.references.push_back(objectPath(onlyChild(element)));
+    } else if (element.name == "VALUE.REFARRAY") {
+        value.type = CMPI_ref;
+        value.isArray = true;
+        for (const XmlElement& reference : element.children) {
+            if (reference.name != "VALUE.REFERENCE") refuse(shown(reference) + " inside <VALUE.REFARRAY>");
+            value.references.push_back(objectPath(onlyChild(reference)));
+        }
+    } else {
+        refuse(shown(element) + " where a value stands");
+    }
+    return value;
+}
+
+bool isEmbedded(const XmlElement& element) {
+    return element.attribute("EmbeddedObject") || element.attribute("EMBEDDEDOBJECT");
+}
+
+// Which element may hold the value of which kind of property.
+struct PropertyRule {
+    std::string_view element;
+    std::string_view value;
+    bool isArray;
+};
+
+constexpr PropertyRule propertyRules[] = {
+    {"PROPERTY", "VALUE", false},
+    {"PROPERTY.ARRAY", "VALUE.ARRAY", true},
+    {"PROPERTY.REFERENCE", "VALUE.REFERENCE", false},
+};
+
+std::optional<Property> readProperty(const XmlElement& element) {
+    const auto* rule = std::find_if(std::begin(propertyRules), std::end(propertyRules),
+                                    [&](const PropertyRule& row) { return row.element == element.name; });
+    if (rule == std::end(propertyRules)) return std::nullopt;
+    Property property;
+    property.name = requiredName(element, "NAME");
+    for (const XmlElement& child : element.children) {
+        if (child.name == "QUALIFIER") continue;
+        if (child.name != rule->value || !property.value.isNull) {
+            refuse(shown(child) + " inside " + shown(element) + " " + property.name.substr(0, 64));
+        }
+        property.value = readValue(child);
+    }
+    property.value.isArray = rule->isArray;
+    property.value.type = rule->value == "VALUE.REFERENCE" ? CMPI_ref : typeAttribute(element, "TYPE");
+    if (isEmbedded(element)) property.value.type = CMPI_instance;
+    return property;
+}
+
+Instance readInstance(const XmlElement& element) {
+    Instance instance;
+    instance.className = requiredName(element, "CLASSNAME");
+    for (const XmlElement& child : element.children) {
+        if (child.name == "QUALIFIER") continue;
+        std::optional<Property> property = readProperty(child);
+        if (!property) refuse(shown(child) + " inside <INSTANCE>");
+        instance.properties.push_back(std::move(*property));
+    }
+    return instance;
+}
+
+// An optional path, then the instance; the element's name says which path.
+struct NamedInstanceRule {
+    std::string_view element;
+    std::string_view path;
+};
+
+constexpr NamedInstanceRule namedInstanceRules[] = {
+    {"VALUE.NAMEDINSTANCE", "INSTANCENAME"},
+    {"VALUE.INSTANCEWITHPATH", "INSTANCEPATH"},
+};
+
+std::optional<NamedInstance> namedInstance(const XmlElement& element) {
+    if (element.name == "INSTANCE") return NamedInstance{std::nullopt, readInstance(element)};
+    for (const NamedInstanceRule& rule : namedInstanceRules) {
+        if (rule.element != element.name) continue;
+        if (element.children.size() != 2 || element.children[0].name != rule.path ||
+            element.children[1].name != "INSTANCE") {
+            refuse(shown(element) + " holds other than <" + std::string(rule.path) + "> and <INSTANCE>");
+        }
+        return NamedInstance{objectPath(element.children[0]), readInstance(element.children[1])};
+    }
+    return std::nullopt;
+}
+
+bool namesObject(std::string_view element) {
+    return element == "CLASSNAME" || element == "INSTANCENAME" ||
+           std::any_of(std::begin(pathRules), std::end(pathRules),
+                       [&](const PathRule& rule) { return rule.element == element; });
+}
+
+Argument readArgument(const XmlElement& element) {
+    if (element.name == "CLASS" || element.name == "QUALIFIER.DECLARATION") return UnreadArgument{element.name};
+    if (namesObject(element.name)) return objectPath(element);
+    if (std::optional<NamedInstance> instance = namedInstance(element)) return std::move(*instance);
+    return readValue(element);
+}
+
+Parameter intrinsicParameter(const XmlElement& element) {
+    if (element.name != "IPARAMVALUE") refuse(shown(element) + " inside <IMETHODCALL>");
+    Parameter parameter{requiredName(element, "NAME"), {}};
+    if (!element.children.empty()) parameter.value = readArgument(onlyChild(element));
+    return parameter;
+}
+
+Parameter methodParameter(const XmlElement& element) {
+    if (element.name != "PARAMVALUE") refuse(shown(element) + " inside <METHODCALL>");
+    Parameter parameter{requiredName(element, "NAME"), {}};
+    Value value;
+    if (!element.children.empty()) {
+        const XmlElement& child = onlyChild(element);
+        // Some clients name an object where DSP0201 asks for <VALUE.REFERENCE> around the name.
+        if (namesObject(child.name)) {
+            value.isNull = false;
+            value.type = CMPI_ref;
+            value.references.push_back(objectPath(child));
+        } else {
+            value = readValue(child);
+        }
+    }
+    if (value.type == CMPI_null) value.type = typeAttribute(element, "PARAMTYPE");
+    if (isEmbedded(element)) value.type = CMPI_instance;
+    parameter.value = std::move(value);
+    return parameter;
+}
+
+template <typename ReadParameter>
+void readParameters(const XmlElement& call, Request& request, ReadParameter read) {
+    if (call.children.size() > maximumNames) refuse(shown(call) + " has too many parameters");
+    for (auto child = call.children.begin() + 1; child != call.children.end(); ++child) {
+        Parameter parameter = read(*child);
+        if (request.parameter(parameter.name)) {
+            refuse("the parameter " + parameter.name.substr(0, 64) + " is given twice");
+        }
+        request.parameters.push_back(std::move(parameter));
+    }
+}
+
+void readIntrinsicCall(const XmlElement& call, Request& request) {
+    request.kind = Request::Kind::intrinsic;
+    if (call.children.empty() || call.children.front().name != "LOCALNAMESPACEPATH") {
+        refuse("<IMETHODCALL> does not begin with <LOCALNAMESPACEPATH>");
+    }
+    request.nameSpace = localNamespacePath(call.children.front());
+    readParameters(call, request, intrinsicParameter);
+}
+
+void readExtrinsicCall(const XmlElement& call, Request& request) {
+    request.kind = Request::Kind::extrinsic;
+    if (call.children.empty() || (call.children.front().name != "LOCALCLASSPATH" &&
+                                  call.children.front().name != "LOCALINSTANCEPATH")) {
+        refuse("<METHODCALL> does not begin with <LOCALCLASSPATH> or <LOCALINSTANCEPATH>");
+    }
+    request.target = objectPath(call.children.front());
+    request.nameSpace = request.target.nameSpace;
+    readParameters(call, request, methodParameter);
+}
+
+void readSimpleRequest(const XmlElement& element, Request& request) {
+    const XmlElement* call = nullptr;
+    for (const XmlElement& child : element.children) {
+        if (child.name == "CORRELATOR") continue;
+        if (call) refuse("<SIMPLEREQ> holds more than one call");
+        call = &child;
+    }
+    if (!call) refuse("<SIMPLEREQ> holds no call");
+    const bool isIntrinsic = call->name == "IMETHODCALL";
+    if (!isIntrinsic && call->name != "METHODCALL") refuse(shown(*call) + " inside <SIMPLEREQ>");
+    request.methodName = requiredName(*call, "NAME");
+    return isIntrinsic ? readIntrinsicCall(*call, request) : readExtrinsicCall(*call, request);
+}
+
+// Versions read "2.0": what counts is the number before the dot.
+void checkVersion(const XmlElement& element, std::string_view attribute, char major, ErrorKind kind) {
+    const std::string& version = *element.attribute(attribute);
+    if (version.size() >= 2 && version[0] == major && version[1] == '.') return;
+    refuse(std::string(attribute) + " " + version.substr(0, 64) + " is not supported, " + major + ".x is", kind);
+}
+
+Request readDocument(const XmlElement& root) {
+    if (root.name != "CIM") refuse("the document is a " + shown(root) + " and no <CIM>");
+    checkVersion(root, "CIMVERSION", '2', ErrorKind::unsupportedCimVersion);
+    checkVersion(root, "DTDVERSION", '2', ErrorKind::unsupportedDtdVersion);
+    const XmlElement& message = onlyChild(root);
+    if (message.name != "MESSAGE") refuse("<CIM> holds a " + shown(message) + " and no <MESSAGE>");
+    checkVersion(message, "PROTOCOLVERSION", '1', ErrorKind::unsupportedProtocolVersion);
+    const XmlElement& content = onlyChild(message);
+    if (content.name == "MULTIREQ" || content.name == "MULTIEXPREQ") {
+        refuse("several requests in one message are not supported", ErrorKind::multipleRequestsUnsupported);
+    }
+    if (content.name == "SIMPLEEXPREQ") {
+        refuse("this is a CIM server and no listener for indications", ErrorKind::unsupportedOperation);
+    }
+    if (content.name != "SIMPLEREQ") refuse(shown(content) + " inside <MESSAGE>");
+    Request request;
+    request.messageId = *message.attribute("ID");
+    request.protocolVersion = *message.attribute("PROTOCOLVERSION");
+    readSimpleRequest(content, request);
+    return request;
+}
+
+} // namespace
+
+const Argument* Request::parameter(std::string_view name) const {
+    for (const Parameter& candidate : parameters) {
+        if (equalNames(candidate.name, name)) return &candidate.value;
+    }
+    return nullptr;
+}
+
+std::variant<Request, ProtocolError> decodeRequest(std::string_view document, const XmlLimits& limits) {
+    std::variant<XmlElement, ProtocolError> tree = parseXml(document, limits);
+    if (auto* error = std::get_if<ProtocolError>(&tree)) return std::move(*error);
+    try {
+        return readDocument(std::get<XmlElement>(tree));
+    } catch (Refusal& refusal) {
+        return std::move(refusal.error);
+    }
+}
+
+} // namespace cimhost::cimxml

@@ -1,0 +1,80 @@
+// Values as a CIM-XML request carries them: texts with the type the client gave, not yet held against any class.
+#pragma once
+
+#include "cmpidt.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cimhost::cimxml {
+
+// Many texts in one block. A firmware image travels as one element per byte, so an array of single strings would cost
+// eight times the request.
+class TextList {
+public:
+    void append(std::string_view text);
+    void appendNull();
+
+    [[nodiscard]] std::size_t size() const noexcept { return ends.size(); }
+    [[nodiscard]] bool empty() const noexcept { return ends.empty(); }
+    [[nodiscard]] bool isNull(std::size_t index) const { return (ends[index] & nullFlag) != 0; }
+    /// Empty for a null entry. The view lives as long as the list is not appended to.
+    [[nodiscard]] std::string_view operator[](std::size_t index) const;
+
+private:
+    static constexpr std::uint32_t nullFlag = 0x80000000U;
+
+    std::string bytes;
+    std::vector<std::uint32_t> ends; // of each text in bytes, with the flag for null
+};
+
+struct ObjectPath;
+
+enum class KeyType { text, boolean, numeric, reference };
+
+struct KeyBinding {
+    std::string name; // empty where the client left it out, which CIM-XML allows for a class with one key
+    KeyType type = KeyType::text;
+    std::string text;
+    CMPIType declaredType = CMPI_null;     // the TYPE attribute, where the client gave one
+    std::shared_ptr<ObjectPath> reference; // set for KeyType::reference only
+};
+
+// A class or an instance, named as far as the client named it: host and namespace may be empty.
+struct ObjectPath {
+    std::string host;
+    std::string nameSpace;
+    std::string className;
+    bool namesInstance = false; // an instance of a class without keys has none either
+    std::vector<KeyBinding> keys;
+};
+
+struct Value {
+    CMPIType type = CMPI_null; // without the array flag; CMPI_null where the message gives none
+    bool isArray = false;
+    bool isNull = true;
+    TextList texts;                     // one for a scalar
+    std::vector<ObjectPath> references; // in place of texts where the type is CMPI_ref
+};
+
+struct Property {
+    std::string name;
+    Value value;
+};
+
+struct Instance {
+    std::string className;
+    std::vector<Property> properties;
+};
+
+struct NamedInstance {
+    std::optional<ObjectPath> path;
+    Instance instance;
+};
+
+} // namespace cimhost::cimxml

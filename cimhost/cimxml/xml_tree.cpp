@@ -1,0 +1,257 @@
+#include "cimhost/cimxml/xml_tree.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <optional>
+
+namespace cimhost::cimxml {
+
+namespace {
+
+enum class Content {
+    children, // white space between them means nothing
+    text,
+};
+
+// What DSP0201 allows: attributes by name, parted by blanks.
+struct ElementRule {
+    std::string_view name;
+    Content content;
+    std::string_view required;
+    std::string_view optional;
+};
+
+// clang-format off
+constexpr ElementRule rules[] = {
+    {"VALUE",                    Content::text,     "",                      ""},
+    {"VALUE.NULL",               Content::children, "",                      ""},
+    {"VALUE.ARRAY",              Content::children, "",                      ""},
+    {"VALUE.REFERENCE",          Content::children, "",                      ""},
+    {"VALUE.REFARRAY",           Content::children, "",                      ""},
+    {"VALUE.OBJECT",             Content::children, "",                      ""},
+    {"VALUE.NAMEDINSTANCE",      Content::children, "",                      ""},
+    {"VALUE.NAMEDOBJECT",        Content::children, "",                      ""},
+    {"VALUE.OBJECTWITHPATH",     Content::children, "",                      ""},
+    {"VALUE.OBJECTWITHLOCALPATH",Content::children, "",                      ""},
+    {"VALUE.INSTANCEWITHPATH",   Content::children, "",                      ""},
+
+    {"CIM",                      Content::children, "CIMVERSION DTDVERSION", ""},
+    {"MESSAGE",                  Content::children, "ID PROTOCOLVERSION",    ""},
+    {"SIMPLEREQ",                Content::children, "",                      ""},
+    {"MULTIREQ",                 Content::children, "",                      ""},
+    {"SIMPLEEXPREQ",             Content::children, "",                      ""},
+    {"MULTIEXPREQ",              Content::children, "",                      ""},
+    {"IMETHODCALL",              Content::children, "NAME",                  ""},
+    {"METHODCALL",               Content::children, "NAME",                  ""},
+    {"EXPMETHODCALL",            Content::children, "NAME",                  ""},
+    {"IPARAMVALUE",              Content::children, "NAME",                  ""},
+    {"PARAMVALUE",               Content::children, "NAME",                  "PARAMTYPE EmbeddedObject EMBEDDEDOBJECT"},
+    {"EXPPARAMVALUE",            Content::children, "NAME",                  ""},
+    {"CORRELATOR",               Content::children, "NAME TYPE",             ""},
+
+    {"NAMESPACEPATH",            Content::children, "",                      ""},
+    {"LOCALNAMESPACEPATH",       Content::children, "",                      ""},
+    {"HOST",                     Content::text,     "",                      ""},
+    {"NAMESPACE",                Content::children, "NAME",                  ""},
+    {"CLASSPATH",                Content::children, "",                      ""},
+    {"LOCALCLASSPATH",           Content::children, "",                      ""},
+    {"CLASSNAME",                Content::children, "NAME",                  ""},
+    {"INSTANCEPATH",             Content::children, "",                      ""},
+    {"LOCALINSTANCEPATH",        Content::children, "",                      ""},
+    {"INSTANCENAME",             Content::children, "CLASSNAME",             ""},
+    {"OBJECTPATH",               Content::children, "",                      ""},
+    {"KEYBINDING",               Content::children, "NAME",                  ""},
+    {"KEYVALUE",                 Content::text,     "",                      "VALUETYPE TYPE"},
+
+    {"CLASS",                    Content::children, "NAME",                  "SUPERCLASS"},
+    {"INSTANCE",                 Content::children, "CLASSNAME",             "xml:lang"},
+    {"PROPERTY",                 Content::children, "NAME TYPE",             "CLASSORIGIN PROPAGATED EmbeddedObject EMBEDDEDOBJECT xml:lang"},
+    {"PROPERTY.ARRAY",           Content::children, "NAME TYPE",             "ARRAYSIZE CLASSORIGIN PROPAGATED EmbeddedObject EMBEDDEDOBJECT xml:lang"},
+    {"PROPERTY.REFERENCE",       Content::children, "NAME",                  "REFERENCECLASS CLASSORIGIN PROPAGATED"},
+    {"QUALIFIER",                Content::children, "NAME TYPE",             "PROPAGATED OVERRIDABLE TOSUBCLASS TOINSTANCE TRANSLATABLE xml:lang"},
+    {"QUALIFIER.DECLARATION",    Content::children, "NAME TYPE",             "ISARRAY ARRAYSIZE OVERRIDABLE TOSUBCLASS TOINSTANCE TRANSLATABLE"},
+    {"SCOPE",                    Content::children, "",                      "CLASS ASSOCIATION REFERENCE PROPERTY METHOD PARAMETER INDICATION"},
+    {"METHOD",                   Content::children, "NAME",                  "TYPE CLASSORIGIN PROPAGATED"},
+    {"PARAMETER",                Content::children, "NAME TYPE",             ""},
+    {"PARAMETER.REFERENCE",      Content::children, "NAME",                  "REFERENCECLASS"},
+    {"PARAMETER.ARRAY",          Content::children, "NAME TYPE",             "ARRAYSIZE"},
+    {"PARAMETER.REFARRAY",       Content::children, "NAME",                  "REFERENCECLASS ARRAYSIZE"},
+};
+// clang-format on
+
+const ElementRule* findRule(std::string_view name) {
+    const auto* row = std::find_if(std::begin(rules), std::end(rules), [&](const auto& r) { return r.name == name; });
+    return row == std::end(rules) ? nullptr : row;
+}
+
+// The word as it stands in the list, or nothing.
+std::string_view findWord(std::string_view words, std::string_view wanted) {
+    while (!words.empty()) {
+        const std::string_view word = words.substr(0, words.find(' '));
+        if (word == wanted) return word;
+        words.remove_prefix(std::min(words.size(), word.size() + 1));
+    }
+    return {};
+}
+
+// An element for a message; a hostile name may fill the whole request.
+std::string shown(std::string_view name) { return "<" + std::string(name.substr(0, 64)) + ">"; }
+
+bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
+
+struct ParserDeleter {
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+};
+using ParserHandle = std::unique_ptr<XML_ParserStruct, ParserDeleter>;
+
+class TreeBuilder {
+public:
+    TreeBuilder(XML_Parser handle, const XmlLimits& bounds) : parser(handle), limits(bounds) {
+        XML_SetUserData(parser, this);
+        XML_SetElementHandler(
+            parser, [](void* self, const XML_Char* name, const XML_Char** attributes) { of(self).start(name, attributes); },
+            [](void* self, const XML_Char*) { of(self).end(); });
+        XML_SetCharacterDataHandler(parser, [](void* self, const XML_Char* text, int length) {
+            of(self).characters({text, static_cast<std::size_t>(length)});
+        });
+        XML_SetStartDoctypeDeclHandler(
+            parser, [](void* self, const XML_Char*, const XML_Char*, const XML_Char*, int) {
+                of(self).refuse("a document type declaration is not accepted");
+            });
+    }
+
+    std::variant<XmlElement, ProtocolError> parse(std::string_view document) {
+        const XML_Status status = XML_Parse(parser, document.data(), static_cast<int>(document.size()), 1);
+        if (refusal) return ProtocolError{ErrorKind::requestNotValid, *refusal};
+        if (status != XML_STATUS_OK) {
+            return ProtocolError{ErrorKind::requestNotWellFormed,
+                                 place() + XML_ErrorString(XML_GetErrorCode(parser))};
+        }
+        return std::move(root);
+    }
+
+private:
+    static TreeBuilder& of(void* self) { return *static_cast<TreeBuilder*>(self); }
+
+    std::string place() const {
+        return "line " + std::to_string(XML_GetCurrentLineNumber(parser)) + ": ";
+    }
+
+    void refuse(const std::string& reason) {
+        if (refusal) return;
+        refusal = place() + reason;
+        XML_StopParser(parser, XML_FALSE);
+    }
+
+    void start(std::string_view name, const XML_Char** attributes) {
+        if (refusal) return;
+        if (!open.empty() && open.back()->name == "VALUE.ARRAY" && startArrayEntry(name, attributes)) return;
+        if (inArrayEntry) return refuse(shown(name) + " inside an array's value");
+        const ElementRule* rule = findRule(name);
+        if (!rule) return refuse(shown(name) + " is no element of CIM-XML");
+        if (open.size() >= limits.depth) return refuse("elements are nested too deeply");
+        if (++elementCount > limits.elements) return refuse("too many elements");
+        if (!open.empty() && ruleOfOpen.back()->content == Content::text) {
+            return refuse(shown(name) + " inside " + shown(ruleOfOpen.back()->name));
+        }
+        XmlElement& element = open.empty() ? root : open.back()->children.emplace_back();
+        element.name = rule->name;
+        takeAttributes(element, *rule, attributes);
+        open.push_back(&element);
+        ruleOfOpen.push_back(rule);
+    }
+
+    // True for the entries that are kept as texts and not as children.
+    bool startArrayEntry(std::string_view name, const XML_Char** attributes) {
+        const bool isNull = name == "VALUE.NULL";
+        if (inArrayEntry || (!isNull && name != "VALUE")) return false;
+        if (attributes[0]) refuse(shown(name) + " takes no attribute " + attributes[0]);
+        inArrayEntry = true;
+        entryIsNull = isNull;
+        entryText.clear();
+        return true;
+    }
+
+    void takeAttributes(XmlElement& element, const ElementRule& rule, const XML_Char** attributes) {
+        for (; attributes[0]; attributes += 2) {
+            std::string_view known = findWord(rule.required, attributes[0]);
+            if (known.empty()) known = findWord(rule.optional, attributes[0]);
+            if (known.empty()) {
+                return refuse(shown(rule.name) + " takes no attribute " +
+                              std::string(attributes[0], strnlen(attributes[0], 64)));
+            }
+            if (std::strlen(attributes[1]) > limits.attributeBytes) {
+                return refuse("attribute " + std::string(known) + " of " + shown(rule.name) + " is too long");
+            }
+            element.attributes.push_back({known, attributes[1]});
+        }
+        for (std::string_view missing = rule.required; !missing.empty();) {
+            const std::string_view word = missing.substr(0, missing.find(' '));
+            if (!element.attribute(word)) {
+                return refuse(shown(rule.name) + " lacks its attribute " + std::string(word));
+            }
+            missing.remove_prefix(std::min(missing.size(), word.size() + 1));
+        }
+    }
+
+    void end() {
+        if (refusal) return;
+        if (inArrayEntry) return endArrayEntry();
+        open.pop_back();
+        ruleOfOpen.pop_back();
+    }
+
+    void endArrayEntry() {
+        if (entryIsNull) {
+            open.back()->values.appendNull();
+        } else {
+            open.back()->values.append(entryText);
+        }
+        inArrayEntry = false;
+    }
+
+    void characters(std::string_view text) {
+        if (refusal) return;
+        if (inArrayEntry && !entryIsNull) {
+            entryText.append(text);
+        } else if (!inArrayEntry && ruleOfOpen.back()->content == Content::text) {
+            open.back()->text.append(text);
+        } else if (!isBlank(text)) {
+            refuse("text where " + shown(open.back()->name) + " takes none");
+        }
+    }
+
+    XML_Parser parser;
+    const XmlLimits& limits;
+    XmlElement root;
+    // Pointers stay good: an element gains children only while it is the innermost open one.
+    std::vector<XmlElement*> open;
+    std::vector<const ElementRule*> ruleOfOpen;
+    std::size_t elementCount = 0;
+    bool inArrayEntry = false;
+    bool entryIsNull = false;
+    std::string entryText;
+    std::optional<std::string> refusal;
+};
+
+} // namespace
+
+const std::string* XmlElement::attribute(std::string_view attributeName) const {
+    for (const XmlAttribute& candidate : attributes) {
+        if (candidate.name == attributeName) return &candidate.value;
+    }
+    return nullptr;
+}
+
+std::variant<XmlElement, ProtocolError> parseXml(std::string_view document, const XmlLimits& limits) {
+    if (document.size() > INT_MAX) return ProtocolError{ErrorKind::requestNotValid, "the document is too long"};
+    const ParserHandle parser(XML_ParserCreate(nullptr));
+    if (!parser) throw std::bad_alloc();
+    return TreeBuilder(parser.get(), limits).parse(document);
+}
+
+} // namespace cimhost::cimxml

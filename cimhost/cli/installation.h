@@ -1,0 +1,22 @@
+// Where the program finds what belongs to it, and what it is told in place of that.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace cimhost::cli {
+
+struct Locations {
+    std::filesystem::path provider;
+    std::filesystem::path mof;
+};
+
+/// Relative to the running program: ../lib and ../share/merolt-cna-provider/mof.
+Locations defaultLocations();
+
+/// Reads the fleet file that TAVIK_SOURCE names, if it names one, before the provider does: the adapter library can
+/// only log what is wrong with it. The text says what is wrong and where; nothing if all is well.
+std::optional<std::string> checkFleet();
+
+} // namespace cimhost::cli

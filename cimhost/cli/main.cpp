@@ -1,0 +1,129 @@
+// The program cimhost: reads its command line, runs one command, and turns what goes wrong into one message and an exit
+// status.
+
+#include "cimhost/cli/commands.h"
+#include "cimhost/cli/installation.h"
+
+#include <CLI/CLI.hpp>
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+
+namespace {
+
+using namespace cimhost;
+
+struct Arguments {
+    std::string provider;
+    std::string mof;
+    std::string fleet;
+    HostOptions host;
+    cli::ServeOptions serve;
+    cli::QueryOptions query;
+    bool json = false;
+    bool everything = false;
+};
+
+struct QueryCommand {
+    std::string name;
+    std::string description;
+    cli::Query query;
+    std::string subject; // empty: takes none
+};
+
+const QueryCommand queryCommands[] = {
+    {"enumerate", "Show the instances of a class and its subclasses", cli::Query::enumerate, "CLASS"},
+    {"names", "Show the paths of the instances", cli::Query::names, "CLASS"},
+    {"get", "Show one instance: Class.Key=\"value\",Other=\"value\"", cli::Query::get, "PATH"},
+    {"classes", "Show the classes", cli::Query::classes, ""},
+};
+
+void addCommonOptions(CLI::App& app, Arguments& arguments) {
+    const cli::Locations standard = cli::defaultLocations();
+    arguments.provider = standard.provider.string();
+    arguments.mof = standard.mof.string();
+    app.add_option("--provider", arguments.provider, "The provider library")->capture_default_str();
+    app.add_option("--mof", arguments.mof, "Folder of the class definitions")->capture_default_str();
+    app.add_option("--fleet", arguments.fleet, "Adapters from a fleet file (as TAVIK_SOURCE=fleet:FILE)");
+    app.add_option("--interop-namespace", arguments.host.interopNamespace, "Interop namespace")->capture_default_str();
+}
+
+CLI::App* addServe(CLI::App& app, Arguments& arguments) {
+    CLI::App* command = app.add_subcommand("serve", "Serve CIM-XML clients until stopped");
+    command->add_option("--listen", arguments.serve.listen,
+                        "Address and port; 127.0.0.1:5988, or 5989 with TLS, unless told otherwise");
+    command->add_option("--certificate", arguments.serve.certificate, "TLS certificate with its chain, PEM");
+    command->add_option("--key", arguments.serve.key, "TLS key, PEM");
+    command->add_option("--credentials", arguments.serve.credentials,
+                        "Users, as lines user:hash with hashes made by: openssl passwd -6");
+    command->add_option("--connections", arguments.serve.connections, "Clients at the same moment")
+        ->check(CLI::Range(1, 10000))
+        ->capture_default_str();
+    command->add_option("--workers", arguments.serve.workers, "Requests answered at the same moment")
+        ->check(CLI::Range(1, 64))
+        ->capture_default_str();
+    return command;
+}
+
+void addQuery(CLI::App& app, const QueryCommand& row, Arguments& arguments) {
+    CLI::App* command = app.add_subcommand(row.name, row.description);
+    if (!row.subject.empty()) command->add_option(row.subject, arguments.query.subject)->required();
+    command->add_flag("--json", arguments.json, "JSON for tools");
+    if (row.query == cli::Query::enumerate) {
+        command->add_flag("--all", arguments.everything, "Every property, as a list");
+    }
+    command->add_option("--namespace", arguments.query.nameSpace, "Namespace")->capture_default_str();
+    command->callback([&arguments, query = row.query] { arguments.query.query = query; });
+}
+
+// Warnings and errors of host and provider; what is routine stays unsaid.
+void logToStandardError(LogLevel level, std::string_view text) {
+    if (level < LogLevel::warning) return;
+    std::string line = level == LogLevel::error ? "cimhost: error: " : "cimhost: warning: ";
+    line.append(text).append("\n");
+    std::cerr << line << std::flush;
+}
+
+void run(Arguments& arguments, bool isServing) {
+    if (!arguments.fleet.empty()) ::setenv("TAVIK_SOURCE", ("fleet:" + arguments.fleet).c_str(), 1);
+    if (const std::optional<std::string> problem = cli::checkFleet()) throw std::runtime_error(*problem);
+    arguments.host.provider = arguments.provider;
+    arguments.host.mofDirectory = arguments.mof;
+    arguments.host.broker.log = logToStandardError;
+    arguments.query.form = arguments.json         ? cli::Form::json
+                           : arguments.everything ? cli::Form::everything
+                                                  : cli::Form::table;
+    if (isServing) return cli::serve(arguments.host, arguments.serve);
+    cli::ask(arguments.host, arguments.query);
+}
+
+} // namespace
+
+int main(int argumentCount, char** argumentValues) {
+    std::signal(SIGPIPE, SIG_IGN);
+    CLI::App app("A small CIM server for one provider");
+    app.fallthrough();
+    app.require_subcommand(1);
+    Arguments arguments;
+    arguments.query.nameSpace = arguments.host.nameSpace;
+    addCommonOptions(app, arguments);
+    const CLI::App* serveCommand = addServe(app, arguments);
+    for (const QueryCommand& row : queryCommands) addQuery(app, row, arguments);
+    try {
+        app.parse(argumentCount, argumentValues);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? cli::ok : cli::cannotStart;
+    }
+    try {
+        run(arguments, serveCommand->parsed());
+    } catch (const CimFailure& failure) {
+        std::cerr << "cimhost: " << statusName(failure.error().code) << " (" << failure.error().code
+                  << "): " << failure.what() << '\n';
+        return cli::cimError;
+    } catch (const std::exception& error) {
+        std::cerr << "cimhost: " << error.what() << '\n';
+        return cli::cannotStart;
+    }
+    return cli::ok;
+}

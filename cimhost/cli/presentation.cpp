@@ -1,0 +1,207 @@
+#include "cimhost/cli/presentation.h"
+
+#include "cimhost/cli/table.h"
+#include "cimhost/cli/values_text.h"
+#include "cimhost/model/names.h"
+
+#include <algorithm>
+
+namespace cimhost::cli {
+
+namespace {
+
+constexpr std::size_t tableWidth = 100;
+constexpr std::size_t widestGuess = 36; // of a column that nobody chose
+
+struct Column {
+    std::string_view property;
+    std::string_view title;
+};
+
+constexpr Column address = {"PermanentAddress", "Address"};
+constexpr Column status = {"OperationalStatus", "Status"};
+constexpr Column speed = {"Speed", "Speed"};
+constexpr Column maximumSpeed = {"MaxSpeed", "Max. speed"};
+constexpr Column name = {"Name", "Name"};
+constexpr Column elementName = {"ElementName", "Element name"};
+constexpr Column deviceId = {"DeviceID", "Device ID"};
+constexpr Column instanceId = {"InstanceID", "Instance ID"};
+constexpr Column tag = {"Tag", "Tag"};
+constexpr Column manufacturer = {"Manufacturer", "Manufacturer"};
+constexpr Column serialNumber = {"SerialNumber", "Serial number"};
+constexpr Column partNumber = {"PartNumber", "Part number"};
+
+struct PreferredColumns {
+    std::string_view className;
+    std::vector<Column> columns;
+};
+
+// The first row whose class is the one asked for, or an ancestor of it, counts.
+const std::vector<PreferredColumns>& preferredColumns() {
+    static const std::vector<PreferredColumns> rows = {
+        {"CIM_FCPort",
+         {address, status, {"PortType", "Type"}, speed, maximumSpeed, {"Model", "Model"}, {"DeviceNumber", "Device"}}},
+        {"CIM_LogicalPort", {address, status, speed, maximumSpeed, {"ActiveMaximumTransmissionUnit", "MTU"}}},
+        {"CIM_PortController", {deviceId, status, elementName}},
+        {"CIM_ComputerSystem", {name, status, {"OSName", "Operating system"}}},
+        {"CIM_PhysicalPackage", {tag, {"Model", "Model"}, serialNumber, partNumber, manufacturer}},
+        {"CIM_PhysicalConnector", {tag, manufacturer, serialNumber, partNumber, {"PortNumber", "Port"}}},
+        {"CIM_Product", {name, {"IdentifyingNumber", "Number"}, {"Vendor", "Vendor"}, {"Version", "Version"}}},
+        {"CIM_FCPortStatistics",
+         {instanceId,
+          {"IOCount", "I/O"},
+          {"MegabyteCount", "Megabytes"},
+          {"LinkFailures", "Link failures"},
+          {"LossOfSignalCounter", "Signal losses"},
+          {"CRCErrors", "CRC errors"}}},
+        {"CIM_StorageExtent",
+         {{"LunID", "LUN"},
+          {"VendorID", "Vendor"},
+          {"ProductID", "Product"},
+          {"Revision", "Revision"},
+          {"BlockSize", "Block size"},
+          status,
+          name}},
+        {"CIM_SoftwareIdentity", {name, {"VersionString", "Version"}, manufacturer, instanceId}},
+        {"CIM_SCSIProtocolEndpoint", {name, status, elementName}},
+        {"CIM_LANEndpoint", {{"MACAddress", "Address"}, elementName, name}},
+        {"CIM_IPProtocolEndpoint",
+         {{"IPv4Address", "IPv4 address"}, {"SubnetMask", "Mask"}, {"IPv6Address", "IPv6 address"}, elementName}},
+        {"CIM_RegisteredProfile",
+         {{"RegisteredName", "Name"}, {"RegisteredVersion", "Version"}, instanceId, elementName}},
+    };
+    return rows;
+}
+
+// Keys that say the same for every instance of a class on one host.
+constexpr std::string_view commonKeys[] = {"SystemCreationClassName", "SystemName", "CreationClassName"};
+
+bool isCommonKey(std::string_view property) {
+    return std::any_of(std::begin(commonKeys), std::end(commonKeys),
+                       [&](std::string_view common) { return equalNames(common, property); });
+}
+
+const CMPIData* shownValue(const InstanceObject& instance, std::string_view property) {
+    const CMPIData* data = instance.value(property);
+    return data && (data->state & CMPI_nullValue) == 0 ? data : nullptr;
+}
+
+bool anyShows(const std::vector<const InstanceObject*>& instances, std::string_view property) {
+    return std::any_of(instances.begin(), instances.end(),
+                       [&](const InstanceObject* instance) { return shownValue(*instance, property) != nullptr; });
+}
+
+// What is left when nobody chose: the properties in their order, as many as fit.
+std::vector<Column> guessedColumns(const std::vector<const InstanceObject*>& instances,
+                                             const ClassDeclaration& declaration) {
+    std::vector<Column> columns;
+    std::size_t used = 0;
+    for (const PropertyDeclaration& property : declaration.properties()) {
+        if (isCommonKey(property.name) || !anyShows(instances, property.name)) continue;
+        std::size_t widest = property.name.size();
+        for (const InstanceObject* instance : instances) {
+            const CMPIData* data = shownValue(*instance, property.name);
+            if (data) widest = std::max(widest, length(shortText(property.name, *data)));
+        }
+        used += std::min(widest, widestGuess) + 2;
+        if (used > tableWidth && !columns.empty()) break;
+        columns.push_back({property.name, property.name});
+    }
+    return columns;
+}
+
+std::vector<Column> columnsFor(const std::vector<const InstanceObject*>& instances,
+                                         const ClassDeclaration& asked) {
+    const ClassDeclaration* common = &asked;
+    if (!instances.empty() && instances.front()->declaration()) {
+        const ClassDeclaration* first = instances.front()->declaration();
+        const auto isFirst = [&](const InstanceObject* instance) { return instance->declaration() == first; };
+        if (std::all_of(instances.begin(), instances.end(), isFirst)) common = first;
+    }
+    for (const PreferredColumns& row : preferredColumns()) {
+        if (!common->isA(row.className)) continue;
+        std::vector<Column> columns = row.columns;
+        std::erase_if(columns, [&](const Column& column) { return !anyShows(instances, column.property); });
+        if (!columns.empty()) return columns;
+    }
+    return guessedColumns(instances, *common);
+}
+
+bool areOfSeveralClasses(const std::vector<const InstanceObject*>& instances) {
+    return std::any_of(instances.begin(), instances.end(), [&](const InstanceObject* instance) {
+        return !equalNames(instance->className(), instances.front()->className());
+    });
+}
+
+std::string count(std::size_t number, std::string_view one, std::string_view many) {
+    return std::to_string(number).append(" ").append(number == 1 ? one : many).append("\n");
+}
+
+std::string kindOf(const ClassDeclaration& declaration) {
+    std::string kind = declaration.isAssociation()  ? "association"
+                       : declaration.isIndication() ? "indication"
+                                                    : "class";
+    return declaration.isAbstract() ? "abstract " + kind : kind;
+}
+
+} // namespace
+
+std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked) {
+    if (instances.empty()) return "no instances\n";
+    const std::vector<Column> columns = columnsFor(instances, asked);
+    const bool tellsClass = areOfSeveralClasses(instances);
+    Row headers;
+    if (tellsClass) headers.emplace_back("Class");
+    for (const Column& column : columns) headers.emplace_back(column.title);
+    std::vector<Row> rows;
+    for (const InstanceObject* instance : instances) {
+        Row row;
+        if (tellsClass) row.emplace_back(instance->className());
+        for (const Column& column : columns) {
+            const CMPIData* data = shownValue(*instance, column.property);
+            row.push_back(data ? shortText(column.property, *data) : "-");
+        }
+        rows.push_back(std::move(row));
+    }
+    return renderTable(headers, rows, tableWidth) + count(instances.size(), "instance", "instances");
+}
+
+std::string listOf(const std::vector<const InstanceObject*>& instances) {
+    std::string text;
+    for (const InstanceObject* instance : instances) {
+        if (!text.empty()) text += '\n';
+        Arena arena;
+        std::string path;
+        instance->path(arena)->appendText(path);
+        text.append(printable(path)).append("\n");
+        instance->forEachSetProperty([&](std::string_view property, const PropertyDeclaration*, const CMPIData& data) {
+            if ((data.state & CMPI_nullValue) != 0) return;
+            text.append("  ").append(property).append(": ").append(fullText(property, data)).append("\n");
+        });
+    }
+    return text.empty() ? "no instances\n" : text;
+}
+
+std::string linesOf(const std::vector<const ObjectPathObject*>& paths) {
+    std::string text;
+    for (const ObjectPathObject* path : paths) {
+        std::string line;
+        path->appendText(line);
+        text.append(printable(line)).append("\n");
+    }
+    return text.empty() ? "no instances\n" : text;
+}
+
+std::string tableOf(const std::vector<const ClassDeclaration*>& classes, const Registration& registration) {
+    std::vector<Row> rows;
+    for (const ClassDeclaration* declaration : classes) {
+        const bool isServed = registration.serves(*declaration, ProviderKind::instance) ||
+                              registration.serves(*declaration, ProviderKind::indication);
+        rows.push_back({declaration->name(), kindOf(*declaration), isServed ? "yes" : "",
+                        declaration->superclass() ? declaration->superclass()->name() : ""});
+    }
+    return renderTable({"Class", "Kind", "Served", "Superclass"}, rows, tableWidth) +
+           count(classes.size(), "class", "classes");
+}
+
+} // namespace cimhost::cli

@@ -1,0 +1,101 @@
+#include "cimhost/cli/commands.h"
+#include "cimhost/service/endpoint.h"
+
+#include <charconv>
+#include <iostream>
+#include <stdexcept>
+
+namespace cimhost::cli {
+
+namespace {
+
+constexpr std::uint16_t httpPort = 5988;
+constexpr std::uint16_t httpsPort = 5989;
+
+struct ListenAddress {
+    std::string address;
+    std::uint16_t port;
+};
+
+std::uint16_t parsePort(std::string_view text) {
+    std::uint16_t port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        throw std::runtime_error("--listen: \"" + std::string(text) + "\" is no port from 0 to 65535");
+    }
+    return port;
+}
+
+ListenAddress parseListen(std::string_view text, std::uint16_t standardPort) {
+    const bool isBracketed = !text.empty() && text.front() == '[';
+    const std::size_t addressEnd = isBracketed ? text.find(']') : text.find(':');
+    ListenAddress listen{std::string(text.substr(isBracketed ? 1 : 0, addressEnd - (isBracketed ? 1 : 0))),
+                         standardPort};
+    if (listen.address.empty() || listen.address == "localhost") listen.address = "127.0.0.1";
+    if (addressEnd == std::string_view::npos) return listen;
+    text.remove_prefix(addressEnd + (isBracketed ? 1 : 0));
+    if (text.empty()) return listen;
+    if (text.front() != ':') throw std::runtime_error("--listen takes ADDRESS:PORT or [ADDRESS]:PORT");
+    listen.port = parsePort(text.substr(1));
+    return listen;
+}
+
+http::Options serverOptions(const ServeOptions& options) {
+    http::Options server;
+    if (options.certificate.empty() != options.key.empty()) {
+        throw std::runtime_error("--certificate and --key go together");
+    }
+    if (!options.certificate.empty()) server.tls = http::Tls{options.certificate, options.key};
+    const ListenAddress listen = parseListen(options.listen, server.tls ? httpsPort : httpPort);
+    server.address = listen.address;
+    server.port = listen.port;
+    server.limits.connections = options.connections;
+    server.workers = options.workers;
+    if (!options.credentials.empty()) {
+        server.credentials = std::make_shared<http::Credentials>(http::Credentials::load(options.credentials));
+    }
+    if (!http::isLoopback(server.address) && !server.credentials) {
+        throw std::runtime_error("listening on " + server.address +
+                                 " needs authentication: give --credentials FILE with lines user:hash, each hash made "
+                                 "by `openssl passwd -6`, the file readable by its owner only; or listen on 127.0.0.1");
+    }
+    if (!http::isLoopback(server.address) && !server.tls) {
+        std::cerr << "cimhost: passwords cross the network in the clear; --certificate and --key turn on TLS\n";
+    }
+    return server;
+}
+
+// The port is taken before the provider is loaded, so that a taken one is told at once; the endpoint comes last, before
+// the first request is read.
+class LateHandler final : public http::Handler {
+public:
+    std::optional<http::Response> refuse(const http::Request& head) const override { return endpoint->refuse(head); }
+    http::Response answer(http::Request request) override { return endpoint->answer(std::move(request)); }
+
+    std::unique_ptr<Endpoint> endpoint;
+};
+
+std::string urlOf(const http::Options& options, std::uint16_t port) {
+    const bool isV6 = options.address.find(':') != std::string::npos;
+    return (options.tls ? "https://" : "http://") + (isV6 ? "[" + options.address + "]" : options.address) + ":" +
+           std::to_string(port);
+}
+
+} // namespace
+
+void serve(const HostOptions& hostOptions, const ServeOptions& options) {
+    const http::Options settings = serverOptions(options);
+    LateHandler handler;
+    http::Server server(settings, handler);
+    server.stopOnSignals();
+    Host host(hostOptions);
+    host.warmUp();
+    Dispatcher dispatcher(host.operations(), host.broker());
+    handler.endpoint = std::make_unique<Endpoint>(dispatcher);
+    std::cout << "cimhost: listening on " << urlOf(settings, server.port()) << ", namespace " << hostOptions.nameSpace
+              << std::endl;
+    server.run();
+    host.shutdown();
+}
+
+} // namespace cimhost::cli

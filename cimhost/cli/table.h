@@ -1,0 +1,23 @@
+// Rows and columns in plain text for a terminal.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cimhost::cli {
+
+using Row = std::vector<std::string>;
+
+/// The rows under their headers, no line longer than width characters: the widest columns are cut, with an ellipsis.
+/// Columns that do not fit at all are left out, the last ones first.
+std::string renderTable(const Row& headers, const std::vector<Row>& rows, std::size_t width);
+
+/// The text with blanks in place of control characters: what a device calls itself must not steer a terminal.
+std::string printable(std::string_view text);
+
+/// Characters of a UTF-8 text.
+std::size_t length(std::string_view text);
+
+} // namespace cimhost::cli

@@ -1,0 +1,301 @@
+// One client's connection, from its acceptance to its end. Private to the HTTP server: lives on the network thread,
+// and leaves it only to be answered on a worker.
+#pragma once
+
+#include "cimhost/http/server.h"
+#include "cimhost/http/wire.h"
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/ssl/context.hpp>
+#include <boost/asio/thread_pool.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http/read.hpp>
+#include <boost/beast/ssl/ssl_stream.hpp>
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <list>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace cimhost::http {
+
+class Connection;
+
+// What connections share with the server that accepted them.
+struct ConnectionHost {
+    explicit ConnectionHost(Options settings, Handler& requestHandler)
+        : options(std::move(settings)), handler(requestHandler), workers(options.workers), verifier(1) {}
+
+    Options options;
+    Handler& handler;
+    std::list<Connection*> connections; // outlives the io_context, with which the last connections go
+    std::size_t bodyBytes = 0;          // held by all connections
+    bool stopping = false;
+    std::function<void()> onLastConnectionGone;
+    boost::asio::io_context io;
+    boost::asio::thread_pool workers;
+    // Guessing passwords costs whoever guesses: one at a time, and never a worker's time.
+    boost::asio::thread_pool verifier;
+};
+
+class Connection {
+public:
+    // Closed at once when the server stops or needs the room: waiting and reading, not the others.
+    enum class Phase { waiting, reading, answering, writing };
+
+    explicit Connection(ConnectionHost& server) : host(server) {
+        position = host.connections.insert(host.connections.end(), this);
+    }
+    virtual ~Connection() {
+        host.bodyBytes -= heldBytes;
+        host.connections.erase(position);
+        if (host.connections.empty() && host.onLastConnectionGone) host.onLastConnectionGone();
+    }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    virtual void close() = 0;
+    [[nodiscard]] Phase phase() const { return currentPhase; }
+    [[nodiscard]] std::chrono::steady_clock::time_point waitingSince() const { return waitStart; }
+
+protected:
+    void beginWaiting() {
+        currentPhase = Phase::waiting;
+        waitStart = std::chrono::steady_clock::now();
+    }
+    void enter(Phase next) { currentPhase = next; }
+
+    // False if all requests together now hold more than they may.
+    bool holdBytes(std::size_t bytes) {
+        host.bodyBytes += bytes - heldBytes;
+        heldBytes = bytes;
+        return host.bodyBytes <= host.options.limits.allBodyBytes;
+    }
+
+    ConnectionHost& host;
+
+private:
+    std::list<Connection*>::iterator position;
+    std::size_t heldBytes = 0;
+    Phase currentPhase = Phase::waiting;
+    std::chrono::steady_clock::time_point waitStart = std::chrono::steady_clock::now();
+};
+
+template <class Stream>
+class Session final : public Connection, public std::enable_shared_from_this<Session<Stream>> {
+public:
+    using error_code = boost::system::error_code;
+    static constexpr bool isTls = !std::is_same_v<Stream, boost::beast::tcp_stream>;
+
+    template <typename... StreamArguments>
+    explicit Session(ConnectionHost& server, StreamArguments&&... arguments)
+        : Connection(server), stream(std::forward<StreamArguments>(arguments)...),
+          buffer(server.options.limits.headerBytes + readSize) {}
+
+    void start() {
+        enter(Phase::reading);
+        expiresAfter(limits().header);
+        if constexpr (isTls) {
+            stream.async_handshake(boost::asio::ssl::stream_base::server,
+                                   [self = this->shared_from_this()](error_code error) {
+                                       if (!error) self->readHead();
+                                   });
+        } else {
+            readFirstBytes();
+        }
+    }
+
+    void close() override {
+        error_code ignored;
+        socket().close(ignored);
+    }
+
+private:
+    static constexpr std::size_t readSize = std::size_t{64} << 10;
+
+    const Limits& limits() const { return host.options.limits; }
+    auto& lowest() { return boost::beast::get_lowest_layer(stream); }
+    auto& socket() { return lowest().socket(); }
+    void expiresAfter(std::chrono::milliseconds duration) { lowest().expires_after(duration); }
+
+    void waitForNext() {
+        if (host.stopping) return close();
+        if (buffer.size() > 0) return readHead();
+        beginWaiting();
+        expiresAfter(limits().idle);
+        readFirstBytes();
+    }
+
+    // Between two requests a client may be silent for long, within a header it may not: the two deadlines part here.
+    void readFirstBytes() {
+        stream.async_read_some(buffer.prepare(4096),
+                               [self = this->shared_from_this()](error_code error, std::size_t bytes) {
+                                   if (error) return;
+                                   self->buffer.commit(bytes);
+                                   self->readHead();
+                               });
+    }
+
+    void readHead() {
+        enter(Phase::reading);
+        parser.emplace();
+        parser->header_limit(static_cast<std::uint32_t>(limits().headerBytes));
+        parser->body_limit(limits().bodyBytes);
+        parser->eager(true);
+        expiresAfter(limits().header);
+        boost::beast::http::async_read_header(
+            stream, buffer, *parser,
+            [self = this->shared_from_this()](error_code error, std::size_t) { self->onHead(error); });
+    }
+
+    void onHead(error_code error) {
+        if (error) return onReadError(error);
+        request = headOf(*parser);
+        if (std::optional<Response> refusal = host.handler.refuse(request)) return refuse(std::move(*refusal));
+        if (std::optional<Response> refusal = refuseFraming(*parser)) return refuse(std::move(*refusal));
+        authenticate();
+    }
+
+    void onReadError(error_code error) {
+        if (std::optional<Response> answer = answerToReadError(error)) refuse(std::move(*answer));
+    }
+
+    void authenticate() {
+        if (!host.options.credentials) return readBody();
+        const std::string* authorization = request.field("Authorization");
+        if (!authorization) return refuse(unauthorized());
+        if (std::optional<std::string> user = host.options.credentials->recall(*authorization)) {
+            request.user = std::move(*user);
+            return readBody();
+        }
+        enter(Phase::answering);
+        boost::asio::post(host.verifier, [self = this->shared_from_this(), keep = keepRunning(),
+                                          given = *authorization] {
+            std::optional<std::string> user = self->host.options.credentials->verify(given);
+            boost::asio::post(self->host.io, [self, user = std::move(user)] { self->onVerified(user); });
+        });
+    }
+
+    void onVerified(const std::optional<std::string>& user) {
+        if (!user) return refuse(unauthorized());
+        enter(Phase::reading);
+        request.user = *user;
+        readBody();
+    }
+
+    void readBody() {
+        bodyDeadline = std::chrono::steady_clock::now() + limits().body;
+        const std::string* expect = request.field("Expect");
+        if (!expect || parser->is_done() || buffer.size() > 0) return readMoreBody();
+        static constexpr std::string_view goOn = "HTTP/1.1 100 Continue\r\n\r\n";
+        expiresAfter(limits().write);
+        boost::asio::async_write(stream, boost::asio::buffer(goOn.data(), goOn.size()),
+                                 [self = this->shared_from_this()](error_code error, std::size_t) {
+                                     if (!error) self->readMoreBody();
+                                 });
+    }
+
+    void readMoreBody() {
+        if (parser->is_done()) return answer();
+        lowest().expires_at(std::min(bodyDeadline, std::chrono::steady_clock::now() + limits().bodyProgress));
+        boost::beast::http::async_read_some(stream, buffer, *parser,
+                                            [self = this->shared_from_this()](error_code error, std::size_t) {
+                                                if (error) return self->onReadError(error);
+                                                self->onBodyBytes();
+                                            });
+    }
+
+    void onBodyBytes() {
+        if (!holdBytes(parser->get().body().capacity())) {
+            return refuse(textResponse(503, "too many large requests at this moment"));
+        }
+        readMoreBody();
+    }
+
+    void answer() {
+        enter(Phase::answering);
+        const bool closes = !parser->keep_alive();
+        request.body = std::move(parser->get().body());
+        boost::asio::post(host.workers, [self = this->shared_from_this(), keep = keepRunning(), closes] {
+            Response finished = self->answerNow();
+            boost::asio::post(self->host.io, [self, closes, finished = std::move(finished)]() mutable {
+                self->write(std::move(finished), closes);
+            });
+        });
+    }
+
+    // On a worker.
+    Response answerNow() {
+        try {
+            return host.handler.answer(std::move(request));
+        } catch (const std::exception&) {
+            return textResponse(500, "the request could not be answered");
+        }
+    }
+
+    auto keepRunning() { return boost::asio::make_work_guard(host.io); }
+
+    // Answers a request whose rest nobody will read.
+    void refuse(Response refusal) {
+        unread = true;
+        write(std::move(refusal), true);
+    }
+
+    void write(Response answerToWrite, bool closes) {
+        if (!socket().is_open()) return;
+        enter(Phase::writing);
+        holdBytes(0);
+        response = std::move(answerToWrite);
+        closing = closes || host.stopping;
+        head = serializeHead(response, closing);
+        const std::array<boost::asio::const_buffer, 2> parts = {boost::asio::buffer(head),
+                                                                boost::asio::buffer(response.body)};
+        expiresAfter(limits().write);
+        boost::asio::async_write(stream, parts, [self = this->shared_from_this()](error_code error, std::size_t) {
+            if (!error) self->onWritten();
+        });
+    }
+
+    void onWritten() {
+        response = {};
+        if (!closing) return waitForNext();
+        expiresAfter(limits().linger);
+        if constexpr (isTls) {
+            stream.async_shutdown([self = this->shared_from_this()](error_code) { self->close(); });
+        } else {
+            error_code ignored;
+            socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
+            if (unread) return discardRest();
+            close();
+        }
+    }
+
+    // To close while bytes of the client are under way would reset the connection, and the client would see that in
+    // place of the answer.
+    void discardRest() {
+        buffer.clear();
+        stream.async_read_some(buffer.prepare(readSize), [self = this->shared_from_this()](error_code error, std::size_t) {
+            if (error) return self->close();
+            self->discardRest();
+        });
+    }
+
+    Stream stream;
+    boost::beast::flat_buffer buffer;
+    boost::optional<Parser> parser;
+    std::chrono::steady_clock::time_point bodyDeadline;
+    Request request;
+    std::string head;
+    Response response;
+    bool closing = false;
+    bool unread = false;
+};
+
+} // namespace cimhost::http

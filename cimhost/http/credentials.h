@@ -1,0 +1,44 @@
+// Who may use the server: HTTP Basic authentication against a file of hashed passwords.
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace cimhost::http {
+
+class Credentials {
+public:
+    /// Reads lines `user:hash`, the hash as crypt(3) makes it (for example by `openssl passwd -6`); empty lines and
+    /// lines that begin with # are skipped. Throws std::runtime_error naming file and line: unreadable, open to
+    /// everybody, no such line, or a hash that crypt(3) here does not know.
+    static Credentials load(const std::filesystem::path& file);
+
+    Credentials(Credentials&& other) noexcept;
+
+    /// The user, if that value of an Authorization field has been verified before. Takes microseconds.
+    [[nodiscard]] std::optional<std::string> recall(std::string_view authorization) const;
+
+    /// The user, if name and password are right. Takes as long as the hash wants (tens of milliseconds), also for a
+    /// user who does not exist.
+    std::optional<std::string> verify(std::string_view authorization);
+
+private:
+    using Digest = std::array<unsigned char, 32>;
+
+    Credentials();
+    [[nodiscard]] Digest digestOf(std::string_view authorization) const;
+    void addLine(std::string_view line);
+
+    std::unordered_map<std::string, std::string> hashes;
+    std::string decoyHash; // of the first user: what an unknown user's password is held against
+    Digest digestKey{};    // random for each process: what is remembered is useless elsewhere
+    mutable std::mutex recallMutex;
+    std::unordered_map<std::string, Digest> remembered; // by user: the last value that was right
+};
+
+} // namespace cimhost::http

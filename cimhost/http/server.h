@@ -1,0 +1,86 @@
+// The HTTP/1.1 server: connections, limits, deadlines, TLS and authentication. What a request means is its handler's
+// affair.
+#pragma once
+
+#include "cimhost/http/credentials.h"
+#include "cimhost/http/message.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace cimhost::http {
+
+/// What one client may take. Whoever exceeds a deadline is cut off; the other limits are answered first.
+struct Limits {
+    std::size_t headerBytes = std::size_t{16} << 10;    // then 431
+    std::size_t bodyBytes = std::size_t{32} << 20;      // then 413
+    std::size_t allBodyBytes = std::size_t{128} << 20;  // of all requests being read or answered; then 503
+    std::size_t connections = 64;                       // then an idle one is closed, or else the new one gets 503
+    std::chrono::milliseconds header{10'000};           // from the first byte to the last of a header; TLS handshake
+    std::chrono::milliseconds bodyProgress{10'000};     // without any byte
+    std::chrono::milliseconds body{60'000};             // the whole body
+    std::chrono::milliseconds idle{30'000};             // between two requests
+    std::chrono::milliseconds write{60'000};            // the whole answer
+    std::chrono::milliseconds linger{2'000};            // for a client to take the answer that refuses its request
+};
+
+/// Both are PEM files.
+struct Tls {
+    std::filesystem::path certificate; // with its chain
+    std::filesystem::path key;
+};
+
+struct Options {
+    std::string address = "127.0.0.1"; // numeric
+    std::uint16_t port = 5988;         // 0: any free one
+    std::optional<Tls> tls;
+    std::shared_ptr<Credentials> credentials; // null: everybody who can connect
+    std::size_t workers = 4;                  // requests answered at the same moment
+    Limits limits;
+};
+
+class Handler {
+public:
+    virtual ~Handler() = default;
+
+    /// Called on the network thread before any body is read: an answer refuses the request.
+    [[nodiscard]] virtual std::optional<Response> refuse(const Request& head) const = 0;
+
+    /// Called on a worker, with the body. May block. An exception becomes a 500.
+    [[nodiscard]] virtual Response answer(Request request) = 0;
+};
+
+class Server {
+public:
+    /// Binds and listens at once. The handler outlives the server. Throws std::runtime_error naming address or file.
+    Server(Options options, Handler& handler);
+    ~Server();
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
+
+    [[nodiscard]] std::uint16_t port() const;
+
+    /// Serves until stop(). Requests under way are answered, idle connections closed.
+    void run();
+
+    /// From any thread; may be called before run().
+    void stop();
+
+    /// SIGINT and SIGTERM call stop() from now on; a second one ends the process at once.
+    void stopOnSignals();
+
+private:
+    struct State;
+    std::unique_ptr<State> state;
+};
+
+/// True for 127.0.0.0/8 and ::1. Throws std::runtime_error if the text is no numeric address.
+bool isLoopback(const std::string& address);
+
+} // namespace cimhost::http

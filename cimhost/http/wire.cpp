@@ -1,0 +1,85 @@
+#include "cimhost/http/wire.h"
+
+#include <boost/beast/http/error.hpp>
+
+#include <array>
+#include <ctime>
+#include <iterator>
+
+namespace cimhost::http {
+
+namespace beast_http = boost::beast::http;
+
+namespace {
+
+std::string text(boost::beast::string_view view) { return {view.data(), view.size()}; }
+
+std::string dateText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm parts{};
+    gmtime_r(&now, &parts);
+    std::array<char, 64> formatted{};
+    const std::size_t length = std::strftime(formatted.data(), formatted.size(), "%a, %d %b %Y %H:%M:%S GMT", &parts);
+    return {formatted.data(), length};
+}
+
+} // namespace
+
+Request headOf(const Parser& parser) {
+    Request request;
+    const auto& head = parser.get();
+    request.method = text(head.method_string());
+    request.target = text(head.target());
+    for (const auto& field : head) request.fields.push_back({text(field.name_string()), text(field.value())});
+    return request;
+}
+
+std::optional<Response> refuseFraming(const Parser& parser) {
+    using beast_http::field;
+    const auto& head = parser.get();
+    const auto lengths = head.equal_range(field::content_length);
+    const bool hasLength = lengths.first != lengths.second;
+    const auto encoding = head.find(field::transfer_encoding);
+    if (hasLength && (std::next(lengths.first) != lengths.second ||
+                      lengths.first->value().find(',') != boost::beast::string_view::npos)) {
+        return textResponse(400, "more than one Content-Length");
+    }
+    if (encoding != head.end() && (!parser.chunked() || !boost::beast::iequals(encoding->value(), "chunked"))) {
+        return textResponse(501, "of all transfer encodings only chunked is known");
+    }
+    if (encoding == head.end() && !hasLength) return textResponse(411, "neither Content-Length nor chunks");
+    const auto expect = head.find(field::expect);
+    if (expect != head.end() && !boost::beast::iequals(expect->value(), "100-continue")) {
+        return textResponse(417, "of all expectations only 100-continue is known");
+    }
+    return std::nullopt;
+}
+
+std::optional<Response> answerToReadError(boost::system::error_code error) {
+    if (error.category() != beast_http::make_error_code(beast_http::error::end_of_stream).category()) return std::nullopt;
+    if (error == beast_http::error::end_of_stream || error == beast_http::error::partial_message) return std::nullopt;
+    if (error == beast_http::error::header_limit) return textResponse(431, "the header is too long");
+    if (error == beast_http::error::buffer_overflow) return textResponse(431, "a line of the request is too long");
+    if (error == beast_http::error::body_limit) return textResponse(413, "the body is too long");
+    return textResponse(400, "this is no HTTP: " + error.message());
+}
+
+Response unauthorized() {
+    Response response = textResponse(401, "name and password are needed");
+    response.fields.push_back({"WWW-Authenticate", "Basic realm=\"cimhost\", charset=\"UTF-8\""});
+    return response;
+}
+
+std::string serializeHead(const Response& response, bool closes) {
+    std::string head;
+    head.reserve(512);
+    head.append("HTTP/1.1 ").append(std::to_string(response.status)).append(" ");
+    head.append(reasonPhrase(response.status)).append("\r\n");
+    for (const Field& field : response.fields) head.append(field.name).append(": ").append(field.value).append("\r\n");
+    head.append("Date: ").append(dateText()).append("\r\nContent-Length: ");
+    head.append(std::to_string(response.body.size()));
+    head.append(closes ? "\r\nConnection: close\r\n\r\n" : "\r\nConnection: keep-alive\r\n\r\n");
+    return head;
+}
+
+} // namespace cimhost::http

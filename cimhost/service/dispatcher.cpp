@@ -1,0 +1,332 @@
+#include "cimhost/service/dispatcher.h"
+
+#include "cimhost/cimxml/class_encoder.h"
+#include "cimhost/service/request_values.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace cimhost {
+
+namespace {
+
+using cimxml::Argument;
+using cimxml::Encoder;
+using cimxml::Request;
+
+constexpr std::size_t largestReserve = std::size_t{8} << 20;
+
+constexpr std::size_t longestPropertyList = 1024; // each name is held against each property of each class
+
+struct Call {
+    Operations& operations;
+    RequestScope& scope;
+    const Request& request;
+    Caller& caller;
+    Encoder& encoder;
+};
+
+[[noreturn]] void refuseParameter(std::string_view name, std::string_view reason) {
+    throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER,
+                     "parameter " + std::string(name.substr(0, 64)) + ": " + std::string(reason));
+}
+
+// Null for a parameter that is absent or null.
+const Argument* given(const Request& request, std::string_view name) {
+    const Argument* argument = request.parameter(name);
+    return argument && !std::holds_alternative<std::monostate>(*argument) ? argument : nullptr;
+}
+
+bool booleanParameter(const Request& request, std::string_view name, bool standard) {
+    const Argument* argument = given(request, name);
+    if (!argument) return standard;
+    const auto* value = std::get_if<cimxml::Value>(argument);
+    if (!value || value->isArray || value->texts.size() != 1) refuseParameter(name, "no boolean");
+    if (equalNames(value->texts[0], "true")) return true;
+    if (!equalNames(value->texts[0], "false")) refuseParameter(name, "neither TRUE nor FALSE");
+    return false;
+}
+
+std::optional<std::string> optionalClassName(const Request& request, std::string_view name) {
+    const Argument* argument = given(request, name);
+    if (!argument) return std::nullopt;
+    const auto* path = std::get_if<cimxml::ObjectPath>(argument);
+    if (!path || path->namesInstance) refuseParameter(name, "no class name");
+    return path->className;
+}
+
+std::string requiredClassName(const Request& request, std::string_view name) {
+    std::optional<std::string> className = optionalClassName(request, name);
+    if (!className) refuseParameter(name, "missing");
+    return std::move(*className);
+}
+
+PropertyList propertyList(const Request& request) {
+    const Argument* argument = given(request, "PropertyList");
+    if (!argument) return std::nullopt;
+    const auto* value = std::get_if<cimxml::Value>(argument);
+    if (!value || !value->isArray || value->type == CMPI_ref) refuseParameter("PropertyList", "no list of names");
+    if (value->texts.size() > longestPropertyList) refuseParameter("PropertyList", "too many names");
+    std::vector<std::string> names;
+    names.reserve(value->texts.size());
+    for (std::size_t index = 0; index < value->texts.size(); ++index) {
+        if (value->texts.isNull(index)) refuseParameter("PropertyList", "a name is null");
+        names.emplace_back(value->texts[index]);
+    }
+    return names;
+}
+
+template <typename Kind>
+const Kind& requiredArgument(const Request& request, std::string_view name, std::string_view kind) {
+    const Argument* argument = given(request, name);
+    if (!argument) refuseParameter(name, "missing");
+    const Kind* value = std::get_if<Kind>(argument);
+    if (!value) refuseParameter(name, "no " + std::string(kind));
+    return *value;
+}
+
+// Namespace and class are judged before the keys: a key means nothing without its class.
+ObjectPathObject& instancePath(const Call& call, const cimxml::ObjectPath& path, std::string_view parameter) {
+    if (!path.namesInstance) refuseParameter(parameter, "no instance name");
+    call.operations.findClass(call.request.nameSpace, path.className);
+    return makePath(call.scope, call.request.nameSpace, path);
+}
+
+bool isListed(const std::vector<std::string>& names, std::string_view name) {
+    return std::any_of(names.begin(), names.end(), [&](const std::string& listed) { return equalNames(listed, name); });
+}
+
+// Which properties of each class an answer shows. Instances of one class come in rows, so the last one is kept at hand.
+class Selection {
+public:
+    Selection(const ClassDeclaration& asked, bool deepInheritance, PropertyList properties)
+        : requested(asked), shallow(!deepInheritance), list(std::move(properties)) {}
+
+    const std::vector<bool>* of(const ClassDeclaration* declaration) {
+        if (!declaration || (!shallow && !list)) return nullptr;
+        if (declaration == last) return &selected;
+        last = declaration;
+        selected.clear();
+        for (const PropertyDeclaration& property : declaration->properties()) {
+            selected.push_back((!list || isListed(*list, property.name)) &&
+                               (!shallow || requested.property(property.name)));
+        }
+        return &selected;
+    }
+
+private:
+    const ClassDeclaration& requested;
+    bool shallow;
+    PropertyList list;
+    const ClassDeclaration* last = nullptr;
+    std::vector<bool> selected;
+};
+
+struct FlagParameter {
+    std::string_view name;
+    CMPIFlags flag;
+    bool standard;
+};
+
+CMPIFlags readFlags(const Request& request, std::initializer_list<FlagParameter> parameters) {
+    CMPIFlags flags = 0;
+    for (const FlagParameter& row : parameters) {
+        if (booleanParameter(request, row.name, row.standard)) flags |= row.flag;
+    }
+    return flags;
+}
+
+// LocalOnly of instances is deprecated, and servers differ in what they make of it: all properties are sent, as if it
+// were false. The provider sees what the client said.
+void enumerateInstances(const Call& call) {
+    call.caller.flags = readFlags(call.request, {{"LocalOnly", CMPI_FLAG_LocalOnly, true},
+                                                 {"DeepInheritance", CMPI_FLAG_DeepInheritance, true},
+                                                 {"IncludeQualifiers", CMPI_FLAG_IncludeQualifiers, false},
+                                                 {"IncludeClassOrigin", CMPI_FLAG_IncludeClassOrigin, false}});
+    const bool isDeep = (call.caller.flags & CMPI_FLAG_DeepInheritance) != 0;
+    const PropertyList list = propertyList(call.request);
+    const ClassDeclaration& declaration =
+        call.operations.findClass(call.request.nameSpace, requiredClassName(call.request, "ClassName"));
+    const auto instances = call.operations.enumerateInstances(call.scope, call.caller, declaration, isDeep, list);
+    Selection selection(declaration, isDeep, list);
+    for (const InstanceObject* instance : instances) {
+        call.encoder.raw("<VALUE.NAMEDINSTANCE>");
+        call.encoder.instanceName(*instance->path(call.scope.arena()));
+        call.encoder.instance(*instance, {(call.caller.flags & CMPI_FLAG_IncludeClassOrigin) != 0,
+                                          selection.of(instance->declaration())});
+        call.encoder.raw("</VALUE.NAMEDINSTANCE>");
+    }
+}
+
+void enumerateInstanceNames(const Call& call) {
+    const ClassDeclaration& declaration =
+        call.operations.findClass(call.request.nameSpace, requiredClassName(call.request, "ClassName"));
+    for (const ObjectPathObject* path :
+         call.operations.enumerateInstanceNames(call.scope, call.caller, declaration)) {
+        call.encoder.instanceName(*path);
+    }
+}
+
+void getInstance(const Call& call) {
+    call.caller.flags = readFlags(call.request, {{"LocalOnly", CMPI_FLAG_LocalOnly, true},
+                                                 {"IncludeQualifiers", CMPI_FLAG_IncludeQualifiers, false},
+                                                 {"IncludeClassOrigin", CMPI_FLAG_IncludeClassOrigin, false}});
+    const PropertyList list = propertyList(call.request);
+    const auto& name = requiredArgument<cimxml::ObjectPath>(call.request, "InstanceName", "instance name");
+    const ObjectPathObject& path = instancePath(call, name, "InstanceName");
+    const InstanceObject& instance = call.operations.getInstance(call.scope, call.caller, path, list);
+    Selection selection(*path.declaration(), true, list);
+    call.encoder.instance(instance, {(call.caller.flags & CMPI_FLAG_IncludeClassOrigin) != 0,
+                                     selection.of(instance.declaration())});
+}
+
+void createInstance(const Call& call) {
+    const auto& given = requiredArgument<cimxml::NamedInstance>(call.request, "NewInstance", "instance");
+    const ClassDeclaration& declaration =
+        call.operations.findClass(call.request.nameSpace, given.instance.className);
+    const ObjectPathObject& path = *call.scope.make().path(declaration.nameSpace(), declaration.name());
+    const InstanceObject& instance = makeInstance(call.scope, path, given.instance);
+    call.encoder.instanceName(call.operations.createInstance(call.scope, call.caller, instance));
+}
+
+void modifyInstance(const Call& call) {
+    const PropertyList list = propertyList(call.request);
+    const auto& given = requiredArgument<cimxml::NamedInstance>(call.request, "ModifiedInstance", "named instance");
+    if (!given.path) refuseParameter("ModifiedInstance", "the instance has no name");
+    if (!equalNames(given.path->className, given.instance.className)) {
+        refuseParameter("ModifiedInstance", "name and instance are of different classes");
+    }
+    const ObjectPathObject& path = instancePath(call, *given.path, "ModifiedInstance");
+    call.operations.modifyInstance(call.scope, call.caller, path, makeInstance(call.scope, path, given.instance), list);
+}
+
+void deleteInstance(const Call& call) {
+    const auto& name = requiredArgument<cimxml::ObjectPath>(call.request, "InstanceName", "instance name");
+    call.operations.deleteInstance(call.scope, call.caller, instancePath(call, name, "InstanceName"));
+}
+
+cimxml::ClassOptions classOptions(const Request& request) {
+    cimxml::ClassOptions options;
+    options.localOnly = booleanParameter(request, "LocalOnly", true);
+    options.includeQualifiers = booleanParameter(request, "IncludeQualifiers", true);
+    options.includeClassOrigin = booleanParameter(request, "IncludeClassOrigin", false);
+    return options;
+}
+
+void getClass(const Call& call) {
+    cimxml::ClassOptions options = classOptions(call.request);
+    if (const PropertyList list = propertyList(call.request)) {
+        options.wantsProperty = [names = *list](std::string_view name) { return isListed(names, name); };
+    }
+    cimxml::appendClass(call.encoder.buffer(),
+                        call.operations.findClass(call.request.nameSpace, requiredClassName(call.request, "ClassName"),
+                                                  CMPI_RC_ERR_NOT_FOUND),
+                        options);
+}
+
+std::vector<const ClassDeclaration*> enumeratedClasses(const Call& call) {
+    return call.operations.enumerateClasses(call.request.nameSpace, optionalClassName(call.request, "ClassName"),
+                                            booleanParameter(call.request, "DeepInheritance", false));
+}
+
+void enumerateClasses(const Call& call) {
+    const cimxml::ClassOptions options = classOptions(call.request);
+    for (const ClassDeclaration* declaration : enumeratedClasses(call)) {
+        cimxml::appendClass(call.encoder.buffer(), *declaration, options);
+    }
+}
+
+void enumerateClassNames(const Call& call) {
+    for (const ClassDeclaration* declaration : enumeratedClasses(call)) {
+        cimxml::appendClassName(call.encoder.buffer(), declaration->name());
+    }
+}
+
+enum class Returns { nothing, value };
+
+struct OperationRow {
+    std::string_view name;
+    Returns returns;
+    void (*run)(const Call&);
+    std::string_view parameters; // parted by blanks
+};
+
+// clang-format off
+constexpr OperationRow operationRows[] = {
+    {"EnumerateInstances",     Returns::value,   enumerateInstances,     "ClassName LocalOnly DeepInheritance IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"EnumerateInstanceNames", Returns::value,   enumerateInstanceNames, "ClassName"},
+    {"GetInstance",            Returns::value,   getInstance,            "InstanceName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"CreateInstance",         Returns::value,   createInstance,         "NewInstance"},
+    {"ModifyInstance",         Returns::nothing, modifyInstance,         "ModifiedInstance IncludeQualifiers PropertyList"},
+    {"DeleteInstance",         Returns::nothing, deleteInstance,         "InstanceName"},
+    {"GetClass",               Returns::value,   getClass,               "ClassName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"EnumerateClasses",       Returns::value,   enumerateClasses,       "ClassName DeepInheritance LocalOnly IncludeQualifiers IncludeClassOrigin"},
+    {"EnumerateClassNames",    Returns::value,   enumerateClassNames,    "ClassName DeepInheritance"},
+};
+// clang-format on
+
+const OperationRow& rowFor(const Request& request) {
+    for (const OperationRow& row : operationRows) {
+        if (request.kind == Request::Kind::intrinsic && equalNames(row.name, request.methodName)) return row;
+    }
+    throw CimFailure(CMPI_RC_ERR_NOT_SUPPORTED, "this server has no operation " + request.methodName.substr(0, 64));
+}
+
+void refuseUnknownParameters(const OperationRow& row, const Request& request) {
+    for (const cimxml::Parameter& parameter : request.parameters) {
+        std::string_view rest = row.parameters;
+        bool isKnown = false;
+        while (!rest.empty() && !isKnown) {
+            const std::string_view word = rest.substr(0, rest.find(' '));
+            isKnown = equalNames(word, parameter.name);
+            rest.remove_prefix(std::min(rest.size(), word.size() + 1));
+        }
+        if (!isKnown) refuseParameter(parameter.name, "unknown to " + std::string(row.name));
+    }
+}
+
+void runOperation(const Call& call) {
+    const OperationRow& row = rowFor(call.request);
+    refuseUnknownParameters(row, call.request);
+    if (row.returns == Returns::nothing) return row.run(call);
+    call.encoder.raw("<IRETURNVALUE>");
+    row.run(call);
+    call.encoder.raw("</IRETURNVALUE>");
+}
+
+CimError errorOf(const std::exception& failure) {
+    if (const auto* cim = dynamic_cast<const CimFailure*>(&failure)) return cim->error();
+    return {CMPI_RC_ERR_FAILED, failure.what()};
+}
+
+} // namespace
+
+Dispatcher::Dispatcher(Operations& behind, Broker& owner)
+    : operations(behind), broker(owner), tags(behind.repository()) {}
+
+std::string Dispatcher::handle(const Request& request, Caller caller) {
+    std::string document;
+    document.reserve(std::min(largestReserve, lastSize.load(std::memory_order_relaxed)));
+    Encoder encoder(document, tags);
+    encoder.raw("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE");
+    cimxml::appendAttribute(document, "ID", request.messageId);
+    cimxml::appendAttribute(document, "PROTOCOLVERSION", "1.0");
+    const bool isIntrinsic = request.kind == Request::Kind::intrinsic;
+    encoder.raw(isIntrinsic ? "><SIMPLERSP><IMETHODRESPONSE" : "><SIMPLERSP><METHODRESPONSE");
+    cimxml::appendAttribute(document, "NAME", request.methodName);
+    encoder.raw(">");
+    const std::size_t begin = document.size();
+    try {
+        RequestScope scope(broker);
+        runOperation({operations, scope, request, caller, encoder});
+    } catch (const std::exception& failure) {
+        document.resize(begin);
+        encoder.error(errorOf(failure));
+    }
+    encoder.raw(isIntrinsic ? "</IMETHODRESPONSE>" : "</METHODRESPONSE>");
+    encoder.raw("</SIMPLERSP></MESSAGE></CIM>\n");
+    lastSize.store(document.size() + document.size() / 8, std::memory_order_relaxed);
+    return document;
+}
+
+} // namespace cimhost

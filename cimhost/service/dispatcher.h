@@ -1,0 +1,29 @@
+// From a decoded CIM-XML request to the CIM-XML document that answers it.
+#pragma once
+
+#include "cimhost/cimxml/encoder.h"
+#include "cimhost/cimxml/request.h"
+#include "cimhost/service/operations.h"
+
+#include <atomic>
+#include <string>
+
+namespace cimhost {
+
+class Dispatcher {
+public:
+    /// Both outlive the dispatcher; the broker is the one whose repository the operations use.
+    Dispatcher(Operations& operations, Broker& broker);
+
+    /// The response message: a result, or an ERROR with a CIM status. Never throws for what a request or a provider
+    /// does. caller.flags are set from the request's parameters.
+    std::string handle(const cimxml::Request& request, Caller caller);
+
+private:
+    Operations& operations;
+    Broker& broker;
+    cimxml::TagTable tags;
+    std::atomic<std::size_t> lastSize = 4096; // answers resemble each other: room for the next one
+};
+
+} // namespace cimhost

@@ -1,0 +1,146 @@
+#include "cimhost/service/endpoint.h"
+
+#include "cimhost/model/names.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace cimhost {
+
+namespace {
+
+using cimxml::ErrorKind;
+using cimxml::ProtocolError;
+
+http::Response refusal(const ProtocolError& error) {
+    http::Response response = http::textResponse(cimxml::httpStatus(error.kind), error.message);
+    response.fields.push_back({"CIMError", std::string(cimxml::headerValue(error.kind))});
+    return response;
+}
+
+std::optional<http::Response> refuseMethod(const http::Request& head) {
+    if (head.method == "POST") return std::nullopt;
+    // To M-POST this is the answer after which a client tries POST.
+    if (head.method == "M-POST") return http::textResponse(510, "use POST");
+    http::Response response = http::textResponse(405, "use POST");
+    response.fields.push_back({"Allow", "POST"});
+    return response;
+}
+
+std::string_view trim(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t");
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+// A type that says nothing of its characters leaves that to the document.
+bool isAcceptedType(std::string_view contentType) {
+    const std::size_t semicolon = contentType.find(';');
+    const std::string_view type = trim(contentType.substr(0, semicolon));
+    if (!equalNames(type, "application/xml") && !equalNames(type, "text/xml")) return false;
+    if (semicolon == std::string_view::npos) return true;
+    std::string_view parameter = trim(contentType.substr(semicolon + 1));
+    constexpr std::string_view name = "charset=";
+    if (!equalNames(parameter.substr(0, name.size()), name)) return true;
+    parameter.remove_prefix(name.size());
+    return equalNames(parameter, "utf-8") || equalNames(parameter, "\"utf-8\"");
+}
+
+std::optional<ProtocolError> refuseOperation(const http::Request& head) {
+    if (head.field("CIMBatch")) {
+        return ProtocolError{ErrorKind::multipleRequestsUnsupported, "several requests in one message"};
+    }
+    if (head.field("CIMExport")) return ProtocolError{ErrorKind::unsupportedOperation, "this is no listener"};
+    const std::string* operation = head.field("CIMOperation");
+    if (!operation) return ProtocolError{ErrorKind::headerMismatch, "the header field CIMOperation is missing"};
+    if (!equalNames(*operation, "MethodCall")) {
+        return ProtocolError{ErrorKind::unsupportedOperation, "CIMOperation is not MethodCall"};
+    }
+    const std::string* version = head.field("CIMProtocolVersion");
+    if (version && version->substr(0, 2) != "1.") {
+        return ProtocolError{ErrorKind::unsupportedProtocolVersion, "CIMProtocolVersion is not 1.x"};
+    }
+    return std::nullopt;
+}
+
+std::optional<unsigned> hexDigit(char digit) {
+    if (digit >= '0' && digit <= '9') return static_cast<unsigned>(digit - '0');
+    if (digit >= 'a' && digit <= 'f') return static_cast<unsigned>(digit - 'a') + 10;
+    if (digit >= 'A' && digit <= 'F') return static_cast<unsigned>(digit - 'A') + 10;
+    return std::nullopt;
+}
+
+// CIM names and values in header fields are escaped as in a URI.
+std::string decodePercent(std::string_view text) {
+    std::string decoded;
+    for (std::size_t position = 0; position < text.size(); ++position) {
+        if (text[position] == '%' && position + 2 < text.size()) {
+            const std::optional<unsigned> high = hexDigit(text[position + 1]);
+            const std::optional<unsigned> low = hexDigit(text[position + 2]);
+            if (high && low) {
+                decoded += static_cast<char>(*high * 16 + *low);
+                position += 2;
+                continue;
+            }
+        }
+        decoded += text[position];
+    }
+    return decoded;
+}
+
+// Of an object that a method is called on, namespace and class are compared: keys can be spelt in many ways.
+bool namesTarget(std::string_view object, const cimxml::Request& request) {
+    if (request.kind == cimxml::Request::Kind::intrinsic) {
+        return equalNames(trimNamespace(object), trimNamespace(request.nameSpace));
+    }
+    const std::size_t colon = object.find(':');
+    if (colon == std::string_view::npos) return false;
+    const std::string_view className = object.substr(colon + 1, object.find('.', colon) - colon - 1);
+    return equalNames(trimNamespace(object.substr(0, colon)), trimNamespace(request.nameSpace)) &&
+           equalNames(className, request.target.className);
+}
+
+std::optional<ProtocolError> compareWithHeader(const http::Request& head, const cimxml::Request& request) {
+    const std::string* method = head.field("CIMMethod");
+    if (method && !equalNames(decodePercent(*method), request.methodName)) {
+        return ProtocolError{ErrorKind::headerMismatch, "CIMMethod names another method than the message"};
+    }
+    const std::string* object = head.field("CIMObject");
+    if (object && !namesTarget(decodePercent(*object), request)) {
+        return ProtocolError{ErrorKind::headerMismatch, "CIMObject names another object than the message"};
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<http::Response> Endpoint::refuse(const http::Request& head) const {
+    if (std::optional<http::Response> response = refuseMethod(head)) return response;
+    if (head.target != "/" && head.target != "/cimom") {
+        return http::textResponse(404, "CIM operations go to /cimom");
+    }
+    const std::string* contentType = head.field("Content-Type");
+    if (contentType && !isAcceptedType(*contentType)) {
+        return http::textResponse(415, "a CIM message is application/xml or text/xml in utf-8");
+    }
+    if (const std::optional<ProtocolError> error = refuseOperation(head)) return refusal(*error);
+    return std::nullopt;
+}
+
+http::Response Endpoint::answer(http::Request request) {
+    const auto decoded = cimxml::decodeRequest(request.body);
+    if (const auto* error = std::get_if<ProtocolError>(&decoded)) return refusal(*error);
+    const auto& message = std::get<cimxml::Request>(decoded);
+    if (const std::optional<ProtocolError> error = compareWithHeader(request, message)) return refusal(*error);
+    Caller caller;
+    caller.principal = std::move(request.user);
+    if (const std::string* language = request.field("Accept-Language")) caller.acceptLanguage = *language;
+    http::Response response;
+    response.fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
+                       {"Cache-Control", "no-cache"},
+                       {"CIMOperation", "MethodResponse"}};
+    response.body = dispatcher.handle(message, std::move(caller));
+    return response;
+}
+
+} // namespace cimhost

@@ -1,0 +1,25 @@
+// CIM operations over HTTP: what DSP0200 asks of method, path and header fields, around the dispatcher.
+#pragma once
+
+#include "cimhost/cimxml/protocol_error.h"
+#include "cimhost/http/server.h"
+#include "cimhost/service/dispatcher.h"
+
+namespace cimhost {
+
+class Endpoint final : public http::Handler {
+public:
+    /// The dispatcher outlives the endpoint.
+    explicit Endpoint(Dispatcher& behind) : dispatcher(behind) {}
+
+    /// A POST of XML to / or /cimom with the field CIMOperation: MethodCall goes on. That field is required: without it
+    /// a web page could make a visitor's browser post requests to a server on his own machine.
+    [[nodiscard]] std::optional<http::Response> refuse(const http::Request& head) const override;
+
+    [[nodiscard]] http::Response answer(http::Request request) override;
+
+private:
+    Dispatcher& dispatcher;
+};
+
+} // namespace cimhost

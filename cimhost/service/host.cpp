@@ -1,0 +1,56 @@
+#include "cimhost/service/host.h"
+
+#include <stdexcept>
+
+namespace cimhost {
+
+namespace {
+
+void requireFile(const std::filesystem::path& file) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error)) throw std::runtime_error(file.string() + ": no such file");
+}
+
+ClassRepository loadClasses(const HostOptions& options) {
+    const std::filesystem::path classes = options.mofDirectory / "merolt.mof";
+    const std::filesystem::path interop = options.mofDirectory / "interop.mof";
+    requireFile(classes);
+    ClassRepository repository;
+    repository.loadFile(options.nameSpace, classes);
+    repository.addNamespace(options.interopNamespace);
+    if (std::filesystem::exists(interop)) repository.loadFile(options.interopNamespace, interop);
+    return repository;
+}
+
+Registration loadRegistration(const HostOptions& options, const ClassRepository& repository) {
+    const std::filesystem::path file = options.mofDirectory / "cimhost.registration";
+    if (!std::filesystem::exists(file)) return Registration::ofPrefix("Merolt", repository);
+    return Registration::load(file, repository, options.nameSpace);
+}
+
+} // namespace
+
+Host::Host(HostOptions options)
+    : settings(std::move(options)), repository(loadClasses(settings)),
+      registration(loadRegistration(settings, repository)) {
+    requireFile(settings.provider);
+    cmpiBroker = std::make_unique<Broker>(repository, settings.broker);
+    library = std::make_unique<ProviderLibrary>(settings.provider, settings.providerName, *cmpiBroker);
+    calls = std::make_unique<LibraryCalls>(*library);
+    served = std::make_unique<Operations>(repository, registration, *calls);
+}
+
+Host::~Host() = default;
+
+void Host::warmUp() {
+    for (const ClassDeclaration* declaration : repository.classes(settings.nameSpace)) {
+        if (!registration.serves(*declaration, ProviderKind::instance)) continue;
+        RequestScope scope(*cmpiBroker);
+        served->enumerateInstanceNames(scope, {}, *declaration);
+        return;
+    }
+}
+
+void Host::shutdown() { library->shutdown(); }
+
+} // namespace cimhost

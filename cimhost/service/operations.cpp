@@ -1,0 +1,171 @@
+#include "cimhost/service/operations.h"
+
+#include <algorithm>
+
+namespace cimhost {
+
+namespace {
+
+std::string quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
+CallContext contextOf(const Caller& caller, std::string_view nameSpace) {
+    CallContext context;
+    context.principal = caller.principal;
+    context.nameSpace = std::string(nameSpace);
+    context.flags = caller.flags;
+    context.acceptLanguage = caller.acceptLanguage;
+    return context;
+}
+
+void throwUnlessOk(const Outcome& outcome) {
+    if (outcome.error) throw CimFailure(*outcome.error);
+}
+
+// Without deep inheritance a subclass shows no more than the class that was asked for, as production servers put it to
+// the provider: by a list of names.
+PropertyList listFor(const ClassDeclaration& declaration, bool deepInheritance, const PropertyList& properties) {
+    if (deepInheritance || properties) return properties;
+    std::vector<std::string> names;
+    for (const PropertyDeclaration& property : declaration.properties()) names.push_back(property.name);
+    return names;
+}
+
+bool isBound(const ObjectPathObject& path, const ClassDeclaration& declaration, std::size_t position) {
+    return path.key(declaration.properties()[position].name) != nullptr;
+}
+
+void requireExactKeys(const ObjectPathObject& path, const ClassDeclaration& declaration) {
+    for (const std::size_t position : declaration.keys()) {
+        if (isBound(path, declaration, position)) continue;
+        throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, "the path lacks the key " +
+                                                            declaration.properties()[position].name + " of class " +
+                                                            declaration.name());
+    }
+    for (const NamedData& key : path.keys()) {
+        const PropertyDeclaration* property = declaration.property(key.name);
+        if (property && property->isKey) continue;
+        throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER,
+                         quoted(key.name) + " is no key of class " + declaration.name());
+    }
+}
+
+} // namespace
+
+void Operations::requireNamespace(std::string_view nameSpace) const {
+    if (!classes.hasNamespace(nameSpace)) throw CimFailure(CMPI_RC_ERR_INVALID_NAMESPACE, quoted(nameSpace));
+}
+
+const ClassDeclaration& Operations::findClass(std::string_view nameSpace, std::string_view className,
+                                              CMPIrc unknownClass) const {
+    requireNamespace(nameSpace);
+    if (const ClassDeclaration* declaration = classes.find(nameSpace, className)) return *declaration;
+    throw CimFailure(unknownClass, "namespace " + std::string(nameSpace) + " has no class " + quoted(className));
+}
+
+std::vector<const ClassDeclaration*> Operations::servedClasses(const ClassDeclaration& declaration) const {
+    std::vector<const ClassDeclaration*> served = {&declaration};
+    const std::vector<const ClassDeclaration*> below = declaration.allSubclasses();
+    served.insert(served.end(), below.begin(), below.end());
+    std::erase_if(served, [&](const ClassDeclaration* candidate) {
+        return !registered.serves(*candidate, ProviderKind::instance);
+    });
+    return served;
+}
+
+void Operations::requireServed(const ClassDeclaration& declaration) const {
+    if (registered.serves(declaration, ProviderKind::instance)) return;
+    throw CimFailure(CMPI_RC_ERR_NOT_SUPPORTED, "no provider serves instances of class " + declaration.name());
+}
+
+std::vector<const InstanceObject*> Operations::enumerateInstances(RequestScope& scope, const Caller& caller,
+                                                                  const ClassDeclaration& declaration,
+                                                                  bool deepInheritance,
+                                                                  const PropertyList& properties) {
+    const CallContext context = contextOf(caller, declaration.nameSpace());
+    const PropertyList wanted = listFor(declaration, deepInheritance, properties);
+    std::vector<const InstanceObject*> all;
+    for (const ClassDeclaration* served : servedClasses(declaration)) {
+        const ObjectPathObject* path = scope.make().path(declaration.nameSpace(), served->name());
+        const Outcome outcome = calls.enumerateInstances(scope, context, *path, wanted);
+        throwUnlessOk(outcome);
+        all.insert(all.end(), outcome.instances.begin(), outcome.instances.end());
+    }
+    return all;
+}
+
+std::vector<const ObjectPathObject*> Operations::enumerateInstanceNames(RequestScope& scope, const Caller& caller,
+                                                                        const ClassDeclaration& declaration) {
+    const CallContext context = contextOf(caller, declaration.nameSpace());
+    std::vector<const ObjectPathObject*> all;
+    for (const ClassDeclaration* served : servedClasses(declaration)) {
+        const ObjectPathObject* path = scope.make().path(declaration.nameSpace(), served->name());
+        const Outcome outcome = calls.enumerateInstanceNames(scope, context, *path);
+        throwUnlessOk(outcome);
+        all.insert(all.end(), outcome.paths.begin(), outcome.paths.end());
+    }
+    return all;
+}
+
+const InstanceObject& Operations::getInstance(RequestScope& scope, const Caller& caller, const ObjectPathObject& path,
+                                              const PropertyList& properties) {
+    const ClassDeclaration& declaration = findClass(path.nameSpace(), path.className());
+    requireExactKeys(path, declaration);
+    const auto notFound = [&] {
+        std::string text;
+        path.appendText(text);
+        return CimFailure(CMPI_RC_ERR_NOT_FOUND, text);
+    };
+    if (!registered.serves(declaration, ProviderKind::instance)) throw notFound();
+    const Outcome outcome = calls.getInstance(scope, contextOf(caller, declaration.nameSpace()), path, properties);
+    throwUnlessOk(outcome);
+    // A provider may hand over related instances before the one that was asked for; a client can be given only one.
+    for (const InstanceObject* instance : outcome.instances) {
+        if (instance->declaration() == &declaration) return *instance;
+    }
+    if (outcome.instances.empty()) throw notFound();
+    return *outcome.instances.front();
+}
+
+const ObjectPathObject& Operations::createInstance(RequestScope& scope, const Caller& caller,
+                                                   const InstanceObject& instance) {
+    const ClassDeclaration& declaration = findClass(instance.nameSpace(), instance.className());
+    requireServed(declaration);
+    const ObjectPathObject* path = instance.path(scope.arena());
+    const Outcome outcome = calls.createInstance(scope, contextOf(caller, declaration.nameSpace()), *path, instance);
+    throwUnlessOk(outcome);
+    return outcome.paths.empty() ? *path : *outcome.paths.front();
+}
+
+void Operations::modifyInstance(RequestScope& scope, const Caller& caller, const ObjectPathObject& path,
+                                const InstanceObject& instance, const PropertyList& properties) {
+    const ClassDeclaration& declaration = findClass(path.nameSpace(), path.className());
+    requireExactKeys(path, declaration);
+    requireServed(declaration);
+    throwUnlessOk(
+        calls.modifyInstance(scope, contextOf(caller, declaration.nameSpace()), path, instance, properties));
+}
+
+void Operations::deleteInstance(RequestScope& scope, const Caller& caller, const ObjectPathObject& path) {
+    const ClassDeclaration& declaration = findClass(path.nameSpace(), path.className());
+    requireExactKeys(path, declaration);
+    requireServed(declaration);
+    throwUnlessOk(calls.deleteInstance(scope, contextOf(caller, declaration.nameSpace()), path));
+}
+
+std::vector<const ClassDeclaration*> Operations::enumerateClasses(std::string_view nameSpace,
+                                                                  const std::optional<std::string>& className,
+                                                                  bool deepInheritance) const {
+    requireNamespace(nameSpace);
+    if (className) {
+        const ClassDeclaration& top = findClass(nameSpace, *className);
+        if (deepInheritance) return top.allSubclasses();
+        return {top.subclasses().begin(), top.subclasses().end()};
+    }
+    std::vector<const ClassDeclaration*> found;
+    for (const ClassDeclaration* declaration : classes.classes(nameSpace)) {
+        if (deepInheritance || !declaration->superclass()) found.push_back(declaration);
+    }
+    return found;
+}
+
+} // namespace cimhost

@@ -1,0 +1,58 @@
+// What the operations ask of a provider: a loaded library in the server, whatever a test likes in its place.
+#pragma once
+
+#include "cimhost/provider/provider_library.h"
+
+namespace cimhost {
+
+class ProviderCalls {
+public:
+    virtual ~ProviderCalls() = default;
+
+    virtual Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
+                                           const ObjectPathObject& classPath) = 0;
+    virtual Outcome enumerateInstances(RequestScope& scope, const CallContext& context,
+                                       const ObjectPathObject& classPath, const PropertyList& properties) = 0;
+    virtual Outcome getInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                                const PropertyList& properties) = 0;
+    virtual Outcome createInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                                   const InstanceObject& instance) = 0;
+    virtual Outcome modifyInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                                   const InstanceObject& instance, const PropertyList& properties) = 0;
+    virtual Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) = 0;
+};
+
+/// Calls a provider library, which outlives this.
+class LibraryCalls final : public ProviderCalls {
+public:
+    explicit LibraryCalls(ProviderLibrary& loaded) : library(loaded) {}
+
+    Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
+                                   const ObjectPathObject& classPath) override {
+        return library.enumerateInstanceNames(scope, context, classPath);
+    }
+    Outcome enumerateInstances(RequestScope& scope, const CallContext& context, const ObjectPathObject& classPath,
+                               const PropertyList& properties) override {
+        return library.enumerateInstances(scope, context, classPath, properties);
+    }
+    Outcome getInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                        const PropertyList& properties) override {
+        return library.getInstance(scope, context, path, properties);
+    }
+    Outcome createInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                           const InstanceObject& instance) override {
+        return library.createInstance(scope, context, path, instance);
+    }
+    Outcome modifyInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                           const InstanceObject& instance, const PropertyList& properties) override {
+        return library.modifyInstance(scope, context, path, instance, properties);
+    }
+    Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override {
+        return library.deleteInstance(scope, context, path);
+    }
+
+private:
+    ProviderLibrary& library;
+};
+
+} // namespace cimhost

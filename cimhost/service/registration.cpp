@@ -1,0 +1,126 @@
+#include "cimhost/service/registration.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+#include <vector>
+
+namespace cimhost {
+
+namespace {
+
+struct KindName {
+    std::string_view name;
+    ProviderKind kind;
+};
+
+constexpr KindName kindNames[] = {
+    {"instance", ProviderKind::instance},
+    {"association", ProviderKind::association},
+    {"method", ProviderKind::method},
+    {"indication", ProviderKind::indication},
+};
+
+constexpr unsigned bitOf(ProviderKind kind) { return 1U << static_cast<unsigned>(kind); }
+
+constexpr std::string_view blanks = " \t\r";
+
+std::string_view trim(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+std::vector<std::string_view> split(std::string_view text, std::string_view separators) {
+    std::vector<std::string_view> words;
+    while (!text.empty()) {
+        const std::string_view word = text.substr(0, text.find_first_of(separators));
+        if (!word.empty()) words.push_back(word);
+        text.remove_prefix(std::min(text.size(), word.size() + 1));
+    }
+    return words;
+}
+
+ProviderKind kindOf(std::string_view name) {
+    for (const KindName& row : kindNames) {
+        if (row.name == name) return row.kind;
+    }
+    throw std::runtime_error("\"" + std::string(name) + "\" is none of instance, association, method, indication");
+}
+
+std::vector<std::string_view> namespacesOf(std::string_view option) {
+    constexpr std::string_view name = "namespaces=";
+    if (option.substr(0, name.size()) != name) {
+        throw std::runtime_error("\"" + std::string(option) + "\" is not namespaces=first,second");
+    }
+    return split(option.substr(name.size()), ", ");
+}
+
+} // namespace
+
+Registration Registration::load(const std::filesystem::path& file, const ClassRepository& repository,
+                                std::string_view defaultNamespace) {
+    std::ifstream stream(file);
+    if (!stream) throw std::runtime_error(file.string() + ": " + std::strerror(errno));
+    Registration registration;
+    std::size_t number = 0;
+    for (std::string line; std::getline(stream, line);) {
+        ++number;
+        try {
+            registration.addLine(line, repository, defaultNamespace);
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(file.string() + ":" + std::to_string(number) + ": " + error.what());
+        }
+    }
+    return registration;
+}
+
+void Registration::addLine(std::string_view line, const ClassRepository& repository,
+                           std::string_view defaultNamespace) {
+    line = trim(line.substr(0, line.find('#')));
+    if (line.empty()) return;
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos) throw std::runtime_error("a line reads Class: kinds");
+    const std::string_view className = trim(line.substr(0, colon));
+    std::string_view rest = line.substr(colon + 1);
+    std::vector<std::string_view> namespaces = {defaultNamespace};
+    if (const std::size_t semicolon = rest.find(';'); semicolon != std::string_view::npos) {
+        namespaces = namespacesOf(trim(rest.substr(semicolon + 1)));
+        rest = rest.substr(0, semicolon);
+    }
+    for (const std::string_view nameSpace : namespaces) {
+        const ClassDeclaration* declaration = repository.find(nameSpace, className);
+        if (!declaration) {
+            throw std::runtime_error("namespace " + std::string(nameSpace) + " has no class " + std::string(className));
+        }
+        for (const std::string_view kind : split(rest, blanks)) add(*declaration, kindOf(kind));
+    }
+}
+
+Registration Registration::ofPrefix(std::string_view prefix, const ClassRepository& repository) {
+    Registration registration;
+    for (const std::string_view nameSpace : repository.namespaces()) {
+        for (const ClassDeclaration* declaration : repository.classes(nameSpace)) {
+            if (declaration->isAbstract() || !equalNames(declaration->name().substr(0, prefix.size()), prefix)) continue;
+            if (declaration->isIndication()) {
+                registration.add(*declaration, ProviderKind::indication);
+                continue;
+            }
+            registration.add(*declaration, ProviderKind::instance);
+            if (declaration->isAssociation()) registration.add(*declaration, ProviderKind::association);
+            if (!declaration->methods().empty()) registration.add(*declaration, ProviderKind::method);
+        }
+    }
+    return registration;
+}
+
+void Registration::add(const ClassDeclaration& declaration, ProviderKind kind) { kinds[&declaration] |= bitOf(kind); }
+
+bool Registration::serves(const ClassDeclaration& declaration, ProviderKind kind) const {
+    const auto known = kinds.find(&declaration);
+    return known != kinds.end() && (known->second & bitOf(kind)) != 0;
+}
+
+} // namespace cimhost

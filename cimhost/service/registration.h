@@ -1,0 +1,34 @@
+// Which classes are put to the provider, in which namespaces and through which of its interfaces.
+#pragma once
+
+#include "cimhost/model/class_repository.h"
+#include "cimhost/provider/provider_library.h"
+
+#include <filesystem>
+#include <string_view>
+#include <unordered_map>
+
+namespace cimhost {
+
+class Registration {
+public:
+    /// Reads lines `Class: kinds [; namespaces=first,second]` (kinds: instance, association, method, indication);
+    /// # begins a comment. Without namespaces a class is served in defaultNamespace. Throws std::runtime_error with
+    /// file, line and what is wrong: a class or namespace that the repository lacks, an unknown kind.
+    static Registration load(const std::filesystem::path& file, const ClassRepository& repository,
+                             std::string_view defaultNamespace);
+
+    /// Serves every class of the repository whose name begins so and that is not abstract, by what the class is:
+    /// indication, association (and instance), instance; method where it has methods.
+    static Registration ofPrefix(std::string_view prefix, const ClassRepository& repository);
+
+    void add(const ClassDeclaration& declaration, ProviderKind kind);
+    [[nodiscard]] bool serves(const ClassDeclaration& declaration, ProviderKind kind) const;
+
+private:
+    void addLine(std::string_view line, const ClassRepository& repository, std::string_view defaultNamespace);
+
+    std::unordered_map<const ClassDeclaration*, unsigned> kinds; // a bit for each ProviderKind
+};
+
+} // namespace cimhost

@@ -1,0 +1,143 @@
+#include "cimhost/service/request_values.h"
+
+#include "cimhost/model/cim_type.h"
+#include "cimhost/service/cim_failure.h"
+
+#include <optional>
+#include <string>
+
+namespace cimhost {
+
+namespace {
+
+std::string shown(std::string_view text) { return "\"" + std::string(text.substr(0, 64)) + "\""; }
+
+[[noreturn]] void refuseText(std::string_view text, CMPIType type) {
+    throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, shown(text) + " is no " + std::string(typeName(type)));
+}
+
+// The type that a key's text has by itself, whatever its class says.
+CMPIType ownType(const cimxml::KeyBinding& key) {
+    if (key.type == cimxml::KeyType::text) return CMPI_string;
+    if (key.type == cimxml::KeyType::boolean) return CMPI_boolean;
+    const std::optional<IntegerValue> number = parseInteger(key.text);
+    if (!number) return CMPI_real64;
+    return fitsInteger(CMPI_sint64, *number) ? CMPI_sint64 : CMPI_uint64;
+}
+
+cimxml::KeyType kindOf(CMPIType type) {
+    if (type == CMPI_boolean) return cimxml::KeyType::boolean;
+    if (type == CMPI_ref) return cimxml::KeyType::reference;
+    const bool isNumber = isIntegerType(type) || type == CMPI_real32 || type == CMPI_real64;
+    return isNumber ? cimxml::KeyType::numeric : cimxml::KeyType::text;
+}
+
+std::string_view trimmedNumber(const cimxml::KeyBinding& key) {
+    std::string_view text = key.text;
+    if (key.type == cimxml::KeyType::text) return text;
+    while (!text.empty() && text.front() <= ' ') text.remove_prefix(1);
+    while (!text.empty() && text.back() <= ' ') text.remove_suffix(1);
+    return text;
+}
+
+CMPIData keyData(RequestScope& scope, const ObjectPathObject& path, const cimxml::KeyBinding& key,
+                 const PropertyDeclaration* declared) {
+    if (key.type == cimxml::KeyType::reference) {
+        const std::string_view nameSpace =
+            key.reference->nameSpace.empty() ? path.nameSpace() : std::string_view(key.reference->nameSpace);
+        return ObjectMaker::value(makePath(scope, nameSpace, *key.reference));
+    }
+    const CMPIType type = declared && kindOf(declared->type) == key.type ? declared->type : ownType(key);
+    const std::string_view text = trimmedNumber(key);
+    const std::optional<CMPIData> data = scope.make().value(type, text);
+    if (!data) refuseText(text, type);
+    return *data;
+}
+
+// The key that a client leaves unnamed is the class's only one.
+const PropertyDeclaration* declaredKey(const ObjectPathObject& path, const cimxml::KeyBinding& key) {
+    const ClassDeclaration* declaration = path.declaration();
+    if (!declaration) return nullptr;
+    if (!key.name.empty()) {
+        const PropertyDeclaration* property = declaration->property(key.name);
+        return property && property->isKey ? property : nullptr;
+    }
+    if (declaration->keys().size() == 1) return &declaration->properties()[declaration->keys().front()];
+    throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, "a key without a name, but class " + declaration->name() + " has " +
+                                                        std::to_string(declaration->keys().size()));
+}
+
+CMPIData makeScalar(RequestScope& scope, CMPIType type, std::string_view text) {
+    const std::optional<CMPIData> data = scope.make().value(type, text);
+    if (!data) refuseText(text, type);
+    return *data;
+}
+
+CMPIData makeReference(RequestScope& scope, std::string_view nameSpace, const cimxml::ObjectPath& reference) {
+    return ObjectMaker::value(
+        makePath(scope, reference.nameSpace.empty() ? nameSpace : std::string_view(reference.nameSpace), reference));
+}
+
+CMPIData makeArray(RequestScope& scope, std::string_view nameSpace, CMPIType elementType, const cimxml::Value& value) {
+    const std::size_t size = elementType == CMPI_ref ? value.references.size() : value.texts.size();
+    ArrayObject* array = ArrayObject::make(scope.arena(), static_cast<CMPICount>(size), elementType);
+    if (!array) throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, "there are no arrays of this type");
+    for (std::size_t index = 0; index < size; ++index) {
+        if (elementType != CMPI_ref && value.texts.isNull(index)) continue;
+        array->store(static_cast<CMPICount>(index),
+                     elementType == CMPI_ref ? makeReference(scope, nameSpace, value.references[index])
+                                             : makeScalar(scope, elementType, value.texts[index]));
+    }
+    CMPIData data{};
+    data.type = arrayOf(elementType);
+    data.value.array = array;
+    return data;
+}
+
+void setProperty(RequestScope& scope, InstanceObject& instance, const cimxml::Property& property) {
+    const PropertyDeclaration* declared = instance.declaration()->property(property.name);
+    if (!declared) {
+        throw CimFailure(CMPI_RC_ERR_NO_SUCH_PROPERTY,
+                         "class " + instance.declaration()->name() + " has no property " + shown(property.name));
+    }
+    if (property.value.isArray != declared->isArray() || property.value.type != elementOf(declared->type)) {
+        throw CimFailure(CMPI_RC_ERR_TYPE_MISMATCH, "property " + declared->name + " of class " +
+                                                        instance.declaration()->name() + " is " +
+                                                        std::string(typeName(declared->type)) +
+                                                        (declared->isArray() ? "[]" : ""));
+    }
+    const CMPIData data = makeValue(scope, instance.nameSpace(), declared->type, property.value);
+    if (instance.setProperty(declared->name, data) != CMPI_RC_OK) {
+        throw CimFailure(CMPI_RC_ERR_TYPE_MISMATCH, "property " + declared->name);
+    }
+}
+
+} // namespace
+
+ObjectPathObject& makePath(RequestScope& scope, std::string_view nameSpace, const cimxml::ObjectPath& path) {
+    ObjectPathObject& made = *scope.make().path(trimNamespace(nameSpace), path.className);
+    if (!path.host.empty()) made.setHost(path.host);
+    for (const cimxml::KeyBinding& key : path.keys) {
+        const PropertyDeclaration* declared = declaredKey(made, key);
+        const CMPIData data = keyData(scope, made, key, declared);
+        const std::string_view name = declared ? std::string_view(declared->name) : scope.arena().copyText(key.name);
+        // Past the path's own type check: whether a number will do for a text is for the provider to say.
+        made.keyBindings.set(scope.arena(), name, data);
+    }
+    return made;
+}
+
+CMPIData makeValue(RequestScope& scope, std::string_view nameSpace, CMPIType type, const cimxml::Value& value) {
+    if (value.isNull) return ObjectMaker::null(type);
+    if (isArrayType(type)) return makeArray(scope, nameSpace, elementOf(type), value);
+    if (type == CMPI_ref) return makeReference(scope, nameSpace, value.references.front());
+    return makeScalar(scope, type, value.texts[0]);
+}
+
+InstanceObject& makeInstance(RequestScope& scope, const ObjectPathObject& path, const cimxml::Instance& instance) {
+    InstanceObject& made = *scope.make().instance(path);
+    for (const cimxml::Property& property : instance.properties) setProperty(scope, made, property);
+    return made;
+}
+
+} // namespace cimhost

@@ -1,0 +1,71 @@
+# shellcheck shell=bash
+# What ./demo and ./check share: messages, Debian packages, builds. Sourced; the caller has set `root`.
+: "${root:?}"
+
+export CMAKE_BUILD_PARALLEL_LEVEL="${JOBS:-$(nproc)}"
+
+# Another clone of the same sources finds its objects in the cache, wherever it lies.
+export CCACHE_BASEDIR="$root"
+export CCACHE_NOHASHDIR=1
+
+say() { printf '%s\n' "$*"; }
+
+fail() {
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# is_installed PACKAGE
+is_installed() { [[ $(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null) == installed ]]; }
+
+# as_root COMMAND...: as it is for root, else through sudo, which may ask for a password only where somebody can answer.
+as_root() {
+    if [[ $(id -u) -eq 0 ]]; then
+        "$@"
+    elif [[ -t 0 ]]; then
+        sudo "$@"
+    else
+        sudo -n "$@"
+    fi
+}
+
+# install_packages GROUP...: brings in what scripts/packages lists for the groups; does nothing where all is there.
+install_packages() {
+    local missing=() group package wanted
+    while read -r group package; do
+        for wanted in "$@"; do
+            if [[ $group == "$wanted" ]] && ! is_installed "$package"; then missing+=("$package"); fi
+        done
+    done < <(grep -Ev '^[[:space:]]*(#|$)' "$root/scripts/packages")
+    [[ ${#missing[@]} -gt 0 ]] || return 0
+
+    command -v apt-get >/dev/null || fail "these Debian packages are missing, and there is no apt-get: ${missing[*]}"
+    if [[ $(id -u) -ne 0 ]] && ! command -v sudo >/dev/null; then
+        fail "these packages are missing, and only root can install them. As root: apt-get install ${missing[*]}"
+    fi
+    say "Installing ${missing[*]}"
+    # An outdated package list still installs most things, so a failing update alone is no reason to stop.
+    as_root apt-get -q update </dev/null || say "The package lists could not be updated; trying with those at hand."
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y --no-install-recommends -o DPkg::Lock::Timeout=300 \
+        install "${missing[@]}" </dev/null || fail "installing failed. As root: apt-get install ${missing[*]}"
+}
+
+# configure PRESET [CMAKE-ARGUMENT...]: quiet unless something is wrong.
+configure() {
+    local preset=$1 log
+    shift
+    log=$(mktemp)
+    if ! (cd "$root" && cmake --preset "$preset" "$@") >"$log" 2>&1; then
+        cat "$log" >&2
+        rm -f "$log"
+        fail "configuring the preset $preset failed"
+    fi
+    rm -f "$log"
+}
+
+# build PRESET [TARGET...]: the whole preset, or only some of its targets.
+build() {
+    local preset=$1
+    shift
+    (cd "$root" && cmake --build --preset "$preset" ${1:+--target "$@"}) || fail "building the preset $preset failed"
+}

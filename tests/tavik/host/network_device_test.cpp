@@ -1,0 +1,120 @@
+#include "tavik/host/network_device.h"
+
+#include <linux/if_addr.h>
+#include <linux/rtnetlink.h>
+
+#include <gtest/gtest.h>
+
+#include "scratch_tree.h"
+#include "tavik/host/text_forms.h"
+
+namespace tavik::host::test {
+namespace {
+
+InterfaceAddress address(const std::string& text, std::uint8_t prefix, std::uint8_t scope = RT_SCOPE_UNIVERSE,
+                         std::uint32_t flags = IFA_F_PERMANENT, std::uint32_t index = 2) {
+    return {index, *parseIPAddress(text), prefix, scope, flags};
+}
+
+IPConfiguration select(std::vector<InterfaceAddress> all) {
+    return *selectAddresses(Attribute(std::move(all)), std::uint32_t{2});
+}
+
+TEST(Addresses, maskIsMadeOfThePrefixLength) {
+    EXPECT_EQ(formatIPAddress(select({address("192.0.2.1", 22)}).ipv4Mask), "255.255.252.0");
+    EXPECT_EQ(formatIPAddress(select({address("192.0.2.1", 32)}).ipv4Mask), "255.255.255.255");
+    EXPECT_EQ(formatIPAddress(select({address("192.0.2.1", 0)}).ipv4Mask), "0.0.0.0");
+}
+
+TEST(Addresses, primaryAddressComesBeforeSecondaryAndLinkLocal) {
+    const auto chosen = select({address("169.254.1.1", 16, RT_SCOPE_LINK), address("192.0.2.9", 24, 0, IFA_F_SECONDARY),
+                                address("192.0.2.1", 24)});
+    EXPECT_EQ(formatIPAddress(chosen.ipv4), "192.0.2.1");
+}
+
+TEST(Addresses, firstIPv6AddressIsALastingGlobalOne) {
+    const auto chosen =
+        select({address("fe80::1", 64, RT_SCOPE_LINK), address("2001:db8::aaaa", 64, 0, IFA_F_TEMPORARY),
+                address("2001:db8::1", 64), address("2001:db8::dead", 64, 0, IFA_F_DEPRECATED)});
+    ASSERT_EQ(chosen.firstList.size(), 4U);
+    EXPECT_EQ(formatIPAddress(chosen.firstList[0]), "2001:db8::1");
+    EXPECT_EQ(formatIPAddress(chosen.firstList[3]), "fe80::1");
+}
+
+TEST(Addresses, othersAddressesAreNotTaken) {
+    const auto chosen = select({address("192.0.2.1", 24, 0, 0, 3)});
+    EXPECT_EQ(chosen, IPConfiguration{});
+}
+
+TEST(Addresses, withoutAnIndexOrAnAnswerThereIsNoConfiguration) {
+    EXPECT_FALSE(selectAddresses(Attribute(std::vector<InterfaceAddress>{}), Absence{"gone"}));
+    EXPECT_FALSE(selectAddresses(Absence{"refused"}, std::uint32_t{2}));
+}
+
+struct LinkCase {
+    const char* operationalState; ///< null: no such file, here and below
+    const char* carrier;
+    std::uint32_t state;
+};
+
+class LinkStates : public testing::TestWithParam<LinkCase> {};
+
+TEST_P(LinkStates, followTheKernel) {
+    const auto& [operationalState, carrier, state] = GetParam();
+    ScratchTree scratch;
+    scratch.file("sys/class/net/eth0/type", "1\n");
+    if (operationalState) scratch.file("sys/class/net/eth0/operstate", operationalState);
+    if (carrier) scratch.file("sys/class/net/eth0/carrier", carrier);
+    const auto tree = scratch.tree();
+    const auto queries = scratch.queries();
+    EXPECT_EQ(NetworkDeviceReader(tree, *queries).link("eth0").state, state);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, LinkStates,
+    testing::Values(LinkCase{"up\n", "1\n", LinkUp}, LinkCase{"down\n", "0\n", LinkDown},
+                    LinkCase{"down\n", nullptr, LinkDown}, LinkCase{"lowerlayerdown\n", "0\n", LinkDown},
+                    LinkCase{"notpresent\n", nullptr, LinkDown}, LinkCase{"testing\n", "1\n", LinkTesting},
+                    LinkCase{"dormant\n", "1\n", linkUnknown}, LinkCase{"unknown\n", "1\n", LinkUp},
+                    LinkCase{"unknown\n", "0\n", LinkDown}, LinkCase{"unknown\n", nullptr, linkUnknown},
+                    LinkCase{nullptr, "1\n", LinkUp}, LinkCase{nullptr, nullptr, linkUnknown},
+                    LinkCase{"new word\n", "1\n", linkUnknown}));
+
+struct SpeedCase {
+    const char* text;
+    std::uint32_t speed; ///< 0: absent
+};
+
+class Speeds : public testing::TestWithParam<SpeedCase> {};
+
+TEST_P(Speeds, areMegabitsOrAbsent) {
+    ScratchTree scratch;
+    scratch.file("sys/class/net/eth0/speed", GetParam().text);
+    const auto tree = scratch.tree();
+    const auto queries = scratch.queries();
+    const auto speed = NetworkDeviceReader(tree, *queries).link("eth0").speed;
+    EXPECT_EQ(speed.present(), GetParam().speed != 0);
+    EXPECT_EQ(speed.valueOr(0), GetParam().speed);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, Speeds,
+                         testing::Values(SpeedCase{"10000\n", 10000}, SpeedCase{"800000\n", 800000},
+                                         SpeedCase{"-1\n", 0}, SpeedCase{"0\n", 0}, SpeedCase{"4294967295\n", 0},
+                                         SpeedCase{"fast\n", 0}, SpeedCase{"", 0}));
+
+TEST(InterfaceSelection, ofAnInterfaceThatRedirectsOnlyItsOwnAddressCounts) {
+    ScratchTree scratch;
+    scratch.interface("dummy0", "5", "02:00:00:00:00:05");
+    scratch.file("sys/class/net/dummy0/flags", "0x83\n");
+    const auto tree = scratch.tree();
+    const auto queries = scratch.queries();
+    const NetworkDeviceReader reader(tree, *queries);
+    EXPECT_TRUE(reader.select().shown.empty());
+    scratch.file("kernel/addresses", "5 fe80::5/64 253 128\n");
+    EXPECT_TRUE(reader.select().shown.empty());
+    scratch.file("kernel/addresses", "5 192.0.2.5/32 0 128\n");
+    EXPECT_EQ(reader.select().shown, std::vector<std::string>{"dummy0"});
+}
+
+} // namespace
+} // namespace tavik::host::test

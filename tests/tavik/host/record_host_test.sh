@@ -1,0 +1,24 @@
+#!/bin/bash
+# Usage: record_host_test.sh RECORD-HOST.SH TAVIK_HOST_DUMP
+# Records this machine and compares the dump of the recording with the machine's own. Reasons for absence differ: what
+# the machine refuses, the recording lacks.
+set -eu
+script=$1
+export TAVIK_HOST_DUMP=$2
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+without_reasons() { sed 's/ (.*)$//'; }
+
+"$script" "$folder/recording"
+"$TAVIK_HOST_DUMP" --root "$folder/recording" | without_reasons >"$folder/recorded"
+"$TAVIK_HOST_DUMP" | without_reasons >"$folder/live"
+[ -s "$folder/live" ]
+diff "$folder/live" "$folder/recorded"
+
+# A folder that is in use is not written to.
+if "$script" "$folder/recording" 2>"$folder/error"; then
+    echo "a second recording into one folder was not refused" >&2
+    exit 1
+fi
+grep -q 'exists and is not empty' "$folder/error"

@@ -1,0 +1,48 @@
+// Whole dumps of recorded hosts. After a wanted change, read and renew an expectation with
+//     tavik_host_dump --root trees/NAME > trees/NAME.expected
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "scratch_tree.h"
+#include "tavik/host/dump.h"
+
+namespace tavik::host::test {
+namespace {
+
+class RecordedTree : public testing::TestWithParam<const char*> {};
+
+std::string expectedDump(const std::string& name) {
+    std::ifstream file(ScratchTree::recorded(name + ".expected"));
+    std::stringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+TEST_P(RecordedTree, readsAsExpected) {
+    const SysTree tree(ScratchTree::recorded(GetParam()));
+    const auto queries = makeRecordedQueries(tree);
+    const auto expected = expectedDump(GetParam());
+    ASSERT_FALSE(expected.empty());
+    EXPECT_EQ(dumpFacts(readHostFacts(tree, *queries)), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, RecordedTree,
+                         testing::Values("broken-attributes", "fibre-channel", "software-interfaces", "two-port-card",
+                                         "virtual-functions", "virtual-machine"),
+                         [](const auto& tree) {
+                             std::string name = tree.param;
+                             for (auto& character : name)
+                                 if (character == '-') character = '_';
+                             return name;
+                         });
+
+TEST(RecordedTreeThatIsMissing, readsAsAHostWithoutAdapters) {
+    const SysTree tree("/no/such/folder");
+    const auto queries = makeRecordedQueries(tree);
+    EXPECT_EQ(dumpFacts(readHostFacts(tree, *queries)), "");
+}
+
+} // namespace
+} // namespace tavik::host::test

@@ -50,7 +50,8 @@ private:
         origin(method.classOrigin, method.isPropagated);
         out += '>';
         qualifiers(method.qualifiers);
-        for (const ParameterDeclaration& parameter : method.parameters) write(parameter);
+        for (const ParameterDeclaration& parameter : method.parameters)
+            write(parameter);
         close("METHOD");
     }
 
@@ -81,7 +82,8 @@ private:
 
     void qualifiers(std::span<const Qualifier> list) {
         if (!options.includeQualifiers) return;
-        for (const Qualifier& qualifier : list) write(qualifier);
+        for (const Qualifier& qualifier : list)
+            write(qualifier);
     }
 
     void value(const DeclaredValue& declared) {

@@ -97,7 +97,8 @@ TagTable::TagTable(const ClassRepository& repository) {
         for (const ClassDeclaration* declaration : repository.classes(nameSpace)) {
             std::vector<PropertyTags>& rows = tags[declaration];
             rows.reserve(declaration->properties().size());
-            for (const PropertyDeclaration& property : declaration->properties()) rows.push_back(makeTags(property));
+            for (const PropertyDeclaration& property : declaration->properties())
+                rows.push_back(makeTags(property));
         }
     }
 }
@@ -115,7 +116,8 @@ void Encoder::instance(const InstanceObject& instance, const InstanceOptions& op
             property(rows[position], instance.valueAt(position), options.includeClassOrigin);
         }
     }
-    for (const NamedData& free : instance.freeProperties()) freeProperty(free.name, free.data);
+    for (const NamedData& free : instance.freeProperties())
+        freeProperty(free.name, free.data);
     raw("</INSTANCE>");
 }
 
@@ -156,18 +158,30 @@ void Encoder::scalar(const CMPIData& data) {
     case CMPI_string:
         if (const StringObject* text = StringObject::from(data.value.string)) appendText(document, text->text());
         return;
-    case CMPI_boolean: return raw(data.value.boolean != 0 ? "true" : "false");
-    case CMPI_uint8: return appendNumber(document, static_cast<unsigned>(data.value.uint8));
-    case CMPI_uint16: return appendNumber(document, data.value.uint16);
-    case CMPI_uint32: return appendNumber(document, data.value.uint32);
-    case CMPI_uint64: return appendNumber(document, data.value.uint64);
-    case CMPI_sint8: return appendNumber(document, static_cast<int>(data.value.sint8));
-    case CMPI_sint16: return appendNumber(document, data.value.sint16);
-    case CMPI_sint32: return appendNumber(document, data.value.sint32);
-    case CMPI_sint64: return appendNumber(document, data.value.sint64);
-    case CMPI_real32: return appendReal(document, data.value.real32);
-    case CMPI_real64: return appendReal(document, data.value.real64);
-    case CMPI_char16: return appendCharacter(document, data.value.char16);
+    case CMPI_boolean:
+        return raw(data.value.boolean != 0 ? "true" : "false");
+    case CMPI_uint8:
+        return appendNumber(document, static_cast<unsigned>(data.value.uint8));
+    case CMPI_uint16:
+        return appendNumber(document, data.value.uint16);
+    case CMPI_uint32:
+        return appendNumber(document, data.value.uint32);
+    case CMPI_uint64:
+        return appendNumber(document, data.value.uint64);
+    case CMPI_sint8:
+        return appendNumber(document, static_cast<int>(data.value.sint8));
+    case CMPI_sint16:
+        return appendNumber(document, data.value.sint16);
+    case CMPI_sint32:
+        return appendNumber(document, data.value.sint32);
+    case CMPI_sint64:
+        return appendNumber(document, data.value.sint64);
+    case CMPI_real32:
+        return appendReal(document, data.value.real32);
+    case CMPI_real64:
+        return appendReal(document, data.value.real64);
+    case CMPI_char16:
+        return appendCharacter(document, data.value.char16);
     case CMPI_dateTime:
         if (const DateTimeObject* time = DateTimeObject::from(data.value.dateTime)) raw(time->text());
         return;
@@ -183,7 +197,8 @@ void Encoder::scalar(const CMPIData& data) {
             appendText(document, text);
         }
         return;
-    default: return;
+    default:
+        return;
     }
 }
 
@@ -223,7 +238,8 @@ void Encoder::instanceName(const ObjectPathObject& path) {
     raw("<INSTANCENAME");
     appendAttribute(document, "CLASSNAME", path.className());
     raw(">");
-    for (const NamedData& key : path.keys()) keyBinding(key);
+    for (const NamedData& key : path.keys())
+        keyBinding(key);
     raw("</INSTANCENAME>");
 }
 

@@ -339,8 +339,8 @@ void readIntrinsicCall(const XmlElement& call, Request& request) {
 
 void readExtrinsicCall(const XmlElement& call, Request& request) {
     request.kind = Request::Kind::extrinsic;
-    if (call.children.empty() || (call.children.front().name != "LOCALCLASSPATH" &&
-                                  call.children.front().name != "LOCALINSTANCEPATH")) {
+    if (call.children.empty() ||
+        (call.children.front().name != "LOCALCLASSPATH" && call.children.front().name != "LOCALINSTANCEPATH")) {
         refuse("<METHODCALL> does not begin with <LOCALCLASSPATH> or <LOCALINSTANCEPATH>");
     }
     request.target = objectPath(call.children.front());

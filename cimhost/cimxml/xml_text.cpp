@@ -16,7 +16,8 @@ constexpr TreatmentTable makeTable(bool isAttribute) {
     for (std::size_t byte = 0; byte < table.size(); ++byte) {
         table[byte] = byte >= 0x80 ? Treatment::multibyte : byte < 0x20 ? Treatment::forbidden : Treatment::plain;
     }
-    for (const char byte : {'&', '<', '>', '\r'}) table[static_cast<unsigned char>(byte)] = Treatment::escape;
+    for (const char byte : {'&', '<', '>', '\r'})
+        table[static_cast<unsigned char>(byte)] = Treatment::escape;
     // A parser turns white space in attributes into blanks, unless it is escaped.
     for (const char byte : {'\t', '\n'}) {
         table[static_cast<unsigned char>(byte)] = isAttribute ? Treatment::escape : Treatment::plain;
@@ -31,13 +32,20 @@ constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
 std::string_view escapeOf(char byte) {
     switch (byte) {
-    case '&': return "&amp;";
-    case '<': return "&lt;";
-    case '>': return "&gt;";
-    case '"': return "&quot;";
-    case '\t': return "&#9;";
-    case '\n': return "&#10;";
-    default: return "&#13;";
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '"':
+        return "&quot;";
+    case '\t':
+        return "&#9;";
+    case '\n':
+        return "&#10;";
+    default:
+        return "&#13;";
     }
 }
 
@@ -49,9 +57,8 @@ struct LeadRule {
 };
 
 constexpr LeadRule leadRules[] = {
-    {0xC2, 0xDF, 2, 0x80, 0xBF}, {0xE0, 0xE0, 3, 0xA0, 0xBF}, {0xE1, 0xEC, 3, 0x80, 0xBF},
-    {0xED, 0xED, 3, 0x80, 0x9F}, {0xEE, 0xEF, 3, 0x80, 0xBF}, {0xF0, 0xF0, 4, 0x90, 0xBF},
-    {0xF1, 0xF3, 4, 0x80, 0xBF}, {0xF4, 0xF4, 4, 0x80, 0x8F},
+    {0xC2, 0xDF, 2, 0x80, 0xBF}, {0xE0, 0xE0, 3, 0xA0, 0xBF}, {0xE1, 0xEC, 3, 0x80, 0xBF}, {0xED, 0xED, 3, 0x80, 0x9F},
+    {0xEE, 0xEF, 3, 0x80, 0xBF}, {0xF0, 0xF0, 4, 0x90, 0xBF}, {0xF1, 0xF3, 4, 0x80, 0xBF}, {0xF4, 0xF4, 4, 0x80, 0x8F},
 };
 
 bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }

@@ -113,23 +113,22 @@ public:
     TreeBuilder(XML_Parser handle, const XmlLimits& bounds) : parser(handle), limits(bounds) {
         XML_SetUserData(parser, this);
         XML_SetElementHandler(
-            parser, [](void* self, const XML_Char* name, const XML_Char** attributes) { of(self).start(name, attributes); },
+            parser,
+            [](void* self, const XML_Char* name, const XML_Char** attributes) { of(self).start(name, attributes); },
             [](void* self, const XML_Char*) { of(self).end(); });
         XML_SetCharacterDataHandler(parser, [](void* self, const XML_Char* text, int length) {
             of(self).characters({text, static_cast<std::size_t>(length)});
         });
-        XML_SetStartDoctypeDeclHandler(
-            parser, [](void* self, const XML_Char*, const XML_Char*, const XML_Char*, int) {
-                of(self).refuse("a document type declaration is not accepted");
-            });
+        XML_SetStartDoctypeDeclHandler(parser, [](void* self, const XML_Char*, const XML_Char*, const XML_Char*, int) {
+            of(self).refuse("a document type declaration is not accepted");
+        });
     }
 
     std::variant<XmlElement, ProtocolError> parse(std::string_view document) {
         const XML_Status status = XML_Parse(parser, document.data(), static_cast<int>(document.size()), 1);
         if (refusal) return ProtocolError{ErrorKind::requestNotValid, *refusal};
         if (status != XML_STATUS_OK) {
-            return ProtocolError{ErrorKind::requestNotWellFormed,
-                                 place() + XML_ErrorString(XML_GetErrorCode(parser))};
+            return ProtocolError{ErrorKind::requestNotWellFormed, place() + XML_ErrorString(XML_GetErrorCode(parser))};
         }
         return std::move(root);
     }
@@ -137,9 +136,7 @@ public:
 private:
     static TreeBuilder& of(void* self) { return *static_cast<TreeBuilder*>(self); }
 
-    std::string place() const {
-        return "line " + std::to_string(XML_GetCurrentLineNumber(parser)) + ": ";
-    }
+    std::string place() const { return "line " + std::to_string(XML_GetCurrentLineNumber(parser)) + ": "; }
 
     void refuse(const std::string& reason) {
         if (refusal) return;

@@ -12,18 +12,30 @@ using Json = nlohmann::ordered_json;
 
 Json scalarJson(const CMPIData& data) {
     switch (data.type) {
-    case CMPI_boolean: return data.value.boolean != 0;
-    case CMPI_uint8: return data.value.uint8;
-    case CMPI_uint16: return data.value.uint16;
-    case CMPI_uint32: return data.value.uint32;
-    case CMPI_uint64: return data.value.uint64;
-    case CMPI_sint8: return data.value.sint8;
-    case CMPI_sint16: return data.value.sint16;
-    case CMPI_sint32: return data.value.sint32;
-    case CMPI_sint64: return data.value.sint64;
-    case CMPI_real32: return data.value.real32;
-    case CMPI_real64: return data.value.real64;
-    default: break;
+    case CMPI_boolean:
+        return data.value.boolean != 0;
+    case CMPI_uint8:
+        return data.value.uint8;
+    case CMPI_uint16:
+        return data.value.uint16;
+    case CMPI_uint32:
+        return data.value.uint32;
+    case CMPI_uint64:
+        return data.value.uint64;
+    case CMPI_sint8:
+        return data.value.sint8;
+    case CMPI_sint16:
+        return data.value.sint16;
+    case CMPI_sint32:
+        return data.value.sint32;
+    case CMPI_sint64:
+        return data.value.sint64;
+    case CMPI_real32:
+        return data.value.real32;
+    case CMPI_real64:
+        return data.value.real64;
+    default:
+        break;
     }
     std::string text;
     appendValueText(text, data);
@@ -73,7 +85,8 @@ std::string dump(const Json& json) { return json.dump(2, ' ', false, Json::error
 
 std::string jsonOf(const std::vector<const InstanceObject*>& instances) {
     Json list = Json::array();
-    for (const InstanceObject* instance : instances) list.push_back(instanceJson(*instance));
+    for (const InstanceObject* instance : instances)
+        list.push_back(instanceJson(*instance));
     return dump(list);
 }
 
@@ -86,7 +99,8 @@ std::string jsonOf(const std::vector<const ObjectPathObject*>& paths) {
         object["class"] = std::string(path->className());
         object["path"] = pathText(*path);
         Json& keys = object["keys"] = Json::object();
-        for (const NamedData& key : path->keys()) keys[std::string(key.name)] = valueJson(&key.data);
+        for (const NamedData& key : path->keys())
+            keys[std::string(key.name)] = valueJson(&key.data);
         list.push_back(std::move(object));
     }
     return dump(list);

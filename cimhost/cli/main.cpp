@@ -109,7 +109,8 @@ int main(int argumentCount, char** argumentValues) {
     arguments.query.nameSpace = arguments.host.nameSpace;
     addCommonOptions(app, arguments);
     const CLI::App* serveCommand = addServe(app, arguments);
-    for (const QueryCommand& row : queryCommands) addQuery(app, row, arguments);
+    for (const QueryCommand& row : queryCommands)
+        addQuery(app, row, arguments);
     try {
         app.parse(argumentCount, argumentValues);
     } catch (const CLI::ParseError& error) {

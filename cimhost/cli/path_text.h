@@ -8,10 +8,10 @@
 
 namespace cimhost::cli {
 
-/// Takes `Class.Key="v"`, `root/ns:Class.Key="v"`, `//host/root/ns:Class...` and `http://host:5988/root/ns:Class.Key=v`.
-/// Text stands between double quotes, where \" and \\ are escapes; the quotes may be left out where the text has no
-/// comma. Each key is typed as its class declares it, references are paths again. Where the text names no namespace,
-/// defaultNamespace is it. Throws std::runtime_error saying what is wrong.
+/// Takes `Class.Key="v"`, `root/ns:Class.Key="v"`, `//host/root/ns:Class...` and
+/// `http://host:5988/root/ns:Class.Key=v`. Text stands between double quotes, where \" and \\ are escapes; the quotes
+/// may be left out where the text has no comma. Each key is typed as its class declares it, references are paths again.
+/// Where the text names no namespace, defaultNamespace is it. Throws std::runtime_error saying what is wrong.
 cimxml::ObjectPath parsePath(std::string_view text, std::string_view defaultNamespace,
                              const ClassRepository& repository);
 

@@ -93,7 +93,7 @@ bool anyShows(const std::vector<const InstanceObject*>& instances, std::string_v
 
 // What is left when nobody chose: the properties in their order, as many as fit.
 std::vector<Column> guessedColumns(const std::vector<const InstanceObject*>& instances,
-                                             const ClassDeclaration& declaration) {
+                                   const ClassDeclaration& declaration) {
     std::vector<Column> columns;
     std::size_t used = 0;
     for (const PropertyDeclaration& property : declaration.properties()) {
@@ -110,8 +110,7 @@ std::vector<Column> guessedColumns(const std::vector<const InstanceObject*>& ins
     return columns;
 }
 
-std::vector<Column> columnsFor(const std::vector<const InstanceObject*>& instances,
-                                         const ClassDeclaration& asked) {
+std::vector<Column> columnsFor(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked) {
     const ClassDeclaration* common = &asked;
     if (!instances.empty() && instances.front()->declaration()) {
         const ClassDeclaration* first = instances.front()->declaration();
@@ -152,7 +151,8 @@ std::string tableOf(const std::vector<const InstanceObject*>& instances, const C
     const bool tellsClass = areOfSeveralClasses(instances);
     Row headers;
     if (tellsClass) headers.emplace_back("Class");
-    for (const Column& column : columns) headers.emplace_back(column.title);
+    for (const Column& column : columns)
+        headers.emplace_back(column.title);
     std::vector<Row> rows;
     for (const InstanceObject* instance : instances) {
         Row row;

@@ -39,10 +39,14 @@ std::string classes(Operations& operations, const QueryOptions& options) {
 std::string answer(Host& host, const QueryOptions& options) {
     RequestScope scope(host.broker());
     switch (options.query) {
-    case Query::enumerate: return enumerate(host.operations(), scope, options);
-    case Query::names: return names(host.operations(), scope, options);
-    case Query::get: return get(host.operations(), scope, options);
-    case Query::classes: return classes(host.operations(), options);
+    case Query::enumerate:
+        return enumerate(host.operations(), scope, options);
+    case Query::names:
+        return names(host.operations(), scope, options);
+    case Query::get:
+        return get(host.operations(), scope, options);
+    case Query::classes:
+        return classes(host.operations(), options);
     }
     return {};
 }

@@ -59,8 +59,8 @@ std::string printable(std::string_view text) {
     for (std::size_t position = 0; position < clean.size(); ++position) {
         const auto byte = static_cast<unsigned char>(clean[position]);
         // The second range is U+0080 to U+009F, which some terminals obey as well.
-        const bool isUpperControl = byte == 0xC2 && position + 1 < clean.size() &&
-                                    static_cast<unsigned char>(clean[position + 1]) < 0xA0;
+        const bool isUpperControl =
+            byte == 0xC2 && position + 1 < clean.size() && static_cast<unsigned char>(clean[position + 1]) < 0xA0;
         if (byte < 0x20 || byte == 0x7F) clean[position] = ' ';
         if (isUpperControl) clean.replace(position, 2, "  ");
     }
@@ -71,12 +71,14 @@ std::string renderTable(const Row& headers, const std::vector<Row>& rows, std::s
     std::vector<std::size_t> widths;
     for (std::size_t column = 0; column < headers.size(); ++column) {
         widths.push_back(length(headers[column]));
-        for (const Row& row : rows) widths.back() = std::max(widths.back(), length(row[column]));
+        for (const Row& row : rows)
+            widths.back() = std::max(widths.back(), length(row[column]));
     }
     widths = fit(std::move(widths), width);
     std::string text;
     appendLine(text, headers, widths);
-    for (const Row& row : rows) appendLine(text, row, widths);
+    for (const Row& row : rows)
+        appendLine(text, row, widths);
     return text;
 }
 

@@ -63,10 +63,14 @@ constexpr Unit speedUnits[] = {
 
 std::uint64_t unsignedOf(const CMPIData& data) {
     switch (data.type) {
-    case CMPI_uint8: return data.value.uint8;
-    case CMPI_uint16: return data.value.uint16;
-    case CMPI_uint32: return data.value.uint32;
-    default: return data.value.uint64;
+    case CMPI_uint8:
+        return data.value.uint8;
+    case CMPI_uint16:
+        return data.value.uint16;
+    case CMPI_uint32:
+        return data.value.uint32;
+    default:
+        return data.value.uint64;
     }
 }
 

@@ -176,11 +176,11 @@ private:
             return readBody();
         }
         enter(Phase::answering);
-        boost::asio::post(host.verifier, [self = this->shared_from_this(), keep = keepRunning(),
-                                          given = *authorization] {
-            std::optional<std::string> user = self->host.options.credentials->verify(given);
-            boost::asio::post(self->host.io, [self, user = std::move(user)] { self->onVerified(user); });
-        });
+        boost::asio::post(
+            host.verifier, [self = this->shared_from_this(), keep = keepRunning(), given = *authorization] {
+                std::optional<std::string> user = self->host.options.credentials->verify(given);
+                boost::asio::post(self->host.io, [self, user = std::move(user)] { self->onVerified(user); });
+            });
     }
 
     void onVerified(const std::optional<std::string>& user) {
@@ -281,10 +281,11 @@ private:
     // place of the answer.
     void discardRest() {
         buffer.clear();
-        stream.async_read_some(buffer.prepare(readSize), [self = this->shared_from_this()](error_code error, std::size_t) {
-            if (error) return self->close();
-            self->discardRest();
-        });
+        stream.async_read_some(buffer.prepare(readSize),
+                               [self = this->shared_from_this()](error_code error, std::size_t) {
+                                   if (error) return self->close();
+                                   self->discardRest();
+                               });
     }
 
     Stream stream;

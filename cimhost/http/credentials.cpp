@@ -27,11 +27,13 @@ struct UserAndPassword {
 std::string decodeBase64(std::string_view text) {
     if (text.empty() || text.size() % 4 != 0 || text.size() > 4096) return {};
     std::string bytes(text.size() / 4 * 3, '\0');
-    const int length = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()),
-                                       reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+    const int length =
+        EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()),
+                        reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
     if (length < 0) return {};
     std::size_t padding = 0;
-    while (padding < 2 && text[text.size() - 1 - padding] == '=') ++padding;
+    while (padding < 2 && text[text.size() - 1 - padding] == '=')
+        ++padding;
     bytes.resize(static_cast<std::size_t>(length) - padding);
     return bytes;
 }
@@ -96,7 +98,8 @@ void Credentials::addLine(std::string_view line) {
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos || colon == 0) throw std::runtime_error("a line reads user:hash");
     const std::string hash(line.substr(colon + 1));
-    if (hashOf("", hash).empty()) {
+    // A setting that is cut short still hashes; only a whole hash is as long as what it gives.
+    if (hash.empty() || hashOf("", hash).size() != hash.size()) {
         throw std::runtime_error("the hash is none that crypt(3) knows; make one with: openssl passwd -6");
     }
     if (!hashes.emplace(line.substr(0, colon), hash).second) throw std::runtime_error("the user is named twice");

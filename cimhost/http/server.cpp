@@ -46,7 +46,8 @@ asio::ssl::context makeTlsContext(const Tls& files) {
 
 struct Server::State : ConnectionHost {
     State(Options settings, Handler& requestHandler)
-        : ConnectionHost(std::move(settings), requestHandler), acceptor(io), signals(io), retryTimer(io), graceTimer(io) {
+        : ConnectionHost(std::move(settings), requestHandler), acceptor(io), signals(io), retryTimer(io),
+          graceTimer(io) {
         if (options.tls) tls = makeTlsContext(*options.tls);
         onLastConnectionGone = [this] { graceTimer.cancel(); };
     }
@@ -74,8 +75,8 @@ void Server::State::listen() {
         acceptor.bind(endpoint);
         acceptor.listen();
     } catch (const boost::system::system_error& error) {
-        throw std::runtime_error("cannot listen on " + options.address + " port " + std::to_string(options.port) + ": " +
-                                 error.code().message());
+        throw std::runtime_error("cannot listen on " + options.address + " port " + std::to_string(options.port) +
+                                 ": " + error.code().message());
     }
 }
 

@@ -18,16 +18,16 @@ namespace cimhost::http {
 
 /// What one client may take. Whoever exceeds a deadline is cut off; the other limits are answered first.
 struct Limits {
-    std::size_t headerBytes = std::size_t{16} << 10;    // then 431
-    std::size_t bodyBytes = std::size_t{32} << 20;      // then 413
-    std::size_t allBodyBytes = std::size_t{128} << 20;  // of all requests being read or answered; then 503
-    std::size_t connections = 64;                       // then an idle one is closed, or else the new one gets 503
-    std::chrono::milliseconds header{10'000};           // from the first byte to the last of a header; TLS handshake
-    std::chrono::milliseconds bodyProgress{10'000};     // without any byte
-    std::chrono::milliseconds body{60'000};             // the whole body
-    std::chrono::milliseconds idle{30'000};             // between two requests
-    std::chrono::milliseconds write{60'000};            // the whole answer
-    std::chrono::milliseconds linger{2'000};            // for a client to take the answer that refuses its request
+    std::size_t headerBytes = std::size_t{16} << 10;   // then 431
+    std::size_t bodyBytes = std::size_t{32} << 20;     // then 413
+    std::size_t allBodyBytes = std::size_t{128} << 20; // of all requests being read or answered; then 503
+    std::size_t connections = 64;                      // then an idle one is closed, or else the new one gets 503
+    std::chrono::milliseconds header{10'000};          // from the first byte to the last of a header; TLS handshake
+    std::chrono::milliseconds bodyProgress{10'000};    // without any byte
+    std::chrono::milliseconds body{60'000};            // the whole body
+    std::chrono::milliseconds idle{30'000};            // between two requests
+    std::chrono::milliseconds write{60'000};           // the whole answer
+    std::chrono::milliseconds linger{2'000};           // for a client to take the answer that refuses its request
 };
 
 /// Both are PEM files.

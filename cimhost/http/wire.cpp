@@ -30,7 +30,8 @@ Request headOf(const Parser& parser) {
     const auto& head = parser.get();
     request.method = text(head.method_string());
     request.target = text(head.target());
-    for (const auto& field : head) request.fields.push_back({text(field.name_string()), text(field.value())});
+    for (const auto& field : head)
+        request.fields.push_back({text(field.name_string()), text(field.value())});
     return request;
 }
 
@@ -56,7 +57,8 @@ std::optional<Response> refuseFraming(const Parser& parser) {
 }
 
 std::optional<Response> answerToReadError(boost::system::error_code error) {
-    if (error.category() != beast_http::make_error_code(beast_http::error::end_of_stream).category()) return std::nullopt;
+    if (error.category() != beast_http::make_error_code(beast_http::error::end_of_stream).category())
+        return std::nullopt;
     if (error == beast_http::error::end_of_stream || error == beast_http::error::partial_message) return std::nullopt;
     if (error == beast_http::error::header_limit) return textResponse(431, "the header is too long");
     if (error == beast_http::error::buffer_overflow) return textResponse(431, "a line of the request is too long");
@@ -75,7 +77,8 @@ std::string serializeHead(const Response& response, bool closes) {
     head.reserve(512);
     head.append("HTTP/1.1 ").append(std::to_string(response.status)).append(" ");
     head.append(reasonPhrase(response.status)).append("\r\n");
-    for (const Field& field : response.fields) head.append(field.name).append(": ").append(field.value).append("\r\n");
+    for (const Field& field : response.fields)
+        head.append(field.name).append(": ").append(field.value).append("\r\n");
     head.append("Date: ").append(dateText()).append("\r\nContent-Length: ");
     head.append(std::to_string(response.body.size()));
     head.append(closes ? "\r\nConnection: close\r\n\r\n" : "\r\nConnection: keep-alive\r\n\r\n");

@@ -1,5 +1,5 @@
-// How requests and answers look on the wire: what Beast's parser leaves to decide, and the head of an answer. Private to
-// the HTTP server.
+// How requests and answers look on the wire: what Beast's parser leaves to decide, and the head of an answer. Private
+// to the HTTP server.
 #pragma once
 
 #include "cimhost/http/message.h"

@@ -161,8 +161,7 @@ void enumerateInstances(const Call& call) {
 void enumerateInstanceNames(const Call& call) {
     const ClassDeclaration& declaration =
         call.operations.findClass(call.request.nameSpace, requiredClassName(call.request, "ClassName"));
-    for (const ObjectPathObject* path :
-         call.operations.enumerateInstanceNames(call.scope, call.caller, declaration)) {
+    for (const ObjectPathObject* path : call.operations.enumerateInstanceNames(call.scope, call.caller, declaration)) {
         call.encoder.instanceName(*path);
     }
 }
@@ -176,14 +175,13 @@ void getInstance(const Call& call) {
     const ObjectPathObject& path = instancePath(call, name, "InstanceName");
     const InstanceObject& instance = call.operations.getInstance(call.scope, call.caller, path, list);
     Selection selection(*path.declaration(), true, list);
-    call.encoder.instance(instance, {(call.caller.flags & CMPI_FLAG_IncludeClassOrigin) != 0,
-                                     selection.of(instance.declaration())});
+    call.encoder.instance(
+        instance, {(call.caller.flags & CMPI_FLAG_IncludeClassOrigin) != 0, selection.of(instance.declaration())});
 }
 
 void createInstance(const Call& call) {
     const auto& given = requiredArgument<cimxml::NamedInstance>(call.request, "NewInstance", "instance");
-    const ClassDeclaration& declaration =
-        call.operations.findClass(call.request.nameSpace, given.instance.className);
+    const ClassDeclaration& declaration = call.operations.findClass(call.request.nameSpace, given.instance.className);
     const ObjectPathObject& path = *call.scope.make().path(declaration.nameSpace(), declaration.name());
     const InstanceObject& instance = makeInstance(call.scope, path, given.instance);
     call.encoder.instanceName(call.operations.createInstance(call.scope, call.caller, instance));

@@ -26,7 +26,8 @@ void throwUnlessOk(const Outcome& outcome) {
 PropertyList listFor(const ClassDeclaration& declaration, bool deepInheritance, const PropertyList& properties) {
     if (deepInheritance || properties) return properties;
     std::vector<std::string> names;
-    for (const PropertyDeclaration& property : declaration.properties()) names.push_back(property.name);
+    for (const PropertyDeclaration& property : declaration.properties())
+        names.push_back(property.name);
     return names;
 }
 
@@ -44,8 +45,7 @@ void requireExactKeys(const ObjectPathObject& path, const ClassDeclaration& decl
     for (const NamedData& key : path.keys()) {
         const PropertyDeclaration* property = declaration.property(key.name);
         if (property && property->isKey) continue;
-        throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER,
-                         quoted(key.name) + " is no key of class " + declaration.name());
+        throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, quoted(key.name) + " is no key of class " + declaration.name());
     }
 }
 
@@ -141,8 +141,7 @@ void Operations::modifyInstance(RequestScope& scope, const Caller& caller, const
     const ClassDeclaration& declaration = findClass(path.nameSpace(), path.className());
     requireExactKeys(path, declaration);
     requireServed(declaration);
-    throwUnlessOk(
-        calls.modifyInstance(scope, contextOf(caller, declaration.nameSpace()), path, instance, properties));
+    throwUnlessOk(calls.modifyInstance(scope, contextOf(caller, declaration.nameSpace()), path, instance, properties));
 }
 
 void Operations::deleteInstance(RequestScope& scope, const Caller& caller, const ObjectPathObject& path) {

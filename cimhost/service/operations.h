@@ -46,11 +46,12 @@ public:
 
     /// CIM_ERR_INVALID_NAMESPACE, or the given status for an unknown class.
     const ClassDeclaration& findClass(std::string_view nameSpace, std::string_view className,
-                                                    CMPIrc unknownClass = CMPI_RC_ERR_INVALID_CLASS) const;
+                                      CMPIrc unknownClass = CMPI_RC_ERR_INVALID_CLASS) const;
 
     /// Root classes, or the subclasses of the class named; with deepInheritance those below them too.
-    [[nodiscard]] std::vector<const ClassDeclaration*>
-    enumerateClasses(std::string_view nameSpace, const std::optional<std::string>& className, bool deepInheritance) const;
+    [[nodiscard]] std::vector<const ClassDeclaration*> enumerateClasses(std::string_view nameSpace,
+                                                                        const std::optional<std::string>& className,
+                                                                        bool deepInheritance) const;
 
     [[nodiscard]] const ClassRepository& repository() const noexcept { return classes; }
     [[nodiscard]] const Registration& registration() const noexcept { return registered; }

@@ -95,7 +95,8 @@ void Registration::addLine(std::string_view line, const ClassRepository& reposit
         if (!declaration) {
             throw std::runtime_error("namespace " + std::string(nameSpace) + " has no class " + std::string(className));
         }
-        for (const std::string_view kind : split(rest, blanks)) add(*declaration, kindOf(kind));
+        for (const std::string_view kind : split(rest, blanks))
+            add(*declaration, kindOf(kind));
     }
 }
 
@@ -103,7 +104,8 @@ Registration Registration::ofPrefix(std::string_view prefix, const ClassReposito
     Registration registration;
     for (const std::string_view nameSpace : repository.namespaces()) {
         for (const ClassDeclaration* declaration : repository.classes(nameSpace)) {
-            if (declaration->isAbstract() || !equalNames(declaration->name().substr(0, prefix.size()), prefix)) continue;
+            if (declaration->isAbstract() || !equalNames(declaration->name().substr(0, prefix.size()), prefix))
+                continue;
             if (declaration->isIndication()) {
                 registration.add(*declaration, ProviderKind::indication);
                 continue;

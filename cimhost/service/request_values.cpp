@@ -35,8 +35,10 @@ cimxml::KeyType kindOf(CMPIType type) {
 std::string_view trimmedNumber(const cimxml::KeyBinding& key) {
     std::string_view text = key.text;
     if (key.type == cimxml::KeyType::text) return text;
-    while (!text.empty() && text.front() <= ' ') text.remove_prefix(1);
-    while (!text.empty() && text.back() <= ' ') text.remove_suffix(1);
+    while (!text.empty() && text.front() <= ' ')
+        text.remove_prefix(1);
+    while (!text.empty() && text.back() <= ' ')
+        text.remove_suffix(1);
     return text;
 }
 
@@ -84,9 +86,9 @@ CMPIData makeArray(RequestScope& scope, std::string_view nameSpace, CMPIType ele
     if (!array) throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, "there are no arrays of this type");
     for (std::size_t index = 0; index < size; ++index) {
         if (elementType != CMPI_ref && value.texts.isNull(index)) continue;
-        array->store(static_cast<CMPICount>(index),
-                     elementType == CMPI_ref ? makeReference(scope, nameSpace, value.references[index])
-                                             : makeScalar(scope, elementType, value.texts[index]));
+        array->store(static_cast<CMPICount>(index), elementType == CMPI_ref
+                                                        ? makeReference(scope, nameSpace, value.references[index])
+                                                        : makeScalar(scope, elementType, value.texts[index]));
     }
     CMPIData data{};
     data.type = arrayOf(elementType);
@@ -101,10 +103,9 @@ void setProperty(RequestScope& scope, InstanceObject& instance, const cimxml::Pr
                          "class " + instance.declaration()->name() + " has no property " + shown(property.name));
     }
     if (property.value.isArray != declared->isArray() || property.value.type != elementOf(declared->type)) {
-        throw CimFailure(CMPI_RC_ERR_TYPE_MISMATCH, "property " + declared->name + " of class " +
-                                                        instance.declaration()->name() + " is " +
-                                                        std::string(typeName(declared->type)) +
-                                                        (declared->isArray() ? "[]" : ""));
+        throw CimFailure(CMPI_RC_ERR_TYPE_MISMATCH,
+                         "property " + declared->name + " of class " + instance.declaration()->name() + " is " +
+                             std::string(typeName(declared->type)) + (declared->isArray() ? "[]" : ""));
     }
     const CMPIData data = makeValue(scope, instance.nameSpace(), declared->type, property.value);
     if (instance.setProperty(declared->name, data) != CMPI_RC_OK) {
@@ -136,7 +137,8 @@ CMPIData makeValue(RequestScope& scope, std::string_view nameSpace, CMPIType typ
 
 InstanceObject& makeInstance(RequestScope& scope, const ObjectPathObject& path, const cimxml::Instance& instance) {
     InstanceObject& made = *scope.make().instance(path);
-    for (const cimxml::Property& property : instance.properties) setProperty(scope, made, property);
+    for (const cimxml::Property& property : instance.properties)
+        setProperty(scope, made, property);
     return made;
 }
 

@@ -30,7 +30,8 @@ template <class Visitor>
 CmpiStatus enumerate(const ListClass& cls, const char* operation, const CmpiObjectPath& cop, Visitor&& visitor) {
     DEBUG_LOG("Entering %s_%s", operation, cls.name);
     Scope scope;
-    const CMPIStatus status = readScope(cls, operation, cop, scope);
+    const char* errorOperation = cls.enumInstancesErrorsSayNames ? "enumInstanceNames" : operation;
+    const CMPIStatus status = readScope(cls, errorOperation, cop, scope);
     if (status.rc != CMPI_RC_OK) return status;
     const int count = cls.count();
     for (int index = 0; index < count; ++index) {
@@ -54,13 +55,26 @@ int findRecord(const ListClass& cls, const char* keyText) {
 }
 
 [[noreturn]] void throwNoMatch(const ListClass& cls, const char* keyText) {
-    if (cls.noMatchNamesElement) {
+    if (cls.secondKey) {
+        ERROR_LOG(cls.secondKey->noMatchFormat, keyText, cls.keyText(0), keyText, cls.secondKey->value);
+    } else if (cls.noMatchNamesElement) {
         ERROR_LOG("getInstance_%s: Error no matching instance found, KeyValue=%s, MatchingElement=%s!", cls.name,
                   keyText, cls.keyText(0));
     } else {
         ERROR_LOG("getInstance_%s: Error no matching instance found, KeyValue=%s!", cls.name, keyText);
     }
     throw CmpiStatus(CMPI_RC_ERR_NOT_FOUND, keyText);
+}
+
+/// Logs what is wrong with a key. @param readNumber, typeNumber mark a second key. @return whether it can be compared.
+bool isUsable(const ListClass& cls, const RequestKey& key, const char* readNumber, const char* typeNumber) {
+    if (key.status.rc != CMPI_RC_OK) {
+        ERROR_LOG("getInstance_%s: Error getting key data%s, status.rc=%d!", cls.name, readNumber, key.status.rc);
+        return false;
+    }
+    if (!key.isText())
+        ERROR_LOG("getInstance_%s: Error invalid key data type, keyData%s.type=%d!", cls.name, typeNumber, key.type);
+    return key.isText();
 }
 
 } // namespace
@@ -80,18 +94,17 @@ CmpiStatus enumInstances(const ListClass& cls, CmpiResult& result, const CmpiObj
 CmpiStatus getInstance(const ListClass& cls, CmpiResult& result, const CmpiObjectPath& cop, const char** properties,
                        bool returnInstance) {
     DEBUG_LOG("Entering getInstance_%s", cls.name);
+    // Where a key is of another type the status of its read stands: such a request ends in success and an empty answer.
     const RequestKey key = readKey(cop, cls.key);
-    if (key.status.rc != CMPI_RC_OK) {
-        ERROR_LOG("getInstance_%s: Error getting key data, status.rc=%d!", cls.name, key.status.rc);
-        return key.status;
-    }
-    if (!key.isText()) {
-        // The status of the read stands, so a key of another type ends in success and an empty answer.
-        ERROR_LOG("getInstance_%s: Error invalid key data type, keyData.type=%d!", cls.name, key.type);
-        return key.status;
+    if (!isUsable(cls, key, "", "")) return key.status;
+    bool secondMatches = true;
+    if (cls.secondKey) {
+        const RequestKey second = readKey(cop, cls.secondKey->name);
+        if (!isUsable(cls, second, " 2", "2")) return second.status;
+        secondMatches = equalsIgnoringCase(second.text, cls.secondKey->value);
     }
     const int index = findRecord(cls, key.text);
-    if (index < 0) throwNoMatch(cls, key.text);
+    if (index < 0 || !secondMatches) throwNoMatch(cls, key.text);
     if (returnInstance) {
         Scope scope;
         const CMPIStatus status = readScope(cls, "getInstance", cop, scope);

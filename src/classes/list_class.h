@@ -8,6 +8,13 @@
 
 namespace merolt {
 
+/// A further key of a class with one object: read and tested like the first one, and compared after it.
+struct SecondListKey {
+    const char* name;
+    const char* value;
+    const char* noMatchFormat; ///< takes key, expected key, key once more, expected second key
+};
+
 /// What the request operations need to know of a class.
 struct ListClass {
     const char* name; ///< short name: part of function names and of every log text
@@ -25,6 +32,9 @@ struct ListClass {
     bool enumerationSkipsInvalid = false;
     /// Classes with one object print in their no-match text what the key should have been.
     bool noMatchNamesElement = false;
+    /// The error lines of enumInstances are those of enumInstanceNames.
+    bool enumInstancesErrorsSayNames = false;
+    const SecondListKey* secondKey = nullptr;
 };
 
 CmpiStatus enumInstanceNames(const ListClass& cls, CmpiResult& result, const CmpiObjectPath& cop);

@@ -1,12 +1,34 @@
 #include "provider/instance_table.h"
 
 #include "classes/ethernet/ethernet_port.h"
+#include "classes/ethernet/ip_protocol_endpoint.h"
+#include "classes/ethernet/ip_protocol_endpoint_capabilities.h"
+#include "classes/ethernet/lan_endpoint.h"
 #include "classes/ethernet/network_port.h"
+#include "classes/ethernet/port_controller.h"
+#include "classes/ethernet/registered_profile.h"
+#include "classes/ethernet/software_identity.h"
+#include "classes/ethernet/software_installation_service.h"
+#include "classes/ethernet/software_installation_service_capabilities.h"
+#include "classes/physical/physical_connector.h"
+#include "classes/physical/physical_package.h"
+#include "classes/physical/physical_port.h"
+#include "classes/physical/product.h"
 #include "classes/server/cimxml_comm_mech.h"
 #include "classes/server/computer_system.h"
 #include "classes/server/namespace.h"
 #include "classes/server/object_manager.h"
 #include "classes/storage/fc_port.h"
+#include "classes/storage/fc_port_statistics.h"
+#include "classes/storage/logical_port_group.h"
+#include "classes/storage/port_controller.h"
+#include "classes/storage/scsi_protocol_controller.h"
+#include "classes/storage/scsi_protocol_endpoint_hba.h"
+#include "classes/storage/scsi_protocol_endpoint_target.h"
+#include "classes/storage/storage_extent.h"
+#include "software/software_identity.h"
+#include "software/software_installation_service.h"
+#include "software/software_installation_service_capabilities.h"
 
 namespace merolt {
 
@@ -26,18 +48,22 @@ void rebuild() {
 }
 
 constexpr auto freshFCPorts = rebuild<storage::clearFCPortList, storage::buildFCPortList>;
+constexpr auto freshStatistics = rebuild<storage::clearFCPortStatisticsList, storage::buildFCPortStatisticsList>;
+constexpr auto freshExtents = rebuild<storage::clearStorageExtentList, storage::buildStorageExtentList>;
+constexpr auto freshTargets =
+    rebuild<storage::clearSCSIProtocolEndpointTargetList, storage::buildSCSIProtocolEndpointTargetList>;
 
 // clang-format off
 constexpr InstanceRow rows[instanceRowCount] = {
     {"Merolt_Adapter_ComputerSystem", storageChain, nullptr, FAMILY(server, ComputerSystem)},
     {"Merolt_FCHBA_FCPort", storageChain, freshFCPorts, FAMILY(storage, FCPort)},
-    {"Merolt_FCHBA_PortController", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_FCPortStatistics", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_LogicalPortGroup", storageChain, nullptr, LATER},
-    {"Merolt_Adapter_PhysicalPackage", storageChain, nullptr, LATER},
-    {"Merolt_Adapter_Product", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_SCSIProtocolController", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_SoftwareIdentity", storageChain, nullptr, LATER},
+    {"Merolt_FCHBA_PortController", storageChain, nullptr, FAMILY(storage, PortController)},
+    {"Merolt_FCHBA_FCPortStatistics", storageChain, freshStatistics, FAMILY(storage, FCPortStatistics)},
+    {"Merolt_FCHBA_LogicalPortGroup", storageChain, nullptr, FAMILY(storage, LogicalPortGroup)},
+    {"Merolt_Adapter_PhysicalPackage", storageChain, nullptr, FAMILY(physical, PhysicalPackage)},
+    {"Merolt_Adapter_Product", storageChain, nullptr, FAMILY(physical, Product)},
+    {"Merolt_FCHBA_SCSIProtocolController", storageChain, nullptr, FAMILY(storage, SCSIProtocolController)},
+    {"Merolt_FCHBA_SoftwareIdentity", storageChain, nullptr, FAMILY(software, SoftwareIdentity)},
     {"Merolt_FCHBA_ComputerSystemPortController", storageChain, nullptr, LATER},
     {"Merolt_FCHBA_ComputerSystemSCSIProtocolController", storageChain, nullptr, LATER},
     {"Merolt_FCHBA_ComputerSystemFCPort", storageChain, nullptr, LATER},
@@ -60,32 +86,32 @@ constexpr InstanceRow rows[instanceRowCount] = {
     {"Merolt_FCHBA_ComputerSystemCommMech", storageChain, nullptr, LATER},
     {"Merolt_FCHBA_Namespace", storageChain, nullptr, FAMILY(server, Namespace)},
     {"Merolt_FCHBA_ObjectManagerNamespace", storageChain, nullptr, LATER},
-    {"Merolt_Adapter_PhysicalConnector", storageChain, nullptr, LATER},
-    {"Merolt_Adapter_PhysicalPort", storageChain, nullptr, LATER},
+    {"Merolt_Adapter_PhysicalConnector", storageChain, nullptr, FAMILY(physical, PhysicalConnector)},
+    {"Merolt_Adapter_PhysicalPort", storageChain, nullptr, FAMILY(physical, PhysicalPort)},
     {"Merolt_Adapter_PhysicalPackagePhysicalConnector", storageChain, nullptr, LATER},
     {"Merolt_Adapter_PhysicalPackagePhysicalPort", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_SoftwareInstallationService", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_SoftwareInstallationServiceCapabilities", storageChain, nullptr, LATER},
+    {"Merolt_FCHBA_SoftwareInstallationService", storageChain, nullptr, FAMILY(software, SoftwareInstallationService)},
+    {"Merolt_FCHBA_SoftwareInstallationServiceCapabilities", storageChain, nullptr, FAMILY(software, SoftwareInstallationServiceCapabilities)},
     {"Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService", storageChain, nullptr, LATER},
     {"Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities", storageChain, nullptr, LATER},
     {"Merolt_FCHBA_ComputerSystemSoftwareInstallationService", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_StorageExtent", storageExtentChain, nullptr, LATER},
-    {"Merolt_FCHBA_SCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, LATER},
-    {"Merolt_FCHBA_SCSIProtocolEndpointTarget", scsiEndpointChain, nullptr, LATER},
+    {"Merolt_FCHBA_StorageExtent", storageExtentChain, freshExtents, FAMILY(storage, StorageExtent)},
+    {"Merolt_FCHBA_SCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, FAMILY(storage, SCSIProtocolEndpointHBA)},
+    {"Merolt_FCHBA_SCSIProtocolEndpointTarget", scsiEndpointChain, freshTargets, FAMILY(storage, SCSIProtocolEndpointTarget)},
     {"Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, LATER},
     {"Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointTarget", scsiEndpointChain, nullptr, LATER},
     {"Merolt_FCHBA_ComputerSystemStorageExtent", scsiEndpointChain, nullptr, LATER},
     {"Merolt_FCHBA_FCPortSCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, LATER},
     {"Merolt_NIC_EthernetPort2", ethernetChain, nullptr, FAMILY(ethernet, EthernetPort)},
-    {"Merolt_NIC_PortController", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_LANEndpoint", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_RegisteredProfile", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_SoftwareIdentity", ethernetChain, nullptr, LATER},
+    {"Merolt_NIC_PortController", ethernetChain, nullptr, FAMILY(ethernet, PortController)},
+    {"Merolt_NIC_LANEndpoint", ethernetChain, nullptr, FAMILY(ethernet, LANEndPoint)},
+    {"Merolt_NIC_RegisteredProfile", ethernetChain, nullptr, FAMILY(ethernet, RegisteredProfile)},
+    {"Merolt_NIC_SoftwareIdentity", ethernetChain, nullptr, FAMILY(ethernet, SoftwareIdentity)},
     {"Merolt_NIC_NetworkPort", ethernetChain, nullptr, FAMILY(ethernet, NetworkPort)},
-    {"Merolt_NIC_IPProtocolEndpointCapabilities", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_SoftwareInstallationService", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_SoftwareInstallationServiceCapabilities", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_IPProtocolEndpoint", ethernetChain, nullptr, LATER},
+    {"Merolt_NIC_IPProtocolEndpointCapabilities", ethernetChain, nullptr, FAMILY(ethernet, IPProtocolEndPointCapabilities)},
+    {"Merolt_NIC_SoftwareInstallationService", ethernetChain, nullptr, FAMILY(ethernet, SoftwareInstallationService)},
+    {"Merolt_NIC_SoftwareInstallationServiceCapabilities", ethernetChain, nullptr, FAMILY(ethernet, SoftwareInstallationServiceCapabilities)},
+    {"Merolt_NIC_IPProtocolEndpoint", ethernetChain, nullptr, FAMILY(ethernet, IPProtocolEndPoint)},
     {"Merolt_NIC_ComputerSystemPortController", ethernetChain, nullptr, LATER},
     {"Merolt_NIC_ComputerSystemEthernetPort", ethernetChain, nullptr, LATER},
     {"Merolt_NIC_PortControllerEthernetPort", ethernetChain, nullptr, LATER},

@@ -12,6 +12,7 @@
 #include "provider/list_builders.h"
 #include "provider/locks.h"
 #include "provider/merolt_cna_provider.h"
+#include "provider_version.h"
 
 #include "cmpift.h"
 
@@ -26,7 +27,6 @@ namespace {
 
 using Guard = std::lock_guard<platform::Mutex>;
 
-constexpr const char* providerVersion = "1.5.1";
 constexpr std::uint32_t everyLibraryLog = 31;
 
 /// The library's answer during one pass.

@@ -35,12 +35,16 @@ bool FakeServices::becomesIdle(std::chrono::milliseconds limit) {
 }
 
 void FakeServices::pass(std::time_t seconds) {
+    wake(seconds);
     waitUntilIdle();
-    std::unique_lock guard(mutex);
+}
+
+void FakeServices::wake(std::time_t seconds) {
+    waitUntilIdle();
+    const std::lock_guard guard(mutex);
     time += seconds;
     wakeUps = 1;
     changed.notify_all();
-    changed.wait(guard, [&] { return idle(); });
 }
 
 void FakeServices::moveClock(std::time_t seconds) {

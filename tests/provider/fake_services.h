@@ -25,6 +25,8 @@ public:
     void waitUntilIdle();
     /// Moves the clock and lets the polling thread make one pass.
     void pass(std::time_t seconds);
+    /// The same without waiting for the pass to end.
+    void wake(std::time_t seconds);
     /// Whether the polling thread went to sleep within the time.
     bool becomesIdle(std::chrono::milliseconds limit);
     /// Moves the clock and wakes nobody.

@@ -89,6 +89,15 @@ void FakeTavik::clearCalls() {
     callLog.clear();
 }
 
+void FakeTavik::raiseAlarm(std::uint32_t deviceNumber, std::uint32_t type, std::uint32_t parameter, const char* text) {
+    TAVIK_AlarmCallback callback = nullptr;
+    {
+        const std::lock_guard guard(mutex);
+        callback = alarmCallback;
+    }
+    if (callback) callback(deviceNumber, type, parameter, text);
+}
+
 std::size_t FakeTavik::outstandingBlocks() {
     const std::lock_guard guard(mutex);
     return blocks.size();
@@ -318,6 +327,13 @@ struct FakeTavikCalls {
         return 0;
     }
 
+    static std::uint32_t setCallback(const char* call, TAVIK_AlarmCallback callback) {
+        FakeTavik& self = fake(call);
+        const std::lock_guard guard(self.mutex);
+        self.alarmCallback = callback;
+        return 0;
+    }
+
     static std::uint32_t initialize(std::uint32_t mask) {
         FakeTavik& self = fake(("TAVIK_Initialize(" + std::to_string(mask) + ")").c_str());
         if (self.onInitialize) self.onInitialize();
@@ -346,8 +362,8 @@ std::uint32_t TAVIK_DidConfigChange() { return FakeTavikCalls::didChange(); }
 std::uint32_t TAVIK_ResetConfigChange() { return FakeTavikCalls::resetChange(); }
 std::uint32_t TAVIK_UpdateBackupAdapterList() { return FakeTavikCalls::updateBackup(); }
 std::uint32_t TAVIK_SwapBackupToMainAdapterList() { return FakeTavikCalls::swap(); }
-std::uint32_t TAVIK_RegisterAlarmNotificationCallback(TAVIK_AlarmCallback callback) { FakeTavikCalls::fake("TAVIK_RegisterAlarmNotificationCallback").alarmCallback = callback; return 0; }
-std::uint32_t TAVIK_UnRegisterAlarmNotificationCallback(TAVIK_AlarmCallback) { FakeTavikCalls::fake("TAVIK_UnRegisterAlarmNotificationCallback").alarmCallback = nullptr; return 0; }
+std::uint32_t TAVIK_RegisterAlarmNotificationCallback(TAVIK_AlarmCallback callback) { return FakeTavikCalls::setCallback("TAVIK_RegisterAlarmNotificationCallback", callback); }
+std::uint32_t TAVIK_UnRegisterAlarmNotificationCallback(TAVIK_AlarmCallback) { return FakeTavikCalls::setCallback("TAVIK_UnRegisterAlarmNotificationCallback", nullptr); }
 std::uint32_t TAVIK_GetHbaDevicePortProperty(std::uint32_t handle, std::uint32_t, TAVIK_PortPropertyBlock* block) { return FakeTavikCalls::portProperty(handle, block); }
 std::uint32_t TAVIK_GetVpd(std::uint32_t handle, std::uint32_t, void* buffer, std::uint32_t* size) { return FakeTavikCalls::vpd(handle, buffer, size); }
 std::uint32_t TAVIK_GetUUIDFromI2CVPD(TAVIK_DeviceRecord* device, char** text, std::uint32_t* size) { return FakeTavikCalls::uuid(device, text, size); }

@@ -48,6 +48,8 @@ public:
     std::function<void()> onInitialize;
 
     TAVIK_AlarmCallback alarmCallback = nullptr;
+    /// Calls the callback, if one is registered, on the calling thread.
+    void raiseAlarm(std::uint32_t deviceNumber, std::uint32_t type, std::uint32_t parameter, const char* text);
 
 private:
     friend struct FakeTavikCalls;

@@ -131,11 +131,12 @@ void ProviderTest::forgetEarlierTests() {
     merolt::gSubscriptionCount = 0;
 }
 
+bool ProviderTest::settingsWereRead = false;
+
 void ProviderTest::readOwnSettings() {
-    static bool isFirstOfProcess = true;
     if (std::exchange(hasOwnSettings, true)) return;
     // In the first test of a process the polling thread reads them by itself.
-    if (std::exchange(isFirstOfProcess, false)) return;
+    if (!std::exchange(settingsWereRead, true)) return;
     merolt::Merolt_NIC_Properties& properties = merolt::Merolt_NIC_Properties::instance();
     properties = merolt::Merolt_NIC_Properties();
     properties.reload();

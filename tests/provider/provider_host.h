@@ -95,6 +95,9 @@ protected:
     Answer deleteInstance(const std::string& className);
     Answer invokeMethod(const std::string& className, const std::string& method);
 
+    /// False if an earlier test of this process had the provider read its settings: they are read once a process.
+    static bool isFirstOfProcess() { return !settingsWereRead; }
+
     /// The one instance of a class that has one; fails the test otherwise.
     TestObject onlyInstance(const std::string& className);
 
@@ -119,6 +122,7 @@ private:
     void readOwnSettings();
 
     std::size_t logLinesTaken = 0;
+    static bool settingsWereRead;
     std::filesystem::path directory;
     std::filesystem::path previousDirectory;
     bool hasOwnSettings = false;

@@ -152,10 +152,10 @@ TEST_F(LibraryCalls, FailuresOfTheFleetAreTheStatusesOfTheCalls) {
 TEST_F(LibraryCalls, TheTreeHoldsTheFleet) {
     start(convergedCard);
     EXPECT_STREQ(library.GetAdapterList()->first->serialNumber, "MC1");
-    EXPECT_EQ(device()->handle, 7U);
-    EXPECT_EQ(device()->deviceNumber, 70);
+    EXPECT_EQ(+device()->handle, 7U);
+    EXPECT_EQ(+device()->deviceNumber, 70);
     const auto* nic = port()->protocols->first->next;
-    EXPECT_EQ(nic->nic.adapterId, 100U);
+    EXPECT_EQ(+nic->nic.adapterId, 100U);
     EXPECT_STREQ(nic->nic.port.deviceName, "p1p1");
 }
 
@@ -164,9 +164,9 @@ TEST_F(LibraryCalls, APortPropertyIsFilledToItsLastByte) {
     TAVIK_PortPropertyBlock block;
     std::memset(&block, 0xEE, sizeof block);
     ASSERT_EQ(library.GetHbaDevicePortProperty(7, 0, &block), 0U);
-    EXPECT_EQ(block.portState, 1);
-    EXPECT_EQ(block.speedCode, 10U);
-    EXPECT_EQ(block.transceiverKind, 6);
+    EXPECT_EQ(+block.portState, 1);
+    EXPECT_EQ(+block.speedCode, 10U);
+    EXPECT_EQ(+block.transceiverKind, 6);
     EXPECT_EQ(bytesAt(&block, 56, 98), std::vector<std::uint8_t>(98, 0));
 }
 
@@ -207,21 +207,21 @@ TEST_F(LibraryCalls, TextsEndInAZeroThatTheirLengthDoesNotCount) {
 
 TEST_F(LibraryCalls, StatisticsAdvanceWithEveryRefreshAfterTheFirst) {
     start(convergedCard);
-    EXPECT_EQ(device()->ioCount, 0U);
+    EXPECT_EQ(+device()->ioCount, 0U);
     ASSERT_EQ(library.RefreshDeviceStats(device()), 0U);
-    EXPECT_EQ(device()->ioCount, 100U);
-    EXPECT_EQ(device()->crcErrors, 3U);
+    EXPECT_EQ(+device()->ioCount, 100U);
+    EXPECT_EQ(+device()->crcErrors, 3U);
     ASSERT_EQ(library.RefreshDeviceStats(device()), 0U);
-    EXPECT_EQ(device()->ioCount, 105U);
-    EXPECT_EQ(device()->crcErrors, 3U);
+    EXPECT_EQ(+device()->ioCount, 105U);
+    EXPECT_EQ(+device()->crcErrors, 3U);
 }
 
 TEST_F(LibraryCalls, StatisticsOfACopiedRecordAreRefreshedInTheCopy) {
     start(convergedCard);
     TAVIK_DeviceRecord copy = *device();
     ASSERT_EQ(library.RefreshDeviceStats(&copy), 0U);
-    EXPECT_EQ(copy.ioCount, 100U);
-    EXPECT_EQ(device()->ioCount, 0U);
+    EXPECT_EQ(+copy.ioCount, 100U);
+    EXPECT_EQ(+device()->ioCount, 0U);
 }
 
 TEST_F(LibraryCalls, ATransceiverIsDeliveredAsTwoPages) {
@@ -269,8 +269,8 @@ TEST_F(LibraryCalls, ALinkIsDelivered) {
     TAVIK_LinkProperties link;
     std::memset(&link, 0xEE, sizeof link);
     ASSERT_EQ(library.GetLinkProperties("p1p1", &link), 0U);
-    EXPECT_EQ(link.speed, 10000U);
-    EXPECT_EQ(link.state, 3U);
+    EXPECT_EQ(+link.speed, 10000U);
+    EXPECT_EQ(+link.state, 3U);
     EXPECT_EQ(bytesAt(&link, 12, 156), std::vector<std::uint8_t>(156, 0));
 }
 
@@ -279,15 +279,15 @@ TEST_F(LibraryCalls, AddressesAreDeliveredWithTheirLists) {
     TAVIK_IPProperties* ip = nullptr;
     ASSERT_EQ(library.GetIPProperties("p1p1", &ip), 0U);
     EXPECT_EQ(bytesAt(ip, 8, 4), (std::vector<std::uint8_t>{192, 0, 2, 11}));
-    EXPECT_EQ(ip->ipv4.family, 1);
+    EXPECT_EQ(+ip->ipv4.family, 1);
     EXPECT_EQ(bytesAt(ip, 32, 4), (std::vector<std::uint8_t>{255, 255, 255, 0}));
-    EXPECT_EQ(ip->firstCount, 2U);
-    EXPECT_EQ(ip->secondCount, 0U);
-    EXPECT_EQ(ip->thirdCount, 1U);
-    EXPECT_EQ(ip->firstList[1].family, 2);
-    EXPECT_EQ(ip->firstList[1].address[15], 0x12);
-    EXPECT_EQ(ip->secondList, nullptr);
-    EXPECT_EQ(ip->thirdList[0].family, 1);
+    EXPECT_EQ(+ip->firstCount, 2U);
+    EXPECT_EQ(+ip->secondCount, 0U);
+    EXPECT_EQ(+ip->thirdCount, 1U);
+    EXPECT_EQ(+ip->firstList[1].family, 2);
+    EXPECT_EQ(+ip->firstList[1].address[15], 0x12);
+    EXPECT_EQ(+ip->secondList, nullptr);
+    EXPECT_EQ(+ip->thirdList[0].family, 1);
     EXPECT_EQ(library.FreeMem(ip), 0U);
 }
 

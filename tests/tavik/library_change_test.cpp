@@ -84,7 +84,7 @@ TEST_F(LibraryChange, ALinkThatGoesDownIsSeenAtOnce) {
     replaceFleet(fleetWith("operational", "operational", "down"));
     EXPECT_TRUE(eventually([this] { return linkState("eth0") == 2; }));
     EXPECT_TRUE(changes());
-    EXPECT_EQ(port()->protocols->first->next->nic.port.link.state, 1U) << "the tree stands until the swap";
+    EXPECT_EQ(+port()->protocols->first->next->nic.port.link.state, 1U) << "the tree stands until the swap";
 }
 
 TEST_F(LibraryChange, AFileWrittenInPlaceIsSeen) {
@@ -175,7 +175,7 @@ TEST_F(LibraryChange, ACallbackCanCallTheLibraryAndSeesTheNewState) {
     replaceFleet(fleetWith("operational", "loopDown", "up"));
     ASSERT_TRUE(alarmsCome(1));
     EXPECT_EQ(seen, 3);
-    EXPECT_EQ(port()->next->protocols->first->storage.device.portProperty.portState, 3);
+    EXPECT_EQ(+port()->next->protocols->first->storage.device.portProperty.portState, 3);
 }
 
 TEST_F(LibraryChange, ACallbackThatWaitsHoldsNobodyElse) {
@@ -233,9 +233,9 @@ TEST_F(LibraryChange, TheSecondTreeLeavesTheMainOneAloneUntilTheSwap) {
     replaceFleet(fleetWith("operational", "operational", "down"));
     ASSERT_EQ(library.UpdateBackupAdapterList(), 0U);
     EXPECT_EQ(library.GetAdapterList(), before);
-    EXPECT_EQ(port()->protocols->first->next->nic.port.link.state, 1U);
+    EXPECT_EQ(+port()->protocols->first->next->nic.port.link.state, 1U);
     ASSERT_EQ(library.SwapBackupToMainAdapterList(), 0U);
-    EXPECT_EQ(port()->protocols->first->next->nic.port.link.state, 2U);
+    EXPECT_EQ(+port()->protocols->first->next->nic.port.link.state, 2U);
 }
 
 TEST_F(LibraryChange, ASwapWithoutASecondTreeLeavesTheMainOne) {
@@ -306,7 +306,7 @@ TEST_F(LibraryChange, CardsThatComeAndGoAreInTheNextTree) {
     library.UpdateBackupAdapterList();
     library.SwapBackupToMainAdapterList();
     EXPECT_STREQ(library.GetAdapterList()->first->serialNumber, "NEW");
-    EXPECT_EQ(library.GetAdapterList()->first->next, nullptr);
+    EXPECT_EQ(+library.GetAdapterList()->first->next, nullptr);
 }
 
 } // namespace

@@ -1,4 +1,7 @@
 // A started library on a fleet file of its own, which a test can change under it.
+//
+// Fields of packed records stand at odd addresses, to which the checks must not bind references: the tests write
+// EXPECT_EQ(+record.field, value), which hands over a copy.
 #pragma once
 
 #include <chrono>

@@ -52,7 +52,7 @@ TEST_F(LibraryMemory, AddressBlocksTakeTheirListsWithThem) {
         ASSERT_NE(list, nullptr);
         EXPECT_EQ(library.FreeMem(const_cast<void*>(list)), statusInvalidArgument) << "a list is no block of its own";
     }
-    EXPECT_EQ(ip->firstList[0].address[15], 1);
+    EXPECT_EQ(+ip->firstList[0].address[15], 1);
     EXPECT_EQ(library.FreeMem(ip), 0U);
     EXPECT_TRUE(isReleased(ip));
     for (const void* list : lists)

@@ -39,7 +39,9 @@ class EncoderTest : public testing::Test {
 protected:
     EncoderTest() { repository.loadText("root/ns", mof); }
 
-    InstanceObject& make(std::string_view className) { return *scope().make().instance(*scope().make().path("root/ns", className)); }
+    InstanceObject& make(std::string_view className) {
+        return *scope().make().instance(*scope().make().path("root/ns", className));
+    }
 
     RequestScope& scope() {
         if (!requestScope) {
@@ -158,9 +160,10 @@ TEST_F(EncoderTest, ClassOriginIsToldOnRequest) {
     CMPIValue value{};
     value.uint16 = 5;
     set(instance, "Number", CMPI_uint16, value);
-    EXPECT_EQ(render(instance, {true, nullptr}),
-              "<INSTANCE CLASSNAME=\"T_Base\"><PROPERTY NAME=\"Id\" TYPE=\"string\" CLASSORIGIN=\"T_Base\"></PROPERTY>"
-              "<PROPERTY NAME=\"Number\" TYPE=\"uint16\" CLASSORIGIN=\"T_Base\"><VALUE>5</VALUE></PROPERTY></INSTANCE>");
+    EXPECT_EQ(
+        render(instance, {true, nullptr}),
+        "<INSTANCE CLASSNAME=\"T_Base\"><PROPERTY NAME=\"Id\" TYPE=\"string\" CLASSORIGIN=\"T_Base\"></PROPERTY>"
+        "<PROPERTY NAME=\"Number\" TYPE=\"uint16\" CLASSORIGIN=\"T_Base\"><VALUE>5</VALUE></PROPERTY></INSTANCE>");
 }
 
 TEST_F(EncoderTest, AClassShowsOnlyItsOwnMembersWhenAskedSo) {

@@ -9,8 +9,8 @@ const std::string xmlHeader = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
 const std::string place = "<LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"ns\"/></LOCALNAMESPACEPATH>";
 
 std::string message(const std::string& inside) {
-    return xmlHeader + "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\">" + inside +
-           "</MESSAGE></CIM>";
+    return xmlHeader + "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\">" +
+           inside + "</MESSAGE></CIM>";
 }
 
 std::string call(const std::string& parameters) {
@@ -65,7 +65,8 @@ TEST(RequestDecoder, AnEmptyPropertyListIsNotAnAbsentOne) {
 }
 
 TEST(RequestDecoder, AnArrayKeepsOrderEmptyTextsAndNulls) {
-    const auto list = argument<Value>("<VALUE.ARRAY><VALUE>a</VALUE><VALUE/><VALUE.NULL/><VALUE> b&amp;<![CDATA[<]]></VALUE></VALUE.ARRAY>");
+    const auto list = argument<Value>(
+        "<VALUE.ARRAY><VALUE>a</VALUE><VALUE/><VALUE.NULL/><VALUE> b&amp;<![CDATA[<]]></VALUE></VALUE.ARRAY>");
     ASSERT_EQ(list.texts.size(), 4U);
     EXPECT_EQ(list.texts[0], "a");
     EXPECT_EQ(list.texts[1], "");
@@ -75,11 +76,12 @@ TEST(RequestDecoder, AnArrayKeepsOrderEmptyTextsAndNulls) {
 }
 
 TEST(RequestDecoder, AnInstanceNameKeepsTheKindOfEachKey) {
-    const auto path = argument<ObjectPath>("<INSTANCENAME CLASSNAME=\"C\">"
-                                           "<KEYBINDING NAME=\"A\"><KEYVALUE>text</KEYVALUE></KEYBINDING>"
-                                           "<KEYBINDING NAME=\"B\"><KEYVALUE VALUETYPE=\"numeric\" TYPE=\"uint16\">17</KEYVALUE></KEYBINDING>"
-                                           "<KEYBINDING NAME=\"D\"><KEYVALUE VALUETYPE=\"boolean\">true</KEYVALUE></KEYBINDING>"
-                                           "</INSTANCENAME>");
+    const auto path = argument<ObjectPath>(
+        "<INSTANCENAME CLASSNAME=\"C\">"
+        "<KEYBINDING NAME=\"A\"><KEYVALUE>text</KEYVALUE></KEYBINDING>"
+        "<KEYBINDING NAME=\"B\"><KEYVALUE VALUETYPE=\"numeric\" TYPE=\"uint16\">17</KEYVALUE></KEYBINDING>"
+        "<KEYBINDING NAME=\"D\"><KEYVALUE VALUETYPE=\"boolean\">true</KEYVALUE></KEYBINDING>"
+        "</INSTANCENAME>");
     EXPECT_TRUE(path.namesInstance);
     EXPECT_EQ(path.className, "C");
     ASSERT_EQ(path.keys.size(), 3U);
@@ -155,7 +157,8 @@ TEST(RequestDecoder, AMethodCallKeepsItsTargetAndTheTypesOfItsParameters) {
 
 TEST(RequestDecoder, ACommentAndACorrelatorAreSkipped) {
     decoded(message("<SIMPLEREQ><CORRELATOR NAME=\"a\" TYPE=\"string\"><VALUE>x</VALUE></CORRELATOR>"
-                    "<!-- hello --><IMETHODCALL NAME=\"X\">" + place + "</IMETHODCALL></SIMPLEREQ>"));
+                    "<!-- hello --><IMETHODCALL NAME=\"X\">" +
+                    place + "</IMETHODCALL></SIMPLEREQ>"));
 }
 
 TEST(RequestDecoder, OtherEncodingsThatExpatKnowsAreRead) {
@@ -166,7 +169,8 @@ TEST(RequestDecoder, OtherEncodingsThatExpatKnowsAreRead) {
 
 TEST(RequestDecoder, AFirmwareImageOfManyBytesIsNoMatterOfElementLimits) {
     std::string list = "<VALUE.ARRAY>";
-    for (int index = 0; index < 200'000; ++index) list += "<VALUE>255</VALUE>";
+    for (int index = 0; index < 200'000; ++index)
+        list += "<VALUE>255</VALUE>";
     const auto value = argument<Value>(list + "</VALUE.ARRAY>");
     EXPECT_EQ(value.texts.size(), 200'000U);
     EXPECT_EQ(value.texts[199'999], "255");
@@ -180,7 +184,8 @@ struct BadDocument {
 
 std::string repeated(const std::string& text, int count) {
     std::string all;
-    for (int index = 0; index < count; ++index) all += text;
+    for (int index = 0; index < count; ++index)
+        all += text;
     return all;
 }
 
@@ -218,17 +223,27 @@ std::vector<BadDocument> badDocuments() {
         {"EmptyName", call("<IPARAMVALUE NAME=\"\"/>"), requestNotValid},
         {"StrayText", call("hello"), requestNotValid},
         {"ElementInsideValue", call(parameter("<VALUE><VALUE/></VALUE>")), requestNotValid},
-        {"ElementInsideArrayEntry", call(parameter("<VALUE.ARRAY><VALUE><VALUE/></VALUE></VALUE.ARRAY>")), requestNotValid},
+        {"ElementInsideArrayEntry", call(parameter("<VALUE.ARRAY><VALUE><VALUE/></VALUE></VALUE.ARRAY>")),
+         requestNotValid},
         {"OtherElementInArray", call(parameter("<VALUE.ARRAY><CLASSNAME NAME=\"C\"/></VALUE.ARRAY>")), requestNotValid},
         {"AttributeOnArrayEntry", call(parameter("<VALUE.ARRAY><VALUE NAME=\"x\"/></VALUE.ARRAY>")), requestNotValid},
         {"TextInNullEntry", call(parameter("<VALUE.ARRAY><VALUE.NULL>x</VALUE.NULL></VALUE.ARRAY>")), requestNotValid},
         {"TwoValues", call(parameter("<VALUE/><VALUE/>")), requestNotValid},
         {"ParameterTwice", call("<IPARAMVALUE NAME=\"P\"/><IPARAMVALUE NAME=\"p\"/>"), requestNotValid},
-        {"KeyTwice", call(parameter(name + "<KEYBINDING NAME=\"K\"><KEYVALUE/></KEYBINDING><KEYBINDING NAME=\"k\"><KEYVALUE/></KEYBINDING></INSTANCENAME>")), requestNotValid},
+        {"KeyTwice",
+         call(parameter(name + "<KEYBINDING NAME=\"K\"><KEYVALUE/></KEYBINDING><KEYBINDING "
+                               "NAME=\"k\"><KEYVALUE/></KEYBINDING></INSTANCENAME>")),
+         requestNotValid},
         {"TooManyKeys", call(parameter(name + keys + "</INSTANCENAME>")), requestNotValid},
-        {"UnknownValueType", call(parameter(name + "<KEYBINDING NAME=\"K\"><KEYVALUE VALUETYPE=\"date\"/></KEYBINDING></INSTANCENAME>")), requestNotValid},
-        {"UnknownType", call(parameter("<INSTANCE CLASSNAME=\"C\"><PROPERTY NAME=\"A\" TYPE=\"int\"/></INSTANCE>")), requestNotValid},
-        {"ArrayInScalarProperty", call(parameter("<INSTANCE CLASSNAME=\"C\"><PROPERTY NAME=\"A\" TYPE=\"string\"><VALUE.ARRAY/></PROPERTY></INSTANCE>")), requestNotValid},
+        {"UnknownValueType",
+         call(parameter(name + "<KEYBINDING NAME=\"K\"><KEYVALUE VALUETYPE=\"date\"/></KEYBINDING></INSTANCENAME>")),
+         requestNotValid},
+        {"UnknownType", call(parameter("<INSTANCE CLASSNAME=\"C\"><PROPERTY NAME=\"A\" TYPE=\"int\"/></INSTANCE>")),
+         requestNotValid},
+        {"ArrayInScalarProperty",
+         call(parameter(
+             "<INSTANCE CLASSNAME=\"C\"><PROPERTY NAME=\"A\" TYPE=\"string\"><VALUE.ARRAY/></PROPERTY></INSTANCE>")),
+         requestNotValid},
         {"NoNamespace", wrongNamespace, requestNotValid},
         {"NoCall", message("<SIMPLEREQ/>"), requestNotValid},
         {"NoMessage", open + "</CIM>", requestNotValid},
@@ -239,9 +254,11 @@ std::vector<BadDocument> badDocuments() {
         {"OtherRoot", "<VALUE/>", requestNotValid},
         {"CimVersion3", "<CIM CIMVERSION=\"3.0\" DTDVERSION=\"2.0\"/>", unsupportedCimVersion},
         {"DtdVersion1", "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"1.0\"/>", unsupportedDtdVersion},
-        {"ProtocolVersion2", open + "<MESSAGE ID=\"1\" PROTOCOLVERSION=\"2.0\"><SIMPLEREQ/></MESSAGE></CIM>", unsupportedProtocolVersion},
+        {"ProtocolVersion2", open + "<MESSAGE ID=\"1\" PROTOCOLVERSION=\"2.0\"><SIMPLEREQ/></MESSAGE></CIM>",
+         unsupportedProtocolVersion},
         {"SeveralRequests", message("<MULTIREQ><SIMPLEREQ/><SIMPLEREQ/></MULTIREQ>"), multipleRequestsUnsupported},
-        {"Export", message("<SIMPLEEXPREQ><EXPMETHODCALL NAME=\"ExportIndication\"/></SIMPLEEXPREQ>"), unsupportedOperation},
+        {"Export", message("<SIMPLEEXPREQ><EXPMETHODCALL NAME=\"ExportIndication\"/></SIMPLEEXPREQ>"),
+         unsupportedOperation},
     };
     return rows;
 }

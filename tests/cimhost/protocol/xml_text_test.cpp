@@ -45,8 +45,9 @@ TEST(XmlText, WhiteSpaceSurvivesTheParserAtTheOtherEnd) {
 }
 
 TEST(XmlText, Utf8PassesUnchanged) {
-    for (const char* text : {"\x7F", "\xC2\x80", "Grüße", "\xDF\xBF", "\xE0\xA0\x80", "日本語", "\xED\x9F\xBF", "\xEE\x80\x80",
-                             "\xEF\xBF\xBD", "\xF0\x90\x80\x80", "\xF0\x9F\x98\x80", "\xF4\x8F\xBF\xBF"}) {
+    for (const char* text :
+         {"\x7F", "\xC2\x80", "Grüße", "\xDF\xBF", "\xE0\xA0\x80", "日本語", "\xED\x9F\xBF", "\xEE\x80\x80",
+          "\xEF\xBF\xBD", "\xF0\x90\x80\x80", "\xF0\x9F\x98\x80", "\xF4\x8F\xBF\xBF"}) {
         EXPECT_EQ(content(text), text);
         EXPECT_EQ(attribute(text), text);
     }
@@ -77,7 +78,8 @@ TEST(XmlText, EachByteThatIsNoUtf8IsReplaced) {
     };
     for (const BrokenText& broken : cases) {
         std::string expected = "a";
-        for (std::size_t index = 0; index < broken.replacements; ++index) expected += replaced;
+        for (std::size_t index = 0; index < broken.replacements; ++index)
+            expected += replaced;
         EXPECT_EQ(content("a" + std::string(broken.bytes)), expected);
         EXPECT_EQ(content("a" + std::string(broken.bytes) + "z"), expected + "z");
     }

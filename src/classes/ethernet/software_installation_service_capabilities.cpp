@@ -1,0 +1,61 @@
+#include "classes/ethernet/software_installation_service_capabilities.h"
+
+#include "classes/instance.h"
+#include "log/log.h"
+#include "software/installer.h"
+
+namespace merolt::ethernet {
+
+namespace {
+
+const char* keys[] = {"InstanceID", nullptr};
+
+const EthernetClass descriptor = {
+    .key = "InstanceID",
+    .forEachElement = forOne,
+    .keyText = [](const Element&) { return software::installerName; },
+    .makePath = [](const char* className, const char* nameSpace,
+                   const Element&) { return makePath_SoftwareInstallationServiceCapabilities(className, nameSpace); },
+    .makeInstance =
+        [](const char* className, const char* nameSpace, const char** properties, const Element&) {
+            return makeInstance_SoftwareInstallationServiceCapabilities(className, nameSpace, properties);
+        },
+    .texts =
+        {
+            "Merolt_NIC_SoftwareInstallationServiceCapabilities enumInstanceNames was called\n",
+            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting namespace in enumInstanceNames\n",
+            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting ClassName in enumInstanceNames\n",
+            "Merolt_NIC_SoftwareInstallationServiceCapabilities enumInstances was called\n",
+            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting namespace in enumInstances\n",
+            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting ClassName in enumInstances\n",
+            "Merolt_NIC_SoftwareInstallationServiceCapabilities getInstance_SoftwareInstallationServiceCapabilities "
+            "was called\n",
+            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting namespace in getInstance\n",
+            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting ClassName in getInstance\n",
+            nullptr,
+        },
+};
+
+} // namespace
+
+CmpiObjectPath makePath_SoftwareInstallationServiceCapabilities(const char* className, const char* nameSpace) {
+    DEBUG_LOG("Merolt_NIC_SoftwareInstallationServiceCapabilities makePath was called\n");
+    CmpiObjectPath path(nameSpace, className);
+    path.setKey("InstanceID", CmpiData(software::installerName));
+    return path;
+}
+
+CmpiInstance makeInstance_SoftwareInstallationServiceCapabilities(const char* className, const char* nameSpace,
+                                                                  const char** properties) {
+    DEBUG_LOG("Merolt_NIC_SoftwareInstallationServiceCapabilities makeInstance was called\n.");
+    CmpiInstance instance = newInstance(className, nameSpace, properties, keys);
+    instance.setProperty("InstanceID", CmpiData(software::installerName));
+    instance.setProperty("Caption", CmpiData("Update Capabilities"));
+    instance.setProperty("ElementName", CmpiData("Merolt CNA Flash Image Update"));
+    instance.setProperty("Description", CmpiData("Flash image includes boot code, ASIC and MPI Firmware"));
+    return instance;
+}
+
+DEFINE_REQUEST_FUNCTIONS(SoftwareInstallationServiceCapabilities, descriptor)
+
+} // namespace merolt::ethernet

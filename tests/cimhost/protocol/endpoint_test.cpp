@@ -1,0 +1,115 @@
+#include "fake_provider.h"
+
+#include "cimhost/service/endpoint.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace cimhost {
+namespace {
+
+using testing::HasSubstr;
+using testing_support::FakeHost;
+
+const std::string enumerateNames =
+    "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
+    "<IMETHODCALL NAME=\"EnumerateClassNames\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"ns\"/>"
+    "</LOCALNAMESPACEPATH></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+
+const std::string start =
+    "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
+    "<METHODCALL NAME=\"Start\"><LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root/ns\"/>"
+    "</LOCALNAMESPACEPATH><CLASSNAME NAME=\"T_Port\"/></LOCALCLASSPATH></METHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+
+struct Exchange {
+    std::string name;
+    std::string method;
+    std::string target;
+    std::vector<http::Field> fields;
+    std::string body;
+    unsigned status;
+    std::string cimError;
+};
+
+class EndpointTest : public testing::TestWithParam<Exchange> {
+protected:
+    EndpointTest() : endpoint(*host.dispatcher) {}
+
+    http::Response exchange(const http::Request& request) {
+        http::Request head = request;
+        head.body.clear();
+        if (auto refused = endpoint.refuse(head)) return *refused;
+        return endpoint.answer(request);
+    }
+
+    static std::string fieldOf(const http::Response& response, std::string_view name) {
+        for (const http::Field& field : response.fields) {
+            if (field.name == name) return field.value;
+        }
+        return "";
+    }
+
+    FakeHost host;
+    Endpoint endpoint;
+};
+
+TEST_P(EndpointTest, FollowsDsp0200) {
+    const Exchange& row = GetParam();
+    const http::Response response = exchange({row.method, row.target, row.fields, row.body, ""});
+    EXPECT_EQ(response.status, row.status) << response.body;
+    EXPECT_EQ(fieldOf(response, "CIMError"), row.cimError);
+    EXPECT_EQ(fieldOf(response, "CIMOperation"), row.status == 200 ? "MethodResponse" : "");
+}
+
+std::vector<Exchange> exchanges() {
+    const http::Field xml = {"Content-Type", "application/xml; charset=\"utf-8\""};
+    const http::Field call = {"CIMOperation", "MethodCall"};
+    const std::vector<http::Field> usual = {xml, call};
+    const auto with = [&](const std::string& name, const std::string& value) {
+        return std::vector<http::Field>{xml, call, {name, value}};
+    };
+    const std::string& body = enumerateNames;
+    return {
+        {"Usual", "POST", "/cimom", usual, body, 200, ""},
+        {"RootPath", "POST", "/", usual, body, 200, ""},
+        {"OtherPath", "POST", "/wsman", usual, body, 404, ""},
+        {"Get", "GET", "/cimom", usual, "", 405, ""},
+        {"ExtendedPost", "M-POST", "/cimom", usual, body, 510, ""},
+        {"NoContentType", "POST", "/cimom", {call}, body, 200, ""},
+        {"TextXml", "POST", "/cimom", {{"Content-Type", "text/xml"}, call}, body, 200, ""},
+        {"PlainCharset", "POST", "/cimom", {{"Content-Type", "text/xml;charset=UTF-8"}, call}, body, 200, ""},
+        {"OtherCharset", "POST", "/cimom", {{"Content-Type", "text/xml; charset=utf-16"}, call}, body, 415, ""},
+        {"OtherContentType", "POST", "/cimom", {{"Content-Type", "text/plain"}, call}, body, 415, ""},
+        {"NoOperation", "POST", "/cimom", {xml}, body, 400, "header-mismatch"},
+        {"OtherOperation",
+         "POST",
+         "/cimom",
+         {xml, {"CIMOperation", "MethodResponse"}},
+         body,
+         501,
+         "unsupported-operation"},
+        {"Export", "POST", "/cimom", {xml, {"CIMExport", "MethodRequest"}}, body, 501, "unsupported-operation"},
+        {"Batch", "POST", "/cimom", with("CIMBatch", "CIMBatch"), body, 501, "multiple-requests-unsupported"},
+        {"ProtocolVersion1", "POST", "/cimom", with("CIMProtocolVersion", "1.0"), body, 200, ""},
+        {"ProtocolVersion2", "POST", "/cimom", with("CIMProtocolVersion", "2.0"), body, 501,
+         "unsupported-protocol-version"},
+        {"SameMethod", "POST", "/cimom", with("CIMMethod", "EnumerateClassNames"), body, 200, ""},
+        {"OtherMethodInHeader", "POST", "/cimom", with("CIMMethod", "GetClass"), body, 400, "header-mismatch"},
+        {"SameObject", "POST", "/cimom", with("CIMObject", "root/ns"), body, 200, ""},
+        {"EscapedObject", "POST", "/cimom", with("CIMObject", "root%2Fns"), body, 200, ""},
+        {"OtherObject", "POST", "/cimom", with("CIMObject", "root/other"), body, 400, "header-mismatch"},
+        {"SameClass", "POST", "/cimom", with("CIMObject", "root%2Fns%3AT_Port"), start, 200, ""},
+        {"OtherClass", "POST", "/cimom", with("CIMObject", "root/ns:T_Element"), start, 400, "header-mismatch"},
+        {"NoClass", "POST", "/cimom", with("CIMObject", "root/ns"), start, 400, "header-mismatch"},
+        {"NotWellFormed", "POST", "/cimom", usual, "<CIM", 400, "request-not-well-formed"},
+        {"NotValid", "POST", "/cimom", usual, "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"/>", 400, "request-not-valid"},
+        {"DtdVersion", "POST", "/cimom", usual, "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"9\"/>", 501,
+         "unsupported-dtd-version"},
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(Exchanges, EndpointTest, testing::ValuesIn(exchanges()),
+                         [](const auto& row) { return row.param.name; });
+
+} // namespace
+} // namespace cimhost

@@ -1,0 +1,480 @@
+#include "socket_client.h"
+#include "temporary_file.h"
+
+#include "cimhost/http/server.h"
+
+#include <gtest/gtest.h>
+#include <openssl/pem.h>
+#include <openssl/ssl.h>
+#include <openssl/x509.h>
+
+#include <array>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace cimhost::http {
+namespace {
+
+using namespace std::chrono_literals;
+using testing_support::bodyOf;
+using testing_support::post;
+using testing_support::SocketClient;
+using testing_support::statusOf;
+
+// Answers with the body it got; waits first where a test wants a slow provider.
+class EchoHandler : public Handler {
+public:
+    std::optional<Response> refuse(const Request& head) const override {
+        if (head.method != "POST") return textResponse(405, "use POST");
+        return std::nullopt;
+    }
+
+    Response answer(Request request) override {
+        if (request.body == "wait") {
+            std::unique_lock lock(mutex);
+            ++waiting;
+            changed.notify_all();
+            changed.wait(lock, [this] { return released; });
+        }
+        if (request.body == "throw") throw std::runtime_error("secret");
+        Response response;
+        response.body = request.user + request.body;
+        return response;
+    }
+
+    void waitForWaiting(int count) {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [&] { return waiting >= count; });
+    }
+
+    void release() {
+        const std::lock_guard lock(mutex);
+        released = true;
+        changed.notify_all();
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable changed;
+    int waiting = 0;
+    bool released = false;
+};
+
+class HttpServer : public testing::Test {
+protected:
+    HttpServer() { options.port = 0; }
+    ~HttpServer() override {
+        handler.release();
+        stop();
+    }
+
+    void start() {
+        server = std::make_unique<Server>(options, handler);
+        runner = std::thread([this] { server->run(); });
+    }
+
+    void stop() {
+        if (!runner.joinable()) return;
+        server->stop();
+        runner.join();
+    }
+
+    SocketClient connect() { return SocketClient(server->port()); }
+
+    std::string ask(std::string_view request) {
+        SocketClient client = connect();
+        client.send(request);
+        return client.readAnswer();
+    }
+
+    Options options;
+    EchoHandler handler;
+    std::unique_ptr<Server> server;
+    std::thread runner;
+};
+
+TEST_F(HttpServer, AnswersARequest) {
+    start();
+    const std::string answer = ask(post("hello"));
+    EXPECT_EQ(statusOf(answer), 200);
+    EXPECT_EQ(bodyOf(answer), "hello");
+}
+
+TEST_F(HttpServer, KeepsTheConnectionForTheNextRequest) {
+    start();
+    SocketClient client = connect();
+    for (const char* text : {"one", "two", "three"}) {
+        client.send(post(text));
+        EXPECT_EQ(bodyOf(client.readAnswer()), text);
+    }
+}
+
+TEST_F(HttpServer, AnswersPipelinedRequestsInOrder) {
+    start();
+    SocketClient client = connect();
+    client.send(post("one") + post("two"));
+    EXPECT_EQ(bodyOf(client.readAnswer()), "one");
+    EXPECT_EQ(bodyOf(client.readAnswer()), "two");
+}
+
+TEST_F(HttpServer, ClosesWhenTheClientWantsIt) {
+    start();
+    SocketClient client = connect();
+    client.send(post("x", "Connection: close\r\n"));
+    EXPECT_EQ(statusOf(client.readAnswer()), 200);
+    EXPECT_TRUE(client.isClosedWithin(5s));
+}
+
+TEST_F(HttpServer, TakesChunks) {
+    start();
+    const std::string answer = ask("POST / HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n"
+                                   "3\r\nabc\r\n4;name=value\r\ndefg\r\n0\r\n\r\n");
+    EXPECT_EQ(bodyOf(answer), "abcdefg");
+}
+
+TEST_F(HttpServer, TellsAClientThatAsksToGoOn) {
+    start();
+    SocketClient client = connect();
+    client.send("POST / HTTP/1.1\r\nHost: x\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
+    EXPECT_EQ(client.readAnswer(), "HTTP/1.1 100 Continue\r\n\r\n");
+    client.send("ok");
+    EXPECT_EQ(bodyOf(client.readAnswer()), "ok");
+}
+
+TEST_F(HttpServer, AnExceptionOfTheHandlerIsAnAnswerWithoutItsText) {
+    start();
+    const std::string answer = ask(post("throw"));
+    EXPECT_EQ(statusOf(answer), 500);
+    EXPECT_EQ(answer.find("secret"), std::string::npos);
+}
+
+struct BadRequest {
+    std::string name;
+    std::string request;
+    int status;
+};
+
+class RefusedRequest : public HttpServer, public testing::WithParamInterface<BadRequest> {};
+
+TEST_P(RefusedRequest, IsAnsweredAndTheConnectionClosed) {
+    start();
+    SocketClient client = connect();
+    client.send(GetParam().request);
+    EXPECT_EQ(statusOf(client.readAnswer()), GetParam().status);
+    EXPECT_TRUE(client.isClosedWithin(5s));
+    EXPECT_EQ(bodyOf(ask(post("still here"))), "still here");
+}
+
+std::vector<BadRequest> badRequests() {
+    const std::string start = "POST / HTTP/1.1\r\nHost: x\r\n";
+    std::string manyFields;
+    for (int index = 0; index < 5000; ++index)
+        manyFields += "X-" + std::to_string(index) + ": y\r\n";
+    return {
+        {"NoHttp", "hello\r\n\r\n", 400},
+        {"BinaryNoise", std::string("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03\r\n\r\n", 15), 400},
+        {"OtherMethod", "GET / HTTP/1.1\r\nHost: x\r\n\r\n", 405},
+        {"NoLength", start + "\r\n", 411},
+        {"TwoLengths", start + "Content-Length: 2\r\nContent-Length: 3\r\n\r\nabc", 400},
+        {"SameLengthTwice", start + "Content-Length: 3\r\nContent-Length: 3\r\n\r\nabc", 400},
+        {"ListOfLengths", start + "Content-Length: 3, 3\r\n\r\nabc", 400},
+        {"NegativeLength", start + "Content-Length: -1\r\n\r\n", 400},
+        {"LengthNoNumber", start + "Content-Length: many\r\n\r\n", 400},
+        {"LengthBeyond64Bits", start + "Content-Length: 99999999999999999999\r\n\r\n", 400},
+        {"LengthAndChunks", start + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", 400},
+        {"ChunksAndLength", start + "Transfer-Encoding: chunked\r\nContent-Length: 3\r\n\r\n0\r\n\r\n", 400},
+        {"OtherCoding", start + "Transfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n", 501},
+        {"UnknownCoding", start + "Transfer-Encoding: gzip\r\n\r\n", 501},
+        {"BadChunkLength", start + "Transfer-Encoding: chunked\r\n\r\nxyz\r\n", 400},
+        {"OtherExpectation", start + "Expect: miracles\r\nContent-Length: 0\r\n\r\n", 417},
+        {"BodyOverLimit", start + "Content-Length: 33554433\r\n\r\n", 413},
+        {"OverlongTarget", "POST /" + std::string(20'000, 'x') + " HTTP/1.1\r\n\r\n", 431},
+        {"OverlongField", start + "X: " + std::string(20'000, 'x') + "\r\n\r\n", 431},
+        {"EndlessHeader", start + manyFields, 431},
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(Requests, RefusedRequest, testing::ValuesIn(badRequests()),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(HttpServer, AChunkedBodyOverTheLimitIsRefusedOnTheWay) {
+    options.limits.bodyBytes = 1000;
+    start();
+    SocketClient client = connect();
+    client.send("POST / HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n");
+    const std::string chunk = "100\r\n" + std::string(256, 'x') + "\r\n";
+    for (int index = 0; index < 5; ++index)
+        client.send(chunk);
+    EXPECT_EQ(statusOf(client.readAnswer()), 413);
+}
+
+TEST_F(HttpServer, ALengthThatIsNeverSentTakesNoMemoryAndEnds) {
+    options.limits.bodyProgress = 100ms;
+    start();
+    SocketClient client = connect();
+    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 33554432\r\n\r\nabc");
+    EXPECT_TRUE(client.isClosedWithin(5s));
+}
+
+TEST_F(HttpServer, BytesBehindTheBodyAreReadAsTheNextRequest) {
+    start();
+    SocketClient client = connect();
+    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 3\r\n\r\nabcdef\r\n\r\n");
+    EXPECT_EQ(bodyOf(client.readAnswer()), "abc");
+    EXPECT_EQ(statusOf(client.readAnswer()), 400);
+}
+
+TEST_F(HttpServer, LargeRequestsTogetherAreBounded) {
+    options.limits.allBodyBytes = 400'000;
+    start();
+    SocketClient first = connect();
+    const std::string half = post(std::string(150'000, 'x'));
+    first.send(half.substr(0, half.size() - 10));
+    SocketClient second = connect();
+    second.send(half);
+    // Whichever of the two goes over the limit is refused; the other is served.
+    const int secondStatus = statusOf(second.readAnswer());
+    first.send(half.substr(half.size() - 10));
+    const int firstStatus = statusOf(first.readAnswer());
+    EXPECT_EQ(firstStatus + secondStatus, 200 + 503);
+}
+
+// Sends a byte now and then until the server has had enough.
+bool dripsUntilCut(SocketClient& client, std::string_view bytes, std::chrono::milliseconds longest) {
+    const auto begin = std::chrono::steady_clock::now();
+    for (const char& byte : bytes) {
+        if (!client.send({&byte, 1}) || client.isClosedWithin(10ms)) break;
+    }
+    return std::chrono::steady_clock::now() - begin < longest;
+}
+
+TEST_F(HttpServer, AHeaderSentByteByByteIsCutOff) {
+    options.limits.header = 150ms;
+    start();
+    SocketClient client = connect();
+    EXPECT_TRUE(dripsUntilCut(client, "POST / HTTP/1.1\r\nX: " + std::string(10'000, 'x'), 5s));
+    EXPECT_EQ(bodyOf(ask(post("others are served"))), "others are served");
+}
+
+TEST_F(HttpServer, ABodySentByteByByteIsCutOff) {
+    options.limits.body = 150ms;
+    start();
+    SocketClient client = connect();
+    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 10000\r\n\r\n");
+    EXPECT_TRUE(dripsUntilCut(client, std::string(10'000, 'x'), 5s));
+}
+
+TEST_F(HttpServer, AConnectionThatSaysNothingIsClosed) {
+    options.limits.header = 100ms;
+    start();
+    EXPECT_TRUE(connect().isClosedWithin(5s));
+}
+
+TEST_F(HttpServer, AnIdleConnectionIsClosed) {
+    options.limits.idle = 100ms;
+    start();
+    SocketClient client = connect();
+    client.send(post("x"));
+    EXPECT_EQ(statusOf(client.readAnswer()), 200);
+    EXPECT_TRUE(client.isClosedWithin(5s));
+}
+
+TEST_F(HttpServer, AClientThatDoesNotReadItsAnswerIsClosed) {
+    options.limits.write = 200ms;
+    start();
+    SocketClient client = connect();
+    client.send(post(std::string(16 << 20, 'x')));
+    std::this_thread::sleep_for(600ms);
+    // The rest that lay in the buffers still comes, then the end.
+    EXPECT_LT(client.readAnswer().size(), std::size_t{16} << 20);
+    EXPECT_TRUE(client.isClosedWithin(5s));
+}
+
+TEST_F(HttpServer, BeyondTheMostConnectionsNewOnesAreRefused) {
+    options.limits.connections = 4;
+    start();
+    std::vector<SocketClient> clients;
+    for (int index = 0; index < 4; ++index) {
+        clients.push_back(connect());
+        clients.back().send("POST / HTTP/1.1\r\n");
+    }
+    EXPECT_EQ(statusOf(connect().readAnswer()), 503);
+    clients.pop_back();
+    int status = 0;
+    for (int attempt = 0; attempt < 100 && status != 200; ++attempt)
+        status = statusOf(ask(post("x")));
+    EXPECT_EQ(status, 200);
+}
+
+TEST_F(HttpServer, AnIdleConnectionMakesRoomForANewOne) {
+    options.limits.connections = 2;
+    start();
+    SocketClient idle = connect();
+    idle.send(post("x"));
+    idle.readAnswer();
+    SocketClient busy = connect();
+    busy.send("POST / HTTP/1.1\r\n");
+    EXPECT_EQ(bodyOf(ask(post("served"))), "served");
+    EXPECT_TRUE(idle.isClosedWithin(5s));
+}
+
+TEST_F(HttpServer, ASlowAnswerHoldsUpNobodyElse) {
+    options.workers = 2;
+    start();
+    SocketClient slow = connect();
+    slow.send(post("wait"));
+    handler.waitForWaiting(1);
+    EXPECT_EQ(bodyOf(ask(post("quick"))), "quick");
+    handler.release();
+    EXPECT_EQ(bodyOf(slow.readAnswer()), "wait");
+}
+
+TEST_F(HttpServer, StoppingWaitsForTheAnswerUnderWay) {
+    start();
+    SocketClient idle = connect();
+    idle.send(post("x"));
+    idle.readAnswer();
+    SocketClient slow = connect();
+    slow.send(post("wait"));
+    handler.waitForWaiting(1);
+    server->stop();
+    EXPECT_TRUE(idle.isClosedWithin(5s));
+    handler.release();
+    const std::string answer = slow.readAnswer();
+    EXPECT_EQ(bodyOf(answer), "wait");
+    EXPECT_NE(answer.find("Connection: close"), std::string::npos);
+    runner.join();
+}
+
+TEST_F(HttpServer, APortInUseIsNamed) {
+    start();
+    options.port = server->port();
+    try {
+        Server second(options, handler);
+        FAIL();
+    } catch (const std::runtime_error& error) {
+        EXPECT_NE(std::string(error.what()).find(std::to_string(options.port)), std::string::npos) << error.what();
+    }
+}
+
+TEST(HttpAddress, LoopbackIsKnown) {
+    EXPECT_TRUE(isLoopback("127.0.0.1"));
+    EXPECT_TRUE(isLoopback("127.8.8.8"));
+    EXPECT_TRUE(isLoopback("::1"));
+    EXPECT_FALSE(isLoopback("0.0.0.0"));
+    EXPECT_FALSE(isLoopback("::"));
+    EXPECT_FALSE(isLoopback("192.0.2.1"));
+    EXPECT_THROW(isLoopback("example.com"), std::runtime_error);
+}
+
+class AuthenticatingServer : public HttpServer {
+protected:
+    AuthenticatingServer() {
+        // The password is "secret".
+        const testing_support::TemporaryFile file("anna:$5$abcdefgh$gruCpC7VkOTspMQTTSAR8mtlO9Upms.fwqE5y16JVM.\n");
+        options.credentials = std::make_shared<Credentials>(Credentials::load(file.path));
+    }
+};
+
+constexpr std::string_view annaSecret = "Authorization: Basic YW5uYTpzZWNyZXQ=\r\n";
+constexpr std::string_view annaWrong = "Authorization: Basic YW5uYTp3cm9uZw==\r\n";
+
+TEST_F(AuthenticatingServer, AsksForNameAndPassword) {
+    start();
+    const std::string answer = ask(post("x"));
+    EXPECT_EQ(statusOf(answer), 401);
+    EXPECT_NE(answer.find("WWW-Authenticate: Basic realm="), std::string::npos);
+}
+
+TEST_F(AuthenticatingServer, LetsInWhoKnowsThePassword) {
+    start();
+    SocketClient client = connect();
+    for (int request = 0; request < 2; ++request) {
+        client.send(post(" asks", annaSecret));
+        EXPECT_EQ(bodyOf(client.readAnswer()), "anna asks");
+    }
+    EXPECT_EQ(statusOf(ask(post("x", annaWrong))), 401);
+}
+
+TEST_F(AuthenticatingServer, RefusesBeforeItReadsABody) {
+    start();
+    SocketClient client = connect();
+    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 1000000\r\n\r\n");
+    EXPECT_EQ(statusOf(client.readAnswer()), 401);
+}
+
+// A certificate for localhost that signs itself.
+void makeCertificate(const std::filesystem::path& certificateFile, const std::filesystem::path& keyFile) {
+    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(EVP_EC_gen("P-256"), EVP_PKEY_free);
+    const std::unique_ptr<X509, decltype(&X509_free)> certificate(X509_new(), X509_free);
+    X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
+    X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 3600);
+    X509_set_pubkey(certificate.get(), key.get());
+    X509_NAME* name = X509_get_subject_name(certificate.get());
+    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1, -1,
+                               0);
+    X509_set_issuer_name(certificate.get(), name);
+    X509_sign(certificate.get(), key.get(), EVP_sha256());
+    const std::unique_ptr<BIO, decltype(&BIO_free_all)> out(BIO_new_file(certificateFile.c_str(), "w"), BIO_free_all);
+    PEM_write_bio_X509(out.get(), certificate.get());
+    const std::unique_ptr<BIO, decltype(&BIO_free_all)> keyOut(BIO_new_file(keyFile.c_str(), "w"), BIO_free_all);
+    PEM_write_bio_PrivateKey(keyOut.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr);
+}
+
+class TlsServer : public HttpServer {
+protected:
+    TlsServer() {
+        makeCertificate(certificate.path, key.path);
+        options.tls = Tls{certificate.path, key.path};
+    }
+
+    testing_support::TemporaryFile certificate;
+    testing_support::TemporaryFile key;
+};
+
+std::string askOverTls(std::uint16_t port, const std::string& request) {
+    const std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context(SSL_CTX_new(TLS_client_method()), SSL_CTX_free);
+    const std::unique_ptr<BIO, decltype(&BIO_free_all)> connection(BIO_new_ssl_connect(context.get()), BIO_free_all);
+    BIO_set_conn_hostname(connection.get(), ("127.0.0.1:" + std::to_string(port)).c_str());
+    if (BIO_do_connect(connection.get()) != 1) return "";
+    BIO_write(connection.get(), request.data(), static_cast<int>(request.size()));
+    std::string answer;
+    std::array<char, 4096> bytes;
+    for (int count = 0; (count = BIO_read(connection.get(), bytes.data(), bytes.size())) > 0;) {
+        answer.append(bytes.data(), static_cast<std::size_t>(count));
+    }
+    return answer;
+}
+
+TEST_F(TlsServer, AnswersARequest) {
+    start();
+    const std::string large(200'000, 'x');
+    const std::string answer = askOverTls(server->port(), post(large, "Connection: close\r\n"));
+    EXPECT_EQ(statusOf(answer), 200);
+    EXPECT_TRUE(bodyOf(answer) == large) << answer.size() << answer.substr(0, 300);
+}
+
+TEST_F(TlsServer, DropsWhoSpeaksNoTls) {
+    start();
+    SocketClient client = connect();
+    client.send(post("hello"));
+    EXPECT_TRUE(client.isClosedWithin(5s));
+    EXPECT_EQ(bodyOf(askOverTls(server->port(), post("hello", "Connection: close\r\n"))), "hello");
+}
+
+TEST_F(TlsServer, AFileThatIsNoCertificateIsNamed) {
+    const testing_support::TemporaryFile nothing;
+    options.tls->certificate = nothing.path;
+    try {
+        start();
+        FAIL();
+    } catch (const std::runtime_error& error) {
+        EXPECT_NE(std::string(error.what()).find(nothing.path.string()), std::string::npos) << error.what();
+    }
+}
+
+} // namespace
+} // namespace cimhost::http

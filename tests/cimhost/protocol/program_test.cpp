@@ -1,0 +1,247 @@
+// The program as people start it: what it prints, where, and how it ends.
+#include "temporary_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <memory>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace cimhost {
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+using testing_support::TemporaryFile;
+
+class Process {
+public:
+    explicit Process(std::vector<std::string> command) {
+        std::array<int, 2> output{};
+        EXPECT_EQ(::pipe2(output.data(), O_CLOEXEC), 0);
+        id = ::fork();
+        if (id == 0) {
+            ::dup2(output[1], STDOUT_FILENO);
+            const int errors = ::open(errorFile.path.c_str(), O_WRONLY | O_TRUNC);
+            ::dup2(errors, STDERR_FILENO);
+            std::vector<char*> arguments;
+            for (std::string& word : command)
+                arguments.push_back(word.data());
+            arguments.push_back(nullptr);
+            ::execvp(arguments.front(), arguments.data());
+            ::_exit(127);
+        }
+        ::close(output[1]);
+        stream = output[0];
+    }
+    ~Process() {
+        if (id > 0) {
+            ::kill(id, SIGKILL);
+            ::waitpid(id, nullptr, 0);
+        }
+        ::close(stream);
+    }
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    std::string readLine() {
+        std::string line;
+        for (char byte = 0; ::read(stream, &byte, 1) == 1 && byte != '\n';)
+            line += byte;
+        return line;
+    }
+
+    std::string readAll() {
+        std::string text;
+        std::array<char, 65536> bytes;
+        for (ssize_t count = 0; (count = ::read(stream, bytes.data(), bytes.size())) > 0;) {
+            text.append(bytes.data(), static_cast<std::size_t>(count));
+        }
+        return text;
+    }
+
+    void signal(int number) { ::kill(id, number); }
+
+    int wait() {
+        int status = 0;
+        ::waitpid(id, &status, 0);
+        id = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    std::string errors() {
+        std::ifstream file(errorFile.path);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+private:
+    TemporaryFile errorFile;
+    pid_t id = -1;
+    int stream = -1;
+};
+
+struct Ended {
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+Ended run(std::vector<std::string> command) {
+    Process process(std::move(command));
+    Ended ended;
+    ended.output = process.readAll();
+    ended.status = process.wait();
+    ended.errors = process.errors();
+    return ended;
+}
+
+Ended cimhost(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), PROGRAM);
+    return run(std::move(arguments));
+}
+
+std::size_t lineCount(const std::string& text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+// Waits until the program serves, and gives its URL.
+std::string urlOf(Process& server) {
+    for (std::string line = server.readLine(); !line.empty(); line = server.readLine()) {
+        const std::size_t begin = line.find("http://");
+        if (line.find("cimhost: listening on") != std::string::npos && begin != std::string::npos) {
+            return line.substr(begin, line.find(',') - begin);
+        }
+    }
+    return "";
+}
+
+TEST(Program, ServesAClientAndEndsWhenTold) {
+    Process server({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0"});
+    const std::string url = urlOf(server);
+    ASSERT_NE(url, "") << server.errors();
+    const std::string ports = url + "/root/merolt_cmpi:Merolt_FCHBA_FCPort";
+
+    const Ended taken = cimhost({"--fleet", FLEET, "serve", "--listen", url.substr(7)});
+    EXPECT_EQ(taken.status, 2);
+    EXPECT_THAT(taken.errors, HasSubstr("cannot listen on 127.0.0.1 port"));
+
+    if (run({"wbemcli", "--help"}).status == 127) GTEST_SKIP() << "wbemcli is not installed";
+    const Ended names = run({"wbemcli", "ein", ports});
+    EXPECT_EQ(names.status, 0) << names.errors;
+    EXPECT_THAT(names.output,
+                HasSubstr("Merolt_FCHBA_FCPort.SystemCreationClassName=\"Merolt_Adapter_ComputerSystem\""));
+    const Ended instances = run({"wbemcli", "ei", "-nl", ports});
+    EXPECT_THAT(instances.output, HasSubstr("-PermanentAddress=\"2100024D10317001\"")) << instances.errors;
+    const std::string first = names.output.substr(0, names.output.find('\n'));
+    const Ended one = run({"wbemcli", "gi", "-nl", "http://" + first, "DeviceID"});
+    EXPECT_THAT(one.output, HasSubstr("-DeviceID=\"MC1020R4K00317_")) << one.errors;
+    const Ended deletion = run({"wbemcli", "di", "http://" + first});
+    EXPECT_THAT(deletion.errors, HasSubstr("CIM_ERR_NOT_SUPPORTED"));
+    const Ended declaration = run({"wbemcli", "gc", ports});
+    EXPECT_THAT(declaration.output, HasSubstr("OptionROMVersions"));
+
+    server.signal(SIGTERM);
+    EXPECT_EQ(server.wait(), 0);
+}
+
+TEST(Program, ToolsGetJsonAndNothingElse) {
+    const Ended ended = cimhost({"--fleet", FLEET, "enumerate", "CIM_FCPort", "--json"});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output, StartsWith("[\n  {\n    \"class\": \"Merolt_FCHBA_FCPort\""));
+    EXPECT_THAT(ended.output, EndsWith("\n]\n"));
+    EXPECT_THAT(ended.output, HasSubstr("\"PermanentAddress\": \"2100024D10317001\""));
+}
+
+TEST(Program, PeopleGetATableThatFitsTheirTerminal) {
+    const Ended ended = cimhost({"enumerate", "Merolt_FCHBA_FCPort", "--fleet", FLEET});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output, StartsWith("Address "));
+    std::istringstream lines(ended.output);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_LE(line.size(), 100U) << line;
+}
+
+TEST(Program, AnInstanceThatDoesNotExistIsACimError) {
+    const Ended ended =
+        cimhost({"--fleet", FLEET, "get",
+                 "Merolt_FCHBA_FCPort.SystemCreationClassName=a,SystemName=b,CreationClassName=c,DeviceID=nothing"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_THAT(ended.errors, HasSubstr("cimhost: CIM_ERR_NOT_FOUND (6): "));
+}
+
+TEST(Program, AnUnknownClassIsACimError) {
+    const Ended ended = cimhost({"--fleet", FLEET, "names", "T_None"});
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.errors, HasSubstr("CIM_ERR_INVALID_CLASS (5)"));
+}
+
+struct BadStart {
+    std::string name;
+    std::vector<std::string> arguments;
+    std::string message;
+};
+
+class RefusedStart : public testing::TestWithParam<BadStart> {};
+
+TEST_P(RefusedStart, SaysWhyInOneMessage) {
+    const Ended ended = cimhost(GetParam().arguments);
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_THAT(ended.errors, HasSubstr(GetParam().message));
+    EXPECT_LE(lineCount(ended.errors), 2U) << ended.errors;
+}
+
+std::vector<BadStart> badStarts() {
+    return {
+        {"NoCommand", {}, "subcommand is required"},
+        {"UnknownOption", {"serve", "--colour"}, "--colour"},
+        {"NoClass", {"enumerate"}, "CLASS is required"},
+        {"NoPath", {"--fleet", FLEET, "get", "Merolt_FCHBA_FCPort"}, "an instance path reads"},
+        {"NoFleet",
+         {"--fleet", "/nonexistent/fleet.json", "serve", "--listen", "127.0.0.1:0"},
+         "/nonexistent/fleet.json"},
+        {"NoProvider", {"--provider", "/nonexistent/p.so", "serve", "--listen", "127.0.0.1:0"}, "/nonexistent/p.so"},
+        {"NoLibrary", {"--provider", FLEET, "serve", "--listen", "127.0.0.1:0"}, FLEET},
+        {"NoClasses", {"--mof", "/nonexistent", "serve", "--listen", "127.0.0.1:0"}, "/nonexistent/merolt.mof"},
+        {"Everywhere", {"serve", "--listen", "0.0.0.0:0"}, "--credentials"},
+        {"NoAddress", {"serve", "--listen", "example.com:1"}, "example.com"},
+        {"NoPort", {"serve", "--listen", "127.0.0.1:99999"}, "99999"},
+        {"CertificateAlone", {"serve", "--certificate", FLEET}, "--key"},
+        {"NoCredentials", {"serve", "--credentials", "/nonexistent/users"}, "/nonexistent/users"},
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(Starts, RefusedStart, testing::ValuesIn(badStarts()),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(Program, AnErrorInTheClassesIsNamedWithItsLine) {
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("cimhost_mof_" + std::to_string(::getpid()));
+    std::filesystem::create_directory(folder);
+    std::ofstream(folder / "merolt.mof") << "class T_A { string a; };\nclass T_B : T_None { };\n";
+    const Ended ended = cimhost({"--mof", folder.string(), "classes"});
+    std::filesystem::remove_all(folder);
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_THAT(ended.errors, StartsWith("cimhost: " + (folder / "merolt.mof").string() + ":2:"));
+}
+
+TEST(Program, ABadFleetIsNamedWithItsPlace) {
+    const TemporaryFile fleet("{\"cards\": [{\"colour\": \"red\"}]}");
+    const Ended ended = cimhost({"--fleet", fleet.path.string(), "classes"});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_THAT(ended.errors, StartsWith("cimhost: " + fleet.path.string()));
+    EXPECT_EQ(lineCount(ended.errors), 1U);
+}
+
+} // namespace
+} // namespace cimhost

@@ -1,0 +1,58 @@
+#include "cimhost/cli/table.h"
+#include "cimhost/cli/values_text.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace cimhost::cli {
+namespace {
+
+TEST(Table, ColumnsStandUnderTheirHeaders) {
+    EXPECT_EQ(renderTable({"Name", "Status"}, {{"port-1", "OK"}, {"ü", "Error"}}, 100), "Name    Status\n"
+                                                                                        "port-1  OK\n"
+                                                                                        "ü       Error\n");
+}
+
+TEST(Table, NoLineIsLongerThanTheTerminal) {
+    const std::string text = renderTable({"A", "B", "C"}, {{std::string(80, 'a'), std::string(70, 'b'), "c"}}, 100);
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        EXPECT_LE(length(line), 100U) << line;
+    EXPECT_NE(text.find("a…  b"), std::string::npos) << text;
+}
+
+TEST(Table, WhatDoesNotFitAtAllIsLeftOut) {
+    const Row headers(40, "header");
+    const std::string text = renderTable(headers, {Row(40, "value")}, 100);
+    EXPECT_LE(text.find('\n'), 100U);
+}
+
+TEST(Table, TextOfADeviceDoesNotSteerTheTerminal) {
+    EXPECT_EQ(printable("a\x1B[31mb\tc\x7F"), "a [31mb c ");
+    EXPECT_EQ(printable("\xC2\x9B"
+                        "31m"),
+              "  31m");
+}
+
+CMPIData number(CMPIType type, std::uint64_t value) {
+    CMPIData data{};
+    data.type = type;
+    data.value.uint64 = value;
+    return data;
+}
+
+TEST(ValuesText, SpeedsAndStatesAreToldInWords) {
+    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 16'000'000'000)), "16 Gbit/s");
+    EXPECT_EQ(shortText("MaxSpeed", number(CMPI_uint64, 10'625'000'000)), "10.625 Gbit/s");
+    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 100'000'000)), "100 Mbit/s");
+    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 1'000'000'001)), "1000000001 bit/s");
+    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 0)), "0 bit/s");
+    EXPECT_EQ(shortText("OperationalStatus", number(CMPI_uint16, 2)), "OK");
+    EXPECT_EQ(shortText("OperationalStatus", number(CMPI_uint16, 4711)), "4711");
+    EXPECT_EQ(fullText("OperationalStatus", number(CMPI_uint16, 10)), "10 (Stopped)");
+    EXPECT_EQ(fullText("BlockSize", number(CMPI_uint64, 512)), "512");
+}
+
+} // namespace
+} // namespace cimhost::cli

@@ -1,0 +1,68 @@
+// The host as the provider meets it: through the calls that libtavik.so.1 exports.
+#include <stdlib.h>
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "../loaded_library.h"
+#include "tavik/host/host_source.h"
+
+namespace tavik::host {
+namespace {
+
+class HostLibrary : public testing::Test {
+protected:
+    HostLibrary() {
+        ::setenv("TAVIK_SOURCE", "host", 1);
+        EXPECT_EQ(library.Initialize(0, 0), statusOk);
+    }
+    ~HostLibrary() override { library.Uninitialize(); }
+
+    std::vector<TAVIK_NicFunction*> nics() const {
+        std::vector<TAVIK_NicFunction*> found;
+        for (auto* card = library.GetAdapterList()->first; card != nullptr; card = card->next)
+            for (auto* port = card->phyPorts->first; port != nullptr; port = port->next)
+                for (auto* function = port->protocols->first; function != nullptr; function = function->next)
+                    if (function->type == TAVIK_ProtocolNic) found.push_back(&function->nic);
+        return found;
+    }
+
+    const test::LoadedLibrary library;
+};
+
+TEST_F(HostLibrary, treeHoldsTheInterfacesOfThisMachine) {
+    const auto loaded = tavik::makeHostSource()->load();
+    std::vector<std::string> expected, shown;
+    for (const auto& card : *std::get<Fleet>(loaded).cards)
+        for (const auto& port : *card.ports)
+            for (const auto& function : *port.functions)
+                if (const auto* nic = std::get_if<NicFunction>(&function)) expected.push_back(nic->deviceName);
+    for (const auto* nic : nics())
+        shown.emplace_back(nic->port.deviceName);
+    EXPECT_EQ(shown, expected);
+}
+
+TEST_F(HostLibrary, linkAndAddressesComeByDeviceName) {
+    const auto all = nics();
+    if (all.empty()) GTEST_SKIP() << "this machine has no Ethernet interface of its own";
+    for (const auto* nic : all) {
+        TAVIK_LinkProperties link{};
+        EXPECT_EQ(library.GetLinkProperties(nic->port.deviceName, &link), 0U);
+        EXPECT_EQ(+link.speed, +nic->port.link.speed);
+        TAVIK_IPProperties* ip = nullptr;
+        ASSERT_EQ(library.GetIPProperties(nic->port.deviceName, &ip), 0U);
+        EXPECT_LE(+ip->ipv4.family, 1);
+        EXPECT_EQ(library.FreeMem(ip), 0U);
+    }
+}
+
+TEST_F(HostLibrary, flashOfTheMachineIsNeverWritten) {
+    const auto all = nics();
+    if (all.empty()) GTEST_SKIP() << "this machine has no Ethernet interface of its own";
+    EXPECT_EQ(library.UpdateFlash(all.front()->adapterId, "flash.bin", 0), statusReadOnly);
+}
+
+} // namespace
+} // namespace tavik::host

@@ -4,8 +4,11 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
-#include <limits>
+#include <iterator>
+#include <memory>
+#include <mutex>
 #include <string>
+#include <vector>
 
 #include "tavik/library.h"
 #include "tavik/log.h"
@@ -45,7 +48,8 @@ Status guarded(const char* name, Call call) noexcept {
 template <typename Ask, typename... Pointers>
 Status asked(const char* name, Ask ask, Pointers... arguments) noexcept {
     return guarded(name, [&]() -> Status {
-        if (((arguments == nullptr) || ...)) return tavik::statusInvalidArgument;
+        const bool lacksArgument = (!arguments || ...);
+        if (lacksArgument) return tavik::statusInvalidArgument;
         const auto source = library().source();
         return source ? ask(*source) : tavik::statusNotInitialized;
     });

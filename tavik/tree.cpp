@@ -1,7 +1,6 @@
 #include "tavik/tree.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 

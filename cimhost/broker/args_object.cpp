@@ -16,24 +16,13 @@ const ArgsObject* ArgsObject::from(const CMPIArgs* object) noexcept {
     return checkedObject<const ArgsObject>(object, tables::args);
 }
 
-CMPIrc ArgsObject::add(std::string_view name, const CMPIValue* value, CMPIType type) {
-    CMPIData data;
-    const CMPIrc code = takeValue(*arena, value, type, data);
-    if (code != CMPI_RC_OK) return code;
-    const NamedData* known = list.find(name);
-    list.set(*arena, known ? known->name : arena->copyText(name), data);
-    return CMPI_RC_OK;
-}
-
 CMPIrc ArgsObject::add(std::string_view name, const CMPIData& data) {
     return add(name, (data.state & CMPI_nullValue) != 0 ? nullptr : &data.value, data.type);
 }
 
 ArgsObject* ArgsObject::copyTo(Arena& target) const {
     ArgsObject* copy = make(target);
-    for (const NamedData& argument : arguments()) {
-        copy->list.set(target, target.copyText(argument.name), copyData(target, argument.data));
-    }
+    copy->list = list.copyTo(target);
     return copy;
 }
 

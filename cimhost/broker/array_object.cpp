@@ -6,44 +6,9 @@
 namespace cimhost {
 namespace {
 
-bool isEncapsulatedElement(CMPIType type) noexcept {
-    return type == CMPI_string || type == CMPI_dateTime || type == CMPI_ref || type == CMPI_instance;
-}
-
 // What an element of that type takes; 0 for a type that has no arrays.
 std::size_t elementBytes(CMPIType type) noexcept {
-    const std::size_t size = scalarSize(type);
-    if (size != 0) return size;
-    return isEncapsulatedElement(inwardType(type)) ? sizeof(void*) : 0;
-}
-
-// True for an object that the arena already holds: then the array refers to it as it is.
-bool liesIn(const Arena& arena, const CMPIData& data) noexcept {
-    switch (data.type) {
-    case CMPI_dateTime:
-        return DateTimeObject::from(data.value.dateTime)->arena == &arena;
-    case CMPI_ref:
-        return ObjectPathObject::from(static_cast<const CMPIObjectPath*>(data.value.ref))->arena == &arena;
-    case CMPI_instance:
-        return InstanceObject::from(static_cast<const CMPIInstance*>(data.value.inst))->arena == &arena;
-    default:
-        return true; // texts never change, so it makes no difference
-    }
-}
-
-bool isOurs(const CMPIValue& value, CMPIType type) noexcept {
-    switch (type) {
-    case CMPI_string:
-        return StringObject::from(value.string);
-    case CMPI_dateTime:
-        return DateTimeObject::from(value.dateTime);
-    case CMPI_ref:
-        return ObjectPathObject::from(static_cast<const CMPIObjectPath*>(value.ref));
-    case CMPI_instance:
-        return InstanceObject::from(static_cast<const CMPIInstance*>(value.inst));
-    default:
-        return false;
-    }
+    return isObjectType(inwardType(type)) ? sizeof(void*) : scalarSize(type);
 }
 
 } // namespace
@@ -95,14 +60,10 @@ CMPIrc ArrayObject::setElement(CMPICount index, const CMPIValue* value, CMPIType
     if (index >= count) return CMPI_RC_ERR_NO_SUCH_PROPERTY;
     if (valueType != type && valueType != CMPI_null) return CMPI_RC_ERR_TYPE_MISMATCH;
     CMPIData data{};
-    // An object goes in as it is, as on other servers: what the caller changes in it later shows in the array.
-    if (value && isEncapsulatedElement(valueType) && value->string) {
-        if (!isOurs(*value, valueType)) return CMPI_RC_ERR_INVALID_HANDLE;
-        data.type = valueType;
-        data.value = *value;
-        if (data.type == CMPI_string || !liesIn(*arena, data)) data = copyData(*arena, data);
-    } else if (const CMPIrc code = takeValue(*arena, value, valueType, data); code != CMPI_RC_OK) {
-        return code;
+    data.state = CMPI_nullValue;
+    if (valueType != CMPI_null) {
+        const CMPIrc code = takeValue(*arena, value, valueType, data);
+        if (code != CMPI_RC_OK) return code;
     }
     store(index, data);
     return CMPI_RC_OK;
@@ -143,9 +104,7 @@ CMPIData getElementAt(const CMPIArray* object, CMPICount index, CMPIStatus* stat
         return absentData();
     }
     setStatus(status, CMPI_RC_OK);
-    Arena& arena = workArena();
-    const CMPIData element = array->element(index);
-    return array->arena == &arena ? element : copyData(arena, element);
+    return handOut(array->element(index));
 }
 
 CMPIStatus setElementAt(CMPIArray* object, CMPICount index, const CMPIValue* value, CMPIType type) noexcept {

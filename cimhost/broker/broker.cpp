@@ -21,8 +21,9 @@ struct LiveBrokers {
     std::vector<Broker*> all;
 };
 
+// Never destroyed: a provider's thread may outlive everything else.
 LiveBrokers& liveBrokers() {
-    static LiveBrokers only;
+    static auto& only = *std::make_unique<LiveBrokers>().release();
     return only;
 }
 
@@ -76,6 +77,11 @@ Broker::~Broker() {
     LiveBrokers& live = liveBrokers();
     const std::lock_guard lock(live.mutex);
     std::erase(live.all, this);
+    // A thread that never detached must not go on making objects in memory that is gone. Only its own binding can be
+    // undone here; other threads have ended, since the broker outlives its users.
+    for (const auto& [context, prepared] : contexts) {
+        if (prepared->isAttached && prepared->thread == std::this_thread::get_id()) unbindThread(prepared->binding);
+    }
 }
 
 Broker* Broker::from(const CMPIBroker* broker) noexcept {
@@ -94,8 +100,10 @@ CMPIrc Broker::deliver(std::string_view nameSpace, const InstanceObject& indicat
         return settings.indicationSink(nameSpace, indication);
     } catch (const std::exception& failure) {
         log(LogLevel::error, std::string("an indication was not delivered: ") + failure.what());
-        return CMPI_RC_ERR_FAILED;
+    } catch (...) {
+        log(LogLevel::error, "an indication was not delivered");
     }
+    return CMPI_RC_ERR_FAILED;
 }
 
 std::vector<std::string> Broker::droppedProperties() const {
@@ -150,11 +158,12 @@ CMPIContext* Broker::prepareContext(const ContextObject& parent) {
 }
 
 CMPIrc Broker::attachContext(const CMPIContext* context) {
-    const std::lock_guard lock(mutex);
+    std::unique_lock lock(mutex);
     const auto place = contexts.find(context);
     if (place == contexts.end()) return CMPI_RC_ERR_INVALID_HANDLE;
     ThreadContext& prepared = *place->second;
     if (prepared.isAttached) {
+        lock.unlock();
         log(LogLevel::warning, "attachThread with a context that is attached already");
         return CMPI_RC_ERR_FAILED;
     }
@@ -166,16 +175,19 @@ CMPIrc Broker::attachContext(const CMPIContext* context) {
 }
 
 CMPIrc Broker::detachContext(const CMPIContext* context) {
-    const std::lock_guard lock(mutex);
+    std::unique_lock lock(mutex);
     const auto place = contexts.find(context);
     if (place == contexts.end()) return CMPI_RC_ERR_INVALID_HANDLE;
-    const ThreadContext& prepared = *place->second;
-    if (prepared.isAttached && prepared.thread != std::this_thread::get_id()) {
+    if (place->second->isAttached && place->second->thread != std::this_thread::get_id()) {
+        lock.unlock();
         log(LogLevel::warning, "detachThread in another thread than the one that was attached");
         return CMPI_RC_ERR_FAILED;
     }
-    if (prepared.isAttached) unbindThread(prepared.binding);
+    // What the thread made may be much, and is given back without holding up other threads.
+    const std::unique_ptr<ThreadContext> ended = std::move(place->second);
     contexts.erase(place);
+    lock.unlock();
+    if (ended->isAttached) unbindThread(ended->binding);
     return CMPI_RC_OK;
 }
 

@@ -61,7 +61,7 @@ public:
 };
 
 struct BrokerOptions {
-    LogSink log;                   ///< empty: messages are dropped
+    LogSink log;                   ///< empty: messages are dropped; must not call the broker's tables
     IndicationSink indicationSink; ///< empty: counts, and answers 1 as a server does to which nobody subscribed
     UpCalls* upCalls = nullptr;    ///< null: every up-call answers 7; must outlive the broker
 };
@@ -80,8 +80,10 @@ public:
     static Broker* from(const CMPIBroker* broker) noexcept;
 
     [[nodiscard]] const ClassRepository& repository() const noexcept { return classes; }
+    /// What answers the provider's calls to the server; never absent.
     [[nodiscard]] UpCalls& upCalls() const noexcept { return *calls; }
     void log(LogLevel level, std::string_view text) const;
+    /// Hands an indication to the sink, also one that nobody takes: counts it. What the sink throws is logged: 1.
     CMPIrc deliver(std::string_view nameSpace, const InstanceObject& indication);
 
     // What a test or an operator may ask about the provider's manners.
@@ -91,6 +93,7 @@ public:
     [[nodiscard]] std::uint64_t fatalUnattachedCalls() const noexcept { return fatalUnattached; }
     /// Other objects made without an attachment: production servers never free them. Here they go with their thread.
     [[nodiscard]] std::uint64_t leakingUnattachedCalls() const noexcept { return leakingUnattached; }
+    /// Calls of deliverIndication, whether or not somebody took the indication.
     [[nodiscard]] std::uint64_t deliveredIndications() const noexcept { return delivered; }
     /// "Class.Property" of every property that was set although its class lacks it; each once, at most 1000.
     [[nodiscard]] std::vector<std::string> droppedProperties() const;
@@ -101,13 +104,19 @@ public:
 
     // For the tables.
 
+    /// Remembers the property and warns of it, once each.
     void noteDroppedProperty(const ClassDeclaration& declaration, std::string_view property);
+    /// Counts the call, and warns of the first.
     void noteFatalUnattachedCall(std::string_view function);
-    /// The same for a call that names no broker.
+    /// The same for a call that names no broker, at every broker there is.
     static void noteUnownedCall(std::string_view function);
     void noteLeakingUnattachedCall() noexcept { ++leakingUnattached; }
+    /// A context with the parent's entries, which the broker keeps until it is detached.
     CMPIContext* prepareContext(const ContextObject& parent);
+    /// Binds the calling thread to a prepared context. 0; 60 for a context that is none; 1 if it is attached already.
     CMPIrc attachContext(const CMPIContext* context);
+    /// Ends a context, with everything that its thread made. 0; 60 for a context that is none; 1 in another thread than
+    /// the attached one.
     CMPIrc detachContext(const CMPIContext* context);
 
 private:

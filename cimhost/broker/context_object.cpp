@@ -15,15 +15,6 @@ const ContextObject* ContextObject::from(const CMPIContext* object) noexcept {
     return checkedObject<const ContextObject>(object, tables::context);
 }
 
-CMPIrc ContextObject::add(std::string_view name, const CMPIValue* value, CMPIType type) {
-    CMPIData data;
-    const CMPIrc code = takeValue(*arena, value, type, data);
-    if (code != CMPI_RC_OK) return code;
-    const NamedData* known = list.find(name);
-    list.set(*arena, known ? known->name : arena->copyText(name), data);
-    return CMPI_RC_OK;
-}
-
 void ContextObject::addText(std::string_view name, std::string_view text) {
     CMPIValue value{};
     value.string = StringObject::make(*arena, text);

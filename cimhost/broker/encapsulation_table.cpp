@@ -10,7 +10,7 @@ namespace cimhost {
 namespace {
 
 // An array beyond this would be a slip of the provider's, and must not take the host's memory.
-constexpr CMPICount largestArray = 1U << 26;
+constexpr CMPICount largestArray = 1U << 24;
 
 void noteMaker(const CMPIBroker* broker) noexcept {
     if (currentBinding()) return;

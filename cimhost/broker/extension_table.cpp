@@ -105,8 +105,8 @@ const CMPIBrokerExtFT tables::extension = {
     resolveFileName,
     newThread,
     joinThreadFromTable,
-    nullptr, // exitThread and cancelThread: to end a thread from within or without leaves its locks held
-    nullptr,
+    nullptr, // exitThread: to end a thread from within leaves its locks held
+    nullptr, // cancelThread: the same from without
     threadSleep,
     threadOnce,
     createThreadKey,

@@ -26,7 +26,6 @@ std::size_t lengthOf(const char* const* names) noexcept {
 // An instance in a property is a string in MOF, marked as embedded; the declared type is that of the string.
 bool fitsDeclaration(CMPIType given, const PropertyDeclaration& property) noexcept {
     if (given == property.type) return true;
-    if (given == CMPI_null) return property.type == CMPI_boolean;
     const bool isEmbedded = elementOf(given) == CMPI_instance && elementOf(property.type) == CMPI_string &&
                             isArrayType(given) == property.isArray();
     return isEmbedded && (findQualifier(property.qualifiers, "EmbeddedInstance") ||
@@ -35,7 +34,7 @@ bool fitsDeclaration(CMPIType given, const PropertyDeclaration& property) noexce
 
 } // namespace
 
-InstanceObject::InstanceObject(Broker& owner, Arena& home, ObjectPathObject& path)
+InstanceObject::InstanceObject(Broker& owner, Arena& home, const ObjectPathObject& path)
     : CMPIInstance{this, tablePointer(tables::instance)}, broker(&owner), arena(&home), origin(&path) {
     if (!path.declared) return;
     const std::size_t count = path.declared->properties().size();
@@ -61,13 +60,10 @@ const CMPIData* InstanceObject::value(std::string_view name) const noexcept {
 }
 
 CMPIrc InstanceObject::setProperty(std::string_view name, const CMPIValue* value, CMPIType type) {
-    CMPIData data;
     const ClassDeclaration* declared = declaration();
     if (!declared) {
         if (wantedNames && !isListed(wantedNames, name)) return CMPI_RC_OK;
-        const CMPIrc code = takeValue(*arena, value, type, data);
-        if (code == CMPI_RC_OK) setFreeProperty(name, data);
-        return code;
+        return extra.take(*arena, name, value, type);
     }
     const std::size_t position = declared->findProperty(name);
     if (position == ClassDeclaration::notFound) {
@@ -77,8 +73,8 @@ CMPIrc InstanceObject::setProperty(std::string_view name, const CMPIValue* value
     const PropertyDeclaration& property = declared->properties()[position];
     if (!fitsDeclaration(inwardType(type), property)) return CMPI_RC_ERR_INVALID_DATA_TYPE;
     if (!isWanted(position)) return CMPI_RC_OK;
+    CMPIData data;
     if (const CMPIrc code = takeValue(*arena, value, type, data); code != CMPI_RC_OK) return code;
-    if (type == CMPI_null) data.type = property.type;
     ownSlots();
     slots[position] = data;
     return CMPI_RC_OK;
@@ -86,11 +82,6 @@ CMPIrc InstanceObject::setProperty(std::string_view name, const CMPIValue* value
 
 CMPIrc InstanceObject::setProperty(std::string_view name, const CMPIData& data) {
     return setProperty(name, (data.state & CMPI_nullValue) != 0 ? nullptr : &data.value, data.type);
-}
-
-void InstanceObject::setFreeProperty(std::string_view name, const CMPIData& data) {
-    const NamedData* known = extra.find(name);
-    extra.set(*arena, known ? known->name : arena->copyText(name), data);
 }
 
 void InstanceObject::setPropertyFilter(const char* const* properties, const char* const* keys) {
@@ -138,7 +129,7 @@ void InstanceObject::filterFreeProperties(const char* const* properties, const c
     *names = nullptr;
     NamedDataList kept;
     for (const NamedData& property : extra.items()) {
-        if (isListed(wantedNames, property.name)) kept.set(*arena, property.name, property.data);
+        if (isListed(wantedNames, property.name)) kept.setNamed(*arena, property.name, property.data);
     }
     extra = kept;
 }
@@ -174,6 +165,7 @@ CMPIrc InstanceObject::setPath(const ObjectPathObject& path) {
 }
 
 InstanceObject* InstanceObject::copyTo(Arena& target) const {
+    if (&target == arena) return shareInOwnArena();
     auto* copy = target.make<InstanceObject>(*broker, target, *origin->copyTo(target));
     const ClassDeclaration* declared = declaration();
     const std::size_t count = declared ? declared->properties().size() : 0;
@@ -185,18 +177,16 @@ InstanceObject* InstanceObject::copyTo(Arena& target) const {
         copy->wanted = target.allocateArray<std::uint64_t>(words);
         std::copy_n(wanted, words, copy->wanted);
     }
-    for (const NamedData& property : extra.items()) {
-        copy->extra.set(target, target.copyText(property.name), copyData(target, property.data));
-    }
+    copy->extra = extra.copyTo(target);
     if (wantedNames) copy->filterFreeProperties(wantedNames, nullptr);
     return copy;
 }
 
-InstanceObject* InstanceObject::snapshot(Arena& target) {
-    if (&target != arena) return copyTo(target);
+InstanceObject* InstanceObject::shareInOwnArena() const {
     slotsShared = slots != nullptr;
-    auto* copy = target.make<InstanceObject>(*this);
+    auto* copy = arena->make<InstanceObject>(*this);
     copy->hdl = copy;
+    copy->ownsArena = false;
     copy->extra = extra.share();
     return copy;
 }

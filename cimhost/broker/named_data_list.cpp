@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "cimhost/broker/objects.h"
+#include "cimhost/broker/values.h"
 
 namespace cimhost {
 
@@ -13,6 +13,11 @@ const NamedData* NamedDataList::find(std::string_view name) const noexcept {
 
 void NamedDataList::set(Arena& arena, std::string_view name, const CMPIData& data) {
     const NamedData* known = find(name);
+    setNamed(arena, known ? known->name : arena.copyText(name), data);
+}
+
+void NamedDataList::setNamed(Arena& arena, std::string_view lastingName, const CMPIData& data) {
+    const NamedData* known = find(lastingName);
     const auto position = known ? static_cast<std::uint32_t>(known - first) : count;
     if (capacity < count + (known ? 0 : 1)) {
         const std::uint32_t larger = std::max<std::uint32_t>(count * 2, 4);
@@ -25,10 +30,27 @@ void NamedDataList::set(Arena& arena, std::string_view name, const CMPIData& dat
         first[position].data = data;
         return;
     }
-    first[count++] = {name, data};
+    first[count++] = {lastingName, data};
 }
 
-NamedDataList NamedDataList::share() noexcept {
+CMPIrc NamedDataList::take(Arena& arena, std::string_view name, const CMPIValue* value, CMPIType type) {
+    CMPIData data;
+    const CMPIrc code = takeValue(arena, value, type, data);
+    if (code == CMPI_RC_OK) set(arena, name, data);
+    return code;
+}
+
+NamedDataList NamedDataList::copyTo(Arena& target) const {
+    NamedDataList copy;
+    copy.first = target.allocateArray<NamedData>(count);
+    copy.capacity = count;
+    for (const NamedData& item : items()) {
+        copy.first[copy.count++] = {target.copyText(item.name), copyData(target, item.data)};
+    }
+    return copy;
+}
+
+NamedDataList NamedDataList::share() const noexcept {
     capacity = 0;
     return *this;
 }

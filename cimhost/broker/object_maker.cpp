@@ -1,9 +1,7 @@
-#include <charconv>
-#include <cmath>
-
 #include "cimhost/broker/broker.h"
 #include "cimhost/broker/table_support.h"
 #include "cimhost/broker/values.h"
+#include "cimhost/model/utf8.h"
 
 namespace cimhost {
 namespace {
@@ -30,44 +28,19 @@ std::optional<CMPIData> booleanData(std::string_view text) noexcept {
 }
 
 template <typename Real>
-std::optional<Real> realNumber(std::string_view text) noexcept {
-    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
-    Real number = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (failure != std::errc() || end != text.data() + text.size() || !std::isfinite(number)) return std::nullopt;
-    return number;
-}
-
-std::optional<CMPIData> realData(CMPIType type, std::string_view text) noexcept {
-    CMPIData data = typedData(type);
-    if (type == CMPI_real32) {
-        const auto number = realNumber<CMPIReal32>(text);
-        if (!number) return std::nullopt;
-        data.value.real32 = *number;
-        return data;
-    }
-    const auto number = realNumber<CMPIReal64>(text);
+std::optional<CMPIData> realData(CMPIType type, std::string_view text, Real CMPIValue::*member) noexcept {
+    const auto number = parseReal<Real>(text);
     if (!number) return std::nullopt;
-    data.value.real64 = *number;
+    CMPIData data = typedData(type);
+    data.value.*member = *number;
     return data;
 }
 
-// One character of UTF-8 that fits 16 bits.
 std::optional<CMPIData> characterData(std::string_view text) noexcept {
-    const auto byte = [&](std::size_t place) { return static_cast<unsigned char>(text[place]); };
-    const auto continues = [&](std::size_t place) { return (byte(place) & 0xc0) == 0x80; };
-    unsigned code = 0;
-    if (text.size() == 1 && byte(0) < 0x80) {
-        code = byte(0);
-    } else if (text.size() == 2 && (byte(0) & 0xe0) == 0xc0 && continues(1)) {
-        code = (byte(0) & 0x1fU) << 6 | (byte(1) & 0x3fU);
-    } else if (text.size() == 3 && (byte(0) & 0xf0) == 0xe0 && continues(1) && continues(2)) {
-        code = (byte(0) & 0x0fU) << 12 | (byte(1) & 0x3fU) << 6 | (byte(2) & 0x3fU);
-    } else {
-        return std::nullopt;
-    }
+    const auto code = singleCharacter(text);
+    if (!code || *code > 0xffff) return std::nullopt;
     CMPIData data = typedData(CMPI_char16);
-    data.value.char16 = static_cast<CMPIChar16>(code);
+    data.value.char16 = static_cast<CMPIChar16>(*code);
     return data;
 }
 
@@ -115,8 +88,9 @@ std::optional<CMPIData> ObjectMaker::value(CMPIType type, std::string_view text)
     case CMPI_boolean:
         return booleanData(text);
     case CMPI_real32:
+        return realData(type, text, &CMPIValue::real32);
     case CMPI_real64:
-        return realData(type, text);
+        return realData(type, text, &CMPIValue::real64);
     case CMPI_char16:
         return characterData(text);
     case CMPI_string:

@@ -112,36 +112,24 @@ CMPIrc ObjectPathObject::addKey(std::string_view name, const CMPIData& data) {
     if ((data.state & CMPI_nullValue) != 0) return CMPI_RC_ERR_FAILED;
     const PropertyDeclaration* property = declared ? declared->property(name) : nullptr;
     if (property && property->isKey && !fitsKey(data, property->type)) return CMPI_RC_ERR_INVALID_DATA_TYPE;
-    const NamedData* known = keyBindings.find(name);
-    const std::string_view kept = known      ? known->name
-                                  : property ? keepText(*arena, name, property->name)
-                                             : arena->copyText(name);
-    keyBindings.set(*arena, kept, asKey(*arena, data));
+    const CMPIData key = asKey(*arena, data);
+    if (property && property->name == name) {
+        keyBindings.setNamed(*arena, property->name, key);
+    } else {
+        keyBindings.set(*arena, name, key);
+    }
     return CMPI_RC_OK;
 }
 
 ObjectPathObject* ObjectPathObject::copyTo(Arena& target) const {
-    // Texts never change in place, so a copy in the same arena needs none of its own.
-    const auto keep = [&](std::string_view text) { return &target == arena ? text : target.copyText(text); };
     auto* copy = target.make<ObjectPathObject>(*broker, target);
+    const bool isSameArena = &target == arena;
+    const auto keep = [&](std::string_view text) { return isSameArena ? text : target.copyText(text); };
     copy->declared = declared;
     copy->hostText = keep(hostText);
     copy->nameSpaceText = keep(nameSpaceText);
     copy->classText = keep(classText);
-    for (const NamedData& key : keys()) {
-        copy->keyBindings.set(target, keep(key.name), copyData(target, key.data));
-    }
-    return copy;
-}
-
-ObjectPathObject* ObjectPathObject::snapshot(Arena& target) {
-    if (&target != arena) return copyTo(target);
-    auto* copy = target.make<ObjectPathObject>(*broker, target);
-    copy->declared = declared;
-    copy->hostText = hostText;
-    copy->nameSpaceText = nameSpaceText;
-    copy->classText = classText;
-    copy->keyBindings = keyBindings.share();
+    copy->keyBindings = isSameArena ? keyBindings.share() : keyBindings.copyTo(target);
     return copy;
 }
 

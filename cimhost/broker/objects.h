@@ -1,7 +1,7 @@
 // The objects behind the CMPI tables as the server sees them: each begins with the two words that a provider knows.
 // They lie in arenas (that of a request, an attached thread or a clone), are never copied by value, and go with their
-// arena. What one object holds is its own: values are copied in, and copied again for whoever asks, unless they cannot
-// change and lie in the same arena.
+// arena. What one object holds is its own: values are copied in, and copied again for whoever asks. Within one arena a
+// copy is cheap: what cannot change is shared, and the rest until one side changes it.
 #pragma once
 
 #include <cstdint>
@@ -25,21 +25,27 @@ struct NamedData {
     CMPIData data;
 };
 
-/// A list that grows in an arena. Copies of the list share their items until one of them changes.
+/// A list that grows in an arena, always the same one.
 class NamedDataList {
 public:
     [[nodiscard]] std::span<const NamedData> items() const noexcept { return {first, count}; }
+    /// Null if there is none of that name.
     [[nodiscard]] const NamedData* find(std::string_view name) const noexcept;
-    /// Replaces the value of that name or adds one. A new name's text must end in NUL and outlive the list.
+    /// Replaces the value of that name or adds one. The data lies in the arena; a new name is copied there.
     void set(Arena& arena, std::string_view name, const CMPIData& data);
-    void clear() noexcept { *this = NamedDataList(); }
-    /// What set() on this list or on a copy changes, the other does not see.
-    NamedDataList share() noexcept;
+    /// The same for a name that ends in NUL and outlives the list.
+    void setNamed(Arena& arena, std::string_view lastingName, const CMPIData& data);
+    /// set() for a value as a table function is given it. 0, or what takeValue() refuses it with.
+    CMPIrc take(Arena& arena, std::string_view name, const CMPIValue* value, CMPIType type);
+    /// A list of its own in another arena.
+    [[nodiscard]] NamedDataList copyTo(Arena& target) const;
+    /// A list in the same arena; what changes in one of the two, the other does not see.
+    [[nodiscard]] NamedDataList share() const noexcept;
 
 private:
     NamedData* first = nullptr;
     std::uint32_t count = 0;
-    std::uint32_t capacity = 0; // 0 for shared items: they are copied before the first change
+    mutable std::uint32_t capacity = 0; // 0 for shared items: they are copied before the first change
 };
 
 /// A text. `hdl` is the text itself, ends in NUL, and never changes.
@@ -69,7 +75,7 @@ public:
     [[nodiscard]] CMPIType elementType() const noexcept { return type; }
     /// index < size(). A null element has CMPI_nullValue in its state.
     [[nodiscard]] CMPIData element(CMPICount index) const noexcept;
-    /// 0, 12 beyond the end, 13 for another type, 60 for a broken object. Objects are stored as they come.
+    /// 0, 12 beyond the end, 13 for another type, 60 for a broken object. CMPI_null as the type makes a null element.
     CMPIrc setElement(CMPICount index, const CMPIValue* value, CMPIType valueType);
     /// Stores data of exactly the element's type (string for chars), or null.
     void store(CMPICount index, const CMPIData& data) noexcept;
@@ -134,11 +140,9 @@ public:
     /// than the class declares for that key; 60 for a broken object. Keys that the class lacks are stored as well.
     CMPIrc addKey(std::string_view name, const CMPIValue* value, CMPIType type);
     CMPIrc addKey(std::string_view name, const CMPIData& data);
-    void clearKeys() noexcept { keyBindings.clear(); }
 
+    /// A copy that later changes of this path do not reach.
     ObjectPathObject* copyTo(Arena& target) const;
-    /// A copy that later changes of this path do not reach; cheap within the path's own arena.
-    ObjectPathObject* snapshot(Arena& target);
     /// `//host/root/ns:Class.Key="text",Other=1`, without the parts that are empty.
     void appendText(std::string& out) const;
 
@@ -211,25 +215,25 @@ public:
     /// Takes over namespace, host and keys; the class must stay the same: 0, or 1 if it is another one.
     CMPIrc setPath(const ObjectPathObject& path);
 
+    /// A copy that later changes of this instance do not reach.
     InstanceObject* copyTo(Arena& target) const;
-    /// A copy that later changes of this instance do not reach; cheap within the instance's own arena.
-    InstanceObject* snapshot(Arena& target);
 
-    InstanceObject(Broker& broker, Arena& arena, ObjectPathObject& path);
+    /// path lies in the arena and is the instance's alone.
+    InstanceObject(Broker& broker, Arena& arena, const ObjectPathObject& path);
 
     Broker* broker;
     Arena* arena;
     bool ownsArena = false;
-    bool slotsShared = false;
-    ObjectPathObject* origin; // what the instance was made with; owned
+    mutable bool slotsShared = false;
+    const ObjectPathObject* origin; // what the instance was made with; its own copy, which never changes
     CMPIData* slots = nullptr;
     std::uint64_t* wanted = nullptr;    // a bit for each slot, null without a filter
     const char** wantedNames = nullptr; // the same for free properties
     NamedDataList extra;
 
 private:
+    InstanceObject* shareInOwnArena() const;
     void ownSlots();
-    void setFreeProperty(std::string_view name, const CMPIData& data);
     void filterSlots(const ClassDeclaration& declared, const char* const* properties, const char* const* keys);
     void filterFreeProperties(const char* const* properties, const char* const* keys);
 };
@@ -242,8 +246,10 @@ public:
 
     [[nodiscard]] std::span<const NamedData> arguments() const noexcept { return list.items(); }
     [[nodiscard]] const NamedData* argument(std::string_view name) const noexcept { return list.find(name); }
-    /// 0, or 60 for a broken object, 61 for a type that no argument can have.
-    CMPIrc add(std::string_view name, const CMPIValue* value, CMPIType type);
+    /// Adds an argument or replaces its value. 0, or 60 for a broken object, 61 for a type that no argument can have.
+    CMPIrc add(std::string_view name, const CMPIValue* value, CMPIType type) {
+        return list.take(*arena, name, value, type);
+    }
     CMPIrc add(std::string_view name, const CMPIData& data);
     ArgsObject* copyTo(Arena& target) const;
 
@@ -260,7 +266,10 @@ public:
 
     [[nodiscard]] std::span<const NamedData> entries() const noexcept { return list.items(); }
     [[nodiscard]] const NamedData* entry(std::string_view name) const noexcept { return list.find(name); }
-    CMPIrc add(std::string_view name, const CMPIValue* value, CMPIType type);
+    /// Adds an entry or replaces its value. 0, or 60 for a broken object, 61 for a type that no entry can have.
+    CMPIrc add(std::string_view name, const CMPIValue* value, CMPIType type) {
+        return list.take(*arena, name, value, type);
+    }
     void addText(std::string_view name, std::string_view text);
     void addNumber(std::string_view name, CMPIUint32 number);
 

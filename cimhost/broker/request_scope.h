@@ -27,8 +27,10 @@ public:
     RequestScope(const RequestScope&) = delete;
     RequestScope& operator=(const RequestScope&) = delete;
 
+    /// The broker that the calls of this request go through.
     [[nodiscard]] Broker& broker() const noexcept { return *binding.broker; }
     [[nodiscard]] Arena& arena() noexcept { return memory; }
+    /// Makes objects that end with the request.
     [[nodiscard]] ObjectMaker make() noexcept { return {*binding.broker, memory}; }
 
 private:

@@ -14,17 +14,17 @@ ResultCollector* ResultCollector::from(const CMPIResult* object) noexcept {
 
 CMPIrc ResultCollector::addInstance(const CMPIInstance* object) {
     if (allowed != ResultKind::instances) return CMPI_RC_ERR_NOT_SUPPORTED;
-    InstanceObject* instance = InstanceObject::from(const_cast<CMPIInstance*>(object));
+    const InstanceObject* instance = InstanceObject::from(object);
     if (!instance) return CMPI_RC_ERR_INVALID_HANDLE;
-    instances.push_back(instance->snapshot(*arena));
+    instances.push_back(instance->copyTo(*arena));
     return CMPI_RC_OK;
 }
 
 CMPIrc ResultCollector::addPath(const CMPIObjectPath* object) {
     if (allowed != ResultKind::paths) return CMPI_RC_ERR_NOT_SUPPORTED;
-    ObjectPathObject* path = ObjectPathObject::from(const_cast<CMPIObjectPath*>(object));
+    const ObjectPathObject* path = ObjectPathObject::from(object);
     if (!path) return CMPI_RC_ERR_INVALID_HANDLE;
-    paths.push_back(path->snapshot(*arena));
+    paths.push_back(path->copyTo(*arena));
     return CMPI_RC_OK;
 }
 

@@ -26,7 +26,9 @@ extern const CMPIBrokerExtFT extension;
 
 } // namespace tables
 
+/// Makes a binding the calling thread's innermost one. It must stay until unbindThread(), in the same thread.
 void bindThread(ThreadBinding& binding) noexcept;
+/// Takes a binding away, the innermost one or one further out; nothing happens if it is none of this thread's.
 void unbindThread(const ThreadBinding& binding) noexcept;
 
 /// Where the calling thread's objects lie now.
@@ -38,17 +40,20 @@ Table* tablePointer(const Table& table) noexcept {
     return const_cast<Table*>(&table);
 }
 
+/// The object behind a CMPI struct; null unless it is whole and its table is the given one.
 template <typename Wanted, typename Object, typename Table>
 Wanted* checkedObject(Object* object, const Table& table) noexcept {
     return object && object->hdl && object->ft == &table ? static_cast<Wanted*>(object) : nullptr;
 }
 
+/// A status without a message, or with one that lies in the calling thread's arena.
 inline CMPIStatus statusOf(CMPIrc code) noexcept { return {code, nullptr}; }
 
 inline CMPIStatus statusOf(CMPIrc code, std::string_view message) {
     return {code, StringObject::make(workArena(), message)};
 }
 
+/// Callers of the tables may leave their status out.
 inline void setStatus(CMPIStatus* status, CMPIrc code) noexcept {
     if (status) *status = statusOf(code);
 }
@@ -57,6 +62,7 @@ inline void setStatus(CMPIStatus* status, CMPIrc code, std::string_view message)
     if (status) *status = statusOf(code, message);
 }
 
+/// The text; empty for a null pointer.
 inline std::string_view textOf(const char* text) noexcept { return text ? std::string_view(text) : std::string_view(); }
 
 /// The answer of every getter that finds nothing.

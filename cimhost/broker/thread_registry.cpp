@@ -17,6 +17,7 @@ struct Thread {
     const Broker* owner;
     pthread_t handle{};
     bool isRunning = true;
+    bool isJoined = false; // by somebody who still waits
 };
 
 struct Registry {
@@ -67,14 +68,18 @@ int joinThread(void* thread, void** result) {
     {
         const std::lock_guard lock(known.mutex);
         const auto place = known.threads.find(thread);
-        if (place == known.threads.end() || place->second->isDetached) return ESRCH;
+        if (place == known.threads.end() || place->second->isDetached || place->second->isJoined) return ESRCH;
+        place->second->isJoined = true;
         handle = place->second->handle;
     }
     const int failure = pthread_join(handle, result);
-    if (failure != 0) return failure;
     const std::lock_guard lock(known.mutex);
-    known.threads.erase(thread);
-    return 0;
+    if (failure == 0) {
+        known.threads.erase(thread);
+    } else {
+        known.threads.at(thread)->isJoined = false;
+    }
+    return failure;
 }
 
 std::size_t countRunningThreads(const Broker& owner) {

@@ -5,14 +5,10 @@
 #include <cstring>
 
 #include "cimhost/broker/table_support.h"
+#include "cimhost/model/utf8.h"
 
 namespace cimhost {
 namespace {
-
-bool isShareable(const CMPIString* string, const Arena& arena) noexcept {
-    const StringObject* object = StringObject::from(string);
-    return object && object->arena == &arena;
-}
 
 CMPIrc takeText(Arena& arena, const char* text, CMPIData& data) {
     if (text) {
@@ -23,53 +19,40 @@ CMPIrc takeText(Arena& arena, const char* text, CMPIData& data) {
     return CMPI_RC_OK;
 }
 
-// data.value.* is what a getter will give, source what the caller gave.
-template <typename Object, typename Base, typename Copy>
-CMPIrc takeObject(const Base* source, Base*& place, CMPIData& data, Copy&& copy) {
-    if (!source) {
+// True for a whole object of ours, of the data's type.
+bool isWhole(const CMPIData& data) noexcept {
+    if (isArrayType(data.type)) return ArrayObject::from(data.value.array);
+    switch (data.type) {
+    case CMPI_string:
+        return StringObject::from(data.value.string);
+    case CMPI_dateTime:
+        return DateTimeObject::from(data.value.dateTime);
+    case CMPI_ref:
+        return ObjectPathObject::from(data.value.ref);
+    case CMPI_instance:
+        return InstanceObject::from(data.value.inst);
+    default:
+        return false;
+    }
+}
+
+// An object or an array: data has its inward type.
+CMPIrc takeObject(Arena& arena, const CMPIValue& value, CMPIData& data) {
+    // All these members of the union are pointers, and lie in the same place.
+    data.value.string = value.string;
+    if (!data.value.string) {
         data.state = CMPI_nullValue;
         return CMPI_RC_OK;
     }
-    const Object* object = Object::from(source);
-    if (!object) return CMPI_RC_ERR_INVALID_HANDLE;
-    place = copy(*object);
+    if (!isWhole(data)) return CMPI_RC_ERR_INVALID_HANDLE;
+    if (isArrayType(data.type)) {
+        const CMPIType actual = arrayOf(inwardType(ArrayObject::from(data.value.array)->elementType()));
+        // The bare array flag names no element type, so it takes every array.
+        if (data.type != CMPI_ARRAY && data.type != actual) return CMPI_RC_ERR_INVALID_DATA_TYPE;
+        data.type = actual;
+    }
+    data = copyData(arena, data);
     return CMPI_RC_OK;
-}
-
-CMPIrc takeArray(Arena& arena, const CMPIArray* source, CMPIType type, CMPIData& data) {
-    const ArrayObject* array = ArrayObject::from(source);
-    const CMPIType element = elementOf(data.type);
-    // The bare array flag names no element type, so it takes every array.
-    if (array && element != CMPI_null && inwardType(array->elementType()) != element) {
-        return CMPI_RC_ERR_INVALID_DATA_TYPE;
-    }
-    if (element == CMPI_null && type != CMPI_ARRAY) return CMPI_RC_ERR_INVALID_DATA_TYPE;
-    return takeObject<ArrayObject>(source, data.value.array, data,
-                                   [&](const ArrayObject& object) { return object.copyTo(arena); });
-}
-
-CMPIrc takeEncapsulated(Arena& arena, const CMPIValue& value, CMPIData& data) {
-    switch (data.type) {
-    case CMPI_string:
-        return takeObject<StringObject>(value.string, data.value.string, data, [&](const StringObject& object) {
-            return object.arena == &arena ? const_cast<StringObject*>(&object)
-                                          : StringObject::make(arena, object.text());
-        });
-    case CMPI_dateTime:
-        return takeObject<DateTimeObject>(value.dateTime, data.value.dateTime, data,
-                                          [&](const DateTimeObject& object) { return object.copyTo(arena); });
-    case CMPI_ref:
-        return takeObject<ObjectPathObject>(value.ref, data.value.ref, data,
-                                            [&](const ObjectPathObject& object) { return object.copyTo(arena); });
-    case CMPI_instance:
-        return takeObject<InstanceObject>(value.inst, data.value.inst, data,
-                                          [&](const InstanceObject& object) { return object.copyTo(arena); });
-    case CMPI_ptr:
-        data.value.dataPtr = value.dataPtr;
-        return CMPI_RC_OK;
-    default:
-        return CMPI_RC_ERR_INVALID_DATA_TYPE;
-    }
 }
 
 template <typename Number>
@@ -77,19 +60,6 @@ void appendNumber(std::string& out, Number number) {
     std::array<char, 40> digits{};
     const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
     out.append(digits.data(), written.ptr);
-}
-
-void appendCharacter(std::string& out, unsigned code) {
-    if (code < 0x80) {
-        out += static_cast<char>(code);
-    } else if (code < 0x800) {
-        out += static_cast<char>(0xc0 | code >> 6);
-        out += static_cast<char>(0x80 | (code & 0x3f));
-    } else {
-        out += static_cast<char>(0xe0 | code >> 12);
-        out += static_cast<char>(0x80 | (code >> 6 & 0x3f));
-        out += static_cast<char>(0x80 | (code & 0x3f));
-    }
 }
 
 } // namespace
@@ -113,19 +83,22 @@ std::size_t scalarSize(CMPIType type) noexcept {
 CMPIrc takeValue(Arena& arena, const CMPIValue* value, CMPIType type, CMPIData& data) {
     data = CMPIData{};
     data.type = inwardType(type);
-    if (type == CMPI_null || !value) {
+    const CMPIType element = elementOf(data.type);
+    const std::size_t size = scalarSize(element);
+    const bool isBareArray = type == CMPI_ARRAY && value && value->array;
+    if (size == 0 && !isObjectType(element) && !isBareArray) return CMPI_RC_ERR_INVALID_DATA_TYPE;
+    if (!value) {
         data.state = CMPI_nullValue;
         return CMPI_RC_OK;
     }
     // Callers pass the address of a plain variable as well as that of a whole CMPIValue: no byte too many is read.
-    if (const std::size_t size = scalarSize(type)) {
+    if (size != 0 && !isArrayType(type)) {
         std::memcpy(&data.value, value, size);
         return CMPI_RC_OK;
     }
     if (type == CMPI_chars) return takeText(arena, reinterpret_cast<const char*>(value), data);
     if (type == CMPI_charsptr) return takeText(arena, *reinterpret_cast<const char* const*>(value), data);
-    if (isArrayType(type)) return takeArray(arena, value->array, type, data);
-    return takeEncapsulated(arena, *value, data);
+    return takeObject(arena, *value, data);
 }
 
 CMPIData copyData(Arena& arena, const CMPIData& data) {
@@ -136,21 +109,21 @@ CMPIData copyData(Arena& arena, const CMPIData& data) {
         return copy;
     }
     switch (data.type) {
-    case CMPI_string:
-        if (!isShareable(data.value.string, arena)) {
-            copy.value.string = StringObject::make(arena, StringObject::from(data.value.string)->text());
-        }
+    case CMPI_string: {
+        const StringObject* object = StringObject::from(data.value.string);
+        if (object->arena != &arena) copy.value.string = object->copyTo(arena);
         break;
+    }
     case CMPI_dateTime: {
         const DateTimeObject* object = DateTimeObject::from(data.value.dateTime);
         if (object->arena != &arena) copy.value.dateTime = object->copyTo(arena);
         break;
     }
     case CMPI_ref:
-        copy.value.ref = ObjectPathObject::from(static_cast<const CMPIObjectPath*>(data.value.ref))->copyTo(arena);
+        copy.value.ref = ObjectPathObject::from(data.value.ref)->copyTo(arena);
         break;
     case CMPI_instance:
-        copy.value.inst = InstanceObject::from(static_cast<const CMPIInstance*>(data.value.inst))->copyTo(arena);
+        copy.value.inst = InstanceObject::from(data.value.inst)->copyTo(arena);
         break;
     default:
         break;
@@ -172,7 +145,7 @@ void appendValueText(std::string& out, const CMPIData& data) {
         out += data.value.boolean ? "true" : "false";
         break;
     case CMPI_char16:
-        appendCharacter(out, data.value.char16);
+        appendUtf8(out, data.value.char16);
         break;
     case CMPI_sint8:
         appendNumber(out, int{data.value.sint8});
@@ -199,7 +172,7 @@ void appendValueText(std::string& out, const CMPIData& data) {
         out += DateTimeObject::from(data.value.dateTime)->text();
         break;
     case CMPI_ref:
-        ObjectPathObject::from(static_cast<const CMPIObjectPath*>(data.value.ref))->appendText(out);
+        ObjectPathObject::from(data.value.ref)->appendText(out);
         break;
     default:
         break;

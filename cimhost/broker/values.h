@@ -16,9 +16,15 @@ constexpr CMPIType inwardType(CMPIType type) noexcept {
 /// Bytes of a number, boolean or character; 0 for other types.
 std::size_t scalarSize(CMPIType type) noexcept;
 
-/// Reads a value as a table function is given it and copies it into the arena. data gets the inward type. A null
-/// pointer, or one in the value, makes a null of that type. 60 for a broken object, 61 for a type that no property or
-/// argument has, or an array whose elements are of another type than said.
+/// True for the scalar types whose values are objects: string, datetime, reference, instance.
+constexpr bool isObjectType(CMPIType type) noexcept {
+    return type == CMPI_string || type == CMPI_dateTime || type == CMPI_ref || type == CMPI_instance;
+}
+
+/// Reads a value as a table function is given it and copies it into the arena. data gets the inward type; the bare
+/// array flag becomes the type of the array. A null pointer, or one in the value, makes a null of that type. 60 for a
+/// broken object, 61 for a type that no property or argument has, or an array whose elements are of another type than
+/// said.
 CMPIrc takeValue(Arena& arena, const CMPIValue* value, CMPIType type, CMPIData& data);
 
 /// The same value in another arena; what cannot change is shared if it lies there already.

@@ -10,13 +10,13 @@ namespace {
 
 class ClassWriter {
 public:
-    ClassWriter(std::string& target, const ClassOptions& wanted) : out(target), options(wanted) {}
+    ClassWriter(ByteBuffer& target, const ClassOptions& wanted) : out(target), options(wanted) {}
 
     void write(const ClassDeclaration& declaration) {
-        out += "<CLASS";
+        out.append("<CLASS");
         appendAttribute(out, "NAME", declaration.name());
         if (declaration.superclass()) appendAttribute(out, "SUPERCLASS", declaration.superclass()->name());
-        out += '>';
+        out.append(">");
         qualifiers(declaration.qualifiers());
         for (const PropertyDeclaration& property : declaration.properties()) {
             if (options.localOnly && property.isPropagated) continue;
@@ -26,7 +26,7 @@ public:
         for (const MethodDeclaration& method : declaration.methods()) {
             if (!options.localOnly || !method.isPropagated) write(method);
         }
-        out += "</CLASS>";
+        out.append("</CLASS>");
     }
 
 private:
@@ -38,7 +38,7 @@ private:
         typeAttributes(property.type, property.referenceClass);
         arraySize(property.arraySize);
         origin(property.classOrigin, property.isPropagated);
-        out += '>';
+        out.append(">");
         qualifiers(property.qualifiers);
         value(property.defaultValue);
         close(element);
@@ -48,7 +48,7 @@ private:
         open("METHOD", method.name);
         appendAttribute(out, "TYPE", typeName(method.returnType));
         origin(method.classOrigin, method.isPropagated);
-        out += '>';
+        out.append(">");
         qualifiers(method.qualifiers);
         for (const ParameterDeclaration& parameter : method.parameters)
             write(parameter);
@@ -63,7 +63,7 @@ private:
         open(element, parameter.name);
         typeAttributes(parameter.type, parameter.referenceClass);
         arraySize(parameter.arraySize);
-        out += '>';
+        out.append(">");
         qualifiers(parameter.qualifiers);
         close(element);
     }
@@ -71,11 +71,11 @@ private:
     void write(const Qualifier& qualifier) {
         open("QUALIFIER", qualifier.name);
         appendAttribute(out, "TYPE", typeName(qualifier.value.type));
-        if (qualifier.isPropagated) out += " PROPAGATED=\"true\"";
-        if (!qualifier.flavor.isOverridable) out += " OVERRIDABLE=\"false\"";
-        if (!qualifier.flavor.isToSubclass) out += " TOSUBCLASS=\"false\"";
-        if (qualifier.flavor.isTranslatable) out += " TRANSLATABLE=\"true\"";
-        out += '>';
+        if (qualifier.isPropagated) out.append(" PROPAGATED=\"true\"");
+        if (!qualifier.flavor.isOverridable) out.append(" OVERRIDABLE=\"false\"");
+        if (!qualifier.flavor.isToSubclass) out.append(" TOSUBCLASS=\"false\"");
+        if (qualifier.flavor.isTranslatable) out.append(" TRANSLATABLE=\"true\"");
+        out.append(">");
         value(qualifier.value);
         close("QUALIFIER");
     }
@@ -88,25 +88,30 @@ private:
 
     void value(const DeclaredValue& declared) {
         if (declared.isNull) return;
-        if (declared.isArray()) out += "<VALUE.ARRAY>";
+        if (declared.isArray()) out.append("<VALUE.ARRAY>");
         for (const std::optional<std::string>& text : declared.texts) {
             if (!text) {
-                out += "<VALUE.NULL/>";
+                out.append("<VALUE.NULL/>");
                 continue;
             }
-            out += "<VALUE>";
+            out.append("<VALUE>");
             appendText(out, *text);
-            out += "</VALUE>";
+            out.append("</VALUE>");
         }
-        if (declared.isArray()) out += "</VALUE.ARRAY>";
+        if (declared.isArray()) out.append("</VALUE.ARRAY>");
     }
 
     void open(std::string_view element, std::string_view name) {
-        out.append("<").append(element);
+        out.append("<");
+        out.append(element);
         appendAttribute(out, "NAME", name);
     }
 
-    void close(std::string_view element) { out.append("</").append(element).append(">"); }
+    void close(std::string_view element) {
+        out.append("</");
+        out.append(element);
+        out.append(">");
+    }
 
     void typeAttributes(CMPIType type, std::string_view referenceClass) {
         if (elementOf(type) != CMPI_ref) return appendAttribute(out, "TYPE", typeName(type));
@@ -119,23 +124,23 @@ private:
 
     void origin(std::string_view declaringClass, bool isPropagated) {
         if (options.includeClassOrigin) appendAttribute(out, "CLASSORIGIN", declaringClass);
-        if (isPropagated) out += " PROPAGATED=\"true\"";
+        if (isPropagated) out.append(" PROPAGATED=\"true\"");
     }
 
-    std::string& out;
+    ByteBuffer& out;
     const ClassOptions& options;
 };
 
 } // namespace
 
-void appendClass(std::string& out, const ClassDeclaration& declaration, const ClassOptions& options) {
+void appendClass(ByteBuffer& out, const ClassDeclaration& declaration, const ClassOptions& options) {
     ClassWriter(out, options).write(declaration);
 }
 
-void appendClassName(std::string& out, std::string_view name) {
-    out += "<CLASSNAME";
+void appendClassName(ByteBuffer& out, std::string_view name) {
+    out.append("<CLASSNAME");
     appendAttribute(out, "NAME", name);
-    out += "/>";
+    out.append("/>");
 }
 
 } // namespace cimhost::cimxml

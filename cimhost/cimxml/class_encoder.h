@@ -1,10 +1,10 @@
 // CIM-XML out: class declarations with their qualifiers, properties and methods.
 #pragma once
 
+#include "cimhost/byte_buffer.h"
 #include "cimhost/model/class_declaration.h"
 
 #include <functional>
-#include <string>
 #include <string_view>
 
 namespace cimhost::cimxml {
@@ -17,9 +17,9 @@ struct ClassOptions {
 };
 
 /// Appends a <CLASS>.
-void appendClass(std::string& out, const ClassDeclaration& declaration, const ClassOptions& options);
+void appendClass(ByteBuffer& out, const ClassDeclaration& declaration, const ClassOptions& options);
 
 /// Appends a <CLASSNAME>.
-void appendClassName(std::string& out, std::string_view name);
+void appendClassName(ByteBuffer& out, std::string_view name);
 
 } // namespace cimhost::cimxml

@@ -4,7 +4,6 @@
 #include "cimhost/model/cim_type.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 
@@ -38,39 +37,50 @@ std::string_view wireType(CMPIType type) { return elementOf(type) == CMPI_instan
 PropertyTags makeTags(const PropertyDeclaration& property) {
     const PropertyShape& shape = shapeOf(property.type);
     PropertyTags tags;
-    tags.opening = shape.element;
-    appendAttribute(tags.opening, "NAME", property.name);
+    ByteBuffer opening(shape.element);
+    appendAttribute(opening, "NAME", property.name);
     if (property.isReference()) {
-        appendAttribute(tags.opening, "REFERENCECLASS", property.referenceClass);
+        appendAttribute(opening, "REFERENCECLASS", property.referenceClass);
     } else {
-        appendAttribute(tags.opening, "TYPE", wireType(property.type));
+        appendAttribute(opening, "TYPE", wireType(property.type));
     }
     if (findQualifier(property.qualifiers, "EmbeddedInstance")) {
-        appendAttribute(tags.opening, "EmbeddedObject", "instance");
+        appendAttribute(opening, "EmbeddedObject", "instance");
     } else if (findQualifier(property.qualifiers, "EmbeddedObject")) {
-        appendAttribute(tags.opening, "EmbeddedObject", "object");
+        appendAttribute(opening, "EmbeddedObject", "object");
     }
+    tags.opening = opening.view();
     tags.toValue = tags.opening;
     tags.toValue += shape.toValue;
     tags.close = shape.close;
     tags.empty = shape.empty;
-    appendAttribute(tags.origin, "CLASSORIGIN", property.classOrigin);
+    ByteBuffer origin;
+    appendAttribute(origin, "CLASSORIGIN", property.classOrigin);
+    tags.origin = origin.view();
     return tags;
 }
 
+std::string tagWithName(std::string_view element, std::string_view attribute, std::string_view name) {
+    ByteBuffer tag(element);
+    appendAttribute(tag, attribute, name);
+    tag.append(">");
+    return std::string(tag.view());
+}
+
 template <typename Number>
-void appendNumber(std::string& out, Number number) {
-    std::array<char, 32> digits{};
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-    out.append(digits.data(), static_cast<std::size_t>(result.ptr - digits.data()));
+void appendNumber(ByteBuffer& out, Number number) {
+    constexpr std::size_t longestNumber = 32;
+    char* const digits = out.prepare(longestNumber);
+    const auto result = std::to_chars(digits, digits + longestNumber, number);
+    out.commit(static_cast<std::size_t>(result.ptr - digits));
 }
 
 template <typename Real>
-void appendReal(std::string& out, Real number) {
+void appendReal(ByteBuffer& out, Real number) {
     if (std::isnan(number)) {
-        out += "NaN";
+        out.append("NaN");
     } else if (std::isinf(number)) {
-        out += number < 0 ? "-INF" : "INF";
+        out.append(number < 0 ? "-INF" : "INF");
     } else {
         appendNumber(out, number);
     }
@@ -82,12 +92,36 @@ std::string_view keyValueType(CMPIType type) {
     return isReal || isIntegerType(type) ? "numeric" : "string";
 }
 
+std::string keyTag(std::string_view name, CMPIType type) {
+    std::string tag = tagWithName("<KEYBINDING", "NAME", name);
+    return tag.append("<KEYVALUE VALUETYPE=\"").append(keyValueType(type)).append("\">");
+}
+
+ClassTags makeTags(const ClassDeclaration& declaration) {
+    ClassTags tags;
+    tags.instance = tagWithName("<INSTANCE", "CLASSNAME", declaration.name());
+    tags.name = tagWithName("<INSTANCENAME", "CLASSNAME", declaration.name());
+    for (const PropertyDeclaration& property : declaration.properties())
+        tags.properties.push_back(makeTags(property));
+    for (const std::size_t position : declaration.keys()) {
+        const PropertyDeclaration& key = declaration.properties()[position];
+        if (key.isReference()) {
+            tags.keys.clear();
+            break;
+        }
+        tags.keys.push_back({position, keyTag(key.name, key.type)});
+    }
+    return tags;
+}
+
 bool isNull(const CMPIData& data) { return (data.state & CMPI_nullValue) != 0; }
 
 } // namespace
 
-void appendAttribute(std::string& out, std::string_view name, std::string_view text) {
-    out.append(" ").append(name).append("=\"");
+void appendAttribute(ByteBuffer& out, std::string_view name, std::string_view text) {
+    out.append(" ");
+    out.append(name);
+    out.append("=\"");
     appendAttributeText(out, text);
     out.append("\"");
 }
@@ -95,21 +129,21 @@ void appendAttribute(std::string& out, std::string_view name, std::string_view t
 TagTable::TagTable(const ClassRepository& repository) {
     for (const std::string_view nameSpace : repository.namespaces()) {
         for (const ClassDeclaration* declaration : repository.classes(nameSpace)) {
-            std::vector<PropertyTags>& rows = tags[declaration];
-            rows.reserve(declaration->properties().size());
-            for (const PropertyDeclaration& property : declaration->properties())
-                rows.push_back(makeTags(property));
+            tags.emplace(declaration, makeTags(*declaration));
         }
     }
 }
 
 void Encoder::instance(const InstanceObject& instance, const InstanceOptions& options) {
     const ClassDeclaration* declaration = instance.declaration();
-    raw("<INSTANCE");
-    appendAttribute(document, "CLASSNAME", declaration ? std::string_view(declaration->name()) : instance.className());
-    raw(">");
-    if (declaration) {
-        const std::vector<PropertyTags>& rows = tagTable.of(*declaration);
+    if (!declaration) {
+        raw("<INSTANCE");
+        appendAttribute(document, "CLASSNAME", instance.className());
+        raw(">");
+    } else {
+        const ClassTags& tags = tagTable.of(*declaration);
+        const std::vector<PropertyTags>& rows = tags.properties;
+        raw(tags.instance);
         for (std::size_t position = 0; position < rows.size(); ++position) {
             if (options.selected && !(*options.selected)[position]) continue;
             if (!instance.isWanted(position)) continue;
@@ -192,9 +226,9 @@ void Encoder::scalar(const CMPIData& data) {
         return;
     case CMPI_instance:
         if (const InstanceObject* inner = InstanceObject::from(static_cast<const CMPIInstance*>(data.value.inst))) {
-            std::string text;
+            ByteBuffer text;
             Encoder(text, tagTable).instance(*inner, {});
-            appendText(document, text);
+            appendText(document, text.view());
         }
         return;
     default:
@@ -240,6 +274,26 @@ void Encoder::instanceName(const ObjectPathObject& path) {
     raw(">");
     for (const NamedData& key : path.keys())
         keyBinding(key);
+    raw("</INSTANCENAME>");
+}
+
+void Encoder::instanceName(const InstanceObject& instance) {
+    const ClassDeclaration* declaration = instance.declaration();
+    const ClassTags* tags = declaration ? &tagTable.of(*declaration) : nullptr;
+    const auto isMissing = [&](const KeyTags& key) {
+        const CMPIData* data = instance.valueAt(key.position);
+        return !data || isNull(*data);
+    };
+    if (!tags || tags->keys.empty() || std::any_of(tags->keys.begin(), tags->keys.end(), isMissing)) {
+        Arena arena;
+        return instanceName(*instance.path(arena));
+    }
+    raw(tags->name);
+    for (const KeyTags& key : tags->keys) {
+        raw(key.toValue);
+        scalar(*instance.valueAt(key.position));
+        raw("</KEYVALUE></KEYBINDING>");
+    }
     raw("</INSTANCENAME>");
 }
 

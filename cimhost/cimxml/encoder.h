@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cimhost/broker/objects.h"
+#include "cimhost/byte_buffer.h"
 #include "cimhost/model/cim_error.h"
 #include "cimhost/model/class_declaration.h"
 #include "cimhost/model/class_repository.h"
@@ -22,18 +23,27 @@ struct PropertyTags {
     std::string origin;     ///< ` CLASSORIGIN="CIM_LogicalPort"`
 };
 
+struct KeyTags {
+    std::size_t position; ///< in the class's properties
+    std::string toValue;  ///< `<KEYBINDING NAME="Id"><KEYVALUE VALUETYPE="string">`
+};
+
+struct ClassTags {
+    std::string instance; ///< `<INSTANCE CLASSNAME="CIM_FCPort">`
+    std::string name;     ///< `<INSTANCENAME CLASSNAME="CIM_FCPort">`
+    std::vector<PropertyTags> properties;
+    std::vector<KeyTags> keys; ///< empty if one of them is a reference
+};
+
 /// The tags of all classes of a repository. Only read once it is made, by as many threads as like.
 class TagTable {
 public:
     explicit TagTable(const ClassRepository& repository);
 
-    /// One entry for each of the class's properties, in their order.
-    [[nodiscard]] const std::vector<PropertyTags>& of(const ClassDeclaration& declaration) const {
-        return tags.at(&declaration);
-    }
+    [[nodiscard]] const ClassTags& of(const ClassDeclaration& declaration) const { return tags.at(&declaration); }
 
 private:
-    std::unordered_map<const ClassDeclaration*, std::vector<PropertyTags>> tags;
+    std::unordered_map<const ClassDeclaration*, ClassTags> tags;
 };
 
 struct InstanceOptions {
@@ -45,9 +55,9 @@ struct InstanceOptions {
 class Encoder {
 public:
     /// Appends to out, which outlives the encoder, as does the table.
-    Encoder(std::string& out, const TagTable& table) : document(out), tagTable(table) {}
+    Encoder(ByteBuffer& out, const TagTable& table) : document(out), tagTable(table) {}
 
-    [[nodiscard]] std::string& buffer() noexcept { return document; }
+    [[nodiscard]] ByteBuffer& buffer() noexcept { return document; }
     void raw(std::string_view text) { document.append(text); }
 
     /// <INSTANCE> with every selected property of its class; one that was never set goes without a value.
@@ -55,6 +65,8 @@ public:
 
     /// <INSTANCENAME>
     void instanceName(const ObjectPathObject& path);
+    /// The same of the instance's own path.
+    void instanceName(const InstanceObject& instance);
 
     /// <INSTANCEPATH>, <LOCALINSTANCEPATH> or <INSTANCENAME>: as much as the path knows.
     void fullestPath(const ObjectPathObject& path);
@@ -73,11 +85,11 @@ private:
     void array(const ArrayObject& array);
     void keyBinding(const NamedData& key);
 
-    std::string& document;
+    ByteBuffer& document;
     const TagTable& tagTable;
 };
 
 /// Appends ` NAME="text"`, escaped.
-void appendAttribute(std::string& out, std::string_view name, std::string_view text);
+void appendAttribute(ByteBuffer& out, std::string_view name, std::string_view text);
 
 } // namespace cimhost::cimxml

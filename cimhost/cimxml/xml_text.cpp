@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace cimhost::cimxml {
 
@@ -78,9 +79,40 @@ std::size_t sequenceLength(std::string_view text) {
     return 0;
 }
 
-void append(std::string& out, std::string_view text, const TreatmentTable& table) {
+// A bit in each byte's highest place where the byte is below limit (limit at most 128, the byte below 128).
+constexpr std::uint64_t everyByte(unsigned char byte) { return 0x0101010101010101U * byte; }
+
+constexpr std::uint64_t bytesBelow(std::uint64_t word, unsigned char limit) {
+    return (word - everyByte(limit)) & ~word & everyByte(0x80);
+}
+
+constexpr std::uint64_t bytesEqual(std::uint64_t word, char byte) {
+    return bytesBelow(word ^ everyByte(static_cast<unsigned char>(byte)), 1);
+}
+
+// True if one of eight bytes is such that a table may change it.
+bool holdsSpecial(const char* eightBytes) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, eightBytes, sizeof word);
+    const std::uint64_t special = (word & everyByte(0x80)) | bytesBelow(word, 0x20) | bytesEqual(word, '&') |
+                                  bytesEqual(word, '<') | bytesEqual(word, '>') | bytesEqual(word, '"');
+    return special != 0;
+}
+
+// Most texts are plain from end to end, so eight bytes at a time are passed over. Gives where the byte by byte look has
+// to begin.
+std::size_t plainPrefix(std::string_view text, std::size_t position) {
+    while (position + 8 <= text.size()) {
+        if (holdsSpecial(text.data() + position)) return position;
+        position += 8;
+    }
+    if (text.size() >= 8 && position < text.size() && !holdsSpecial(text.data() + text.size() - 8)) return text.size();
+    return position;
+}
+
+void append(ByteBuffer& out, std::string_view text, const TreatmentTable& table) {
     std::size_t done = 0;
-    for (std::size_t position = 0; position < text.size();) {
+    for (std::size_t position = plainPrefix(text, 0); position < text.size();) {
         const Treatment treatment = table[static_cast<unsigned char>(text[position])];
         if (treatment == Treatment::plain) {
             ++position;
@@ -92,20 +124,21 @@ void append(std::string& out, std::string_view text, const TreatmentTable& table
                 continue;
             }
         }
-        out.append(text, done, position - done);
+        out.append(text.substr(done, position - done));
         out.append(treatment == Treatment::escape ? escapeOf(text[position]) : replacement);
         done = ++position;
+        position = plainPrefix(text, position);
     }
-    out.append(text, done, text.size() - done);
+    out.append(text.substr(done));
 }
 
 } // namespace
 
-void appendText(std::string& out, std::string_view text) { append(out, text, contentTable); }
+void appendText(ByteBuffer& out, std::string_view text) { append(out, text, contentTable); }
 
-void appendAttributeText(std::string& out, std::string_view text) { append(out, text, attributeTable); }
+void appendAttributeText(ByteBuffer& out, std::string_view text) { append(out, text, attributeTable); }
 
-void appendCharacter(std::string& out, char16_t character) {
+void appendCharacter(ByteBuffer& out, char16_t character) {
     std::array<char, 3> bytes{};
     std::size_t length = 1;
     const auto code = static_cast<unsigned>(character);

@@ -78,13 +78,12 @@ bool isUnsigned(CMPIType type) {
     return type == CMPI_uint8 || type == CMPI_uint16 || type == CMPI_uint32 || type == CMPI_uint64;
 }
 
-// "10.625 Gbit/s": up to three digits behind the point, in the largest unit that loses nothing.
+// "10.625 Gbit/s": in the largest unit that fits, cut behind the third digit.
 std::string speedText(std::uint64_t bits) {
     for (const Unit& unit : speedUnits) {
-        const std::uint64_t thousandth = unit.factor / 1000;
-        if (bits < unit.factor || bits % thousandth != 0) continue;
+        if (bits < unit.factor) continue;
         std::string text = std::to_string(bits / unit.factor);
-        std::string fraction = std::to_string(1000 + bits % unit.factor / thousandth);
+        std::string fraction = std::to_string(1000 + bits % unit.factor / (unit.factor / 1000));
         fraction.erase(fraction.find_last_not_of('0') + 1);
         if (fraction.size() > 1) text.append(".").append(fraction, 1);
         return text.append(unit.name);

@@ -255,8 +255,13 @@ private:
         response = std::move(answerToWrite);
         closing = closes || host.stopping;
         head = serializeHead(response, closing);
-        const std::array<boost::asio::const_buffer, 2> parts = {boost::asio::buffer(head),
-                                                                boost::asio::buffer(response.body)};
+        if constexpr (isTls) {
+            // Of two buffers, the second one large, the TLS stream of Beast 1.74 writes the first and reports success.
+            head.append(response.body.view());
+            response.body = {};
+        }
+        const std::array<boost::asio::const_buffer, 2> parts = {
+            boost::asio::buffer(head), boost::asio::buffer(response.body.data(), response.body.size())};
         expiresAfter(limits().write);
         boost::asio::async_write(stream, parts, [self = this->shared_from_this()](error_code error, std::size_t) {
             if (!error) self->onWritten();

@@ -41,7 +41,8 @@ Response textResponse(unsigned status, std::string_view text) {
     Response response;
     response.status = status;
     response.fields.push_back({"Content-Type", "text/plain; charset=utf-8"});
-    response.body.append(text).append("\n");
+    response.body.append(text);
+    response.body.append("\n");
     return response;
 }
 

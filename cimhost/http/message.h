@@ -1,6 +1,8 @@
 // An HTTP request and its answer as the handler of a server sees them: no sockets, no parser.
 #pragma once
 
+#include "cimhost/byte_buffer.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,7 +28,7 @@ struct Request {
 struct Response {
     unsigned status = 200;
     std::vector<Field> fields; // Content-Length, Connection and Date are the server's own
-    std::string body;
+    ByteBuffer body;
 };
 
 /// A short answer in plain text.

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 #include "cimhost/model/names.h"
@@ -89,5 +90,21 @@ std::optional<IntegerValue> parseInteger(std::string_view text) noexcept {
     if (failure != std::errc() || stop != end) return std::nullopt;
     return value;
 }
+
+template <typename Real>
+std::optional<Real> parseReal(std::string_view text) noexcept {
+    if (!text.empty() && text.front() == '+') {
+        text.remove_prefix(1);
+        if (!text.empty() && text.front() == '-') return std::nullopt;
+    }
+    Real number = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, failure] = std::from_chars(text.data(), end, number);
+    if (failure != std::errc() || stop != end || !std::isfinite(number)) return std::nullopt;
+    return number;
+}
+
+template std::optional<float> parseReal(std::string_view text) noexcept;
+template std::optional<double> parseReal(std::string_view text) noexcept;
 
 } // namespace cimhost

@@ -37,4 +37,9 @@ bool fitsInteger(CMPIType type, IntegerValue value) noexcept;
 /// Nothing if the text is none, or beyond 64 bits.
 std::optional<IntegerValue> parseInteger(std::string_view text) noexcept;
 
+/// A finite real as MOF and CIM-XML write it, for float and double. Nothing if the text is none, or beyond the type's
+/// range.
+template <typename Real>
+std::optional<Real> parseReal(std::string_view text) noexcept;
+
 } // namespace cimhost

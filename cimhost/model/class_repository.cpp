@@ -74,12 +74,9 @@ const ClassRepository::Namespace* ClassRepository::findNamespace(std::string_vie
 }
 
 ClassRepository::Namespace& ClassRepository::makeNamespace(std::string_view nameSpace) {
-    const std::string_view wanted = trimNamespace(nameSpace);
-    for (const auto& candidate : all) {
-        if (equalNames(candidate->name, wanted)) return *candidate;
-    }
+    if (const Namespace* known = findNamespace(nameSpace)) return const_cast<Namespace&>(*known);
     all.push_back(std::make_unique<Namespace>());
-    all.back()->name = wanted;
+    all.back()->name = trimNamespace(nameSpace);
     return *all.back();
 }
 

@@ -2,7 +2,6 @@
 // from then on it is only read, by as many threads as like.
 #pragma once
 
-#include <deque>
 #include <filesystem>
 #include <memory>
 #include <span>

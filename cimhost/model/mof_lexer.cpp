@@ -1,9 +1,10 @@
 #include "cimhost/model/mof_lexer.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <utility>
+
+#include "cimhost/model/utf8.h"
 
 namespace cimhost {
 namespace {
@@ -14,41 +15,6 @@ bool isNameStart(char character) noexcept { return isLegalName(std::string_view(
 
 bool isNamePart(char character) noexcept { return isNameStart(character) || isDigit(character); }
 
-// Length of the UTF-8 sequence at the text's start, 0 if that is none. Overlong forms, surrogates and what lies beyond
-// U+10FFFF are none.
-std::size_t sequenceLength(std::string_view text) noexcept {
-    const auto byte = [&](std::size_t place) {
-        return place < text.size() ? static_cast<unsigned char>(text[place]) : static_cast<unsigned char>(0);
-    };
-    const auto continues = [&](std::size_t place) { return (byte(place) & 0xc0) == 0x80; };
-    const unsigned first = byte(0);
-    const unsigned second = byte(1);
-    if (first < 0x80) return 1;
-    if (first < 0xc2 || first > 0xf4 || !continues(1)) return 0;
-    if (first < 0xe0) return 2;
-    if (first < 0xf0) {
-        const bool isOverlong = first == 0xe0 && second < 0xa0;
-        const bool isSurrogate = first == 0xed && second > 0x9f;
-        return continues(2) && !isOverlong && !isSurrogate ? 3 : 0;
-    }
-    const bool isOverlong = first == 0xf0 && second < 0x90;
-    const bool isTooLarge = first == 0xf4 && second > 0x8f;
-    return continues(2) && continues(3) && !isOverlong && !isTooLarge ? 4 : 0;
-}
-
-void appendUtf8(std::string& out, unsigned code) {
-    if (code < 0x80) {
-        out += static_cast<char>(code);
-    } else if (code < 0x800) {
-        out += static_cast<char>(0xc0 | code >> 6);
-        out += static_cast<char>(0x80 | (code & 0x3f));
-    } else {
-        out += static_cast<char>(0xe0 | code >> 12);
-        out += static_cast<char>(0x80 | (code >> 6 & 0x3f));
-        out += static_cast<char>(0x80 | (code & 0x3f));
-    }
-}
-
 std::string describeByte(char character) {
     const auto byte = static_cast<unsigned char>(character);
     if (byte > 0x20 && byte < 0x7f) return std::string("\"") + character + "\"";
@@ -57,7 +23,19 @@ std::string describeByte(char character) {
     return written.data();
 }
 
+constexpr std::size_t longestName = 256;
+
 } // namespace
+
+std::string describe(const Token& token) {
+    constexpr std::size_t longest = 60;
+    if (token.kind == TokenKind::end) return "the end of the file";
+    const bool isQuoted = token.kind == TokenKind::text || token.kind == TokenKind::character;
+    if (token.source.size() > longest) {
+        return (isQuoted ? "a text of " : "a word of ") + std::to_string(token.source.size()) + " bytes";
+    }
+    return isQuoted ? std::string(token.source) : "\"" + std::string(token.source) + "\"";
+}
 
 MofLexer::MofLexer(std::string_view mofText, std::string fileName) : text(mofText), file(std::move(fileName)) {
     constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
@@ -108,60 +86,59 @@ Token MofLexer::next() {
     if (place >= text.size()) return token;
 
     const char character = peek();
-    const std::size_t start = place;
     if (character == '"' || character == '\'') return readQuoted(std::move(token));
     const bool isSigned = character == '+' || character == '-';
     if (isDigit(character) || ((isSigned || character == '.') && (isDigit(peek(1)) || peek(1) == '.'))) {
         return readNumber(std::move(token));
     }
-    if (isNameStart(character) || character == '#') {
-        advance();
-        while (isNamePart(peek())) {
-            advance();
-        }
-        token.source = text.substr(start, place - start);
-        token.kind = character == '#' ? TokenKind::pragma : TokenKind::name;
-        if (token.kind == TokenKind::pragma && !equalNames(token.source, "#pragma")) {
-            throw MofError(positionOf(token), "expected #pragma, found \"" + std::string(token.source) + "\"");
-        }
-        return token;
-    }
+    if (isNameStart(character) || character == '#') return readName(std::move(token));
     if (std::string_view("[](){},;:=$").find(character) == std::string_view::npos) {
         fail("unexpected " + describeByte(character));
     }
-    advance();
     token.kind = TokenKind::symbol;
-    token.source = text.substr(start, 1);
+    token.source = text.substr(place, 1);
+    advance();
+    return token;
+}
+
+Token MofLexer::readName(Token token) {
+    const std::size_t start = place;
+    token.kind = peek() == '#' ? TokenKind::pragma : TokenKind::name;
+    advance();
+    while (isNamePart(peek())) {
+        advance();
+    }
+    token.source = text.substr(start, place - start);
+    if (token.source.size() > longestName) {
+        throw MofError(positionOf(token), "a name of more than " + std::to_string(longestName) + " bytes");
+    }
+    if (!isUtf8(token.source)) throw MofError(positionOf(token), "a name that is not UTF-8");
+    if (token.kind == TokenKind::pragma && !equalNames(token.source, "#pragma")) {
+        throw MofError(positionOf(token), "expected #pragma, found " + describe(token));
+    }
     return token;
 }
 
 Token MofLexer::readNumber(Token token) {
     const std::size_t start = place;
+    if (peek() == '+' || peek() == '-') advance();
+    const bool isHexadecimal = peek() == '0' && (peek(1) == 'x' || peek(1) == 'X');
     bool isReal = false;
-    const bool isHexadecimal = [&] {
-        const std::size_t digits = peek() == '+' || peek() == '-' ? 1 : 0;
-        return peek(digits) == '0' && (peek(digits + 1) == 'x' || peek(digits + 1) == 'X');
-    }();
-    advance();
-    while (isNamePart(peek()) || peek() == '.' || (isReal && (peek() == '+' || peek() == '-'))) {
-        const char character = peek();
-        const bool isExponent = !isHexadecimal && (character == 'e' || character == 'E');
-        isReal = isReal || character == '.' || isExponent;
-        if ((character == '+' || character == '-') && text[place - 1] != 'e' && text[place - 1] != 'E') break;
+    char previous = '\0';
+    const auto isExponentSign = [&] {
+        return isReal && (peek() == '+' || peek() == '-') && (previous == 'e' || previous == 'E');
+    };
+    while (isNamePart(peek()) || peek() == '.' || isExponentSign()) {
+        previous = peek();
+        isReal = isReal || previous == '.' || (!isHexadecimal && (previous == 'e' || previous == 'E'));
         advance();
     }
     token.source = text.substr(start, place - start);
-    if (text[start] == '.') isReal = true;
-    if (!isReal) {
-        const auto number = parseInteger(token.source);
-        if (!number) {
-            throw MofError(positionOf(token), "\"" + std::string(token.source) + "\" is no integer of at most 64 bits");
-        }
-        token.kind = TokenKind::integer;
-        token.number = *number;
-        return token;
-    }
-    token.kind = TokenKind::real;
+    token.kind = isReal ? TokenKind::real : TokenKind::integer;
+    if (isReal) return token;
+    const auto number = parseInteger(token.source);
+    if (!number) throw MofError(positionOf(token), describe(token) + " is no integer of at most 64 bits");
+    token.number = *number;
     return token;
 }
 
@@ -178,16 +155,15 @@ Token MofLexer::readQuoted(Token token) {
     }
     advance();
     token.source = text.substr(start, place - start);
-    if (token.kind == TokenKind::character && sequenceLength(token.content) != token.content.size()) {
-        throw MofError(positionOf(token),
-                       "expected one character between single quotes, found " + std::string(token.source));
+    if (token.kind == TokenKind::character && !singleCharacter(token.content)) {
+        throw MofError(positionOf(token), "expected one character between single quotes, found " + describe(token));
     }
     return token;
 }
 
 void MofLexer::readCharacter(std::string& content) {
     if (peek() == '\\') return readEscape(content);
-    const std::size_t length = sequenceLength(text.substr(place));
+    const std::size_t length = utf8Length(text.substr(place));
     if (length == 0) fail("text that is not UTF-8");
     if (peek() == '\0') fail("a NUL in a text");
     content.append(text.substr(place, length));

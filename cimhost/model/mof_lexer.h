@@ -28,6 +28,9 @@ struct Token {
     }
 };
 
+/// The token as a message shows it: in quotes, or its length alone if that is great.
+std::string describe(const Token& token);
+
 class MofLexer {
 public:
     /// The text outlives the lexer and its tokens; fileName is for messages.
@@ -44,6 +47,7 @@ private:
     [[noreturn]] void fail(const std::string& message) const;
     void skipSpaceAndComments();
     void skipBlockComment();
+    Token readName(Token token);
     Token readNumber(Token token);
     Token readQuoted(Token token);
     void readEscape(std::string& content);

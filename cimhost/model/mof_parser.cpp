@@ -8,12 +8,9 @@
 namespace cimhost::mof {
 namespace {
 
-std::string describe(const Token& token) {
-    if (token.kind == TokenKind::end) return "the end of the file";
-    constexpr std::size_t longest = 60;
-    if (token.kind == TokenKind::text) return token.source.size() > longest ? "a text" : std::string(token.source);
-    return "\"" + std::string(token.source.substr(0, longest)) + "\"";
-}
+// What one declaration may be made of: members, parameters, qualifiers and values together. Far above what the full CIM
+// schema needs, and low enough that no text makes the server slow or its memory large.
+constexpr std::size_t mostParts = 20000;
 
 class Parser {
 public:
@@ -28,6 +25,7 @@ public:
 
 private:
     void production() {
+        partCount = 0;
         if (token.kind == TokenKind::pragma) return pragma();
         if (token.isWord("qualifier")) return qualifierType();
         std::vector<QualifierUse> qualifiers;
@@ -76,10 +74,11 @@ private:
     void wordList(std::vector<Word>& words) {
         take();
         symbol('(');
-        words.push_back(word("a name"));
-        while (token.isSymbol(',')) {
-            take();
+        while (true) {
+            countPart();
             words.push_back(word("a name"));
+            if (!token.isSymbol(',')) break;
+            take();
         }
         symbol(')');
     }
@@ -88,6 +87,7 @@ private:
         std::vector<QualifierUse> qualifiers;
         do {
             take();
+            countPart();
             qualifiers.push_back(qualifierUse());
         } while (token.isSymbol(','));
         symbol(']');
@@ -107,6 +107,7 @@ private:
         if (token.isSymbol(':')) {
             take();
             do {
+                countPart();
                 use.flavors.push_back(word("a flavor"));
             } while (token.kind == TokenKind::name);
         }
@@ -133,6 +134,7 @@ private:
     }
 
     Feature feature() {
+        countPart();
         Feature read;
         if (token.isSymbol('[')) read.qualifiers = qualifierList();
         typeAndName(read.declared, "a property, a reference, a method or \"}\"");
@@ -156,6 +158,7 @@ private:
             return parameters;
         }
         while (true) {
+            countPart();
             Parameter& parameter = parameters.emplace_back();
             if (token.isSymbol('[')) parameter.qualifiers = qualifierList();
             typeAndName(parameter.declared, "a parameter");
@@ -237,6 +240,7 @@ private:
     }
 
     Literal literal() {
+        countPart();
         Literal read;
         read.position = here();
         switch (token.kind) {
@@ -286,6 +290,10 @@ private:
         take();
     }
 
+    void countPart() {
+        if (++partCount > mostParts) fail("a declaration of more than " + std::to_string(mostParts) + " parts");
+    }
+
     void take() { token = lexer.next(); }
     [[nodiscard]] SourcePosition here() const { return lexer.positionOf(token); }
     [[noreturn]] void fail(const std::string& message) const { throw MofError(here(), message); }
@@ -296,6 +304,7 @@ private:
     MofLexer lexer;
     Sink& sink;
     Token token;
+    std::size_t partCount = 0;
 };
 
 } // namespace

@@ -31,8 +31,6 @@ public:
     /// The position that was given for the name, or notFound.
     [[nodiscard]] std::size_t find(std::string_view name) const noexcept;
 
-    [[nodiscard]] std::size_t size() const noexcept { return count; }
-
 private:
     struct Entry {
         std::string_view name;

@@ -1,94 +1,23 @@
 #include "cimhost/model/repository_builder.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
-#include <cmath>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <utility>
 
-#include "cimhost/model/date_time.h"
+#include "cimhost/model/memory_use.h"
+#include "cimhost/model/mof_values.h"
 #include "cimhost/model/repository_namespace.h"
 
 namespace cimhost {
 namespace {
 
-using mof::Literal;
-
-// Bounds for what a MOF text can make of memory and stack; the full CIM schema stays far below each of them.
-constexpr std::uintmax_t largestFile = 64U << 20;
+// Bounds for what MOF files can make of time, memory and stack; the full CIM schema stays below each of them.
+constexpr std::uintmax_t largestFile = 16U << 20;
 constexpr std::size_t deepestInclude = 16;
-constexpr std::size_t mostMembers = 400000;
-
-std::string inQuotes(std::string_view name) { return "\"" + std::string(name) + "\""; }
-
-std::string typeText(CMPIType type) { return std::string(typeName(type)) + (isArrayType(type) ? "[]" : ""); }
-
-std::string integerText(IntegerValue value) {
-    return (value.isNegative && value.magnitude != 0 ? "-" : "") + std::to_string(value.magnitude);
-}
-
-bool isRealText(std::string_view text) noexcept {
-    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
-    double value = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return failure == std::errc() && end == text.data() + text.size() && std::isfinite(value);
-}
-
-// The text of a constant in the given type; nothing if it is none of that type.
-std::optional<std::string> textInType(const Literal& literal, CMPIType type) {
-    const bool isInteger = literal.kind == Literal::Kind::integer;
-    if (isIntegerType(type)) {
-        if (!isInteger || !fitsInteger(type, literal.number)) return std::nullopt;
-        return integerText(literal.number);
-    }
-    switch (type) {
-    case CMPI_boolean:
-        if (literal.kind != Literal::Kind::boolean) return std::nullopt;
-        return literal.text;
-    case CMPI_real32:
-    case CMPI_real64:
-        if (isInteger) return integerText(literal.number);
-        if (literal.kind != Literal::Kind::real || !isRealText(literal.text)) return std::nullopt;
-        return literal.text;
-    case CMPI_char16:
-        if (literal.kind != Literal::Kind::character || literal.text.size() > 3) return std::nullopt;
-        return literal.text;
-    case CMPI_string:
-        if (literal.kind != Literal::Kind::text) return std::nullopt;
-        return literal.text;
-    case CMPI_dateTime:
-        if (literal.kind != Literal::Kind::text || !parseDateTime(literal.text)) return std::nullopt;
-        return literal.text;
-    default:
-        return std::nullopt;
-    }
-}
-
-DeclaredValue valueInType(const mof::Value& value, CMPIType type, const std::string& user) {
-    DeclaredValue declared;
-    declared.type = type;
-    const bool isNull = !value.isArray && value.elements.front().kind == Literal::Kind::null;
-    if (isNull) return declared;
-    if (value.isArray != isArrayType(type)) {
-        throw MofError(value.position, user + " is " + typeText(type) + ", but its value is " +
-                                           (value.isArray ? "an array" : "a single value"));
-    }
-    declared.isNull = false;
-    for (const Literal& literal : value.elements) {
-        if (literal.kind == Literal::Kind::null) {
-            declared.texts.emplace_back(std::nullopt);
-            continue;
-        }
-        declared.texts.push_back(textInType(literal, elementOf(type)));
-        if (!declared.texts.back()) {
-            throw MofError(literal.position, "the value of " + user + " is no " + std::string(typeName(type)));
-        }
-    }
-    return declared;
-}
+constexpr std::size_t mostFiles = 4096;
+constexpr std::size_t mostQualifiers = 1000;
+constexpr std::size_t largestRepository = 256U << 20;
 
 void applyFlavor(QualifierFlavor& flavor, const mof::Word& word) {
     const auto is = [&](std::string_view name) { return equalNames(word.text, name); };
@@ -116,15 +45,13 @@ std::string scopeText(const mof::Word& word) {
     throw MofError(word.position, "unknown scope " + inQuotes(word.text));
 }
 
-// Associations and indications are classes, and references are properties: what may stand on the one may stand on the
-// other.
+// Associations and indications are classes, so what may stand on those may stand on a class.
 bool isInScope(const QualifierDeclaration& declaration, std::string_view place) noexcept {
     const auto has = [&](std::string_view scope) {
         return std::find(declaration.scopes.begin(), declaration.scopes.end(), scope) != declaration.scopes.end();
     };
-    if (has("any") || declaration.scopes.empty() || has(place)) return true;
-    if (place == "class") return has("association") || has("indication");
-    return place == "property" && has("reference");
+    if (declaration.scopes.empty() || has("any") || has(place)) return true;
+    return place == "class" && (has("association") || has("indication"));
 }
 
 // A qualifier that says it cannot be overridden keeps its value down the tree.
@@ -152,6 +79,30 @@ void checkOverrideName(const std::vector<Qualifier>& qualifiers, const Member* i
     throw MofError(position, user + " overrides " + inQuotes(name) + ", which is not what it inherits");
 }
 
+// What holds for properties and methods alike when they are declared again.
+template <typename Member>
+void checkAgainstInherited(const Member& own, const Member* inherited, const std::string& user,
+                           const SourcePosition& position) {
+    checkOverrideName(own.qualifiers, inherited, user, position);
+    if (inherited) checkOverrides(own.qualifiers, inherited->qualifiers, user, position);
+}
+
+// The keys of a class are settled by the first class of its line that has any.
+void checkKey(const PropertyDeclaration& own, const PropertyDeclaration* inherited, const ClassDeclaration* superclass,
+              const std::string& user, const SourcePosition& position) {
+    const Qualifier* key = findQualifier(own.qualifiers, "Key");
+    if (!key || !key->value.isTrue() || (inherited && inherited->isKey)) return;
+    if (!superclass || superclass->keys().empty()) return;
+    throw MofError(position,
+                   user + " is a new key, but its superclass " + inQuotes(superclass->name()) + " has keys already");
+}
+
+template <typename Member>
+void checkIsNew(const std::vector<Member>& members, const mof::Word& name, const std::string& user) {
+    const auto isSame = [&](const Member& member) { return equalNames(member.name, name.text); };
+    if (std::any_of(members.begin(), members.end(), isSame)) throw MofError(name.position, user + " is declared twice");
+}
+
 std::string readWhole(const std::filesystem::path& file) {
     const SourcePosition start = {file.string(), 1, 1};
     std::error_code failure;
@@ -161,8 +112,7 @@ std::string readWhole(const std::filesystem::path& file) {
     if (std::filesystem::file_size(file, failure) > largestFile || failure) throw MofError(start, "file is too large");
     std::ifstream stream(file, std::ios::binary);
     std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (!stream.is_open() || stream.bad())
-        throw MofError(start, std::string("cannot be read: ") + std::strerror(errno));
+    if (!stream.is_open() || stream.bad()) throw MofError(start, "cannot be read");
     return text;
 }
 
@@ -172,6 +122,9 @@ RepositoryBuilder::RepositoryBuilder(ClassRepository& target, std::string_view n
     : repository(target), current(&target.makeNamespace(nameSpace)) {}
 
 void RepositoryBuilder::readFile(const std::filesystem::path& file) {
+    if (++fileCount > mostFiles) {
+        throw MofError({file.string(), 1, 1}, "more than " + std::to_string(mostFiles) + " files in one load");
+    }
     const std::string text = readWhole(file);
     ClassRepository::Namespace* const outer = current;
     openFiles.push_back(file);
@@ -186,9 +139,14 @@ void RepositoryBuilder::readText(std::string_view text, const std::string& fileN
 
 void RepositoryBuilder::finish() const {
     for (const AwaitedClass& reference : awaited) {
-        if (reference.nameSpace->find(reference.name.text)) continue;
-        throw MofError(reference.name.position,
-                       reference.user + " refers to the unknown class " + inQuotes(reference.name.text));
+        const ClassDeclaration* target = reference.nameSpace->find(reference.name.text);
+        if (!target) {
+            throw MofError(reference.name.position,
+                           reference.user + " refers to the unknown class " + inQuotes(reference.name.text));
+        }
+        if (reference.ancestor.empty() || target->isA(reference.ancestor)) continue;
+        throw MofError(reference.name.position, reference.user + " refers to " + inQuotes(reference.name.text) +
+                                                    ", but its superclass demands a " + inQuotes(reference.ancestor));
     }
 }
 
@@ -218,6 +176,10 @@ void RepositoryBuilder::takeQualifierType(mof::QualifierType declaration) {
     const auto isSame = [&](const QualifierDeclaration& known) { return equalNames(known.name, name.text); };
     if (std::any_of(current->qualifiers.begin(), current->qualifiers.end(), isSame)) {
         throw MofError(name.position, "qualifier " + inQuotes(name.text) + " is declared twice in namespace " +
+                                          inQuotes(current->name));
+    }
+    if (current->qualifiers.size() >= mostQualifiers) {
+        throw MofError(name.position, "more than " + std::to_string(mostQualifiers) + " qualifiers in namespace " +
                                           inQuotes(current->name));
     }
     QualifierDeclaration made;
@@ -279,12 +241,17 @@ void RepositoryBuilder::takeClass(mof::Class declaration) {
     ClassContent content;
     content.name = name.text;
     content.qualifiers = resolveQualifiers(declaration.qualifiers, "class");
-    if (superclass)
+    if (superclass) {
         checkOverrides(content.qualifiers, superclass->qualifiers(), "class " + inQuotes(name.text), name.position);
-    for (const mof::Feature& feature : declaration.features) {
-        addFeature(content, feature, superclass);
     }
-    countMembers(content, superclass, name.position);
+    for (const mof::Feature& feature : declaration.features) {
+        if (feature.isMethod) {
+            addMethod(content, feature, superclass);
+        } else {
+            addProperty(content, feature, superclass);
+        }
+    }
+    countMemory(content, superclass, name.position);
 
     current->owned.push_back(std::make_unique<ClassDeclaration>(std::move(content), superclass, current->name));
     const ClassDeclaration* made = current->owned.back().get();
@@ -293,28 +260,20 @@ void RepositoryBuilder::takeClass(mof::Class declaration) {
     if (superclass) superclass->children.push_back(made);
 }
 
-void RepositoryBuilder::addFeature(ClassContent& content, const mof::Feature& feature,
-                                   const ClassDeclaration* superclass) {
-    if (feature.isMethod) return addMethod(content, feature, superclass);
-    addProperty(content, feature, superclass);
-}
-
 void RepositoryBuilder::addProperty(ClassContent& content, const mof::Feature& feature,
                                     const ClassDeclaration* superclass) {
     const mof::Word& name = feature.declared.name;
     const CMPIType type = feature.declared.type;
-    const std::string what = type == CMPI_ref ? "reference " : "property ";
-    const std::string user = what + inQuotes(name.text) + " of class " + inQuotes(content.name);
-    for (const PropertyDeclaration& other : content.properties) {
-        if (equalNames(other.name, name.text)) throw MofError(name.position, user + " is declared twice");
-    }
+    const std::string kind = elementOf(type) == CMPI_ref ? "reference" : "property";
+    const std::string user = kind + " " + inQuotes(name.text) + " of class " + inQuotes(content.name);
+    checkIsNew(content.properties, name, user);
+    if (type == CMPI_refA) throw MofError(name.position, user + " is an array: only parameters can be that");
     PropertyDeclaration made;
     made.name = name.text;
     made.type = type;
     made.arraySize = feature.declared.arraySize;
-    made.qualifiers = resolveQualifiers(feature.qualifiers, type == CMPI_ref ? "reference" : "property");
-    awaitClass(feature.declared, what, content.name);
     made.referenceClass = feature.declared.referenceClass.text;
+    made.qualifiers = resolveQualifiers(feature.qualifiers, kind);
     if (feature.defaultValue) made.defaultValue = valueInType(*feature.defaultValue, type, user);
 
     const PropertyDeclaration* inherited = superclass ? superclass->property(name.text) : nullptr;
@@ -322,14 +281,9 @@ void RepositoryBuilder::addProperty(ClassContent& content, const mof::Feature& f
         throw MofError(name.position, user + " is " + typeText(type) + ", but its superclass declares it as " +
                                           typeText(inherited->type));
     }
-    checkOverrideName(made.qualifiers, inherited, user, name.position);
-    if (inherited) checkOverrides(made.qualifiers, inherited->qualifiers, user, name.position);
-    const Qualifier* key = findQualifier(made.qualifiers, "Key");
-    const bool addsKey = key && key->value.isTrue() && !(inherited && inherited->isKey);
-    if (addsKey && superclass && !superclass->keys().empty()) {
-        throw MofError(name.position, user + " is a new key, but its superclass " + inQuotes(superclass->name()) +
-                                          " has keys already");
-    }
+    checkAgainstInherited(made, inherited, user, name.position);
+    checkKey(made, inherited, superclass, user, name.position);
+    awaitClass(feature.declared, user, inherited ? inherited->referenceClass : std::string());
     content.properties.push_back(std::move(made));
 }
 
@@ -337,28 +291,13 @@ void RepositoryBuilder::addMethod(ClassContent& content, const mof::Feature& fea
                                   const ClassDeclaration* superclass) {
     const mof::Word& name = feature.declared.name;
     const std::string user = "method " + inQuotes(name.text) + " of class " + inQuotes(content.name);
-    for (const MethodDeclaration& other : content.methods) {
-        if (equalNames(other.name, name.text)) throw MofError(name.position, user + " is declared twice");
-    }
+    checkIsNew(content.methods, name, user);
     MethodDeclaration made;
     made.name = name.text;
     made.returnType = feature.declared.type;
     made.qualifiers = resolveQualifiers(feature.qualifiers, "method");
     for (const mof::Parameter& parameter : feature.parameters) {
-        const mof::Word& parameterName = parameter.declared.name;
-        const std::string what = "parameter " + inQuotes(parameterName.text) + " of " + user;
-        if (made.parameter(parameterName.text)) throw MofError(parameterName.position, what + " is declared twice");
-        ParameterDeclaration& added = made.parameters.emplace_back();
-        added.name = parameterName.text;
-        added.type = parameter.declared.type;
-        added.arraySize = parameter.declared.arraySize;
-        added.referenceClass = parameter.declared.referenceClass.text;
-        added.qualifiers = resolveQualifiers(parameter.qualifiers, "parameter");
-        const Qualifier* in = findQualifier(added.qualifiers, "In");
-        const Qualifier* out = findQualifier(added.qualifiers, "Out");
-        added.isIn = !in || in->value.isTrue();
-        added.isOut = out && out->value.isTrue();
-        awaitClass(parameter.declared, "parameter ", content.name);
+        addParameter(made, parameter, user);
     }
     const MethodDeclaration* inherited = superclass ? superclass->method(name.text) : nullptr;
     if (inherited && inherited->returnType != made.returnType) {
@@ -366,24 +305,40 @@ void RepositoryBuilder::addMethod(ClassContent& content, const mof::Feature& fea
                                           ", but its superclass declares it as returning " +
                                           typeText(inherited->returnType));
     }
-    checkOverrideName(made.qualifiers, inherited, user, name.position);
-    if (inherited) checkOverrides(made.qualifiers, inherited->qualifiers, user, name.position);
+    checkAgainstInherited(made, inherited, user, name.position);
     content.methods.push_back(std::move(made));
 }
 
-void RepositoryBuilder::awaitClass(const mof::TypedName& declared, std::string_view what, std::string_view className) {
-    if (declared.referenceClass.text.empty()) return;
-    awaited.push_back({current, declared.referenceClass,
-                       std::string(what) + inQuotes(declared.name.text) + " of class " + inQuotes(className)});
+void RepositoryBuilder::addParameter(MethodDeclaration& method, const mof::Parameter& parameter,
+                                     const std::string& owner) {
+    const mof::Word& name = parameter.declared.name;
+    const std::string user = "parameter " + inQuotes(name.text) + " of " + owner;
+    checkIsNew(method.parameters, name, user);
+    ParameterDeclaration made;
+    made.name = name.text;
+    made.type = parameter.declared.type;
+    made.arraySize = parameter.declared.arraySize;
+    made.referenceClass = parameter.declared.referenceClass.text;
+    made.qualifiers = resolveQualifiers(parameter.qualifiers, "parameter");
+    const Qualifier* in = findQualifier(made.qualifiers, "In");
+    const Qualifier* out = findQualifier(made.qualifiers, "Out");
+    made.isIn = !in || in->value.isTrue();
+    made.isOut = out && out->value.isTrue();
+    awaitClass(parameter.declared, user, {});
+    method.parameters.push_back(std::move(made));
 }
 
-void RepositoryBuilder::countMembers(const ClassContent& content, const ClassDeclaration* superclass,
-                                     const SourcePosition& position) {
-    memberCount += content.properties.size() + content.methods.size();
-    if (superclass) memberCount += superclass->properties().size() + superclass->methods().size();
-    if (memberCount > mostMembers) {
-        throw MofError(position, "more than " + std::to_string(mostMembers) + " properties and methods in all");
-    }
+void RepositoryBuilder::awaitClass(const mof::TypedName& declared, const std::string& user,
+                                   const std::string& ancestor) {
+    if (declared.referenceClass.text.empty()) return;
+    awaited.push_back({current, declared.referenceClass, user, ancestor});
+}
+
+void RepositoryBuilder::countMemory(const ClassContent& content, const ClassDeclaration* superclass,
+                                    const SourcePosition& position) {
+    memory += memoryUse(content) + (superclass ? memoryUse(superclass->content) : 0);
+    if (memory <= largestRepository) return;
+    throw MofError(position, "the classes take more than " + std::to_string(largestRepository >> 20) + " MiB");
 }
 
 } // namespace cimhost

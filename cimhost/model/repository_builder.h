@@ -24,7 +24,8 @@ private:
     struct AwaitedClass {
         const ClassRepository::Namespace* nameSpace;
         mof::Word name;
-        std::string user; // 'reference "Antecedent" of class "X"'
+        std::string user;     // 'reference "Antecedent" of class "X"'
+        std::string ancestor; // the target that the superclass declares, or empty
     };
 
     void takePragma(const mof::Word& name, const mof::Word& argument) override;
@@ -34,17 +35,18 @@ private:
     void include(const mof::Word& file);
     [[nodiscard]] std::vector<Qualifier> resolveQualifiers(const std::vector<mof::QualifierUse>& uses,
                                                            std::string_view place) const;
-    void addFeature(ClassContent& content, const mof::Feature& feature, const ClassDeclaration* superclass);
     void addProperty(ClassContent& content, const mof::Feature& feature, const ClassDeclaration* superclass);
     void addMethod(ClassContent& content, const mof::Feature& feature, const ClassDeclaration* superclass);
-    void awaitClass(const mof::TypedName& declared, std::string_view what, std::string_view className);
-    void countMembers(const ClassContent& content, const ClassDeclaration* superclass, const SourcePosition& position);
+    void addParameter(MethodDeclaration& method, const mof::Parameter& parameter, const std::string& owner);
+    void awaitClass(const mof::TypedName& declared, const std::string& user, const std::string& ancestor);
+    void countMemory(const ClassContent& content, const ClassDeclaration* superclass, const SourcePosition& position);
 
     ClassRepository& repository;
     ClassRepository::Namespace* current;
     std::vector<std::filesystem::path> openFiles; // empty for a text in memory
     std::vector<AwaitedClass> awaited;
-    std::size_t memberCount = 0;
+    std::size_t fileCount = 0;
+    std::size_t memory = 0;
 };
 
 } // namespace cimhost

@@ -30,6 +30,10 @@ std::optional<CimError> errorOf(const CMPIStatus& status) {
     return CimError{CMPI_RC_ERR_FAILED, std::move(message)};
 }
 
+std::string reasonOf(const CimError& error) {
+    return error.description.empty() ? "status " + std::to_string(static_cast<int>(error.code)) : error.description;
+}
+
 // Runs the provider's code. A C++ exception that leaves it becomes a failed call.
 template <typename Call>
 std::optional<CimError> guarded(Call&& call) {
@@ -123,11 +127,11 @@ struct ProviderLibrary::Interfaces {
             return status;
         });
         if (!error && (!made || !made->ft)) error = CimError{CMPI_RC_ERR_FAILED, "it gave no interface"};
-        if (error) {
-            error = CimError{CMPI_RC_ERR_FAILED, factoryName(slot) + " failed: " + error->description};
+        if (!error) {
+            slot.made = made;
             return;
         }
-        slot.made = made;
+        error = CimError{CMPI_RC_ERR_FAILED, factoryName(slot) + " failed: " + reasonOf(*error)};
     }
 
     // Calls one function of an interface; arguments are what follows the context.
@@ -165,13 +169,17 @@ struct ProviderLibrary::Interfaces {
             const auto cleanup = slot.made->ft->cleanup;
             return cleanup ? cleanup(slot.made, context, 1) : CMPIStatus{};
         });
-        if (error) broker.log(LogLevel::warning, name + ": clean-up of " + slot.kind + "MI: " + error->description);
+        if (error) {
+            broker.log(LogLevel::warning, name + ": clean-up of " + slot.kind + "MI failed: " + reasonOf(*error));
+        }
         slot.made = nullptr;
     }
 };
 
 ProviderLibrary::ProviderLibrary(const std::filesystem::path& file, std::string providerName, Broker& broker)
-    : interfaces(std::make_unique<Interfaces>(file.string(), std::move(providerName), broker)) {
+    // A name alone would have the loader search its own folders.
+    : interfaces(
+          std::make_unique<Interfaces>(std::filesystem::absolute(file).string(), std::move(providerName), broker)) {
     Interfaces& made = *interfaces;
     // As production servers load providers: with all symbols resolved, and visible to libraries that come later.
     made.library = dlopen(made.file.c_str(), RTLD_NOW | RTLD_GLOBAL);

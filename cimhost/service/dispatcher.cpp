@@ -151,7 +151,7 @@ void enumerateInstances(const Call& call) {
     Selection selection(declaration, isDeep, list);
     for (const InstanceObject* instance : instances) {
         call.encoder.raw("<VALUE.NAMEDINSTANCE>");
-        call.encoder.instanceName(*instance->path(call.scope.arena()));
+        call.encoder.instanceName(*instance);
         call.encoder.instance(*instance, {(call.caller.flags & CMPI_FLAG_IncludeClassOrigin) != 0,
                                           selection.of(instance->declaration())});
         call.encoder.raw("</VALUE.NAMEDINSTANCE>");
@@ -302,8 +302,8 @@ CimError errorOf(const std::exception& failure) {
 Dispatcher::Dispatcher(Operations& behind, Broker& owner)
     : operations(behind), broker(owner), tags(behind.repository()) {}
 
-std::string Dispatcher::handle(const Request& request, Caller caller) {
-    std::string document;
+ByteBuffer Dispatcher::handle(const Request& request, Caller caller) {
+    ByteBuffer document;
     document.reserve(std::min(largestReserve, lastSize.load(std::memory_order_relaxed)));
     Encoder encoder(document, tags);
     encoder.raw("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE");
@@ -318,7 +318,7 @@ std::string Dispatcher::handle(const Request& request, Caller caller) {
         RequestScope scope(broker);
         runOperation({operations, scope, request, caller, encoder});
     } catch (const std::exception& failure) {
-        document.resize(begin);
+        document.truncate(begin);
         encoder.error(errorOf(failure));
     }
     encoder.raw(isIntrinsic ? "</IMETHODRESPONSE>" : "</METHODRESPONSE>");

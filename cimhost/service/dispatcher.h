@@ -6,7 +6,6 @@
 #include "cimhost/service/operations.h"
 
 #include <atomic>
-#include <string>
 
 namespace cimhost {
 
@@ -17,7 +16,7 @@ public:
 
     /// The response message: a result, or an ERROR with a CIM status. Never throws for what a request or a provider
     /// does. caller.flags are set from the request's parameters.
-    std::string handle(const cimxml::Request& request, Caller caller);
+    ByteBuffer handle(const cimxml::Request& request, Caller caller);
 
 private:
     Operations& operations;

@@ -6,10 +6,28 @@
 
 namespace merolt {
 
-std::unique_ptr<platform::Mutex> provider_lock;
-std::unique_ptr<platform::Mutex> enable_indications_mutex;
-std::unique_ptr<platform::Mutex> properties_file_lock;
-std::unique_ptr<platform::Mutex> adapter_update_lock;
+namespace {
+
+/// Stands until the process is gone: a server may exit without cleaning up, while the polling thread and requests
+/// still take locks.
+union LastingLock {
+    constexpr LastingLock() : mutex() {}
+    ~LastingLock() {}
+
+    std::unique_ptr<platform::Mutex> mutex;
+};
+
+constinit LastingLock providerLock;
+constinit LastingLock enableIndicationsMutex;
+constinit LastingLock propertiesFileLock;
+constinit LastingLock adapterUpdateLock;
+
+} // namespace
+
+std::unique_ptr<platform::Mutex>& provider_lock = providerLock.mutex;
+std::unique_ptr<platform::Mutex>& enable_indications_mutex = enableIndicationsMutex.mutex;
+std::unique_ptr<platform::Mutex>& properties_file_lock = propertiesFileLock.mutex;
+std::unique_ptr<platform::Mutex>& adapter_update_lock = adapterUpdateLock.mutex;
 
 namespace {
 

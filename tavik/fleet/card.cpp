@@ -53,7 +53,8 @@ private:
         port.number = ++portNumber_;
         object.read("number", port.number, parseNumber<std::uint8_t>);
         surroundings_.portNumber = port.number;
-        surroundings_.transceiver = object.find("transceiver");
+        surroundings_.transceiver.reset();
+        object.readNullable("transceiver", surroundings_.transceiver, parseTransceiver);
         const auto functions = object.find("functions");
         const auto storage = object.find("storage"), nic = object.find("ethernet");
         object.finish();

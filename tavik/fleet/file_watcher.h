@@ -1,7 +1,7 @@
 // Watches one file for changes of any kind: written in place, replaced by renaming, removed, made again.
 #pragma once
 
-#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdio>
 #include <functional>
-#include <set>
 #include <utility>
 
 #include "tavik/fleet/fleet_file.h"

@@ -162,36 +162,9 @@ Transceiver parseRawTransceiver(ObjectReader& object) {
     return transceiver;
 }
 
-Transceiver parseTransceiver(const Place& place) {
-    ObjectReader object(place);
-    if (object.has("a0")) return parseRawTransceiver(object);
-
-    TransceiverIdentity identity{"Merolt", "MLT-SFP10-SR", "A", "SFP0001", "240115", {}};
-    const auto bytes = [](const Place& value) { return toArray<8>(parseBytes(value, 8, 8)); };
-    const auto oui = [](const Place& value) {
-        return toArray<3>(parseAddressBytes(value, 3, "an identifier like \"02:4D:52\""));
-    };
-    object.read("vendor", identity.vendor, textUpTo(16));
-    object.read("partNumber", identity.partNumber, textUpTo(16));
-    object.read("revision", identity.revision, textUpTo(4));
-    object.read("serialNumber", identity.serialNumber, textUpTo(16));
-    object.read("dateCode", identity.dateCode, textUpTo(8));
-    object.read("vendorOui", identity.vendorOui, oui);
-    object.read("identifier", identity.identifier, parseNumber<std::uint8_t>);
-    object.read("connector", identity.connector, parseNumber<std::uint8_t>);
-    object.read("compliance", identity.compliance, bytes);
-    object.read("bitRateMegabits", identity.bitRateMegabits, parseNumber<std::uint32_t>);
-    object.read("wavelengthNanometres", identity.wavelengthNanometres, parseNumber<std::uint16_t>);
-    std::optional<TransceiverReadings> readings = TransceiverReadings();
-    object.readNullable("diagnostics", readings, parseReadings);
-    object.finish();
-    return {encodeTransceiverIdentity(identity), readings ? encodeTransceiverReadings(*readings) : Bytes()};
-}
-
 /** The function's own module, or the port's; null in the function: none. */
 std::optional<Transceiver> readTransceiver(ObjectReader& object, const FunctionSurroundings& surroundings) {
-    std::optional<Transceiver> transceiver;
-    if (!object.has("transceiver") && surroundings.transceiver) return parseTransceiver(*surroundings.transceiver);
+    auto transceiver = surroundings.transceiver;
     object.readNullable("transceiver", transceiver, parseTransceiver);
     return transceiver;
 }
@@ -401,6 +374,32 @@ void readNicPort(ObjectReader& object, NicFunction& function) {
 }
 
 } // namespace
+
+Transceiver parseTransceiver(const Place& place) {
+    ObjectReader object(place);
+    if (object.has("a0")) return parseRawTransceiver(object);
+
+    TransceiverIdentity identity{"Merolt", "MLT-SFP10-SR", "A", "SFP0001", "240115", {}};
+    const auto bytes = [](const Place& value) { return toArray<8>(parseBytes(value, 8, 8)); };
+    const auto oui = [](const Place& value) {
+        return toArray<3>(parseAddressBytes(value, 3, "an identifier like \"02:4D:52\""));
+    };
+    object.read("vendor", identity.vendor, textUpTo(16));
+    object.read("partNumber", identity.partNumber, textUpTo(16));
+    object.read("revision", identity.revision, textUpTo(4));
+    object.read("serialNumber", identity.serialNumber, textUpTo(16));
+    object.read("dateCode", identity.dateCode, textUpTo(8));
+    object.read("vendorOui", identity.vendorOui, oui);
+    object.read("identifier", identity.identifier, parseNumber<std::uint8_t>);
+    object.read("connector", identity.connector, parseNumber<std::uint8_t>);
+    object.read("compliance", identity.compliance, bytes);
+    object.read("bitRateMegabits", identity.bitRateMegabits, parseNumber<std::uint32_t>);
+    object.read("wavelengthNanometres", identity.wavelengthNanometres, parseNumber<std::uint16_t>);
+    std::optional<TransceiverReadings> readings = TransceiverReadings();
+    object.readNullable("diagnostics", readings, parseReadings);
+    object.finish();
+    return {encodeTransceiverIdentity(identity), readings ? encodeTransceiverReadings(*readings) : Bytes()};
+}
 
 ParsedStorage parseStorage(const Place& place, const FunctionSurroundings& surroundings) {
     ParsedStorage parsed{initialStorage(surroundings), {}, {}};

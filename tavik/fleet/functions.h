@@ -11,10 +11,10 @@ namespace tavik::fleet {
 
 /** What a function takes over from its surroundings, unless it says otherwise itself. */
 struct FunctionSurroundings {
-    std::optional<Place> defaults;    ///< object with values for all functions of this kind on the card
-    std::optional<Place> transceiver; ///< the module of the port
-    std::string modelName;            ///< of the card
-    std::uint32_t cardNumber = 1;     ///< told apart by it: addresses that the file does not give
+    std::optional<Place> defaults;          ///< object with values for all functions of this kind on the card
+    std::optional<Transceiver> transceiver; ///< the module of the port
+    std::string modelName;                  ///< of the card
+    std::uint32_t cardNumber = 1;           ///< told apart by it: addresses that the file does not give
     std::uint8_t portNumber = 1;
     bool converged = false; ///< the port has an Ethernet function
 };
@@ -34,7 +34,8 @@ struct ParsedNic {
     std::optional<std::string> deviceName;
 };
 
-/** Both throw Fault. */
+// All throw Fault.
+Transceiver parseTransceiver(const Place& place);
 ParsedStorage parseStorage(const Place& place, const FunctionSurroundings& surroundings);
 ParsedNic parseNic(const Place& place, const FunctionSurroundings& surroundings);
 

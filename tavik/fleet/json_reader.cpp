@@ -1,16 +1,12 @@
 #include "tavik/fleet/json_reader.h"
 
 #include <algorithm>
-#include <cmath>
 #include <set>
 
 #include <arpa/inet.h>
 
 namespace tavik::fleet {
 
-namespace {
-
-/** The value as an error message shows it: short, printable, on one line. */
 std::string describe(const Json& value) {
     if (value.is_object()) return "an object";
     if (value.is_array()) return "an array";
@@ -20,26 +16,33 @@ std::string describe(const Json& value) {
     return text;
 }
 
+namespace {
+
+bool isPrintable(char c) { return c >= 0x20 && c < 0x7F; }
+
+/** A key within a pointer: short and printable, as keys of a fleet file are. */
 std::string escapePointerToken(std::string_view key) {
+    constexpr std::size_t longest = 64;
     std::string token;
-    for (const char c : key) {
+    for (const char c : key.substr(0, longest)) {
         if (c == '~')
             token += "~0";
         else if (c == '/')
             token += "~1";
         else
-            token += static_cast<unsigned char>(c) < 0x20 ? '?' : c;
+            token += isPrintable(c) ? c : '?';
     }
-    return token;
+    return key.size() > longest ? token + "..." : token;
 }
 
 /** The part of the parser's message that speaks about the text, on one printable line. */
 std::string syntaxProblem(std::string_view what) {
+    constexpr std::size_t longest = 200;
     const auto position = what.find(": ", what.find("column"));
     std::string problem(position == std::string_view::npos ? what : what.substr(position + 2));
     for (char& c : problem)
-        if (static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) > 0x7E) c = '?';
-    return problem;
+        if (!isPrintable(c)) c = '?';
+    return problem.size() > longest ? problem.substr(0, longest) + "..." : problem;
 }
 
 std::string lineAndColumn(std::string_view text, std::size_t byte) {

@@ -2,14 +2,15 @@
 // for the kinds of value that a fleet file holds.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 #include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -27,6 +28,9 @@ public:
     /** @param where a JSON pointer, or a line and column for what is not JSON. */
     Fault(std::string_view where, std::string_view problem);
 };
+
+/** The value as an error message shows it: short, printable, on one line. */
+std::string describe(const Json& value);
 
 struct DocumentLimits {
     std::size_t depth;

@@ -13,11 +13,12 @@ class Register {
 public:
     explicit Register(std::string_view what) : what_(what) {}
 
-    /** Throws Fault if the key is taken. @param shown the key as the file writes it. */
-    void claim(const Key& key, const std::string& pointer, const std::string& shown) {
+    /** Throws Fault if the key is taken. */
+    void claim(const Key& key, const std::string& pointer) {
         const auto [taken, isNew] = places_.emplace(key, pointer);
         if (!isNew)
-            throw Fault(pointer, "expected " + what_ + " of its own, found " + shown + " as in " + taken->second);
+            throw Fault(pointer,
+                        "expected " + what_ + " of its own, found " + describe(key) + " as in " + taken->second);
     }
 
     bool taken(const Key& key) const { return places_.count(key) != 0; }
@@ -38,26 +39,20 @@ public:
 
 private:
     void claimGiven(const ParsedCard& card) {
-        serialNumbers_.claim(card.card.serialNumber, card.pointer + "/serialNumber",
-                             '"' + card.card.serialNumber + '"');
+        serialNumbers_.claim(card.card.serialNumber, card.pointer + "/serialNumber");
         std::set<std::uint32_t> adapterIds;
         if (card.adapterId) claimAdapter(adapterIds, *card.adapterId, card.pointer);
         for (const auto& wanted : card.wanted) {
-            if (wanted.handle)
-                handles_.claim(*wanted.handle, wanted.pointer + "/handle", std::to_string(*wanted.handle));
-            if (wanted.deviceNumber)
-                deviceNumbers_.claim(*wanted.deviceNumber, wanted.pointer + "/deviceNumber",
-                                     std::to_string(*wanted.deviceNumber));
-            if (wanted.deviceName)
-                deviceNames_.claim(*wanted.deviceName, wanted.pointer + "/deviceName", '"' + *wanted.deviceName + '"');
+            if (wanted.handle) handles_.claim(*wanted.handle, wanted.pointer + "/handle");
+            if (wanted.deviceNumber) deviceNumbers_.claim(*wanted.deviceNumber, wanted.pointer + "/deviceNumber");
+            if (wanted.deviceName) deviceNames_.claim(*wanted.deviceName, wanted.pointer + "/deviceName");
             if (wanted.adapterId) claimAdapter(adapterIds, *wanted.adapterId, wanted.pointer);
         }
     }
 
     /** The functions of one card may share an adapter ID, those of two cards may not. */
     void claimAdapter(std::set<std::uint32_t>& ofThisCard, std::uint32_t adapterId, const std::string& pointer) {
-        if (ofThisCard.insert(adapterId).second)
-            adapterIds_.claim(adapterId, pointer + "/adapterId", std::to_string(adapterId));
+        if (ofThisCard.insert(adapterId).second) adapterIds_.claim(adapterId, pointer + "/adapterId");
     }
 
     void fillOpen(ParsedCard& card) {

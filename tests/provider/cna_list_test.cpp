@@ -309,6 +309,8 @@ struct Delivered {
     const char* serialNumber;
 };
 
+void PrintTo(const Delivered& row, std::ostream* out) { *out << row.bytes << " bytes"; }
+
 class TransceiverSizeTest : public CnaListTest, public testing::WithParamInterface<Delivered> {};
 
 TEST_P(TransceiverSizeTest, AFieldThatIsNotReachedKeepsItsEarlierText) {
@@ -369,6 +371,8 @@ struct LinkChange {
     int alarm;
     const char* line;
 };
+
+void PrintTo(const LinkChange& row, std::ostream* out) { *out << "from " << row.before << " to " << row.after; }
 
 class LinkChangeTest : public CnaListTest, public testing::WithParamInterface<LinkChange> {};
 

@@ -5,7 +5,6 @@
 #include "configuration/configuration.h"
 #include "configuration/nic_properties.h"
 #include "log/log.h"
-#include "text/text.h"
 
 #include <random>
 
@@ -75,6 +74,8 @@ struct Case {
     Settings settings;
     NicSettings nic;
 };
+
+void PrintTo(const Case& row, std::ostream* out) { *out << row.name; }
 
 class SettingsTextTest : public ConfigurationTest, public testing::WithParamInterface<Case> {};
 
@@ -262,23 +263,5 @@ TEST_F(ConfigurationTest, TheLibrarysOwnLogIsOffByDefault) {
     start();
     EXPECT_EQ(tavikLibrary.calls().front(), "TAVIK_Initialize(0)");
 }
-
-struct Trimming {
-    const char* text;
-    const char* trimmed;
-};
-
-class TrimStringTest : public testing::TestWithParam<Trimming> {};
-
-TEST_P(TrimStringTest, RemovesBlanksAndTabsAtBothEnds) {
-    std::string text = GetParam().text;
-    merolt::trimString(text.data());
-    EXPECT_STREQ(text.c_str(), GetParam().trimmed);
-}
-
-INSTANTIATE_TEST_SUITE_P(Texts, TrimStringTest,
-                         testing::Values(Trimming{"", ""}, Trimming{"a", "a"}, Trimming{" a", "a"},
-                                         Trimming{"a\t", "a"}, Trimming{" \t a b \t ", "a b"}, Trimming{" \t \t ", ""},
-                                         Trimming{" ", ""}, Trimming{"\ra\n", "\ra\n"}));
 
 } // namespace

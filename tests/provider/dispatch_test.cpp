@@ -229,6 +229,8 @@ const char* nameOf(Operation operation) {
     }
 }
 
+void PrintTo(Operation operation, std::ostream* out) { *out << nameOf(operation); }
+
 class OperationTest : public DispatchTest, public testing::WithParamInterface<Operation> {
 protected:
     Answer request(const std::string& className, const std::string& deviceID = "") {

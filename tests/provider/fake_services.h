@@ -17,7 +17,10 @@ public:
     std::time_t now() override;
     void sleepMilliseconds(unsigned milliseconds) override;
     std::optional<std::string> hostName() override { return name; }
-    std::optional<std::vector<std::uint8_t>> firstAddress(const std::string&) override { return address; }
+    std::optional<std::vector<std::uint8_t>> firstAddress(const std::string& hostName) override {
+        lookedUpNames.push_back(hostName);
+        return address;
+    }
     std::string installLocation() override { return location; }
     int mutexAvailable() override { return mutexesLeft-- > 0 ? 0 : mutexError; }
 
@@ -40,6 +43,8 @@ public:
 
     std::optional<std::string> name = "testhost";
     std::optional<std::vector<std::uint8_t>> address = std::vector<std::uint8_t>{192, 0, 2, 10};
+    /// What was asked of firstAddress, by whoever builds the lists.
+    std::vector<std::string> lookedUpNames;
     std::string location;
     int mutexesLeft = 1000;
     int mutexError = 12;

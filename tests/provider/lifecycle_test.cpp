@@ -278,6 +278,8 @@ struct MissingMutex {
     const char* line;
 };
 
+void PrintTo(const MissingMutex& row, std::ostream* out) { *out << "after " << row.mutexesBefore; }
+
 class MissingMutexTest : public ProviderTest, public testing::WithParamInterface<MissingMutex> {};
 
 TEST_P(MissingMutexTest, EndsTheProcessWithStatusOneAfterALineInTheLog) {

@@ -14,14 +14,21 @@ constexpr const char* current = "Merolt_CNA_Provider.log";
 constexpr const char* previous = "Merolt_CNA_Provider_prev.log";
 constexpr std::size_t rotationSize = 1048576;
 
-using Writer = void (*)(const char* format, ...);
+struct Writer {
+    const char* name;
+    void (*write)(const char* format, ...);
+};
+
+void PrintTo(const Writer& writer, std::ostream* out) { *out << writer.name; }
+
+constexpr Writer writers[] = {{"debugLog", merolt::debugLog}, {"errorLog", merolt::errorLog}};
 
 /// The two writers do the same; only their callers' flags differ.
 class LogTest : public ProviderTest, public testing::WithParamInterface<Writer> {
 protected:
     void SetUp() override { merolt::initializeLogging(); }
 
-    void write(const char* message) { GetParam()("%s", message); }
+    void write(const char* message) { GetParam().write("%s", message); }
 
     void makeLogOfSize(std::size_t size) { writeFile(current, std::string(size - 1, 'x') + '\n'); }
 
@@ -31,8 +38,8 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Writers, LogTest, testing::Values(merolt::debugLog, merolt::errorLog),
-                         [](const auto& test) { return test.param == &merolt::debugLog ? "debug" : "error"; });
+INSTANTIATE_TEST_SUITE_P(Writers, LogTest, testing::ValuesIn(writers),
+                         [](const auto& test) { return test.param.name; });
 
 TEST_P(LogTest, ALineIsTimeBlankAndMessage) {
     write("hello");
@@ -94,8 +101,8 @@ protected:
     std::string newText() { return readFile(current).substr(rotationSize); }
 };
 
-INSTANTIATE_TEST_SUITE_P(Writers, UnmovableLogTest, testing::Values(merolt::debugLog, merolt::errorLog),
-                         [](const auto& test) { return test.param == &merolt::debugLog ? "debug" : "error"; });
+INSTANTIATE_TEST_SUITE_P(Writers, UnmovableLogTest, testing::ValuesIn(writers),
+                         [](const auto& test) { return test.param.name; });
 
 TEST_P(UnmovableLogTest, AFailedMoveIsReportedOnceBeforeEachLine) {
     const std::string report =

@@ -4,6 +4,8 @@
 #include "test_support.h"
 
 #include "inventory/cna_list.h"
+#include "tavik/transceiver.h"
+#include "tavik/vpd.h"
 
 #include <algorithm>
 
@@ -191,15 +193,55 @@ TEST_F(PollingTest, ARefreshHappensOncePerChange) {
     EXPECT_EQ(tavikLibrary.callCount("TAVIK_UpdateBackupAdapterList"), 1U);
 }
 
+/// Classes whose instances all come from adapters.
+constexpr const char* adapterClasses[] = {
+    "Merolt_FCHBA_FCPort",
+    "Merolt_FCHBA_PortController",
+    "Merolt_FCHBA_FCPortStatistics",
+    "Merolt_FCHBA_LogicalPortGroup",
+    "Merolt_FCHBA_SCSIProtocolController",
+    "Merolt_FCHBA_SCSIProtocolEndpointHBA",
+    "Merolt_FCHBA_SCSIProtocolEndpointTarget",
+    "Merolt_FCHBA_StorageExtent",
+    "Merolt_FCHBA_SoftwareIdentity",
+    "Merolt_Adapter_PhysicalPackage",
+    "Merolt_Adapter_PhysicalConnector",
+    "Merolt_Adapter_PhysicalPort",
+    "Merolt_Adapter_Product",
+    "Merolt_NIC_EthernetPort2",
+    "Merolt_NIC_PortController",
+    "Merolt_NIC_LANEndpoint",
+    "Merolt_NIC_NetworkPort",
+    "Merolt_NIC_IPProtocolEndpoint",
+    "Merolt_NIC_SoftwareIdentity",
+};
+
+/// A card with something for every class.
+tavik::Fleet fullFleet() {
+    tavik::StorageFunction storage = storageFunction(1, 0xA110);
+    storage.vpd = tavik::encodeVpd("Adapter", {{"SN", "V1"}, {"PN", "P1"}});
+    storage.transceiver = tavik::makeTransceiver({"Vendor", "Part", "A", "M1", "240229"});
+    storage.multiBootVersion = "V:2.01.37,D:09142012,A:Y,T:M";
+    storage.targets.resize(1);
+    storage.targets[0].luns.resize(1);
+    tavik::NicFunction nic = nicFunction(1, 1);
+    nic.ip = tavik::IPConfiguration{};
+    return fleet({card("S1", {storage, nic})});
+}
+
 class EmptyTreeTest : public PollingTest, public testing::WithParamInterface<bool> {};
 
 TEST_P(EmptyTreeTest, AfterASwapToAnEmptyTreeEveryListIsEmptyAndNothingFails) {
-    startWithInterval(0);
+    writeFile("meroltcna.properties", "LinkStatusPollIntervalSeconds=0\n");
+    tavikLibrary.setFleet(fullFleet());
+    start();
+    for (const char* className : adapterClasses)
+        EXPECT_FALSE(enumerateInstances(className).objects.empty()) << className;
     tavik::Fleet empty;
     if (GetParam()) empty.cards = std::nullopt;
     tavikLibrary.setNextFleet(empty);
     services.pass(1);
-    for (const char* className : {fcPort, ethernetPort, "Merolt_NIC_NetworkPort"}) {
+    for (const char* className : adapterClasses) {
         const Answer answer = enumerateInstances(className);
         EXPECT_TRUE(answer.isOk());
         EXPECT_TRUE(answer.objects.empty()) << className;
@@ -210,6 +252,22 @@ TEST_P(EmptyTreeTest, AfterASwapToAnEmptyTreeEveryListIsEmptyAndNothingFails) {
 
 INSTANTIATE_TEST_SUITE_P(Trees, EmptyTreeTest, testing::Bool(),
                          [](const auto& test) { return test.param ? "NoListAtAll" : "ListWithoutCards"; });
+
+TEST_F(PollingTest, WhatThePhysicalClassesTakeFromTheEthernetSideIsGoneAfterARefresh) {
+    writeFile("meroltcna.properties", "LinkStatusPollIntervalSeconds=0\n");
+    tavik::NicFunction function = nicFunction(1, 1);
+    function.transceiver = tavik::makeTransceiver({"Vendor", "Part", "A", "M1", "240229"});
+    const tavik::Fleet adapters = fleet({card("S1", {function})});
+    tavikLibrary.setFleet(adapters);
+    start();
+    EXPECT_EQ(enumerateInstances("Merolt_Adapter_PhysicalPackage").objects.size(), 1U);
+    EXPECT_EQ(enumerateInstances("Merolt_Adapter_PhysicalConnector").objects.size(), 1U);
+    tavikLibrary.setNextFleet(adapters);
+    services.pass(1);
+    EXPECT_EQ(enumerateInstances("Merolt_Adapter_PhysicalPackage").objects.size(), 0U);
+    EXPECT_EQ(enumerateInstances("Merolt_Adapter_PhysicalConnector").objects.size(), 0U);
+    EXPECT_EQ(enumerateInstances(ethernetPort).objects.size(), 1U) << "the Ethernet side itself is rebuilt";
+}
 
 TEST_F(PollingTest, ReadsGoOnWhileTheLibraryReadsTheHardwareAndMethodsAndChangesWait) {
     startWithInterval(0);

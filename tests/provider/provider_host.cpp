@@ -75,10 +75,12 @@ TestObject describe(const ObjectPathObject& path) {
     return object;
 }
 
-std::vector<const char*> asPointers(const std::vector<std::string>& names) {
+std::vector<const char*> asPointers(const std::optional<std::vector<std::string>>& names) {
     std::vector<const char*> pointers;
-    for (const std::string& name : names)
-        pointers.push_back(name.c_str());
+    if (names) {
+        for (const std::string& name : *names)
+            pointers.push_back(name.c_str());
+    }
     pointers.push_back(nullptr);
     return pointers;
 }
@@ -235,7 +237,7 @@ Answer ProviderTest::enumerateInstanceNames(const std::string& className, const 
 Answer ProviderTest::enumerateInstances(const std::string& className,
                                         const std::optional<std::vector<std::string>>& properties,
                                         const std::string& nameSpace) {
-    std::vector<const char*> list = asPointers(properties.value_or(std::vector<std::string>()));
+    std::vector<const char*> list = asPointers(properties);
     return request(ResultKind::instances, className, nameSpace, [&](auto&, auto* context, auto* result, auto* path) {
         return instanceMI->ft->enumerateInstances(instanceMI, context, result, path,
                                                   properties ? list.data() : nullptr);
@@ -245,7 +247,7 @@ Answer ProviderTest::enumerateInstances(const std::string& className,
 Answer ProviderTest::getInstance(const std::string& className, const KeyValues& keys,
                                  const std::optional<std::vector<std::string>>& properties,
                                  const std::string& nameSpace) {
-    std::vector<const char*> list = asPointers(properties.value_or(std::vector<std::string>()));
+    std::vector<const char*> list = asPointers(properties);
     return request(ResultKind::instances, className, nameSpace,
                    [&](RequestScope& scope, auto* context, auto* result, ObjectPathObject* path) {
                        for (const auto& [name, value] : keys) {

@@ -52,6 +52,7 @@ const BadFleet badFleets[] = {
     {"twoInOne",         onePort(R"("functions": [{"storage": {}, "ethernet": {}}])"), "/cards/0/ports/0/functions/0: expected an object with either \"storage\" or \"ethernet\", found an object"},
     {"neither",          onePort(R"("functions": [{}])"), "/cards/0/ports/0/functions/0: expected an object with either \"storage\" or \"ethernet\", found an object"},
     {"wrongFunctionKey", onePort(R"("functions": [{"fc": {}}])"), "/cards/0/ports/0/functions/0/fc: unknown key, expected one of \"storage\", \"ethernet\""},
+    {"portModule",       onePort(R"("transceiver": {"vendr": "V"})"), "/cards/0/ports/0/transceiver/vendr: unknown key, expected one of \"a0\", \"vendor\", \"partNumber\", \"revision\", \"serialNumber\", \"dateCode\", \"vendorOui\", \"identifier\", \"connector\", \"compliance\", \"bitRateMegabits\", \"wavelengthNanometres\", \"diagnostics\""},
     {"storageNull",      onePort(R"("storage": null)"), "/cards/0/ports/0/storage: expected an object, found null"},
     // Storage functions.
     {"speed",            storage(R"("speed": 5)"),    "/cards/0/ports/0/storage/speed: expected one of 1, 2, 4, 8, 10, 16 or \"auto\", found 5"},
@@ -123,9 +124,23 @@ TEST(FleetErrorTexts, InvalidBytesAreNotRepeated) {
         EXPECT_TRUE(c >= 0x20 && c < 0x7F) << message;
 }
 
-TEST(FleetErrorTexts, ControlCharactersInKeysAreNotRepeated) {
-    const auto message = errorFrom(R"({"a\nb": 1})");
-    EXPECT_EQ(message, "fleet.json: /a?b: unknown key, expected one of \"cards\"");
+TEST(FleetErrorTexts, OddCharactersInKeysAreNotRepeated) {
+    EXPECT_EQ(errorFrom(R"({"a\nb\u007f\u00fc": 1})"), "fleet.json: /a?b???: unknown key, expected one of \"cards\"");
+}
+
+TEST(FleetErrorTexts, LongTokensAreCut) {
+    EXPECT_LT(errorFrom("{\"cards\": \"" + std::string(100000, 'x')).size(), 300U);
+}
+
+TEST(FleetErrorTexts, LongKeysAreCut) {
+    EXPECT_EQ(errorFrom("{\"" + std::string(100, 'k') + "\": 1}"),
+              "fleet.json: /" + std::string(64, 'k') + "...: unknown key, expected one of \"cards\"");
+}
+
+TEST(FleetErrorTexts, OddCharactersInTextsAreEscaped) {
+    EXPECT_EQ(errorFrom("{\"cards\": [{\"serialNumber\": \"\u00fc\u007f\"}, {\"serialNumber\": \"\u00fc\u007f\"}]}"),
+              "fleet.json: /cards/1/serialNumber: expected a serial number of its own, found \"\\u00fc\\u007f\" as in "
+              "/cards/0/serialNumber");
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "tavik/tree.h"
 
-#include <set>
 
 #include <gtest/gtest.h>
 

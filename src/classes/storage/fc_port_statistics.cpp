@@ -83,7 +83,7 @@ void createFCPortStatistics(TAVIK_DeviceRecord* device, int index) {
     if (TAVIK_RefreshDeviceStats(device) == 0) {
         copyCounters(device, port);
     } else {
-        DEBUG_LOG("Merolt_FC_FCPortStatistics ERROR in getting statistical data...");
+        ERROR_LOG("Merolt_FC_FCPortStatistics ERROR in getting statistical data...");
     }
     port.valid = 1;
     DEBUG_LOG("Exiting  createFCPortStatistics\n");

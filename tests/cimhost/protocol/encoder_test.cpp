@@ -57,9 +57,9 @@ protected:
 
     std::string render(const InstanceObject& instance, const InstanceOptions& options = {}) {
         const TagTable tags(repository);
-        std::string out;
+        ByteBuffer out;
         Encoder(out, tags).instance(instance, options);
-        return out;
+        return std::string(out.view());
     }
 
     // What stands for one property.
@@ -168,16 +168,18 @@ TEST_F(EncoderTest, ClassOriginIsToldOnRequest) {
 
 TEST_F(EncoderTest, AClassShowsOnlyItsOwnMembersWhenAskedSo) {
     const ClassDeclaration& port = *repository.find("root/ns", "T_Port");
-    std::string own;
-    appendClass(own, port, {});
+    ByteBuffer ownBytes;
+    appendClass(ownBytes, port, {});
+    const std::string own(ownBytes.view());
     EXPECT_EQ(own.find("NAME=\"Id\""), std::string::npos);
     EXPECT_NE(own.find("<CLASS NAME=\"T_Port\" SUPERCLASS=\"T_Base\">"), std::string::npos) << own;
     EXPECT_NE(own.find("<VALUE>Ports &amp; more</VALUE>"), std::string::npos) << own;
     EXPECT_NE(own.find("<METHOD NAME=\"Act\" TYPE=\"uint32\"><PARAMETER.ARRAY NAME=\"Options\" TYPE=\"uint16\">"),
               std::string::npos)
         << own;
-    std::string whole;
-    appendClass(whole, port, {false, false, true, {}});
+    ByteBuffer wholeBytes;
+    appendClass(wholeBytes, port, {false, false, true, {}});
+    const std::string whole(wholeBytes.view());
     EXPECT_NE(whole.find("<PROPERTY NAME=\"Id\" TYPE=\"string\" CLASSORIGIN=\"T_Base\" PROPAGATED=\"true\">"),
               std::string::npos)
         << whole;

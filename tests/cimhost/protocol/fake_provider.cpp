@@ -133,7 +133,7 @@ FakeHost::FakeHost() {
 std::string FakeHost::handle(const std::string& document) {
     const auto decoded = cimxml::decodeRequest(document);
     if (const auto* error = std::get_if<cimxml::ProtocolError>(&decoded)) return error->message;
-    return dispatcher->handle(std::get<cimxml::Request>(decoded), Caller{"anna", "", 0});
+    return std::string(dispatcher->handle(std::get<cimxml::Request>(decoded), Caller{"anna", "", 0}).view());
 }
 
 std::string FakeHost::call(const std::string& method, const std::string& parameters, const std::string& nameSpace) {

@@ -41,7 +41,7 @@ public:
         }
         if (request.body == "throw") throw std::runtime_error("secret");
         Response response;
-        response.body = request.user + request.body;
+        response.body.append(request.user + request.body);
         return response;
     }
 

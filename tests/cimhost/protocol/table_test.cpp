@@ -46,7 +46,7 @@ TEST(ValuesText, SpeedsAndStatesAreToldInWords) {
     EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 16'000'000'000)), "16 Gbit/s");
     EXPECT_EQ(shortText("MaxSpeed", number(CMPI_uint64, 10'625'000'000)), "10.625 Gbit/s");
     EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 100'000'000)), "100 Mbit/s");
-    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 1'000'000'001)), "1000000001 bit/s");
+    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 1'000'000'001)), "1 Gbit/s");
     EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 0)), "0 bit/s");
     EXPECT_EQ(shortText("OperationalStatus", number(CMPI_uint16, 2)), "OK");
     EXPECT_EQ(shortText("OperationalStatus", number(CMPI_uint16, 4711)), "4711");

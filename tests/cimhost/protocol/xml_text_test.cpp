@@ -8,21 +8,21 @@ namespace {
 const std::string replaced = "\xEF\xBF\xBD";
 
 std::string content(std::string_view text) {
-    std::string out = "|";
+    ByteBuffer out;
     appendText(out, text);
-    return out.substr(1);
+    return std::string(out.view());
 }
 
 std::string attribute(std::string_view text) {
-    std::string out;
+    ByteBuffer out;
     appendAttributeText(out, text);
-    return out;
+    return std::string(out.view());
 }
 
 std::string character(char16_t code) {
-    std::string out;
+    ByteBuffer out;
     appendCharacter(out, code);
-    return out;
+    return std::string(out.view());
 }
 
 TEST(XmlText, MarkupIsEscaped) {
@@ -30,11 +30,23 @@ TEST(XmlText, MarkupIsEscaped) {
     EXPECT_EQ(attribute("a<b>&c\"'"), "a&lt;b&gt;&amp;c&quot;'");
 }
 
+TEST(XmlText, MarkupIsFoundWhereverItStands) {
+    for (std::size_t position = 0; position < 40; ++position) {
+        std::string text(40, 'x');
+        text[position] = '<';
+        std::string expected(40, 'x');
+        expected.replace(position, 1, "&lt;");
+        EXPECT_EQ(content(text), expected);
+        EXPECT_EQ(attribute(text), expected);
+    }
+}
+
 TEST(XmlText, EveryControlCharacterThatXmlForbidsIsReplaced) {
     for (int code = 0; code < 0x20; ++code) {
         if (code == '\t' || code == '\n' || code == '\r') continue;
         const std::string text = {'a', static_cast<char>(code), 'b'};
         EXPECT_EQ(content(text), "a" + replaced + "b") << code;
+        EXPECT_EQ(content("a long text in front" + text), "a long text in fronta" + replaced + "b") << code;
         EXPECT_EQ(attribute(text), "a" + replaced + "b") << code;
     }
 }

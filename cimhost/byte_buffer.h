@@ -1,0 +1,68 @@
+// Bytes that only grow: what an answer is rendered into and sent from, without a copy and without clearing what is
+// about to be written anyway.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace cimhost {
+
+class ByteBuffer {
+public:
+    ByteBuffer() = default;
+    explicit ByteBuffer(std::string_view text) { append(text); }
+    ByteBuffer(ByteBuffer&& other) noexcept
+        : bytes(std::move(other.bytes)), used(std::exchange(other.used, 0)), room(std::exchange(other.room, 0)) {}
+    ByteBuffer& operator=(ByteBuffer&& other) noexcept {
+        bytes = std::move(other.bytes);
+        used = std::exchange(other.used, 0);
+        room = std::exchange(other.room, 0);
+        return *this;
+    }
+
+    [[nodiscard]] const char* data() const noexcept { return bytes.get(); }
+    [[nodiscard]] std::size_t size() const noexcept { return used; }
+    [[nodiscard]] bool empty() const noexcept { return used == 0; }
+    [[nodiscard]] std::string_view view() const noexcept { return {bytes.get(), used}; }
+
+    void append(std::string_view text) {
+        if (text.empty()) return;
+        if (text.size() > room - used) grow(text.size());
+        std::memcpy(bytes.get() + used, text.data(), text.size());
+        used += text.size();
+    }
+
+    /// Room for that many more bytes, to be written at the address returned; commit() says how many were.
+    char* prepare(std::size_t count) {
+        if (count > room - used) grow(count);
+        return bytes.get() + used;
+    }
+    void commit(std::size_t count) noexcept { used += count; }
+
+    void reserve(std::size_t total) {
+        if (total > room) reallocate(total);
+    }
+
+    /// Drops what lies behind that many bytes.
+    void truncate(std::size_t total) noexcept { used = std::min(used, total); }
+
+private:
+    void grow(std::size_t count) { reallocate(std::max({std::size_t{256}, used + count, room * 2})); }
+
+    void reallocate(std::size_t total) {
+        std::unique_ptr<char[]> larger = std::make_unique_for_overwrite<char[]>(total);
+        if (used > 0) std::memcpy(larger.get(), bytes.get(), used);
+        bytes = std::move(larger);
+        room = total;
+    }
+
+    std::unique_ptr<char[]> bytes;
+    std::size_t used = 0;
+    std::size_t room = 0;
+};
+
+} // namespace cimhost

@@ -1,0 +1,88 @@
+// A posted document goes all the way: decoded, answered by the operations over a small class set without a provider
+// library, and the answer must be XML that our own strict parser takes.
+
+#include "cimhost/cimxml/request.h"
+#include "cimhost/service/dispatcher.h"
+
+#include <expat.h>
+
+#include <cstdlib>
+
+namespace {
+
+using namespace cimhost;
+
+constexpr const char* mof = R"(
+Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride, ToSubclass);
+Qualifier Association : boolean = false, Scope(association), Flavor(DisableOverride, ToSubclass);
+class T_Port { [Key] string Id; [Key] uint32 Number; real64 Ratio; datetime Time; char16 Letter; string Words[]; };
+class T_FibrePort : T_Port { uint8 Bytes[]; };
+[Association] class T_Link { [Key] T_Port ref Left; [Key] T_Port ref Right; T_Port ref Others[]; };
+)";
+
+// Gives back what it gets.
+class EchoProvider final : public ProviderCalls {
+public:
+    Outcome enumerateInstanceNames(RequestScope&, const CallContext&, const ObjectPathObject& path) override {
+        Outcome outcome;
+        outcome.paths.push_back(&path);
+        return outcome;
+    }
+    Outcome enumerateInstances(RequestScope& scope, const CallContext&, const ObjectPathObject& path,
+                               const PropertyList&) override {
+        return withInstance(scope, path);
+    }
+    Outcome getInstance(RequestScope& scope, const CallContext&, const ObjectPathObject& path,
+                        const PropertyList&) override {
+        return withInstance(scope, path);
+    }
+    Outcome createInstance(RequestScope&, const CallContext&, const ObjectPathObject& path,
+                           const InstanceObject&) override {
+        Outcome outcome;
+        outcome.paths.push_back(&path);
+        return outcome;
+    }
+    Outcome modifyInstance(RequestScope&, const CallContext&, const ObjectPathObject&, const InstanceObject&,
+                           const PropertyList&) override {
+        return {};
+    }
+    Outcome deleteInstance(RequestScope&, const CallContext&, const ObjectPathObject&) override { return {}; }
+
+private:
+    static Outcome withInstance(RequestScope& scope, const ObjectPathObject& path) {
+        InstanceObject& instance = *scope.make().instance(path);
+        for (const NamedData& key : path.keys())
+            instance.setProperty(key.name, key.data);
+        Outcome outcome;
+        outcome.instances.push_back(&instance);
+        return outcome;
+    }
+};
+
+struct World {
+    World() : registration((repository.loadText("root/ns", mof), Registration::ofPrefix("T_", repository))) {}
+
+    ClassRepository repository;
+    Registration registration;
+    EchoProvider provider;
+    Broker broker{repository};
+    Operations operations{repository, registration, provider};
+    Dispatcher dispatcher{operations, broker};
+};
+
+void requireXml(std::string_view document) {
+    XML_Parser parser = XML_ParserCreate(nullptr);
+    if (XML_Parse(parser, document.data(), static_cast<int>(document.size()), 1) != XML_STATUS_OK) std::abort();
+    XML_ParserFree(parser);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    static World world;
+    const auto decoded = cimxml::decodeRequest({reinterpret_cast<const char*>(data), size});
+    if (const auto* request = std::get_if<cimxml::Request>(&decoded)) {
+        requireXml(world.dispatcher.handle(*request, {}).view());
+    }
+    return 0;
+}

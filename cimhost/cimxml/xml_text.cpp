@@ -79,35 +79,28 @@ std::size_t sequenceLength(std::string_view text) {
     return 0;
 }
 
-// A bit in each byte's highest place where the byte is below limit (limit at most 128, the byte below 128).
-constexpr std::uint64_t everyByte(unsigned char byte) { return 0x0101010101010101U * byte; }
+using Block = signed char __attribute__((vector_size(16)));
 
-constexpr std::uint64_t bytesBelow(std::uint64_t word, unsigned char limit) {
-    return (word - everyByte(limit)) & ~word & everyByte(0x80);
+// True if one of the block's bytes is such that a table may change it; bytes of UTF-8 sequences are negative here.
+bool holdsSpecial(const char* bytes) {
+    Block block;
+    std::memcpy(&block, bytes, sizeof block);
+    const auto special = (block < 0x20) | (block == '&') | (block == '<') | (block == '>') | (block == '"');
+    std::array<std::uint64_t, 2> halves{};
+    static_assert(sizeof special == sizeof halves);
+    std::memcpy(halves.data(), &special, sizeof halves);
+    return (halves[0] | halves[1]) != 0;
 }
 
-constexpr std::uint64_t bytesEqual(std::uint64_t word, char byte) {
-    return bytesBelow(word ^ everyByte(static_cast<unsigned char>(byte)), 1);
-}
-
-// True if one of eight bytes is such that a table may change it.
-bool holdsSpecial(const char* eightBytes) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, eightBytes, sizeof word);
-    const std::uint64_t special = (word & everyByte(0x80)) | bytesBelow(word, 0x20) | bytesEqual(word, '&') |
-                                  bytesEqual(word, '<') | bytesEqual(word, '>') | bytesEqual(word, '"');
-    return special != 0;
-}
-
-// Most texts are plain from end to end, so eight bytes at a time are passed over. Gives where the byte by byte look has
-// to begin.
+// Most texts are plain from end to end, so they are passed over by the block. Gives where the byte by byte look has to
+// begin.
 std::size_t plainPrefix(std::string_view text, std::size_t position) {
-    while (position + 8 <= text.size()) {
+    while (position + sizeof(Block) <= text.size()) {
         if (holdsSpecial(text.data() + position)) return position;
-        position += 8;
+        position += sizeof(Block);
     }
-    if (text.size() >= 8 && position < text.size() && !holdsSpecial(text.data() + text.size() - 8)) return text.size();
-    return position;
+    if (text.size() < sizeof(Block) || position == text.size()) return position;
+    return holdsSpecial(text.data() + text.size() - sizeof(Block)) ? position : text.size();
 }
 
 void append(ByteBuffer& out, std::string_view text, const TreatmentTable& table) {

@@ -40,7 +40,8 @@ struct HookedCalls {
 
     static void* newThread(void* (*function)(void*), void* argument, int detached) {
         if (hooks->beforeNewThread) hooks->beforeNewThread();
-        return hooks->ownThreads->newThread(function, argument, detached);
+        hooks->lastThread = hooks->ownThreads->newThread(function, argument, detached);
+        return hooks->lastThread;
     }
 };
 
@@ -66,3 +67,5 @@ std::vector<std::string> BrokerHooks::takeTestedClasses() {
     const std::lock_guard guard(mutex);
     return std::exchange(testedClasses, {});
 }
+
+void BrokerHooks::joinLastThread() { ownThreads->joinThread(std::exchange(lastThread, nullptr), nullptr); }

@@ -32,6 +32,9 @@ public:
     /// The thread functions that the provider is shown; a test may take some away before the provider starts.
     CMPIBrokerExtFT threads;
 
+    /// Joins the thread that the provider made last, where the provider was not shown how.
+    void joinLastThread();
+
 private:
     friend struct HookedCalls;
 
@@ -41,4 +44,5 @@ private:
     CMPIBrokerEncFT objects;
     std::mutex mutex;
     std::vector<std::string> testedClasses;
+    void* lastThread = nullptr;
 };

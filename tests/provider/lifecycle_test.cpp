@@ -270,6 +270,7 @@ TEST_F(BrokenServerTest, AServerThatCannotJoinThreadsGetsTheProviderStoppedAllTh
     EXPECT_TRUE(inOrder(logLines(), {"AdapterPollingLoop() thread has been killed", "Entering Clear_CNA_List()",
                                      "Merolt_CNA_Provider destructor complete"}));
     EXPECT_FALSE(logHas("stopPollingLoop() calling joinThread"));
+    hooks.joinLastThread();
 }
 
 /// A mutex that cannot be made takes the process down.

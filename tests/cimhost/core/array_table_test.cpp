@@ -18,8 +18,8 @@ protected:
 } // namespace
 
 TEST_F(ArrayTable, SizeAndTypeAreAsMade) {
-    for (const CMPIType type : {CMPI_boolean, CMPI_char16, CMPI_uint8, CMPI_uint64, CMPI_sint32, CMPI_real64,
-                                CMPI_string, CMPI_chars, CMPI_dateTime, CMPI_ref, CMPI_instance}) {
+    for (const CMPIType type : Types{CMPI_boolean, CMPI_char16, CMPI_uint8, CMPI_uint64, CMPI_sint32, CMPI_real64,
+                                     CMPI_string, CMPI_chars, CMPI_dateTime, CMPI_ref, CMPI_instance}) {
         const CMPIArray* made = array(3, type);
         ASSERT_NE(made, nullptr) << type;
         CMPIStatus status{CMPI_RC_ERROR, nullptr};
@@ -31,7 +31,7 @@ TEST_F(ArrayTable, SizeAndTypeAreAsMade) {
 
 TEST_F(ArrayTable, TypesWithoutArraysAreRefused) {
     for (const CMPIType type :
-         {CMPI_null, CMPI_args, CMPI_class, CMPI_filter, CMPI_enumeration, CMPI_ptr, CMPI_uint8A}) {
+         Types{CMPI_null, CMPI_args, CMPI_class, CMPI_filter, CMPI_enumeration, CMPI_ptr, CMPI_uint8A}) {
         CMPIStatus status{};
         EXPECT_EQ(cmpi->eft->newArray(cmpi, 1, type, &status), nullptr) << type;
         EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_DATA_TYPE);
@@ -87,8 +87,8 @@ TEST_F(ArrayTable, EveryNumberComesBackAsItWasSet) {
         filled.uint64 = 0x8182838485868788ULL;
         return filled;
     }();
-    for (const CMPIType type : {CMPI_uint8, CMPI_uint16, CMPI_uint32, CMPI_uint64, CMPI_sint8, CMPI_sint16, CMPI_sint32,
-                                CMPI_sint64, CMPI_char16, CMPI_real64}) {
+    for (const CMPIType type : Types{CMPI_uint8, CMPI_uint16, CMPI_uint32, CMPI_uint64, CMPI_sint8, CMPI_sint16,
+                                     CMPI_sint32, CMPI_sint64, CMPI_char16, CMPI_real64}) {
         CMPIArray* made = array(3, type);
         EXPECT_RC(setAt(made, 1, &value, type), CMPI_RC_OK);
         const CMPIData data = elementAt(made, 1);

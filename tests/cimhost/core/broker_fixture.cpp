@@ -48,7 +48,7 @@ BrokerTest::~BrokerTest() = default;
 void BrokerTest::start(cimhost::BrokerOptions options) {
     scope.reset();
     options.log = [this](cimhost::LogLevel, std::string_view text) {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(logMutex);
         logged.emplace_back(text);
     };
     broker = std::make_unique<cimhost::Broker>(classes, std::move(options));
@@ -57,7 +57,7 @@ void BrokerTest::start(cimhost::BrokerOptions options) {
 }
 
 std::vector<std::string> BrokerTest::messages() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(logMutex);
     return logged;
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -19,6 +20,8 @@ inline const CMPIValue* at(const void* variable) { return static_cast<const CMPI
 
 /// The text of a string; "(none)" for a null pointer.
 std::string textOf(const CMPIString* string);
+
+using Types = std::initializer_list<CMPIType>;
 
 constexpr CMPIValueState absentState = CMPI_nullValue | CMPI_notFound;
 
@@ -52,6 +55,6 @@ protected:
     const CMPIBroker* cmpi = nullptr;
 
 private:
-    std::mutex mutex;
+    std::mutex logMutex;
     std::vector<std::string> logged;
 };

@@ -65,8 +65,8 @@ TEST_F(Arguments, AnArrayHasItsElementTypeAndTheArrayFlag) {
 TEST_F(Arguments, TypesThatNoArgumentHasAreRc61) {
     const CMPIArgs* args = arguments();
     const CMPIArray* bytes = array(3, CMPI_uint8);
-    for (const CMPIType type : {CMPI_null, CMPI_args, CMPI_class, CMPI_filter, CMPI_enumeration, CMPI_ptr, CMPI_ARRAY,
-                                CMPIType(0x7777), CMPI_uint16A}) {
+    for (const CMPIType type : Types{CMPI_null, CMPI_args, CMPI_class, CMPI_filter, CMPI_enumeration, CMPI_ptr,
+                                     CMPI_ARRAY, 0x7777, CMPI_uint16A}) {
         if (type != CMPI_ARRAY) {
             EXPECT_EQ(add(args, "Bad", &bytes, type), CMPI_RC_ERR_INVALID_DATA_TYPE) << type;
         }
@@ -111,9 +111,7 @@ TEST_F(Context, EntriesAreFoundWithoutRegardToCase) {
     EXPECT_EQ(entry(CMPIInvocationFlags).value.uint32, 3U);
 }
 
-TEST_F(Context, AnAbsentEntryIsRc12) {
-    EXPECT_EQ(entry(CMPIRole, CMPI_RC_ERR_NO_SUCH_PROPERTY).state, absentState);
-}
+TEST_F(Context, AnAbsentEntryIsRc12) { EXPECT_EQ(entry(CMPIRole, CMPI_RC_ERR_NO_SUCH_PROPERTY).state, absentState); }
 
 TEST_F(Context, EntriesCanBeCountedListedAndAdded) {
     CMPIStatus status{CMPI_RC_ERROR, nullptr};

@@ -58,9 +58,7 @@ TEST_F(EncapsulationTable, ObjectsKnowTheirType) {
 }
 
 TEST_F(EncapsulationTable, ObjectsReadAsTexts) {
-    const auto textOfObject = [&](const void* object) {
-        return textOf(cmpi->eft->toString(cmpi, object, nullptr));
-    };
+    const auto textOfObject = [&](const void* object) { return textOf(cmpi->eft->toString(cmpi, object, nullptr)); };
     CMPIInstance* made = instance("Test_Standard");
     EXPECT_EQ(textOfObject(string("text")), "text");
     EXPECT_EQ(textOfObject(dateTime("00000001000000.000000:000")), "00000001000000.000000:000");
@@ -109,8 +107,8 @@ TEST_F(EncapsulationTable, ProvidersWriteIntoTheServersLog) {
 
 TEST_F(EncapsulationTable, ErrorObjectsAreNotMade) {
     CMPIStatus status{};
-    EXPECT_EQ(cmpi->eft->newCMPIError(cmpi, "owner", "id", "text", ErrorSevLow, ErrorProbCauseUnknown, CMPI_RC_ERR_FAILED,
-                                      &status),
+    EXPECT_EQ(cmpi->eft->newCMPIError(cmpi, "owner", "id", "text", ErrorSevLow, ErrorProbCauseUnknown,
+                                      CMPI_RC_ERR_FAILED, &status),
               nullptr);
     EXPECT_EQ(status.rc, CMPI_RC_ERR_NOT_SUPPORTED);
 }

@@ -18,15 +18,16 @@ protected:
         other = path();
         inner = instance();
         std::vector<Given> all = {
-            {CMPI_boolean, &number},  {CMPI_char16, &number}, {CMPI_uint8, &number},   {CMPI_uint16, &number},
-            {CMPI_uint32, &number},   {CMPI_uint64, &number}, {CMPI_sint8, &number},   {CMPI_sint16, &number},
-            {CMPI_sint32, &number},   {CMPI_sint64, &number}, {CMPI_real32, &number},  {CMPI_real64, &number},
-            {CMPI_string, &text},     {CMPI_chars, "text"},   {CMPI_charsptr, &chars}, {CMPI_dateTime, &when},
-            {CMPI_ref, &other},       {CMPI_instance, &inner},
+            {CMPI_boolean, &number}, {CMPI_char16, &number},  {CMPI_uint8, &number},   {CMPI_uint16, &number},
+            {CMPI_uint32, &number},  {CMPI_uint64, &number},  {CMPI_sint8, &number},   {CMPI_sint16, &number},
+            {CMPI_sint32, &number},  {CMPI_sint64, &number},  {CMPI_real32, &number},  {CMPI_real64, &number},
+            {CMPI_string, &text},    {CMPI_chars, "text"},    {CMPI_charsptr, &chars}, {CMPI_dateTime, &when},
+            {CMPI_ref, &other},      {CMPI_instance, &inner},
         };
         const std::vector<Given> scalars = all;
         arrays.clear();
-        for (const Given& scalar : scalars) arrays[scalar.type] = array(2, scalar.type);
+        for (const Given& scalar : scalars)
+            arrays[scalar.type] = array(2, scalar.type);
         for (const auto& [type, made] : arrays) {
             all.push_back({static_cast<CMPIType>(type | CMPI_ARRAY), &arrays[type]});
         }
@@ -145,7 +146,8 @@ TEST_F(InstanceTable, ValuesAreThoseOfTheMomentOfSetting) {
     CMPIArray* handedOut = get(made, "U8s").value.array;
     handedOut->ft->setElementAt(handedOut, 0, nullptr, CMPI_null);
     set(get(made, "Inner").value.inst, "Name", "of the reader", CMPI_chars);
-    EXPECT_EQ(get(made, "U8s").value.array->ft->getElementAt(stored, 0, nullptr).value.uint8, 7);
+    const CMPIArray* again = get(made, "U8s").value.array;
+    EXPECT_EQ(again->ft->getElementAt(again, 0, nullptr).value.uint8, 7);
     EXPECT_EQ(textOf(get(get(made, "Inner").value.inst, "Name").value.string), "before");
 }
 
@@ -166,8 +168,7 @@ TEST_F(InstanceTable, APropertyThatTheClassLacksIsDroppedWithAWarning) {
     EXPECT_EQ(set(made, "Colour", &seven, CMPI_uint16), CMPI_RC_OK);
     get(made, "Colour", CMPI_RC_ERR_NO_SUCH_PROPERTY);
     EXPECT_EQ(broker->droppedProperties(), std::vector<std::string>{"Test_Thing.Colour"});
-    EXPECT_EQ(messages(),
-              std::vector<std::string>{"property dropped: the class does not declare Test_Thing.Colour"})
+    EXPECT_EQ(messages(), std::vector<std::string>{"property dropped: the class does not declare Test_Thing.Colour"})
         << "warned of once";
 }
 

@@ -157,99 +157,99 @@ TEST(MofErrors, OfGrammar) {
     const std::string longText(100, 'x');
     expectMessages({
         {"klass A {};", R"(2:1: expected a class, a qualifier declaration or #pragma, found "klass")"},
-            {"\"text\"", R"(2:1: expected a class, a qualifier declaration or #pragma, found "text")"},
-            {"\"" + longText + "\"",
-             "2:1: expected a class, a qualifier declaration or #pragma, found a text of 102 bytes"},
-            {longText, "2:1: expected a class, a qualifier declaration or #pragma, found a word of 100 bytes"},
-            {"[Abstract] Qualifier Q : boolean;", R"(2:12: expected "class", found "Qualifier")"},
-            {"class", "2:6: expected a class name, found the end of the file"},
-            {"class 3A {};", "2:7: \"3A\" is no integer of at most 64 bits"},
-            {"class A", R"(2:8: expected "{", found the end of the file)"},
-            {"class A as $A {};", "2:9: aliases are not supported here"},
-            {"class A : {};", R"(2:11: expected a superclass, found "{")"},
-            {"class A {}", R"(2:11: expected ";", found the end of the file)"},
-            {"class A { string };", R"(2:18: expected a name, found "}")"},
-            {"class A { strings N; };", R"(2:11: expected a type or a class before "REF", found "strings")"},
-            {"class A { 17 };", R"(2:11: expected a property, a reference, a method or "}", found "17")"},
-            {"class A { string N };", R"(2:20: expected ";", found "}")"},
-            {"class A { string N[0]; };", R"(2:20: expected an array size from 1 on, found "0")"},
-            {"class A { string N[-1]; };", R"(2:20: expected an array size from 1 on, found "-1")"},
-            {"class A { string N[4294967296]; };", R"(2:20: expected an array size from 1 on, found "4294967296")"},
-            {"class A { string N[\"1\"]; };", R"(2:20: expected "]", found "1")"},
-            {"class A { string N = ; };", R"(2:22: expected a value, found ";")"},
-            {"class A { string N = $A; };", "2:22: aliases are not supported here"},
-            {"class A { uint8 N[] = {1,}; };", R"(2:26: expected a value, found "}")"},
-            {"class A { uint8 N[] = {1 2}; };", R"(2:26: expected "}", found "2")"},
-            {"class A { uint8 N[] = {{1}}; };", R"(2:24: expected a value, found "{")"},
-            {"class A { A REF M(); };", "2:18: a method cannot return a reference"}, {"class A { uint8 M(uint8); };", R"(2:24: expected a name, found ")")"},
-        {"class A { uint8 M(uint8 p,); };", R"(2:27: expected a parameter, found ")")"},
-        {"class A { uint8 M(uint8 p = 1); };", R"(2:27: expected ")", found "=")"},
-        {"class A { [] string N; };", R"(2:12: expected a qualifier's name, found "]")"},
-        {"class A { [Key string N; };", R"(2:16: expected "]", found "string")"},
-        {"class A { [Key(true] string N; };", R"(2:20: expected ")", found "]")"},
-        {"class A { [Key :] string N; };", R"(2:17: expected a flavor, found "]")"},
-        {"Qualifier Q boolean;", R"(2:13: expected ":", found "boolean")"},
-        {"Qualifier Q : CIM_X;", R"(2:15: expected a type, found "CIM_X")"},
-        {"Qualifier Q : boolean, Scopes(any);", R"(2:24: expected "Scope" or "Flavor", found "Scopes")"},
-        {"Qualifier Q : boolean, Scope any;", R"(2:30: expected "(", found "any")"},
-        {"#pragma (\"x\")", R"(2:9: expected a pragma's name, found "(")"},
-        {"#pragma locale (en_US)", R"(2:17: expected a text, found "en_US")"},
+        {"\"text\"", R"(2:1: expected a class, a qualifier declaration or #pragma, found "text")"},
+        {"\"" + longText + "\"",
+         "2:1: expected a class, a qualifier declaration or #pragma, found a text of 102 bytes"},
+        {longText, "2:1: expected a class, a qualifier declaration or #pragma, found a word of 100 bytes"},
+        {"[Abstract] Qualifier Q : boolean;", R"(2:12: expected "class", found "Qualifier")"},
+        {"class", "2:6: expected a class name, found the end of the file"},
+        {"class 3A {};", "2:7: \"3A\" is no integer of at most 64 bits"},
+        {"class A", R"(2:8: expected "{", found the end of the file)"},
+        {"class A as $A {};", "2:9: aliases are not supported here"},
+        {"class A : {};", R"(2:11: expected a superclass, found "{")"},
+        {"class A {}", R"(2:11: expected ";", found the end of the file)"},
+        {"class A { string };", R"(2:18: expected a name, found "}")"},
+        {"class A { strings N; };", R"(2:11: expected a type or a class before "REF", found "strings")"},
+        {"class A { 17 };", R"(2:11: expected a property, a reference, a method or "}", found "17")"},
+        {"class A { string N };", R"(2:20: expected ";", found "}")"},
+        {"class A { string N[0]; };", R"(2:20: expected an array size from 1 on, found "0")"},
+        {"class A { string N[-1]; };", R"(2:20: expected an array size from 1 on, found "-1")"},
+        {"class A { string N[4294967296]; };", R"(2:20: expected an array size from 1 on, found "4294967296")"},
+        {"class A { string N[\"1\"]; };", R"(2:20: expected "]", found "1")"},
+        {"class A { string N = ; };", R"(2:22: expected a value, found ";")"},
+        {"class A { string N = $A; };", "2:22: aliases are not supported here"},
+        {"class A { uint8 N[] = {1,}; };", R"(2:26: expected a value, found "}")"},
+        {"class A { uint8 N[] = {1 2}; };", R"(2:26: expected "}", found "2")"},
+        {"class A { uint8 N[] = {{1}}; };", R"(2:24: expected a value, found "{")"},
+        {"class A { A REF M(); };", "2:18: a method cannot return a reference"},
+        {"class A { uint8 M(uint8); };", R"~(2:24: expected a name, found ")")~"},
+        {"class A { uint8 M(uint8 p,); };", R"~(2:27: expected a parameter, found ")")~"},
+        {"class A { uint8 M(uint8 p = 1); };", R"~(2:27: expected ")", found "=")~"},
+        {"class A { [] string N; };", R"~(2:12: expected a qualifier's name, found "]")~"},
+        {"class A { [Key string N; };", R"~(2:16: expected "]", found "string")~"},
+        {"class A { [Key(true] string N; };", R"~(2:20: expected ")", found "]")~"},
+        {"class A { [Key :] string N; };", R"~(2:17: expected a flavor, found "]")~"},
+        {"Qualifier Q boolean;", R"~(2:13: expected ":", found "boolean")~"},
+        {"Qualifier Q : CIM_X;", R"~(2:15: expected a type, found "CIM_X")~"},
+        {"Qualifier Q : boolean, Scopes(any);", R"~(2:24: expected "Scope" or "Flavor", found "Scopes")~"},
+        {"Qualifier Q : boolean, Scope any;", R"~(2:30: expected "(", found "any")~"},
+        {"#pragma (\"x\")", R"~(2:9: expected a pragma's name, found "(")~"},
+        {"#pragma locale (en_US)", R"~(2:17: expected a text, found "en_US")~"},
         {"instance of A { };", "2:1: instances are not supported here"},
         {"[Description(\"x\")] instance of A { };", "2:20: instances are not supported here"},
     });
-                }
+}
 
-                TEST(MofErrors, ColumnsAreCountedInBytesFromTheLastNewline) {
-                    EXPECT_EQ(messageOf("\xef\xbb\xbf"
-                                        "klass"),
-                              R"(1:1: expected a class, a qualifier declaration or #pragma, found "klass")")
-                        << "a byte order mark counts for nothing";
-                    EXPECT_EQ(messageOf("/* \xc3\xa4 */ klass"),
-                              R"(1:10: expected a class, a qualifier declaration or #pragma, found "klass")");
-                    EXPECT_EQ(messageOf("/* a\n b\n*/ // c\r\n\r\n  klass"),
-                              R"(5:3: expected a class, a qualifier declaration or #pragma, found "klass")");
-                }
+TEST(MofErrors, ColumnsAreCountedInBytesFromTheLastNewline) {
+    EXPECT_EQ(messageOf("\xef\xbb\xbf"
+                        "klass"),
+              R"(1:1: expected a class, a qualifier declaration or #pragma, found "klass")")
+        << "a byte order mark counts for nothing";
+    EXPECT_EQ(messageOf("/* \xc3\xa4 */ klass"),
+              R"(1:10: expected a class, a qualifier declaration or #pragma, found "klass")");
+    EXPECT_EQ(messageOf("/* a\n b\n*/ // c\r\n\r\n  klass"),
+              R"(5:3: expected a class, a qualifier declaration or #pragma, found "klass")");
+}
 
-                TEST(MofErrors, DeepNestingIsRefusedWhereItBegins) {
-                    const std::string message = messageOf("class A { uint8 N[] = " + std::string(1000000, '{'));
-                    EXPECT_EQ(message, R"(1:24: expected a value, found "{")");
-                    EXPECT_EQ(messageOf(std::string(1000000, '[')), R"(1:2: expected a qualifier's name, found "[")");
-                }
+TEST(MofErrors, DeepNestingIsRefusedWhereItBegins) {
+    const std::string message = messageOf("class A { uint8 N[] = " + std::string(1000000, '{'));
+    EXPECT_EQ(message, R"(1:24: expected a value, found "{")");
+    EXPECT_EQ(messageOf(std::string(1000000, '[')), R"(1:2: expected a qualifier's name, found "[")");
+}
 
-                TEST(MofErrors, ADeclarationHasAnEnd) {
-                    const auto repeated = [](const std::string& begin, const std::string& part) {
-                        std::string text = begin;
-                        for (int count = 0; count < 30000; ++count)
-                            text += part;
-                        return messageOf(text);
-                    };
-                    const std::string expected = ": a declaration of more than 20000 parts";
-                    for (const std::string& message : {
-                             repeated("class A {", "uint8 N;"),
-                             repeated("class A { uint8 N[] = {0", ",0"),
-                             repeated("class A { uint8 M(uint8 a", ",uint8 b"),
-                             repeated("[Key", ",Key"),
-                             repeated("[Key: ToSubclass", " ToSubclass"),
-                             repeated("Qualifier Q : boolean, Scope(any", ",any"),
-                         }) {
-                        EXPECT_NE(message.find(expected), std::string::npos) << message;
-                    }
-                }
+TEST(MofErrors, ADeclarationHasAnEnd) {
+    const auto repeated = [](const std::string& begin, const std::string& part) {
+        std::string text = begin;
+        for (int count = 0; count < 30000; ++count)
+            text += part;
+        return messageOf(text);
+    };
+    const std::string expected = ": a declaration of more than 20000 parts";
+    for (const std::string& message : {
+             repeated("class A {", "uint8 N;"),
+             repeated("class A { uint8 N[] = {0", ",0"),
+             repeated("class A { uint8 M(uint8 a", ",uint8 b"),
+             repeated("[Key", ",Key"),
+             repeated("[Key: ToSubclass", " ToSubclass"),
+             repeated("Qualifier Q : boolean, Scope(any", ",any"),
+         }) {
+        EXPECT_NE(message.find(expected), std::string::npos) << message;
+    }
+}
 
-                TEST(MofErrors, ANamespaceHasAThousandQualifiersAtMost) {
-                    std::string text;
-                    for (int count = 0; count < 1001; ++count)
-                        text += "Qualifier Q" + std::to_string(count) + " : boolean;\n";
-                    EXPECT_EQ(messageOf(text), R"(1001:11: more than 1000 qualifiers in namespace "root/test")");
-                }
+TEST(MofErrors, ANamespaceHasAThousandQualifiersAtMost) {
+    std::string text;
+    for (int count = 0; count < 1001; ++count)
+        text += "Qualifier Q" + std::to_string(count) + " : boolean;\n";
+    EXPECT_EQ(messageOf(text), R"(1001:11: more than 1000 qualifiers in namespace "root/test")");
+}
 
-                TEST(MofErrors, WhatClassesRepeatDownTheTreeIsBounded) {
-                    std::string text = "Qualifier Description : string, Scope(any);\nclass C0 { [Description(\"";
-                    text += std::string(8U << 20, 'x') + "\")] string N; };\n";
-                    for (int count = 1; count < 100; ++count) {
-                        text += "class C" + std::to_string(count) + " : C" + std::to_string(count - 1) + " {};\n";
-                    }
-                    const std::string message = messageOf(text);
-                    EXPECT_NE(message.find(": the classes take more than 256 MiB"), std::string::npos)
-                        << message.substr(0, 200);
-                }
+TEST(MofErrors, WhatClassesRepeatDownTheTreeIsBounded) {
+    std::string text = "Qualifier Description : string, Scope(any);\nclass C0 { [Description(\"";
+    text += std::string(8U << 20, 'x') + "\")] string N; };\n";
+    for (int count = 1; count < 100; ++count) {
+        text += "class C" + std::to_string(count) + " : C" + std::to_string(count - 1) + " {};\n";
+    }
+    const std::string message = messageOf(text);
+    EXPECT_NE(message.find(": the classes take more than 256 MiB"), std::string::npos) << message.substr(0, 200);
+}

@@ -38,7 +38,7 @@ protected:
     http::Response exchange(const http::Request& request) {
         http::Request head = request;
         head.body.clear();
-        if (auto refused = endpoint.refuse(head)) return *refused;
+        if (auto refused = endpoint.refuse(head)) return std::move(*refused);
         return endpoint.answer(request);
     }
 

@@ -281,9 +281,9 @@ struct MissingMutex {
 
 void PrintTo(const MissingMutex& row, std::ostream* out) { *out << "after " << row.mutexesBefore; }
 
-class MissingMutexTest : public ProviderTest, public testing::WithParamInterface<MissingMutex> {};
+class MissingMutexDeathTest : public ProviderTest, public testing::WithParamInterface<MissingMutex> {};
 
-TEST_P(MissingMutexTest, EndsTheProcessWithStatusOneAfterALineInTheLog) {
+TEST_P(MissingMutexDeathTest, EndsTheProcessWithStatusOneAfterALineInTheLog) {
     switchLogsOn();
     services.mutexesLeft = GetParam().mutexesBefore;
     services.mutexError = 12;
@@ -294,20 +294,22 @@ TEST_P(MissingMutexTest, EndsTheProcessWithStatusOneAfterALineInTheLog) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Mutexes, MissingMutexTest,
+    Mutexes, MissingMutexDeathTest,
     testing::Values(MissingMutex{0, "Error 12 Initializing provider_lock mutex"},
                     MissingMutex{1, "Error 12 Initializing enable_indications_mutex mutex"},
                     MissingMutex{2, "Error 12 Initializing properties_file_lock mutex"},
                     MissingMutex{3, "Error 12 Initializing properties_file_lock mutex"}, // the fourth says the third
                     MissingMutex{4, "Error 12 Initializing provider_lock mutex"}));      // the polling thread's own
 
-TEST_F(ProviderTest, WithTheErrorLogOffAMissingThreadMutexEndsTheProcessWithoutALine) {
+using SilentDeathTest = ProviderTest;
+
+TEST_F(SilentDeathTest, WithTheErrorLogOffAMissingThreadMutexEndsTheProcessWithoutALine) {
     services.mutexesLeft = 4;
     EXPECT_EXIT(createInstanceMI(), testing::ExitedWithCode(1), "");
     EXPECT_EQ(logLines(), std::vector<std::string>{"Merolt_CNA_Provider constructor was called"});
 }
 
-class MissingContextTest : public ProviderTest {
+class MissingContextDeathTest : public ProviderTest {
 protected:
     void expectEnd(PollThreadContext* record) {
         EXPECT_EXIT(merolt::AdapterPollingLoop(record), testing::ExitedWithCode(1), "");
@@ -319,14 +321,14 @@ protected:
     void SetUp() override { merolt::initializeLogging(); }
 };
 
-TEST_F(MissingContextTest, APollingThreadWithoutRecordEndsTheProcess) { expectEnd(nullptr); }
+TEST_F(MissingContextDeathTest, APollingThreadWithoutRecordEndsTheProcess) { expectEnd(nullptr); }
 
-TEST_F(MissingContextTest, APollingThreadWithAnEmptyRecordEndsTheProcess) {
+TEST_F(MissingContextDeathTest, APollingThreadWithAnEmptyRecordEndsTheProcess) {
     PollThreadContext record;
     expectEnd(&record);
 }
 
-TEST_F(MissingContextTest, APollingThreadWithoutProviderEndsTheProcess) {
+TEST_F(MissingContextDeathTest, APollingThreadWithoutProviderEndsTheProcess) {
     CmpiBroker server(const_cast<CMPIBroker*>(broker->table()));
     PollThreadContext record;
     record.broker = &server;

@@ -309,6 +309,25 @@ TEST_F(PollingTest, ARequestWaitsForALinkPoll) {
     services.waitUntilIdle();
 }
 
+TEST_F(PollingTest, ARequestWaitsForTheRebuildOfARefresh) {
+    startWithInterval(0);
+    Gate rebuild;
+    bool isHeld = false;
+    tavikLibrary.onGetVpd = [&](std::uint32_t, void*, std::uint32_t*) {
+        if (!std::exchange(isHeld, true)) rebuild.pass();
+        return 1U;
+    };
+    tavikLibrary.setNextFleet(smallFleet(2));
+    services.wake(1);
+    rebuild.waitForArrival();
+    auto request = std::async(std::launch::async, [&] { return enumerateInstances(ethernetPort); });
+    EXPECT_EQ(request.wait_for(aMoment), std::future_status::timeout);
+    rebuild.open();
+    ASSERT_EQ(request.wait_for(longEnough), std::future_status::ready);
+    EXPECT_EQ(request.get().objects.size(), 2U);
+    services.waitUntilIdle();
+}
+
 TEST_F(PollingTest, AStopDuringARefreshWaitsForItsEnd) {
     startWithInterval(0);
     Gate update;

@@ -246,8 +246,8 @@ TEST(MofErrors, ANamespaceHasAThousandQualifiersAtMost) {
 
 TEST(MofErrors, WhatClassesRepeatDownTheTreeIsBounded) {
     std::string text = "Qualifier Description : string, Scope(any);\nclass C0 { [Description(\"";
-    text += std::string(8U << 20, 'x') + "\")] string N; };\n";
-    for (int count = 1; count < 100; ++count) {
+    text += std::string(1U << 20, 'x') + "\")] string N; };\n";
+    for (int count = 1; count < 300; ++count) {
         text += "class C" + std::to_string(count) + " : C" + std::to_string(count - 1) + " {};\n";
     }
     const std::string message = messageOf(text);

@@ -102,16 +102,8 @@ TEST_F(MofFiles, FilesThatIncludeTooManyOthersAreRefused) {
 
 TEST_F(MofFiles, TheDeliveredClassesAreRead) {
     ASSERT_EQ(messageOf(fs::path(MEROLT_MOF_DIRECTORY) / "merolt.mof"), "read");
-    std::size_t published = 0;
-    for (const ClassDeclaration* declaration : repository.classes("root/test")) {
-        if (declaration->name().rfind("Merolt", 0) == 0) ++published;
-    }
-    EXPECT_EQ(published, 80U);
     const ClassDeclaration* port = repository.find("root/test", "merolt_fchba_fcport");
     ASSERT_NE(port, nullptr);
     EXPECT_TRUE(port->isA("CIM_ManagedElement"));
     EXPECT_EQ(port->keys().size(), 4U);
-    const ClassDeclaration* devices = repository.find("root/test", "Merolt_FCHBA_ComputerSystemFCPort");
-    ASSERT_NE(devices, nullptr);
-    EXPECT_TRUE(devices->isAssociation());
 }

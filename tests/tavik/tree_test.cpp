@@ -1,6 +1,5 @@
 #include "tavik/tree.h"
 
-
 #include <gtest/gtest.h>
 
 #include "bytes_at.h"

@@ -28,14 +28,14 @@ void forEachLun(TAVIK_AdapterList* adapters, Visitor&& visitor) {
 
 /// Sum of the library's count fields, which a broken card may make absurdly large.
 class RecordSum {
-  public:
+public:
     /// @param mostRecords what is allocated at the most: more than any fabric shows to one host.
     explicit RecordSum(std::uint64_t mostRecords) : most(mostRecords) {}
 
     void add(std::uint32_t records) { sum += records; }
     std::int32_t capacity() const { return static_cast<std::int32_t>(std::min(sum, most)); }
 
-  private:
+private:
     std::uint64_t most;
     std::uint64_t sum = 0;
 };

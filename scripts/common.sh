@@ -63,9 +63,10 @@ configure() {
     rm -f "$log"
 }
 
-# build PRESET [TARGET...]: the whole preset, or only some of its targets.
+# build PRESET [TARGET...]: the whole preset, or only some of its targets. Goes on behind an error, to show all at once.
 build() {
     local preset=$1
     shift
-    (cd "$root" && cmake --build --preset "$preset" ${1:+--target "$@"}) || fail "building the preset $preset failed"
+    (cd "$root" && cmake --build --preset "$preset" ${1:+--target "$@"} -- -k 0) ||
+        fail "building the preset $preset failed"
 }

@@ -2,7 +2,6 @@
 
 #include "log/log.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <strings.h>
@@ -12,6 +11,16 @@ namespace merolt {
 namespace {
 
 bool isBlank(char character) { return character == ' ' || character == '\t'; }
+
+// Every record and every instance prints addresses and names, and printf would take a good part of their time.
+void writeHexadecimal(const std::uint8_t* bytes, std::size_t count, char* target) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    for (std::size_t index = 0; index < count; ++index) {
+        *target++ = digits[bytes[index] >> 4];
+        *target++ = digits[bytes[index] & 0x0F];
+    }
+    *target = '\0';
+}
 
 } // namespace
 
@@ -29,16 +38,14 @@ bool equalsIgnoringCase(const char* left, const char* right) { return strcasecmp
 
 WorldWideNameText formatWorldWideName(const std::uint8_t* name) {
     WorldWideNameText text;
-    text.format("%02X%02X%02X%02X%02X%02X%02X%02X", name[0], name[1], name[2], name[3], name[4], name[5], name[6],
-                name[7]);
+    writeHexadecimal(name, 8, text.data());
     return text;
 }
 
 const char* formatMACAddress(const std::uint8_t* address, char* buffer) {
     static char moduleBuffer[13];
     char* target = buffer ? buffer : moduleBuffer;
-    std::snprintf(target, sizeof(moduleBuffer), "%02X%02X%02X%02X%02X%02X", address[0], address[1], address[2],
-                  address[3], address[4], address[5]);
+    writeHexadecimal(address, 6, target);
     return target;
 }
 

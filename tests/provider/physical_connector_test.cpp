@@ -307,7 +307,7 @@ TEST_F(PhysicalConnectorTest, MezzanineAdaptersAreToldBySubsystemAndNamedInTheLo
         for (const std::uint16_t deviceId : row.deviceIds) {
             char text[128];
             std::snprintf(text, sizeof(text), "%s (SSVID/SSDID = 0x%04x/0x%04x)", row.text, row.vendorId, deviceId);
-            expected[static_cast<std::uint32_t>(row.vendorId << 16 | deviceId)] = text;
+            expected[std::uint32_t{row.vendorId} << 16 | deviceId] = text;
         }
     }
     switchLogsOn();
@@ -320,7 +320,7 @@ TEST_F(PhysicalConnectorTest, MezzanineAdaptersAreToldBySubsystemAndNamedInTheLo
         for (std::uint32_t deviceId = 0; deviceId <= 0xFFFF; ++deviceId) {
             device.pciSubsystemVendorId = vendorId;
             device.pciSubsystemDeviceId = static_cast<std::uint16_t>(deviceId);
-            const auto found = expected.find(static_cast<std::uint32_t>(vendorId << 16 | deviceId));
+            const auto found = expected.find(std::uint32_t{vendorId} << 16 | deviceId);
             ASSERT_EQ(physical::isMezzanineAdapter(&device), found != expected.end() ? 1 : 0);
             if (found != expected.end()) lines.push_back(found->second);
         }

@@ -313,7 +313,7 @@ TEST_F(PollingTest, ARequestWaitsForTheRebuildOfARefresh) {
     startWithInterval(0);
     Gate rebuild;
     bool isHeld = false;
-    tavikLibrary.onGetVpd = [&](std::uint32_t, void*, std::uint32_t*) {
+    tavikLibrary.onGetTransceiver = [&](const char*, std::uint32_t*, void*) {
         if (!std::exchange(isHeld, true)) rebuild.pass();
         return 1U;
     };

@@ -8,6 +8,9 @@
 #include <utility>
 #include <vector>
 
+constexpr std::chrono::seconds longEnough{20};
+constexpr std::chrono::milliseconds aMoment{50};
+
 /// Holds a thread at one place until the test opens it. Wait for the arrival before the gate goes out of scope.
 class Gate {
 public:
@@ -19,7 +22,7 @@ public:
         opened.get_future().wait();
     }
 
-    void waitForArrival() { arrived.get_future().wait(); }
+    void waitForArrival() { EXPECT_EQ(arrived.get_future().wait_for(longEnough), std::future_status::ready); }
 
     void open() {
         if (!std::exchange(isOpen, true)) opened.set_value();
@@ -30,9 +33,6 @@ private:
     std::promise<void> opened;
     bool isOpen = false;
 };
-
-constexpr std::chrono::seconds longEnough{20};
-constexpr std::chrono::milliseconds aMoment{50};
 
 /// Whether the wanted lines stand among the others in that order; what stands between them does not matter.
 inline testing::AssertionResult inOrder(const std::vector<std::string>& lines, const std::vector<std::string>& wanted) {

@@ -278,9 +278,9 @@ TEST_F(VpdFetchTest, BlockOfFullSizeWithoutEndTagIsReadToItsEnd) {
     tavik::StorageFunction function = storageFunction(1, chip8);
     tavik::Bytes block(blockSize);
     const tavik::Bytes last = item("SN", "at the end");
-    std::copy(last.begin(), last.end(), block.end() - static_cast<std::ptrdiff_t>(last.size() + 2));
+    std::copy(last.begin(), last.end(), block.end() - static_cast<std::ptrdiff_t>(last.size()));
     // Zeros are passed over by threes, which has to meet the last item.
-    ASSERT_EQ((blockSize - last.size() - 2) % 3, 0U);
+    ASSERT_EQ((blockSize - last.size()) % 3, 0U);
     function.vpd = block;
     EXPECT_EQ(fetchAdapterVpd(deviceOf(function)), 0);
     EXPECT_EQ(stored(), "g_serialNumber=Serial Number:at the end\n");

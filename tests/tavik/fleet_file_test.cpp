@@ -280,7 +280,7 @@ TEST(DemonstrationFleet, ShowsEveryKindOfCard) {
 
 TEST(DemonstrationFleet, TellsTheSameSerialNumberInEveryPlace) {
     const auto fleet = std::get<Fleet>(readFleetFile(TAVIK_DEMO_FLEET));
-    for (const auto& card : *fleet.cards)
+    for (const auto& card : fleet.cards.value())
         forEachFunction(card, [&card](const auto& function) {
             if constexpr (std::is_same_v<std::decay_t<decltype(function)>, StorageFunction>) {
                 if (!function.vpd) return;

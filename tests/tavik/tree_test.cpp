@@ -231,7 +231,7 @@ TEST(Tree, EachAbsentOptionRomVersionClearsItsOwnBit) {
 
 TEST(Tree, ATransceiverMakesTheRecordReadable) {
     StorageFunction with, without;
-    with.transceiver = Transceiver{};
+    with.transceiver.emplace();
     Tree withTree(fleetOf(with)), withoutTree(fleetOf(without));
     EXPECT_EQ(valueAt<std::uint16_t>(onlyDevice(withTree), 444), 1);
     EXPECT_EQ(valueAt<std::uint16_t>(onlyDevice(withoutTree), 444), 0);

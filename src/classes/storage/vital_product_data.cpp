@@ -67,8 +67,11 @@ const Keyword keywords[] = {
     {"YU", "UUID", &g_UUID, Form::asItStands},
 };
 
+/// A value ends at its length or at a zero byte.
 void storeValue(VpdStore& store, const char* label, const char* value, std::size_t length) {
-    store.format("%s:%.*s", label, static_cast<int>(length), value);
+    store.assign(label);
+    store.append(":");
+    store.append({value, strnlen(value, length)});
 }
 
 /// A version of three two-digit numbers, such as 010203 for 1.2.3; numbers that are not there read as 0.

@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <sstream>
+#include <thread>
+
 namespace cimhost {
 namespace {
 
@@ -180,6 +184,23 @@ TEST_F(DispatcherTest, SubclassesAreEnumeratedDirectlyOrDeeply) {
         3U);
     EXPECT_EQ(countOf(host.call("EnumerateClassNames", flag("DeepInheritance", true)), "<CLASSNAME"), 5U);
     EXPECT_EQ(countOf(host.call("EnumerateClasses", className("T_Port")), "<CLASS "), 2U);
+}
+
+TEST_F(DispatcherTest, ClientsAreServedAtTheSameTime) {
+    const std::string expected = host.call("EnumerateInstances", className("T_Port"));
+    std::vector<std::thread> clients;
+    std::atomic<int> wrong = 0;
+    for (int client = 0; client < 4; ++client) {
+        clients.emplace_back([&] {
+            for (int request = 0; request < 50; ++request) {
+                if (host.call("EnumerateInstances", className("T_Port")) != expected) ++wrong;
+            }
+        });
+    }
+    for (std::thread& client : clients)
+        client.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(host.provider.calls.size(), 2U * (1 + 4 * 50));
 }
 
 TEST_F(DispatcherTest, AMethodCallIsNotSupportedYet) {

@@ -57,6 +57,7 @@ void FakeProvider::note(std::string_view call, const CallContext& context, const
         line << "]";
     }
     line << " flags=" << context.flags << " by=" << context.principal << " in=" << context.nameSpace;
+    const std::lock_guard lock(mutex);
     calls.push_back(line.str());
 }
 

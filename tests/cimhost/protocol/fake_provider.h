@@ -5,6 +5,7 @@
 #include "cimhost/service/dispatcher.h"
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,8 @@ public:
     std::optional<CimError> failure;
 
 private:
+    std::mutex mutex;
+
     void note(std::string_view call, const CallContext& context, const ObjectPathObject& path,
               const PropertyList& properties = {});
 };

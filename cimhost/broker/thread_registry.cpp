@@ -64,20 +64,19 @@ void* startThread(ThreadFunction function, void* argument, bool isDetached, cons
 
 int joinThread(void* thread, void** result) {
     Registry& known = registry();
-    pthread_t handle{};
-    {
-        const std::lock_guard lock(known.mutex);
-        const auto place = known.threads.find(thread);
-        if (place == known.threads.end() || place->second->isDetached || place->second->isJoined) return ESRCH;
-        place->second->isJoined = true;
-        handle = place->second->handle;
-    }
+    std::unique_lock lock(known.mutex);
+    const auto place = known.threads.find(thread);
+    if (place == known.threads.end() || place->second->isDetached || place->second->isJoined) return ESRCH;
+    const pthread_t handle = place->second->handle;
+    if (pthread_equal(handle, pthread_self())) return EDEADLK;
+    place->second->isJoined = true;
+    lock.unlock();
     const int failure = pthread_join(handle, result);
-    const std::lock_guard lock(known.mutex);
+    lock.lock();
     if (failure == 0) {
         known.threads.erase(thread);
     } else {
-        known.threads.at(thread)->isJoined = false;
+        known.threads.at(thread)->isJoined = false; // it still runs
     }
     return failure;
 }

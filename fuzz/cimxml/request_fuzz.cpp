@@ -17,7 +17,7 @@ Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverr
 Qualifier Association : boolean = false, Scope(association), Flavor(DisableOverride, ToSubclass);
 class T_Port { [Key] string Id; [Key] uint32 Number; real64 Ratio; datetime Time; char16 Letter; string Words[]; };
 class T_FibrePort : T_Port { uint8 Bytes[]; };
-[Association] class T_Link { [Key] T_Port ref Left; [Key] T_Port ref Right; T_Port ref Others[]; };
+[Association] class T_Link { [Key] T_Port ref Left; [Key] T_Port ref Right; };
 )";
 
 // Gives back what it gets.

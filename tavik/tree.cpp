@@ -18,7 +18,9 @@ void storeText(char (&field)[width], const std::string& text) {
 template <typename Element, std::size_t width, typename Container>
 void storeBytes(Element (&field)[width], const Container& bytes) {
     static_assert(sizeof(Element) == 1);
-    std::memcpy(field, bytes.data(), std::min<std::size_t>(bytes.size(), width));
+    const std::size_t length = std::min<std::size_t>(bytes.size(), width);
+    std::transform(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length), field,
+                   [](auto byte) { return static_cast<Element>(byte); });
 }
 
 std::uint32_t countOf(std::size_t size) {

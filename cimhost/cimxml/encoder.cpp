@@ -310,18 +310,44 @@ void Encoder::localNamespacePath(std::string_view nameSpace) {
     raw("</LOCALNAMESPACEPATH>");
 }
 
+void Encoder::namespacePath(std::string_view host, std::string_view nameSpace) {
+    raw("<NAMESPACEPATH><HOST>");
+    appendText(document, host);
+    raw("</HOST>");
+    localNamespacePath(nameSpace);
+    raw("</NAMESPACEPATH>");
+}
+
+void Encoder::instancePath(const ObjectPathObject& path, const Place& place) {
+    raw("<INSTANCEPATH>");
+    namespacePath(path.host().empty() ? place.host : path.host(),
+                  path.nameSpace().empty() ? place.nameSpace : path.nameSpace());
+    instanceName(path);
+    raw("</INSTANCEPATH>");
+}
+
+void Encoder::instancePath(const InstanceObject& instance, const Place& place) {
+    raw("<INSTANCEPATH>");
+    namespacePath(place.host, instance.nameSpace().empty() ? place.nameSpace : instance.nameSpace());
+    instanceName(instance);
+    raw("</INSTANCEPATH>");
+}
+
+void Encoder::classPath(const ClassDeclaration& declaration, std::string_view host) {
+    raw("<CLASSPATH>");
+    namespacePath(host, declaration.nameSpace());
+    raw("<CLASSNAME");
+    appendAttribute(document, "NAME", declaration.name());
+    raw("/></CLASSPATH>");
+}
+
 void Encoder::fullestPath(const ObjectPathObject& path) {
     if (path.nameSpace().empty()) return instanceName(path);
-    const bool hasHost = !path.host().empty();
-    raw(hasHost ? "<INSTANCEPATH><NAMESPACEPATH><HOST>" : "<LOCALINSTANCEPATH>");
-    if (hasHost) {
-        appendText(document, path.host());
-        raw("</HOST>");
-    }
+    if (!path.host().empty()) return instancePath(path, {});
+    raw("<LOCALINSTANCEPATH>");
     localNamespacePath(path.nameSpace());
-    if (hasHost) raw("</NAMESPACEPATH>");
     instanceName(path);
-    raw(hasHost ? "</INSTANCEPATH>" : "</LOCALINSTANCEPATH>");
+    raw("</LOCALINSTANCEPATH>");
 }
 
 void Encoder::error(const CimError& error) {

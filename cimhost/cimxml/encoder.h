@@ -52,6 +52,12 @@ struct InstanceOptions {
     const std::vector<bool>* selected = nullptr;
 };
 
+/// Where something is that does not say so itself.
+struct Place {
+    std::string_view host;
+    std::string_view nameSpace;
+};
+
 class Encoder {
 public:
     /// Appends to out, which outlives the encoder, as does the table.
@@ -71,6 +77,14 @@ public:
     /// <INSTANCEPATH>, <LOCALINSTANCEPATH> or <INSTANCENAME>: as much as the path knows.
     void fullestPath(const ObjectPathObject& path);
 
+    /// <INSTANCEPATH>. What the path itself says of host and namespace goes before the place.
+    void instancePath(const ObjectPathObject& path, const Place& place);
+    /// The same of the instance's own path.
+    void instancePath(const InstanceObject& instance, const Place& place);
+
+    /// <CLASSPATH>
+    void classPath(const ClassDeclaration& declaration, std::string_view host);
+
     /// <LOCALNAMESPACEPATH>
     void localNamespacePath(std::string_view nameSpace);
 
@@ -84,6 +98,7 @@ private:
     void scalar(const CMPIData& data);
     void array(const ArrayObject& array);
     void keyBinding(const NamedData& key);
+    void namespacePath(std::string_view host, std::string_view nameSpace);
 
     ByteBuffer& document;
     const TagTable& tagTable;

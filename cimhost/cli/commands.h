@@ -25,14 +25,16 @@ struct ServeOptions {
 /// Serves until SIGINT or SIGTERM. Throws std::runtime_error if it cannot start.
 void serve(const HostOptions& hostOptions, const ServeOptions& options);
 
-enum class Query { enumerate, names, get, classes };
+enum class Query { enumerate, names, get, classes, associators, references, tree };
 
 enum class Form { table, everything, json };
 
 struct QueryOptions {
     Query query = Query::enumerate;
-    std::string subject; ///< a class, or a path for Query::get
+    std::string subject; ///< a class, or a path: of the instance, or of the object that associations start from
     std::string nameSpace;
+    AssociationFilter filter;
+    bool namesAlone = false; ///< of associators and references: paths and no instances
     Form form = Form::table;
 };
 

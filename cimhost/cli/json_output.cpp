@@ -1,14 +1,11 @@
 #include "cimhost/cli/json_output.h"
 
+#include "cimhost/cli/instance_json.h"
 #include "cimhost/model/cim_type.h"
-
-#include <nlohmann/json.hpp>
 
 namespace cimhost::cli {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 Json scalarJson(const CMPIData& data) {
     switch (data.type) {
@@ -60,6 +57,8 @@ std::string pathText(const ObjectPathObject& path) {
     return text;
 }
 
+} // namespace
+
 Json instanceJson(const InstanceObject& instance) {
     Arena arena;
     Json object;
@@ -78,10 +77,7 @@ Json instanceJson(const InstanceObject& instance) {
     return object;
 }
 
-// What is no UTF-8 in a device's texts must not cost the tool the whole answer.
 std::string dump(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
-
-} // namespace
 
 std::string jsonOf(const std::vector<const InstanceObject*>& instances) {
     Json list = Json::array();

@@ -36,6 +36,9 @@ const QueryCommand queryCommands[] = {
     {"enumerate", "Show the instances of a class and its subclasses", cli::Query::enumerate, "CLASS"},
     {"names", "Show the paths of the instances", cli::Query::names, "CLASS"},
     {"get", "Show one instance: Class.Key=\"value\",Other=\"value\"", cli::Query::get, "PATH"},
+    {"associators", "Show what is associated with an object", cli::Query::associators, "PATH"},
+    {"references", "Show the associations that lead to an object", cli::Query::references, "PATH"},
+    {"tree", "Show the host's adapters as one tree", cli::Query::tree, ""},
     {"classes", "Show the classes", cli::Query::classes, ""},
 };
 
@@ -70,8 +73,20 @@ void addQuery(CLI::App& app, const QueryCommand& row, Arguments& arguments) {
     CLI::App* command = app.add_subcommand(row.name, row.description);
     if (!row.subject.empty()) command->add_option(row.subject, arguments.query.subject)->required();
     command->add_flag("--json", arguments.json, "JSON for tools");
-    if (row.query == cli::Query::enumerate) {
+    const bool isAssociators = row.query == cli::Query::associators;
+    const bool isReferences = row.query == cli::Query::references;
+    if (row.query == cli::Query::enumerate || isAssociators || isReferences) {
         command->add_flag("--all", arguments.everything, "Every property, as a list");
+    }
+    AssociationFilter& filter = arguments.query.filter;
+    if (isAssociators || isReferences) {
+        command->add_option("--association", filter.associationClass, "Only through associations of this class");
+        command->add_option("--role", filter.role, "Only where the object is at this end");
+        command->add_flag("--names", arguments.query.namesAlone, "Paths alone");
+    }
+    if (isAssociators) {
+        command->add_option("--result-class", filter.resultClass, "Only objects of this class");
+        command->add_option("--result-role", filter.resultRole, "Only objects at this end");
     }
     command->add_option("--namespace", arguments.query.nameSpace, "Namespace")->capture_default_str();
     command->callback([&arguments, query = row.query] { arguments.query.query = query; });

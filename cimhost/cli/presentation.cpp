@@ -110,13 +110,15 @@ std::vector<Column> guessedColumns(const std::vector<const InstanceObject*>& ins
     return columns;
 }
 
-std::vector<Column> columnsFor(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked) {
-    const ClassDeclaration* common = &asked;
+// asked is null where no class was.
+std::vector<Column> columnsFor(const std::vector<const InstanceObject*>& instances, const ClassDeclaration* asked) {
+    const ClassDeclaration* common = asked;
     if (!instances.empty() && instances.front()->declaration()) {
         const ClassDeclaration* first = instances.front()->declaration();
         const auto isFirst = [&](const InstanceObject* instance) { return instance->declaration() == first; };
         if (std::all_of(instances.begin(), instances.end(), isFirst)) common = first;
     }
+    if (!common) return {};
     for (const PreferredColumns& row : preferredColumns()) {
         if (!common->isA(row.className)) continue;
         std::vector<Column> columns = row.columns;
@@ -143,11 +145,7 @@ std::string kindOf(const ClassDeclaration& declaration) {
     return declaration.isAbstract() ? "abstract " + kind : kind;
 }
 
-} // namespace
-
-std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked) {
-    if (instances.empty()) return "no instances\n";
-    const std::vector<Column> columns = columnsFor(instances, asked);
+std::string instanceTable(const std::vector<const InstanceObject*>& instances, const std::vector<Column>& columns) {
     const bool tellsClass = areOfSeveralClasses(instances);
     Row headers;
     if (tellsClass) headers.emplace_back("Class");
@@ -164,6 +162,40 @@ std::string tableOf(const std::vector<const InstanceObject*>& instances, const C
         rows.push_back(std::move(row));
     }
     return renderTable(headers, rows, tableWidth) + count(instances.size(), "instance", "instances");
+}
+
+// Those of one class stand together, the classes in the order in which they first came.
+std::vector<std::vector<const InstanceObject*>> byClass(const std::vector<const InstanceObject*>& instances) {
+    std::vector<std::vector<const InstanceObject*>> groups;
+    for (const InstanceObject* instance : instances) {
+        const auto isGroup = [&](const std::vector<const InstanceObject*>& group) {
+            return equalNames(group.front()->className(), instance->className());
+        };
+        const auto group = std::find_if(groups.begin(), groups.end(), isGroup);
+        if (group == groups.end()) {
+            groups.push_back({instance});
+        } else {
+            group->push_back(instance);
+        }
+    }
+    return groups;
+}
+
+} // namespace
+
+std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked) {
+    if (instances.empty()) return "no instances\n";
+    return instanceTable(instances, columnsFor(instances, &asked));
+}
+
+std::string tablesOf(const std::vector<const InstanceObject*>& instances) {
+    std::string text;
+    for (const std::vector<const InstanceObject*>& group : byClass(instances)) {
+        if (!text.empty()) text += '\n';
+        text.append(printable(group.front()->className())).append("\n\n");
+        text += instanceTable(group, columnsFor(group, nullptr));
+    }
+    return text.empty() ? "no instances\n" : text;
 }
 
 std::string listOf(const std::vector<const InstanceObject*>& instances) {

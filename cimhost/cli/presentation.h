@@ -13,6 +13,9 @@ namespace cimhost::cli {
 /// column tells which.
 std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked);
 
+/// A table for each class, under its name.
+std::string tablesOf(const std::vector<const InstanceObject*>& instances);
+
 /// Path and every property that has a value, for each instance.
 std::string listOf(const std::vector<const InstanceObject*>& instances);
 

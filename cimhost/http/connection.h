@@ -177,9 +177,9 @@ private:
         }
         enter(Phase::answering);
         boost::asio::post(
-            host.verifier, [self = this->shared_from_this(), keep = keepRunning(), given = *authorization] {
+            host.verifier, [self = this->shared_from_this(), keep = keepRunning(), given = *authorization]() mutable {
                 std::optional<std::string> user = self->host.options.credentials->verify(given);
-                boost::asio::post(self->host.io, [self, user = std::move(user)] { self->onVerified(user); });
+                handBack(std::move(self), [user = std::move(user)](Session& session) { session.onVerified(user); });
             });
     }
 
@@ -223,12 +223,21 @@ private:
         enter(Phase::answering);
         const bool closes = !parser->keep_alive();
         request.body = std::move(parser->get().body());
-        boost::asio::post(host.workers, [self = this->shared_from_this(), keep = keepRunning(), closes] {
+        boost::asio::post(host.workers, [self = this->shared_from_this(), keep = keepRunning(), closes]() mutable {
             Response finished = self->answerNow();
-            boost::asio::post(self->host.io, [self, closes, finished = std::move(finished)]() mutable {
-                self->write(std::move(finished), closes);
+            handBack(std::move(self), [closes, finished = std::move(finished)](Session& session) mutable {
+                session.write(std::move(finished), closes);
             });
         });
+    }
+
+    // From a worker to the server's own thread. The worker keeps no share of the connection: its end touches what
+    // belongs to that thread.
+    template <class Continue>
+    static void handBack(std::shared_ptr<Session> session, Continue&& next) {
+        ConnectionHost& server = session->host;
+        boost::asio::post(server.io,
+                          [self = std::move(session), next = std::forward<Continue>(next)]() mutable { next(*self); });
     }
 
     // On a worker.

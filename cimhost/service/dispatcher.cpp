@@ -1,6 +1,9 @@
 #include "cimhost/service/dispatcher.h"
 
 #include "cimhost/cimxml/class_encoder.h"
+#include "cimhost/service/association_requests.h"
+#include "cimhost/service/call.h"
+#include "cimhost/service/parameters.h"
 #include "cimhost/service/request_values.h"
 
 #include <algorithm>
@@ -10,131 +13,10 @@ namespace cimhost {
 
 namespace {
 
-using cimxml::Argument;
 using cimxml::Encoder;
 using cimxml::Request;
 
 constexpr std::size_t largestReserve = std::size_t{8} << 20;
-
-constexpr std::size_t longestPropertyList = 1024; // each name is held against each property of each class
-
-struct Call {
-    Operations& operations;
-    RequestScope& scope;
-    const Request& request;
-    Caller& caller;
-    Encoder& encoder;
-};
-
-[[noreturn]] void refuseParameter(std::string_view name, std::string_view reason) {
-    throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER,
-                     "parameter " + std::string(name.substr(0, 64)) + ": " + std::string(reason));
-}
-
-// Null for a parameter that is absent or null.
-const Argument* given(const Request& request, std::string_view name) {
-    const Argument* argument = request.parameter(name);
-    return argument && !std::holds_alternative<std::monostate>(*argument) ? argument : nullptr;
-}
-
-bool booleanParameter(const Request& request, std::string_view name, bool standard) {
-    const Argument* argument = given(request, name);
-    if (!argument) return standard;
-    const auto* value = std::get_if<cimxml::Value>(argument);
-    if (!value || value->isArray || value->texts.size() != 1) refuseParameter(name, "no boolean");
-    if (equalNames(value->texts[0], "true")) return true;
-    if (!equalNames(value->texts[0], "false")) refuseParameter(name, "neither TRUE nor FALSE");
-    return false;
-}
-
-std::optional<std::string> optionalClassName(const Request& request, std::string_view name) {
-    const Argument* argument = given(request, name);
-    if (!argument) return std::nullopt;
-    const auto* path = std::get_if<cimxml::ObjectPath>(argument);
-    if (!path || path->namesInstance) refuseParameter(name, "no class name");
-    return path->className;
-}
-
-std::string requiredClassName(const Request& request, std::string_view name) {
-    std::optional<std::string> className = optionalClassName(request, name);
-    if (!className) refuseParameter(name, "missing");
-    return std::move(*className);
-}
-
-PropertyList propertyList(const Request& request) {
-    const Argument* argument = given(request, "PropertyList");
-    if (!argument) return std::nullopt;
-    const auto* value = std::get_if<cimxml::Value>(argument);
-    if (!value || !value->isArray || value->type == CMPI_ref) refuseParameter("PropertyList", "no list of names");
-    if (value->texts.size() > longestPropertyList) refuseParameter("PropertyList", "too many names");
-    std::vector<std::string> names;
-    names.reserve(value->texts.size());
-    for (std::size_t index = 0; index < value->texts.size(); ++index) {
-        if (value->texts.isNull(index)) refuseParameter("PropertyList", "a name is null");
-        names.emplace_back(value->texts[index]);
-    }
-    return names;
-}
-
-template <typename Kind>
-const Kind& requiredArgument(const Request& request, std::string_view name, std::string_view kind) {
-    const Argument* argument = given(request, name);
-    if (!argument) refuseParameter(name, "missing");
-    const Kind* value = std::get_if<Kind>(argument);
-    if (!value) refuseParameter(name, "no " + std::string(kind));
-    return *value;
-}
-
-// Namespace and class are judged before the keys: a key means nothing without its class.
-ObjectPathObject& instancePath(const Call& call, const cimxml::ObjectPath& path, std::string_view parameter) {
-    if (!path.namesInstance) refuseParameter(parameter, "no instance name");
-    call.operations.findClass(call.request.nameSpace, path.className);
-    return makePath(call.scope, call.request.nameSpace, path);
-}
-
-bool isListed(const std::vector<std::string>& names, std::string_view name) {
-    return std::any_of(names.begin(), names.end(), [&](const std::string& listed) { return equalNames(listed, name); });
-}
-
-// Which properties of each class an answer shows. Instances of one class come in rows, so the last one is kept at hand.
-class Selection {
-public:
-    Selection(const ClassDeclaration& asked, bool deepInheritance, PropertyList properties)
-        : requested(asked), shallow(!deepInheritance), list(std::move(properties)) {}
-
-    const std::vector<bool>* of(const ClassDeclaration* declaration) {
-        if (!declaration || (!shallow && !list)) return nullptr;
-        if (declaration == last) return &selected;
-        last = declaration;
-        selected.clear();
-        for (const PropertyDeclaration& property : declaration->properties()) {
-            selected.push_back((!list || isListed(*list, property.name)) &&
-                               (!shallow || requested.property(property.name)));
-        }
-        return &selected;
-    }
-
-private:
-    const ClassDeclaration& requested;
-    bool shallow;
-    PropertyList list;
-    const ClassDeclaration* last = nullptr;
-    std::vector<bool> selected;
-};
-
-struct FlagParameter {
-    std::string_view name;
-    CMPIFlags flag;
-    bool standard;
-};
-
-CMPIFlags readFlags(const Request& request, std::initializer_list<FlagParameter> parameters) {
-    CMPIFlags flags = 0;
-    for (const FlagParameter& row : parameters) {
-        if (booleanParameter(request, row.name, row.standard)) flags |= row.flag;
-    }
-    return flags;
-}
 
 // LocalOnly of instances is deprecated, and servers differ in what they make of it: all properties are sent, as if it
 // were false. The provider sees what the client said.
@@ -148,7 +30,7 @@ void enumerateInstances(const Call& call) {
     const ClassDeclaration& declaration =
         call.operations.findClass(call.request.nameSpace, requiredClassName(call.request, "ClassName"));
     const auto instances = call.operations.enumerateInstances(call.scope, call.caller, declaration, isDeep, list);
-    Selection selection(declaration, isDeep, list);
+    Selection selection(isDeep ? nullptr : &declaration, list);
     for (const InstanceObject* instance : instances) {
         call.encoder.raw("<VALUE.NAMEDINSTANCE>");
         call.encoder.instanceName(*instance);
@@ -174,7 +56,7 @@ void getInstance(const Call& call) {
     const auto& name = requiredArgument<cimxml::ObjectPath>(call.request, "InstanceName", "instance name");
     const ObjectPathObject& path = instancePath(call, name, "InstanceName");
     const InstanceObject& instance = call.operations.getInstance(call.scope, call.caller, path, list);
-    Selection selection(*path.declaration(), true, list);
+    Selection selection(nullptr, list);
     call.encoder.instance(
         instance, {(call.caller.flags & CMPI_FLAG_IncludeClassOrigin) != 0, selection.of(instance.declaration())});
 }
@@ -260,6 +142,10 @@ constexpr OperationRow operationRows[] = {
     {"GetClass",               Returns::value,   getClass,               "ClassName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
     {"EnumerateClasses",       Returns::value,   enumerateClasses,       "ClassName DeepInheritance LocalOnly IncludeQualifiers IncludeClassOrigin"},
     {"EnumerateClassNames",    Returns::value,   enumerateClassNames,    "ClassName DeepInheritance"},
+    {"Associators",            Returns::value,   associators,            "ObjectName AssocClass ResultClass Role ResultRole IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"AssociatorNames",        Returns::value,   associatorNames,        "ObjectName AssocClass ResultClass Role ResultRole"},
+    {"References",             Returns::value,   references,             "ObjectName ResultClass Role IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"ReferenceNames",         Returns::value,   referenceNames,         "ObjectName ResultClass Role"},
 };
 // clang-format on
 
@@ -270,22 +156,9 @@ const OperationRow& rowFor(const Request& request) {
     throw CimFailure(CMPI_RC_ERR_NOT_SUPPORTED, "this server has no operation " + request.methodName.substr(0, 64));
 }
 
-void refuseUnknownParameters(const OperationRow& row, const Request& request) {
-    for (const cimxml::Parameter& parameter : request.parameters) {
-        std::string_view rest = row.parameters;
-        bool isKnown = false;
-        while (!rest.empty() && !isKnown) {
-            const std::string_view word = rest.substr(0, rest.find(' '));
-            isKnown = equalNames(word, parameter.name);
-            rest.remove_prefix(std::min(rest.size(), word.size() + 1));
-        }
-        if (!isKnown) refuseParameter(parameter.name, "unknown to " + std::string(row.name));
-    }
-}
-
 void runOperation(const Call& call) {
     const OperationRow& row = rowFor(call.request);
-    refuseUnknownParameters(row, call.request);
+    refuseUnknownParameters(call.request, row.parameters);
     if (row.returns == Returns::nothing) return row.run(call);
     call.encoder.raw("<IRETURNVALUE>");
     row.run(call);

@@ -135,6 +135,7 @@ http::Response Endpoint::answer(http::Request request) {
     Caller caller;
     caller.principal = std::move(request.user);
     if (const std::string* language = request.field("Accept-Language")) caller.acceptLanguage = *language;
+    if (const std::string* host = request.field("Host")) caller.host = *host;
     http::Response response;
     response.fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
                        {"Cache-Control", "no-cache"},

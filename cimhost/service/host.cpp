@@ -25,7 +25,7 @@ ClassRepository loadClasses(const HostOptions& options) {
 Registration loadRegistration(const HostOptions& options, const ClassRepository& repository) {
     const std::filesystem::path file = options.mofDirectory / "cimhost.registration";
     if (!std::filesystem::exists(file)) return Registration::ofPrefix("Merolt", repository);
-    return Registration::load(file, repository, options.nameSpace);
+    return Registration::load(file, repository, {options.nameSpace, options.interopNamespace});
 }
 
 } // namespace

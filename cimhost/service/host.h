@@ -15,8 +15,8 @@ struct HostOptions {
     std::filesystem::path mofDirectory; ///< holds merolt.mof, and if it likes interop.mof and cimhost.registration
     std::filesystem::path provider;     ///< the library
     std::string providerName = "Merolt_CNA_Provider";
-    std::string nameSpace = "root/merolt_cmpi";
-    std::string interopNamespace = "root/PG_InterOp";
+    std::string nameSpace = Namespaces().implementation;
+    std::string interopNamespace = Namespaces().interop;
     BrokerOptions broker;
 };
 

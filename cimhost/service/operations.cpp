@@ -1,5 +1,7 @@
 #include "cimhost/service/operations.h"
 
+#include "cimhost/service/class_associations.h"
+
 #include <algorithm>
 
 namespace cimhost {
@@ -149,6 +151,88 @@ void Operations::deleteInstance(RequestScope& scope, const Caller& caller, const
     requireExactKeys(path, declaration);
     requireServed(declaration);
     throwUnlessOk(calls.deleteInstance(scope, contextOf(caller, declaration.nameSpace()), path));
+}
+
+bool Operations::servesAssociations(std::string_view nameSpace) const {
+    const auto all = classes.classes(nameSpace);
+    return std::any_of(all.begin(), all.end(), [&](const ClassDeclaration* candidate) {
+        return registered.serves(*candidate, ProviderKind::association);
+    });
+}
+
+void Operations::requireClasses(std::string_view nameSpace, const AssociationFilter& filter) const {
+    if (!filter.associationClass.empty() &&
+        !findClass(nameSpace, filter.associationClass, CMPI_RC_ERR_INVALID_PARAMETER).isAssociation()) {
+        throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, "class " + filter.associationClass + " is no association");
+    }
+    if (!filter.resultClass.empty()) findClass(nameSpace, filter.resultClass, CMPI_RC_ERR_INVALID_PARAMETER);
+}
+
+template <typename Ask>
+Outcome Operations::askAssociations(const Caller& caller, const ObjectPathObject& source,
+                                    const AssociationFilter& filter, Ask ask) const {
+    const ClassDeclaration& declaration = findClass(source.nameSpace(), source.className());
+    requireClasses(source.nameSpace(), filter);
+    requireExactKeys(source, declaration);
+    if (!servesAssociations(source.nameSpace())) return {};
+    Outcome outcome = ask(contextOf(caller, declaration.nameSpace()));
+    throwUnlessOk(outcome);
+    return outcome;
+}
+
+std::vector<const InstanceObject*> Operations::associators(RequestScope& scope, const Caller& caller,
+                                                           const ObjectPathObject& source,
+                                                           const AssociationFilter& filter,
+                                                           const PropertyList& properties) {
+    return askAssociations(caller, source, filter,
+                           [&](const CallContext& context) {
+                               return calls.associators(scope, context, source, filter, properties);
+                           })
+        .instances;
+}
+
+std::vector<const ObjectPathObject*> Operations::associatorNames(RequestScope& scope, const Caller& caller,
+                                                                 const ObjectPathObject& source,
+                                                                 const AssociationFilter& filter) {
+    return askAssociations(
+               caller, source, filter,
+               [&](const CallContext& context) { return calls.associatorNames(scope, context, source, filter); })
+        .paths;
+}
+
+std::vector<const InstanceObject*> Operations::references(RequestScope& scope, const Caller& caller,
+                                                          const ObjectPathObject& source,
+                                                          const AssociationFilter& filter,
+                                                          const PropertyList& properties) {
+    return askAssociations(
+               caller, source, filter,
+               [&](const CallContext& context) { return calls.references(scope, context, source, filter, properties); })
+        .instances;
+}
+
+std::vector<const ObjectPathObject*> Operations::referenceNames(RequestScope& scope, const Caller& caller,
+                                                                const ObjectPathObject& source,
+                                                                const AssociationFilter& filter) {
+    return askAssociations(
+               caller, source, filter,
+               [&](const CallContext& context) { return calls.referenceNames(scope, context, source, filter); })
+        .paths;
+}
+
+std::vector<const ClassDeclaration*> Operations::associatorClasses(std::string_view nameSpace,
+                                                                   std::string_view className,
+                                                                   const AssociationFilter& filter) const {
+    const ClassDeclaration& source = findClass(nameSpace, className);
+    requireClasses(nameSpace, filter);
+    return cimhost::associatorClasses(classes, source, filter);
+}
+
+std::vector<const ClassDeclaration*> Operations::referenceClasses(std::string_view nameSpace,
+                                                                  std::string_view className,
+                                                                  const AssociationFilter& filter) const {
+    const ClassDeclaration& source = findClass(nameSpace, className);
+    requireClasses(nameSpace, filter);
+    return cimhost::referenceClasses(classes, source, filter);
 }
 
 std::vector<const ClassDeclaration*> Operations::enumerateClasses(std::string_view nameSpace,

@@ -19,6 +19,7 @@ struct Caller {
     std::string principal;
     std::string acceptLanguage;
     CMPIFlags flags = 0; ///< CMPI_FLAG_LocalOnly and so on, as the request gives them
+    std::string host;    ///< what he calls this server, as "name:port"; empty: unknown
 };
 
 /// Every operation throws CimFailure. Results live in the scope. Safe to use from several threads, each with a scope.
@@ -44,6 +45,32 @@ public:
                         const InstanceObject& instance, const PropertyList& properties);
     void deleteInstance(RequestScope& scope, const Caller& caller, const ObjectPathObject& path);
 
+    /// What is associated with the source, and the associations themselves. The provider is asked once, with the filter
+    /// as the caller gave it, if it serves any association of the namespace; otherwise nothing is associated. What it
+    /// returned before it failed is lost with its failure, since CIM-XML carries only one of the two. References take
+    /// the association class as their filter, and a role. CIM_ERR_INVALID_CLASS for the source's class,
+    /// CIM_ERR_INVALID_PARAMETER for another one that the namespace lacks or that is no association where it must be,
+    /// and for a source whose keys are not those of its class.
+    std::vector<const InstanceObject*> associators(RequestScope& scope, const Caller& caller,
+                                                   const ObjectPathObject& source, const AssociationFilter& filter,
+                                                   const PropertyList& properties);
+    std::vector<const ObjectPathObject*> associatorNames(RequestScope& scope, const Caller& caller,
+                                                         const ObjectPathObject& source,
+                                                         const AssociationFilter& filter);
+    std::vector<const InstanceObject*> references(RequestScope& scope, const Caller& caller,
+                                                  const ObjectPathObject& source, const AssociationFilter& filter,
+                                                  const PropertyList& properties);
+    std::vector<const ObjectPathObject*> referenceNames(RequestScope& scope, const Caller& caller,
+                                                        const ObjectPathObject& source,
+                                                        const AssociationFilter& filter);
+
+    /// The same of a class, answered from the declarations alone: classes whose instances can be associated with
+    /// instances of that class, and the association classes that can do it. Statuses as above.
+    [[nodiscard]] std::vector<const ClassDeclaration*>
+    associatorClasses(std::string_view nameSpace, std::string_view className, const AssociationFilter& filter) const;
+    [[nodiscard]] std::vector<const ClassDeclaration*>
+    referenceClasses(std::string_view nameSpace, std::string_view className, const AssociationFilter& filter) const;
+
     /// CIM_ERR_INVALID_NAMESPACE, or the given status for an unknown class.
     const ClassDeclaration& findClass(std::string_view nameSpace, std::string_view className,
                                       CMPIrc unknownClass = CMPI_RC_ERR_INVALID_CLASS) const;
@@ -60,6 +87,11 @@ private:
     [[nodiscard]] std::vector<const ClassDeclaration*> servedClasses(const ClassDeclaration& declaration) const;
     void requireNamespace(std::string_view nameSpace) const;
     void requireServed(const ClassDeclaration& declaration) const;
+    [[nodiscard]] bool servesAssociations(std::string_view nameSpace) const;
+    void requireClasses(std::string_view nameSpace, const AssociationFilter& filter) const;
+    template <typename Ask>
+    Outcome askAssociations(const Caller& caller, const ObjectPathObject& source, const AssociationFilter& filter,
+                            Ask ask) const;
 
     const ClassRepository& classes;
     const Registration& registered;

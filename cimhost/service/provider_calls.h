@@ -20,6 +20,14 @@ public:
     virtual Outcome modifyInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                                    const InstanceObject& instance, const PropertyList& properties) = 0;
     virtual Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) = 0;
+    virtual Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                                const AssociationFilter& filter, const PropertyList& properties) = 0;
+    virtual Outcome associatorNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                                    const AssociationFilter& filter) = 0;
+    virtual Outcome references(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                               const AssociationFilter& filter, const PropertyList& properties) = 0;
+    virtual Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                                   const AssociationFilter& filter) = 0;
 };
 
 /// Calls a provider library, which outlives this.
@@ -49,6 +57,22 @@ public:
     }
     Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override {
         return library.deleteInstance(scope, context, path);
+    }
+    Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                        const AssociationFilter& filter, const PropertyList& properties) override {
+        return library.associators(scope, context, source, filter, properties);
+    }
+    Outcome associatorNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                            const AssociationFilter& filter) override {
+        return library.associatorNames(scope, context, source, filter);
+    }
+    Outcome references(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                       const AssociationFilter& filter, const PropertyList& properties) override {
+        return library.references(scope, context, source, filter, properties);
+    }
+    Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                           const AssociationFilter& filter) override {
+        return library.referenceNames(scope, context, source, filter);
     }
 
 private:

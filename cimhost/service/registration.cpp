@@ -61,7 +61,7 @@ std::vector<std::string_view> namespacesOf(std::string_view option) {
 } // namespace
 
 Registration Registration::load(const std::filesystem::path& file, const ClassRepository& repository,
-                                std::string_view defaultNamespace) {
+                                const Namespaces& namespaces) {
     std::ifstream stream(file);
     if (!stream) throw std::runtime_error(file.string() + ": " + std::strerror(errno));
     Registration registration;
@@ -69,7 +69,7 @@ Registration Registration::load(const std::filesystem::path& file, const ClassRe
     for (std::string line; std::getline(stream, line);) {
         ++number;
         try {
-            registration.addLine(line, repository, defaultNamespace);
+            registration.addLine(line, repository, namespaces);
         } catch (const std::runtime_error& error) {
             throw std::runtime_error(file.string() + ":" + std::to_string(number) + ": " + error.what());
         }
@@ -77,20 +77,20 @@ Registration Registration::load(const std::filesystem::path& file, const ClassRe
     return registration;
 }
 
-void Registration::addLine(std::string_view line, const ClassRepository& repository,
-                           std::string_view defaultNamespace) {
+void Registration::addLine(std::string_view line, const ClassRepository& repository, const Namespaces& namespaces) {
     line = trim(line.substr(0, line.find('#')));
     if (line.empty()) return;
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos) throw std::runtime_error("a line reads Class: kinds");
     const std::string_view className = trim(line.substr(0, colon));
     std::string_view rest = line.substr(colon + 1);
-    std::vector<std::string_view> namespaces = {defaultNamespace};
+    std::vector<std::string_view> served = {namespaces.implementation};
     if (const std::size_t semicolon = rest.find(';'); semicolon != std::string_view::npos) {
-        namespaces = namespacesOf(trim(rest.substr(semicolon + 1)));
+        served = namespacesOf(trim(rest.substr(semicolon + 1)));
         rest = rest.substr(0, semicolon);
     }
-    for (const std::string_view nameSpace : namespaces) {
+    for (std::string_view nameSpace : served) {
+        if (equalNames(nameSpace, Namespaces().interop)) nameSpace = namespaces.interop;
         const ClassDeclaration* declaration = repository.find(nameSpace, className);
         if (!declaration) {
             throw std::runtime_error("namespace " + std::string(nameSpace) + " has no class " + std::string(className));

@@ -5,18 +5,25 @@
 #include "cimhost/provider/provider_library.h"
 
 #include <filesystem>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 
 namespace cimhost {
 
+struct Namespaces {
+    std::string implementation = "root/merolt_cmpi";
+    std::string interop = "root/PG_InterOp";
+};
+
 class Registration {
 public:
     /// Reads lines `Class: kinds [; namespaces=first,second]` (kinds: instance, association, method, indication);
-    /// # begins a comment. Without namespaces a class is served in defaultNamespace. Throws std::runtime_error with
-    /// file, line and what is wrong: a class or namespace that the repository lacks, an unknown kind.
+    /// # begins a comment. Without namespaces a class is served in the implementation namespace; root/PG_InterOp stands
+    /// for the interop namespace, whatever that is called here. Throws std::runtime_error with file, line and what is
+    /// wrong: a class or namespace that the repository lacks, an unknown kind.
     static Registration load(const std::filesystem::path& file, const ClassRepository& repository,
-                             std::string_view defaultNamespace);
+                             const Namespaces& namespaces);
 
     /// Serves every class of the repository whose name begins so and that is not abstract, by what the class is:
     /// indication, association (and instance), instance; method where it has methods.
@@ -26,7 +33,7 @@ public:
     [[nodiscard]] bool serves(const ClassDeclaration& declaration, ProviderKind kind) const;
 
 private:
-    void addLine(std::string_view line, const ClassRepository& repository, std::string_view defaultNamespace);
+    void addLine(std::string_view line, const ClassRepository& repository, const Namespaces& namespaces);
 
     std::unordered_map<const ClassDeclaration*, unsigned> kinds; // a bit for each ProviderKind
 };

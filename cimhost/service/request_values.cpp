@@ -1,7 +1,9 @@
 #include "cimhost/service/request_values.h"
 
+#include "cimhost/broker/broker.h"
 #include "cimhost/model/cim_type.h"
 #include "cimhost/service/cim_failure.h"
+#include "cimhost/service/path_text.h"
 
 #include <optional>
 #include <string>
@@ -42,13 +44,28 @@ std::string_view trimmedNumber(const cimxml::KeyBinding& key) {
     return text;
 }
 
+// A reference without a namespace points into that of the path which holds it.
+CMPIData makeReference(RequestScope& scope, std::string_view nameSpace, const cimxml::ObjectPath& reference) {
+    return ObjectMaker::value(
+        makePath(scope, reference.nameSpace.empty() ? nameSpace : std::string_view(reference.nameSpace), reference));
+}
+
+// Some clients write a reference as the text of its path. What is no such text stays a text.
+std::optional<CMPIData> referenceFromText(RequestScope& scope, const ObjectPathObject& path,
+                                          const cimxml::KeyBinding& key, const PropertyDeclaration* declared) {
+    if (!declared || declared->type != CMPI_ref || key.type != cimxml::KeyType::text) return std::nullopt;
+    try {
+        return makeReference(scope, path.nameSpace(),
+                             parsePath(key.text, path.nameSpace(), scope.broker().repository()));
+    } catch (const PathTextError&) {
+        return std::nullopt;
+    }
+}
+
 CMPIData keyData(RequestScope& scope, const ObjectPathObject& path, const cimxml::KeyBinding& key,
                  const PropertyDeclaration* declared) {
-    if (key.type == cimxml::KeyType::reference) {
-        const std::string_view nameSpace =
-            key.reference->nameSpace.empty() ? path.nameSpace() : std::string_view(key.reference->nameSpace);
-        return ObjectMaker::value(makePath(scope, nameSpace, *key.reference));
-    }
+    if (key.type == cimxml::KeyType::reference) return makeReference(scope, path.nameSpace(), *key.reference);
+    if (const std::optional<CMPIData> reference = referenceFromText(scope, path, key, declared)) return *reference;
     const CMPIType type = declared && kindOf(declared->type) == key.type ? declared->type : ownType(key);
     const std::string_view text = trimmedNumber(key);
     const std::optional<CMPIData> data = scope.make().value(type, text);
@@ -73,11 +90,6 @@ CMPIData makeScalar(RequestScope& scope, CMPIType type, std::string_view text) {
     const std::optional<CMPIData> data = scope.make().value(type, text);
     if (!data) refuseText(text, type);
     return *data;
-}
-
-CMPIData makeReference(RequestScope& scope, std::string_view nameSpace, const cimxml::ObjectPath& reference) {
-    return ObjectMaker::value(
-        makePath(scope, reference.nameSpace.empty() ? nameSpace : std::string_view(reference.nameSpace), reference));
 }
 
 CMPIData makeArray(RequestScope& scope, std::string_view nameSpace, CMPIType elementType, const cimxml::Value& value) {

@@ -24,9 +24,7 @@ class T_FibrePort : T_Port { uint8 Bytes[]; };
 class EchoProvider final : public ProviderCalls {
 public:
     Outcome enumerateInstanceNames(RequestScope&, const CallContext&, const ObjectPathObject& path) override {
-        Outcome outcome;
-        outcome.paths.push_back(&path);
-        return outcome;
+        return withPath(path);
     }
     Outcome enumerateInstances(RequestScope& scope, const CallContext&, const ObjectPathObject& path,
                                const PropertyList&) override {
@@ -38,17 +36,42 @@ public:
     }
     Outcome createInstance(RequestScope&, const CallContext&, const ObjectPathObject& path,
                            const InstanceObject&) override {
-        Outcome outcome;
-        outcome.paths.push_back(&path);
-        return outcome;
+        return withPath(path);
     }
     Outcome modifyInstance(RequestScope&, const CallContext&, const ObjectPathObject&, const InstanceObject&,
                            const PropertyList&) override {
         return {};
     }
     Outcome deleteInstance(RequestScope&, const CallContext&, const ObjectPathObject&) override { return {}; }
+    Outcome associators(RequestScope& scope, const CallContext&, const ObjectPathObject& source,
+                        const AssociationFilter&, const PropertyList&) override {
+        return withInstance(scope, source);
+    }
+    Outcome associatorNames(RequestScope&, const CallContext&, const ObjectPathObject& source,
+                            const AssociationFilter&) override {
+        return withPath(source);
+    }
+    Outcome references(RequestScope& scope, const CallContext&, const ObjectPathObject& source,
+                       const AssociationFilter&, const PropertyList&) override {
+        return withInstance(scope, linkOf(scope, source));
+    }
+    Outcome referenceNames(RequestScope& scope, const CallContext&, const ObjectPathObject& source,
+                           const AssociationFilter&) override {
+        return withPath(linkOf(scope, source));
+    }
 
 private:
+    static Outcome withPath(const ObjectPathObject& path) {
+        Outcome outcome;
+        outcome.paths.push_back(&path);
+        return outcome;
+    }
+    static const ObjectPathObject& linkOf(RequestScope& scope, const ObjectPathObject& source) {
+        ObjectPathObject& link = *scope.make().path(source.nameSpace(), "T_Link");
+        for (const char* end : {"Left", "Right"})
+            link.addKey(end, ObjectMaker::value(source));
+        return link;
+    }
     static Outcome withInstance(RequestScope& scope, const ObjectPathObject& path) {
         InstanceObject& instance = *scope.make().instance(path);
         for (const NamedData& key : path.keys())

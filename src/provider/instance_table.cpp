@@ -1,5 +1,7 @@
 #include "provider/instance_table.h"
 
+#include "associations/ethernet/families.h"
+#include "associations/storage/families.h"
 #include "classes/ethernet/ethernet_port.h"
 #include "classes/ethernet/ip_protocol_endpoint.h"
 #include "classes/ethernet/ip_protocol_endpoint_capabilities.h"
@@ -37,8 +39,15 @@ namespace {
 #define FAMILY(side, X)                                                                                                \
     { side::enumInstanceNames_##X, side::enumInstances_##X, side::getInstance_##X }
 
-// Families that are not published yet.
-constexpr InstanceFamily LATER = {nullptr, nullptr, nullptr};
+/// An association's getInstance in the form of a class's: it knows no property filter and always answers.
+template <auto GetAssociation>
+CmpiStatus getAssociation(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop, const char**,
+                          bool) {
+    return GetAssociation(context, result, cop);
+}
+
+#define ASSOCIATION(side, X)                                                                                           \
+    { side::enumInstanceNames_##X, side::enumInstances_##X, getAssociation<side::getInstance_##X> }
 
 /// Clears and rebuilds a list, so that the request shows fresh data.
 template <void (*Clear)(), void (*Build)()>
@@ -53,6 +62,8 @@ constexpr auto freshExtents = rebuild<storage::clearStorageExtentList, storage::
 constexpr auto freshTargets =
     rebuild<storage::clearSCSIProtocolEndpointTargetList, storage::buildSCSIProtocolEndpointTargetList>;
 
+#define ASSOCIATION_LISTS(X) (rebuild<storage::clearLists_##X, storage::buildLists_##X>)
+
 // clang-format off
 constexpr InstanceRow rows[instanceRowCount] = {
     {"Merolt_Adapter_ComputerSystem", storageChain, nullptr, FAMILY(server, ComputerSystem)},
@@ -64,44 +75,44 @@ constexpr InstanceRow rows[instanceRowCount] = {
     {"Merolt_Adapter_Product", storageChain, nullptr, FAMILY(physical, Product)},
     {"Merolt_FCHBA_SCSIProtocolController", storageChain, nullptr, FAMILY(storage, SCSIProtocolController)},
     {"Merolt_FCHBA_SoftwareIdentity", storageChain, nullptr, FAMILY(software, SoftwareIdentity)},
-    {"Merolt_FCHBA_ComputerSystemPortController", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_ComputerSystemSCSIProtocolController", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_ComputerSystemFCPort", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_ComputerSystemLogicalPortGroup", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_ComputerSystemSoftwareIdentity", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_SoftwareIdentityPortController", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_PhysicalPackagePortController", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_PhysicalConnectorFCPort", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_PhysicalPortFCPort", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_PortControllerFCPort", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_PortControllerSoftwareInstallationService", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_LogicalPortGroupFCPort", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_FCPortFCPortStatistics", storageChain, nullptr, LATER},
-    {"Merolt_Adapter_ProductPhysicalPackage", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_SCSIProtocolControllerFCPort", storageChain, nullptr, LATER},
+    {"Merolt_FCHBA_ComputerSystemPortController", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemPortController)},
+    {"Merolt_FCHBA_ComputerSystemSCSIProtocolController", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemSCSIProtocolController)},
+    {"Merolt_FCHBA_ComputerSystemFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemFCPort)},
+    {"Merolt_FCHBA_ComputerSystemLogicalPortGroup", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemLogicalPortGroup)},
+    {"Merolt_FCHBA_ComputerSystemSoftwareIdentity", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemSoftwareIdentity)},
+    {"Merolt_FCHBA_SoftwareIdentityPortController", storageChain, nullptr, ASSOCIATION(storage, AssocSoftwareIdentityPortController)},
+    {"Merolt_FCHBA_PhysicalPackagePortController", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalPackagePortController)},
+    {"Merolt_FCHBA_PhysicalConnectorFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalConnectorFCPort)},
+    {"Merolt_FCHBA_PhysicalPortFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalPortFCPort)},
+    {"Merolt_FCHBA_PortControllerFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocPortControllerFCPort)},
+    {"Merolt_FCHBA_PortControllerSoftwareInstallationService", storageChain, nullptr, ASSOCIATION(storage, AssocPortControllerSoftwareInstallationService)},
+    {"Merolt_FCHBA_LogicalPortGroupFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocLogicalPortGroupFCPort)},
+    {"Merolt_FCHBA_FCPortFCPortStatistics", storageChain, ASSOCIATION_LISTS(AssocFCPortFCPortStatistics), ASSOCIATION(storage, AssocFCPortFCPortStatistics)},
+    {"Merolt_Adapter_ProductPhysicalPackage", storageChain, nullptr, ASSOCIATION(storage, AssocProductPhysicalPackage)},
+    {"Merolt_FCHBA_SCSIProtocolControllerFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocSCSIProtocolControllerFCPort)},
     {"Merolt_FCHBA_ObjectManager", storageChain, nullptr, FAMILY(server, ObjectManager)},
     {"Merolt_FCHBA_CIMXMLCommMech", storageChain, nullptr, FAMILY(server, CIMXMLCommMech)},
-    {"Merolt_FCHBA_ComputerSystemObjectManager", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_ObjectManagerCommMech", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_ComputerSystemCommMech", storageChain, nullptr, LATER},
+    {"Merolt_FCHBA_ComputerSystemObjectManager", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemObjectManager)},
+    {"Merolt_FCHBA_ObjectManagerCommMech", storageChain, nullptr, ASSOCIATION(storage, AssocObjectManagerCommMech)},
+    {"Merolt_FCHBA_ComputerSystemCommMech", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemCommMech)},
     {"Merolt_FCHBA_Namespace", storageChain, nullptr, FAMILY(server, Namespace)},
-    {"Merolt_FCHBA_ObjectManagerNamespace", storageChain, nullptr, LATER},
+    {"Merolt_FCHBA_ObjectManagerNamespace", storageChain, nullptr, ASSOCIATION(storage, AssocObjectManagerNamespace)},
     {"Merolt_Adapter_PhysicalConnector", storageChain, nullptr, FAMILY(physical, PhysicalConnector)},
     {"Merolt_Adapter_PhysicalPort", storageChain, nullptr, FAMILY(physical, PhysicalPort)},
-    {"Merolt_Adapter_PhysicalPackagePhysicalConnector", storageChain, nullptr, LATER},
-    {"Merolt_Adapter_PhysicalPackagePhysicalPort", storageChain, nullptr, LATER},
+    {"Merolt_Adapter_PhysicalPackagePhysicalConnector", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalPackagePhysicalConnector)},
+    {"Merolt_Adapter_PhysicalPackagePhysicalPort", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalPackagePhysicalPort)},
     {"Merolt_FCHBA_SoftwareInstallationService", storageChain, nullptr, FAMILY(software, SoftwareInstallationService)},
     {"Merolt_FCHBA_SoftwareInstallationServiceCapabilities", storageChain, nullptr, FAMILY(software, SoftwareInstallationServiceCapabilities)},
-    {"Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities", storageChain, nullptr, LATER},
-    {"Merolt_FCHBA_ComputerSystemSoftwareInstallationService", storageChain, nullptr, LATER},
+    {"Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService", storageChain, nullptr, ASSOCIATION(storage, AssocSoftwareIdentitySoftwareInstallationService)},
+    {"Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities", storageChain, nullptr, ASSOCIATION(storage, AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities)},
+    {"Merolt_FCHBA_ComputerSystemSoftwareInstallationService", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemSoftwareInstallationService)},
     {"Merolt_FCHBA_StorageExtent", storageExtentChain, freshExtents, FAMILY(storage, StorageExtent)},
     {"Merolt_FCHBA_SCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, FAMILY(storage, SCSIProtocolEndpointHBA)},
     {"Merolt_FCHBA_SCSIProtocolEndpointTarget", scsiEndpointChain, freshTargets, FAMILY(storage, SCSIProtocolEndpointTarget)},
-    {"Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, LATER},
-    {"Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointTarget", scsiEndpointChain, nullptr, LATER},
-    {"Merolt_FCHBA_ComputerSystemStorageExtent", scsiEndpointChain, nullptr, LATER},
-    {"Merolt_FCHBA_FCPortSCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, LATER},
+    {"Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, ASSOCIATION(storage, AssocComputerSystemSCSIProtocolEndpointHBA)},
+    {"Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointTarget", scsiEndpointChain, ASSOCIATION_LISTS(AssocComputerSystemSCSIProtocolEndpointTarget), ASSOCIATION(storage, AssocComputerSystemSCSIProtocolEndpointTarget)},
+    {"Merolt_FCHBA_ComputerSystemStorageExtent", scsiEndpointChain, ASSOCIATION_LISTS(AssocComputerSystemStorageExtent), ASSOCIATION(storage, AssocComputerSystemStorageExtent)},
+    {"Merolt_FCHBA_FCPortSCSIProtocolEndpointHBA", scsiEndpointChain, ASSOCIATION_LISTS(AssocFCPortSCSIProtocolEndpointHBA), ASSOCIATION(storage, AssocFCPortSCSIProtocolEndpointHBA)},
     {"Merolt_NIC_EthernetPort2", ethernetChain, nullptr, FAMILY(ethernet, EthernetPort)},
     {"Merolt_NIC_PortController", ethernetChain, nullptr, FAMILY(ethernet, PortController)},
     {"Merolt_NIC_LANEndpoint", ethernetChain, nullptr, FAMILY(ethernet, LANEndPoint)},
@@ -112,28 +123,30 @@ constexpr InstanceRow rows[instanceRowCount] = {
     {"Merolt_NIC_SoftwareInstallationService", ethernetChain, nullptr, FAMILY(ethernet, SoftwareInstallationService)},
     {"Merolt_NIC_SoftwareInstallationServiceCapabilities", ethernetChain, nullptr, FAMILY(ethernet, SoftwareInstallationServiceCapabilities)},
     {"Merolt_NIC_IPProtocolEndpoint", ethernetChain, nullptr, FAMILY(ethernet, IPProtocolEndPoint)},
-    {"Merolt_NIC_ComputerSystemPortController", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_ComputerSystemEthernetPort", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_PortControllerEthernetPort", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_PhysicalConnectorEthernetPort", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_PhysicalPortEthernetPort", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_PhysicalPackagePortController", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_EthernetPortLANEndpoint", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_ComputerSystemLANEndpoint", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_ElementConformsToRegisteredProfile", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_SoftwareIdentityPortController", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_ComputerSystemNetworkPort", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_NetworkPortLANEndpoint", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_ComputerSystemSoftwareInstallationService", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_SoftwareIdentitySoftwareInstallationService", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_PortControllerSoftwareInstallationService", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_ComputerSystemIPProtocolEndpoint", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_LANEndpointIPProtocolEndpoint", ethernetChain, nullptr, LATER},
-    {"Merolt_NIC_ComputerSystemSoftwareIdentity", ethernetChain, nullptr, LATER},};
+    {"Merolt_NIC_ComputerSystemPortController", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemPortController)},
+    {"Merolt_NIC_ComputerSystemEthernetPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemEthernetPort)},
+    {"Merolt_NIC_PortControllerEthernetPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPortControllerEthernetPort)},
+    {"Merolt_NIC_PhysicalConnectorEthernetPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPhysicalConnectorEthernetPort)},
+    {"Merolt_NIC_PhysicalPortEthernetPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPhysicalPortEthernetPort)},
+    {"Merolt_NIC_PhysicalPackagePortController", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPhysicalPackagePortController)},
+    {"Merolt_NIC_EthernetPortLANEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocEthernetPortLANEndPoint)},
+    {"Merolt_NIC_ComputerSystemLANEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemLANEndPoint)},
+    {"Merolt_NIC_ElementConformsToRegisteredProfile", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocElementConformsToRegisteredProfile)},
+    {"Merolt_NIC_SoftwareIdentityPortController", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocSoftwareIdentityPortController)},
+    {"Merolt_NIC_ComputerSystemNetworkPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemNetworkPort)},
+    {"Merolt_NIC_NetworkPortLANEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocNetworkPortLANEndPoint)},
+    {"Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocIPProtocolEndPointCapabilitiesIPProtocolEndPoint)},
+    {"Merolt_NIC_ComputerSystemSoftwareInstallationService", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemSoftwareInstallationService)},
+    {"Merolt_NIC_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocSoftwareInstallationServiceCapabilities)},
+    {"Merolt_NIC_SoftwareIdentitySoftwareInstallationService", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocSoftwareIdentitySoftwareInstallationService)},
+    {"Merolt_NIC_PortControllerSoftwareInstallationService", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPortControllerSoftwareInstallationService)},
+    {"Merolt_NIC_ComputerSystemIPProtocolEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemIPProtocolEndPoint)},
+    {"Merolt_NIC_LANEndpointIPProtocolEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocLANEndPointIPProtocolEndPoint)},
+    {"Merolt_NIC_ComputerSystemSoftwareIdentity", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemSoftwareIdentity)},};
 // clang-format on
 
+#undef ASSOCIATION_LISTS
+#undef ASSOCIATION
 #undef FAMILY
 
 // getInstance tests the rows from ComputerSystemEthernetPort to SoftwareIdentityPortController in this order.

@@ -37,6 +37,18 @@ public:
     CmpiStatus setInstance(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
                            const CmpiInstance& instance, const char** properties) override;
     CmpiStatus deleteInstance(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop) override;
+
+    CmpiStatus associators(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& path,
+                           const char* assocClass, const char* resultClass, const char* role, const char* resultRole,
+                           const char** properties) override;
+    CmpiStatus associatorNames(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& path,
+                               const char* assocClass, const char* resultClass, const char* role,
+                               const char* resultRole) override;
+    CmpiStatus references(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& path,
+                          const char* resultClass, const char* role, const char** properties) override;
+    CmpiStatus referenceNames(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& path,
+                              const char* resultClass, const char* role) override;
+
     virtual void enableIndications();
     virtual void disableIndications();
 

@@ -220,7 +220,7 @@ struct FakeTavikCalls {
         if (nic->failures.transceiver) return nic->failures.transceiver;
         const tavik::Bytes& page = nic->transceiver->pageA0;
         *size = std::min<std::uint32_t>(*size, static_cast<std::uint32_t>(page.size()));
-        std::memcpy(buffer, page.data(), *size);
+        std::copy_n(page.begin(), *size, static_cast<std::uint8_t*>(buffer));
         return 0;
     }
 
@@ -245,7 +245,7 @@ struct FakeTavikCalls {
         if (!function || !function->vpd) return 1;
         if (function->failures.vpd) return function->failures.vpd;
         *size = std::min<std::uint32_t>(*size, static_cast<std::uint32_t>(function->vpd->size()));
-        std::memcpy(buffer, function->vpd->data(), *size);
+        std::copy_n(function->vpd->begin(), *size, static_cast<std::uint8_t*>(buffer));
         return 0;
     }
 
@@ -257,7 +257,8 @@ struct FakeTavikCalls {
         static constexpr std::size_t pageSize = 256;
         const auto copyPage = [&](const tavik::Bytes& page, void* target) {
             std::memset(target, 0, pageSize);
-            std::memcpy(target, page.data(), std::min(page.size(), pageSize));
+            const std::size_t length = std::min(page.size(), pageSize);
+            std::copy_n(page.begin(), length, static_cast<std::uint8_t*>(target));
         };
         copyPage(function->transceiver->pageA0, buffer);
         copyPage(function->transceiver->pageA2, static_cast<char*>(buffer) + pageSize);

@@ -2,6 +2,7 @@
 #include <fstream>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "parsed_fleet.h"
 #include "tavik/transceiver.h"
@@ -221,7 +222,8 @@ TEST(FleetFile, LinkageIsReadAsWritten) {
 
 class FleetOnDisk : public ::testing::Test {
 protected:
-    FleetOnDisk() : folder_(std::filesystem::path(::testing::TempDir()) / "tavik_fleet_on_disk") {
+    FleetOnDisk()
+        : folder_(std::filesystem::path(::testing::TempDir()) / ("tavik_fleet_on_disk_" + std::to_string(getpid()))) {
         std::filesystem::remove_all(folder_);
         std::filesystem::create_directories(folder_);
     }

@@ -31,6 +31,13 @@ struct Exchange {
     std::string cimError;
 };
 
+const std::string associatorNames =
+    "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
+    "<IMETHODCALL NAME=\"AssociatorNames\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root/ns\"/></LOCALNAMESPACEPATH>"
+    "<IPARAMVALUE NAME=\"ObjectName\"><INSTANCENAME CLASSNAME=\"T_FibrePort\"><KEYBINDING NAME=\"System\">"
+    "<KEYVALUE>s</KEYVALUE></KEYBINDING><KEYBINDING NAME=\"Id\"><KEYVALUE>a</KEYVALUE></KEYBINDING></INSTANCENAME>"
+    "</IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+
 class EndpointTest : public testing::TestWithParam<Exchange> {
 protected:
     EndpointTest() : endpoint(*host.dispatcher) {}
@@ -59,6 +66,18 @@ TEST_P(EndpointTest, FollowsDsp0200) {
     EXPECT_EQ(response.status, row.status) << response.body.view();
     EXPECT_EQ(fieldOf(response, "CIMError"), row.cimError);
     EXPECT_EQ(fieldOf(response, "CIMOperation"), row.status == 200 ? "MethodResponse" : "");
+}
+
+TEST_F(EndpointTest, PathsNameTheHostAsTheClientDid) {
+    const http::Response response = exchange(
+        {"POST", "/cimom", {{"CIMOperation", "MethodCall"}, {"Host", "adapters.example:5988"}}, associatorNames, ""});
+    EXPECT_THAT(std::string(response.body.view()), HasSubstr("<HOST>adapters.example:5988</HOST>"));
+}
+
+TEST_F(EndpointTest, AHostIsOnlyText) {
+    const http::Response response =
+        exchange({"POST", "/cimom", {{"CIMOperation", "MethodCall"}, {"Host", "</HOST>&"}}, associatorNames, ""});
+    EXPECT_THAT(std::string(response.body.view()), HasSubstr("<HOST>&lt;/HOST&gt;&amp;</HOST>"));
 }
 
 std::vector<Exchange> exchanges() {

@@ -4,6 +4,7 @@
 #include "cimhost/cimxml/request.h"
 #include "cimhost/service/dispatcher.h"
 
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -11,8 +12,23 @@
 
 namespace cimhost::testing_support {
 
-/// T_Element (abstract) > T_Port (abstract) > T_FibrePort (two instances, "a" and "b"), T_EtherPort (one, "e"), both
-/// with the keys System and Id; T_Counter with a uint32 key and no provider.
+struct FakeObject {
+    std::string className;
+    std::string id;
+    std::uint64_t speed = 0;
+};
+
+/// An association of two objects, each named by class and id. The far one may lie in another namespace.
+struct FakeLink {
+    std::string association;
+    FakeObject left;
+    FakeObject right;
+    std::string rightNamespace = {};
+};
+
+/// T_Element (abstract) > T_Port (abstract) > T_FibrePort (two instances, "a" and "b"), T_EtherPort (one, "e") and
+/// T_Box (none), all with the keys System and Id; T_Counter with a uint32 key and no provider. T_Link joins two ports,
+/// Left and Right; T_FibreLink is a T_Link whose Left is a T_FibrePort: "a" is linked with "e".
 class FakeProvider final : public ProviderCalls {
 public:
     Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
@@ -26,14 +42,33 @@ public:
     Outcome modifyInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                            const InstanceObject& instance, const PropertyList& properties) override;
     Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override;
+    Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                        const AssociationFilter& filter, const PropertyList& properties) override;
+    Outcome associatorNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                            const AssociationFilter& filter) override;
+    Outcome references(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                       const AssociationFilter& filter, const PropertyList& properties) override;
+    Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                           const AssociationFilter& filter) override;
 
     /// "enumerateInstances T_FibrePort [Id,Speed] flags=2 by=anna in=root/ns", one for each call.
     std::vector<std::string> calls;
-    /// The next calls end so.
+    /// The next calls end so, behind what they deliver.
     std::optional<CimError> failure;
+    std::vector<FakeObject> objects;
+    std::vector<FakeLink> links;
+
+    FakeProvider();
 
 private:
     std::mutex mutex;
+
+    std::vector<const ObjectPathObject*> farEnds(RequestScope& scope, const ObjectPathObject& source,
+                                                 const AssociationFilter& filter) const;
+    std::vector<const ObjectPathObject*> linkPaths(RequestScope& scope, const ObjectPathObject& source,
+                                                   const AssociationFilter& filter) const;
+    void note(std::string_view call, const CallContext& context, const ObjectPathObject& source,
+              const AssociationFilter& filter, const PropertyList& properties);
 
     void note(std::string_view call, const CallContext& context, const ObjectPathObject& path,
               const PropertyList& properties = {});

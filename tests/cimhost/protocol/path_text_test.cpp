@@ -1,10 +1,10 @@
-#include "cimhost/cli/path_text.h"
+#include "cimhost/service/path_text.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
-namespace cimhost::cli {
+namespace cimhost {
 namespace {
 
 constexpr const char* mof = R"(
@@ -70,4 +70,4 @@ TEST_F(PathText, WhatIsNoPathIsRefused) {
 }
 
 } // namespace
-} // namespace cimhost::cli
+} // namespace cimhost

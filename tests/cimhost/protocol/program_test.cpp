@@ -179,6 +179,58 @@ TEST(Program, AnInstanceThatDoesNotExistIsACimError) {
     EXPECT_THAT(ended.errors, HasSubstr("cimhost: CIM_ERR_NOT_FOUND (6): "));
 }
 
+std::string firstName(const std::string& className) {
+    const Ended ended = cimhost({"--fleet", FLEET, "names", className});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    return ended.output.substr(0, ended.output.find('\n'));
+}
+
+TEST(Program, WhatIsAssociatedComesInATableForEachClass) {
+    const std::string port = firstName("Merolt_FCHBA_FCPort");
+    const Ended ended = cimhost({"--fleet", FLEET, "associators", port});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output, HasSubstr("\nMerolt_FCHBA_PortController\n\nDevice ID "));
+    EXPECT_THAT(ended.output, HasSubstr("Merolt_FCHBA_FCPortStatistics\n\nInstance ID "));
+}
+
+TEST(Program, AssociationsAreFilteredAsAClientFiltersThem) {
+    const std::string port = firstName("Merolt_FCHBA_FCPort");
+    const Ended names = cimhost(
+        {"--fleet", FLEET, "associators", port, "--association", "Merolt_FCHBA_PortControllerFCPort", "--names"});
+    EXPECT_EQ(names.status, 0) << names.errors;
+    EXPECT_THAT(names.output, StartsWith("root/merolt_cmpi:Merolt_FCHBA_PortController."));
+    EXPECT_EQ(lineCount(names.output), 1U);
+    const Ended json =
+        cimhost({"--fleet", FLEET, "references", port, "--association", "Merolt_FCHBA_PortControllerFCPort", "--json"});
+    EXPECT_THAT(json.output, StartsWith("[\n  {\n    \"class\": \"Merolt_FCHBA_PortControllerFCPort\""));
+    const Ended unknown = cimhost({"--fleet", FLEET, "references", port, "--association", "Merolt_Nothing"});
+    EXPECT_EQ(unknown.status, 1);
+    EXPECT_THAT(unknown.errors, HasSubstr("CIM_ERR_INVALID_PARAMETER (4)"));
+}
+
+TEST(Program, TheTreeLeadsFromTheHostToItsLogicalUnits) {
+    const Ended ended = cimhost({"--fleet", FLEET, "tree"});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output, StartsWith("host "));
+    std::size_t place = 0;
+    for (const char* line :
+         {"\n├─ card MC1020, serial number MC1020R4K00317", "\n│  ├─ storage controller MC1020R4K00317",
+          "\n│  │  ├─ storage port 2100024D10317001", "\n│  │  │  └─ SCSI initiator 2100024D10317001",
+          "SCSI target 2100024D10317001_50024D4C00001201", "logical unit 0, MEROLT, SAN VOLUME"}) {
+        place = ended.output.find(line, place);
+        ASSERT_NE(place, std::string::npos) << line << "\n" << ended.output;
+    }
+}
+
+TEST(Program, ToolsGetTheTreeAsNestedObjects) {
+    const Ended ended = cimhost({"--fleet", FLEET, "tree", "--json"});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output,
+                StartsWith("{\n  \"tree\": [\n    {\n      \"class\": \"Merolt_Adapter_ComputerSystem\""));
+    EXPECT_THAT(ended.output, HasSubstr("\"apart\": ["));
+    EXPECT_THAT(ended.output, EndsWith("\n}\n"));
+}
+
 TEST(Program, AnUnknownClassIsACimError) {
     const Ended ended = cimhost({"--fleet", FLEET, "names", "T_None"});
     EXPECT_EQ(ended.status, 1);
@@ -207,6 +259,9 @@ std::vector<BadStart> badStarts() {
         {"UnknownOption", {"serve", "--colour"}, "--colour"},
         {"NoClass", {"enumerate"}, "CLASS is required"},
         {"NoPath", {"--fleet", FLEET, "get", "Merolt_FCHBA_FCPort"}, "an instance path reads"},
+        {"NoSource", {"associators"}, "PATH is required"},
+        {"SourceIsAClass", {"--fleet", FLEET, "references", "Merolt_FCHBA_FCPort"}, "an instance path reads"},
+        {"RoleOfReferences", {"references", "T.a=1", "--result-role", "Dependent"}, "--result-role"},
         {"NoFleet",
          {"--fleet", "/nonexistent/fleet.json", "serve", "--listen", "127.0.0.1:0"},
          "/nonexistent/fleet.json"},

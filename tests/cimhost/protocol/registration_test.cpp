@@ -14,7 +14,7 @@ TEST(RegistrationTest, LinesNameClassesKindsAndNamespaces) {
     FakeHost host;
     const TemporaryFile file(
         "# comment\n\n  T_FibrePort: instance method # behind\nT_EtherPort:association; namespaces=root/ns\n");
-    const Registration registration = Registration::load(file.path, host.repository, "root/ns");
+    const Registration registration = Registration::load(file.path, host.repository, {"root/ns", "root/io"});
     const ClassDeclaration& fibre = *host.repository.find("root/ns", "T_FibrePort");
     const ClassDeclaration& ether = *host.repository.find("root/ns", "T_EtherPort");
     EXPECT_TRUE(registration.serves(fibre, ProviderKind::instance));
@@ -24,13 +24,22 @@ TEST(RegistrationTest, LinesNameClassesKindsAndNamespaces) {
     EXPECT_FALSE(registration.serves(ether, ProviderKind::instance));
 }
 
+TEST(RegistrationTest, TheInteropNamespaceIsFoundUnderItsNameHere) {
+    FakeHost host;
+    const TemporaryFile file("T_FibrePort: instance; namespaces=root/ns,root/PG_InterOp\n");
+    const Registration registration = Registration::load(file.path, host.repository, {"root/ns", "root/io"});
+    EXPECT_TRUE(registration.serves(*host.repository.find("root/ns", "T_FibrePort"), ProviderKind::instance));
+    EXPECT_TRUE(registration.serves(*host.repository.find("root/io", "T_FibrePort"), ProviderKind::instance));
+    EXPECT_FALSE(registration.serves(*host.repository.find("root/io", "T_EtherPort"), ProviderKind::instance));
+}
+
 TEST(RegistrationTest, ABadLineIsNamed) {
     FakeHost host;
     for (const char* line : {"T_FibrePort", "T_None: instance", "T_FibrePort: instances",
                              "T_FibrePort: instance; namespaces=root/other", "T_FibrePort: instance; colour=red"}) {
         const TemporaryFile file(std::string("# first\n") + line + "\n");
         try {
-            Registration::load(file.path, host.repository, "root/ns");
+            Registration::load(file.path, host.repository, {"root/ns", "root/io"});
             ADD_FAILURE() << line;
         } catch (const std::runtime_error& error) {
             EXPECT_THAT(error.what(), testing::StartsWith(file.path.string() + ":2: "));

@@ -4,15 +4,22 @@
 #include "cimhost/cimxml/values.h"
 #include "cimhost/model/class_repository.h"
 
+#include <stdexcept>
 #include <string_view>
 
-namespace cimhost::cli {
+namespace cimhost {
+
+/// The text is no path; what() says why.
+class PathTextError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
 
 /// Takes `Class.Key="v"`, `root/ns:Class.Key="v"`, `//host/root/ns:Class...` and
 /// `http://host:5988/root/ns:Class.Key=v`. Text stands between double quotes, where \" and \\ are escapes; the quotes
 /// may be left out where the text has no comma. Each key is typed as its class declares it, references are paths again.
-/// Where the text names no namespace, defaultNamespace is it. Throws std::runtime_error saying what is wrong.
+/// Where the text names no namespace, defaultNamespace is it. Throws PathTextError.
 cimxml::ObjectPath parsePath(std::string_view text, std::string_view defaultNamespace,
                              const ClassRepository& repository);
 
-} // namespace cimhost::cli
+} // namespace cimhost

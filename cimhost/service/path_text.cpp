@@ -1,21 +1,18 @@
-#include "cimhost/cli/path_text.h"
+#include "cimhost/service/path_text.h"
 
 #include "cimhost/model/cim_type.h"
 
 #include <algorithm>
-#include <stdexcept>
 #include <string>
 
-namespace cimhost::cli {
+namespace cimhost {
 
 namespace {
 
 constexpr std::string_view pathShape = "an instance path reads Class.Key=\"value\",Other=\"value\"";
 constexpr int deepestReference = 8;
 
-[[noreturn]] void refuse(const std::string& reason) {
-    throw std::runtime_error(reason + "; " + std::string(pathShape));
-}
+[[noreturn]] void refuse(const std::string& reason) { throw PathTextError(reason + "; " + std::string(pathShape)); }
 
 void dropHost(std::string_view& text) {
     for (const std::string_view scheme : {"http://", "https://", "//"}) {
@@ -109,4 +106,4 @@ cimxml::ObjectPath parsePath(std::string_view text, std::string_view defaultName
     return parse(text, defaultNamespace, repository, 0);
 }
 
-} // namespace cimhost::cli
+} // namespace cimhost

@@ -1,0 +1,13 @@
+// What a person calls an object: one line with the values that tell it from its neighbours.
+#pragma once
+
+#include "cimhost/broker/objects.h"
+
+#include <string>
+
+namespace cimhost::cli {
+
+/// "card MC1020, serial number MC1020R4K00317"; class and last key where nobody chose better. Printable.
+std::string labelOf(const InstanceObject& instance);
+
+} // namespace cimhost::cli

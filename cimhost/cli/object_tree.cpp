@@ -1,0 +1,247 @@
+#include "cimhost/cli/object_tree.h"
+
+#include "cimhost/cli/values_text.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+namespace cimhost::cli {
+
+namespace {
+
+using Numbers = std::vector<std::size_t>;
+
+std::string textOf(const ObjectPathObject& path) {
+    std::string text;
+    path.appendText(text);
+    return text;
+}
+
+std::string pathText(const InstanceObject& instance) {
+    Arena arena;
+    return textOf(*instance.path(arena));
+}
+
+std::string valueText(const InstanceObject& instance, std::string_view property) {
+    const CMPIData* data = instance.value(property);
+    return data ? plainText(*data) : std::string();
+}
+
+// Everything that an instance says, to tell apart those that bear the same path.
+std::string contentText(const InstanceObject& instance) {
+    std::string text;
+    instance.forEachSetProperty([&](std::string_view name, const PropertyDeclaration*, const CMPIData& data) {
+        text.append(name).append("=").append(plainText(data)).append("\n");
+    });
+    return text;
+}
+
+std::vector<const InstanceObject*> allInstances(Operations& operations, RequestScope& scope,
+                                                std::string_view nameSpace) {
+    std::vector<const InstanceObject*> all;
+    for (const ClassDeclaration* declaration : operations.enumerateClasses(nameSpace, std::nullopt, true)) {
+        if (declaration->isAssociation() || !operations.registration().serves(*declaration, ProviderKind::instance)) {
+            continue;
+        }
+        for (const InstanceObject* instance :
+             operations.enumerateInstances(scope, {}, *declaration, true, std::nullopt)) {
+            if (instance->declaration() == declaration) all.push_back(instance);
+        }
+    }
+    return all;
+}
+
+// Where associations lead from an object, told in numbers of objects. Answers are remembered: a class has more than one
+// placement, and roads share their steps.
+class Roads {
+public:
+    Roads(Operations& behind, Broker& owner, std::vector<const InstanceObject*> instances)
+        : operations(behind), broker(owner), objects(std::move(instances)) {
+        for (std::size_t number = 0; number < objects.size(); ++number)
+            byPath[pathText(*objects[number])].push_back(number);
+    }
+
+    [[nodiscard]] const std::vector<const InstanceObject*>& all() const { return objects; }
+
+    [[nodiscard]] Numbers ofClass(std::string_view className) const {
+        Numbers numbers;
+        for (std::size_t number = 0; number < objects.size(); ++number) {
+            if (equalNames(objects[number]->className(), className)) numbers.push_back(number);
+        }
+        return numbers;
+    }
+
+    Numbers follow(std::size_t from, std::string_view first, std::string_view second, std::string_view toClass) {
+        Numbers reached = step(from, first);
+        if (!second.empty()) {
+            Numbers further;
+            for (const std::size_t middle : reached) {
+                const Numbers& next = step(middle, second);
+                further.insert(further.end(), next.begin(), next.end());
+            }
+            reached = std::move(further);
+        }
+        std::erase_if(reached, [&](std::size_t number) { return !equalNames(objects[number]->className(), toClass); });
+        return reached;
+    }
+
+private:
+    const Numbers& step(std::size_t from, std::string_view association) {
+        const auto [place, isNew] = steps.try_emplace({from, std::string(association)});
+        if (isNew) place->second = ask(from, association);
+        return place->second;
+    }
+
+    Numbers ask(std::size_t from, std::string_view association) {
+        RequestScope scope(broker);
+        const AssociationFilter filter{std::string(association), "", "", ""};
+        Numbers reached;
+        try {
+            for (const InstanceObject* instance :
+                 operations.associators(scope, {}, *objects[from]->path(scope.arena()), filter, std::nullopt)) {
+                if (const std::optional<std::size_t> number = find(*instance, reached)) reached.push_back(*number);
+            }
+        } catch (const CimFailure& failure) {
+            if (failure.error().code != CMPI_RC_ERR_NOT_SUPPORTED) throw;
+        }
+        return reached;
+    }
+
+    // Some objects share their path: their content tells them apart, and where that is the same too, each of them is
+    // found once.
+    [[nodiscard]] std::optional<std::size_t> find(const InstanceObject& instance, const Numbers& found) const {
+        const auto known = byPath.find(pathText(instance));
+        if (known == byPath.end()) return std::nullopt;
+        if (known->second.size() == 1) return known->second.front();
+        const std::string content = contentText(instance);
+        for (const std::size_t number : known->second) {
+            const bool isNew = std::find(found.begin(), found.end(), number) == found.end();
+            if (isNew && contentText(*objects[number]) == content) return number;
+        }
+        return known->second.front();
+    }
+
+    Operations& operations;
+    Broker& broker;
+    std::vector<const InstanceObject*> objects;
+    std::unordered_map<std::string, Numbers> byPath;
+    std::map<std::pair<std::size_t, std::string>, Numbers> steps;
+};
+
+class Grower {
+public:
+    Grower(Roads& between, const TreePlan& how) : roads(between), plan(how), downward(how.placements.size()) {
+        const std::size_t count = roads.all().size();
+        children.resize(count);
+        isPlaced.resize(count);
+    }
+
+    ObjectTree grow() {
+        const std::size_t count = roads.all().size();
+        std::vector<std::optional<std::size_t>> parents(count);
+        for (std::size_t number = 0; number < count; ++number) {
+            parents[number] = parentOf(number);
+            if (parents[number]) children[*parents[number]].push_back(number);
+        }
+        ObjectTree tree;
+        for (const std::size_t root : roads.ofClass(plan.rootClass))
+            tree.roots.push_back(take(root));
+        for (std::size_t number = 0; number < count; ++number) {
+            if (!isPlaced[number] && !parents[number]) tree.apart.push_back(take(number));
+        }
+        // Two objects that each call the other their parent would be missing otherwise.
+        for (std::size_t number = 0; number < count; ++number) {
+            if (!isPlaced[number]) tree.apart.push_back(take(number));
+        }
+        return tree;
+    }
+
+private:
+    std::optional<std::size_t> parentOf(std::size_t number) {
+        const std::string_view className = roads.all()[number]->className();
+        for (std::size_t row = 0; row < plan.placements.size(); ++row) {
+            const Placement& placement = plan.placements[row];
+            if (!equalNames(placement.child, className)) continue;
+            if (const auto parent = placement.road[0].empty() ? byKey(number, placement) : byRoad(number, row)) {
+                return parent;
+            }
+        }
+        return std::nullopt;
+    }
+
+    std::optional<std::size_t> byRoad(std::size_t number, std::size_t row) {
+        const Placement& placement = plan.placements[row];
+        const Numbers reached = roads.follow(number, placement.road[0], placement.road[1], placement.parent);
+        if (!reached.empty()) return reached.front();
+        const std::map<std::size_t, std::size_t>& found = fromParents(row);
+        const auto parent = found.find(number);
+        return parent == found.end() ? std::nullopt : std::optional(parent->second);
+    }
+
+    // The same road from its other end: each child with the first parent that names it.
+    const std::map<std::size_t, std::size_t>& fromParents(std::size_t row) {
+        if (downward[row]) return *downward[row];
+        std::map<std::size_t, std::size_t>& found = downward[row].emplace();
+        const Placement& placement = plan.placements[row];
+        const bool isLong = !placement.road[1].empty();
+        for (const std::size_t parent : roads.ofClass(placement.parent)) {
+            for (const std::size_t child : roads.follow(parent, placement.road[isLong ? 1 : 0],
+                                                        isLong ? placement.road[0] : "", placement.child)) {
+                found.emplace(child, parent);
+            }
+        }
+        return found;
+    }
+
+    // The longest key counts, should one be the beginning of another.
+    std::optional<std::size_t> byKey(std::size_t number, const Placement& placement) const {
+        const std::string key = valueText(*roads.all()[number], placement.childKey);
+        std::optional<std::size_t> best;
+        std::size_t longest = 0;
+        for (const std::size_t parent : roads.ofClass(placement.parent)) {
+            const std::string beginning = valueText(*roads.all()[parent], placement.parentKey) + "_";
+            if (beginning.size() <= std::max<std::size_t>(longest, 1) || key.rfind(beginning, 0) != 0) continue;
+            best = parent;
+            longest = beginning.size();
+        }
+        return best;
+    }
+
+    [[nodiscard]] std::size_t rankOf(std::size_t number) const {
+        const auto isRow = [&](const Placement& row) {
+            return equalNames(row.child, roads.all()[number]->className());
+        };
+        return static_cast<std::size_t>(std::find_if(plan.placements.begin(), plan.placements.end(), isRow) -
+                                        plan.placements.begin());
+    }
+
+    TreeNode take(std::size_t number) {
+        isPlaced[number] = true;
+        Numbers& below = children[number];
+        std::stable_sort(below.begin(), below.end(),
+                         [&](std::size_t left, std::size_t right) { return rankOf(left) < rankOf(right); });
+        TreeNode node{roads.all()[number], {}};
+        for (const std::size_t child : below) {
+            if (!isPlaced[child]) node.children.push_back(take(child));
+        }
+        return node;
+    }
+
+    Roads& roads;
+    const TreePlan& plan;
+    std::vector<Numbers> children;
+    std::vector<bool> isPlaced;
+    std::vector<std::optional<std::map<std::size_t, std::size_t>>> downward; // by placement
+};
+
+} // namespace
+
+ObjectTree growTree(Operations& operations, RequestScope& scope, std::string_view nameSpace, const TreePlan& plan) {
+    Roads roads(operations, scope.broker(), allInstances(operations, scope, nameSpace));
+    return Grower(roads, plan).grow();
+}
+
+} // namespace cimhost::cli

@@ -1,0 +1,45 @@
+// The objects of a namespace as one tree: each below its natural parent, which is found by following associations as
+// any client can.
+#pragma once
+
+#include "cimhost/service/operations.h"
+
+#include <array>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace cimhost::cli {
+
+/// How objects of one class find their parent. The first placement that leads somewhere counts.
+struct Placement {
+    std::string_view child;  ///< class
+    std::string_view parent; ///< class
+    /// The associations from the child to the parent, one after the other; the second may be empty. Both are empty
+    /// where the model has none: then the child's key begins with the parent's and an underscore.
+    std::array<std::string_view, 2> road;
+    std::string_view childKey = {};
+    std::string_view parentKey = {};
+};
+
+struct TreeNode {
+    const InstanceObject* object;
+    std::vector<TreeNode> children; ///< in the order of the placements, then of enumeration
+};
+
+struct ObjectTree {
+    std::vector<TreeNode> roots;
+    std::vector<TreeNode> apart; ///< what no road leads to, with what stands below it
+};
+
+struct TreePlan {
+    std::string_view rootClass;
+    std::span<const Placement> placements;
+};
+
+/// Every instance of every class that the provider serves in the namespace, each once. Each association is followed
+/// from the child, and where that leads nowhere from the parent: some answer from one side only. The instances live in
+/// the scope. Throws CimFailure; a refusal to follow an association from a class (CIM_ERR_NOT_SUPPORTED) is none.
+ObjectTree growTree(Operations& operations, RequestScope& scope, std::string_view nameSpace, const TreePlan& plan);
+
+} // namespace cimhost::cli

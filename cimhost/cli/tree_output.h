@@ -1,0 +1,17 @@
+// A tree of objects for people, line by line, and for tools, as JSON.
+#pragma once
+
+#include "cimhost/cli/object_tree.h"
+
+#include <string>
+
+namespace cimhost::cli {
+
+/// One line an object, indented below its parent with lines that lead there; what stands apart comes last, under a
+/// heading.
+std::string textOf(const ObjectTree& tree);
+
+/// {"tree": [...], "apart": [...]}, each object as in the other answers and with "children".
+std::string jsonOf(const ObjectTree& tree);
+
+} // namespace cimhost::cli

@@ -1,0 +1,138 @@
+#include "cimhost/service/association_requests.h"
+
+#include "cimhost/cimxml/class_encoder.h"
+#include "cimhost/service/call.h"
+#include "cimhost/service/parameters.h"
+
+#include <array>
+#include <unistd.h>
+
+namespace cimhost {
+
+namespace {
+
+const cimxml::ObjectPath& objectName(const Call& call) {
+    return requiredArgument<cimxml::ObjectPath>(call.request, "ObjectName", "class or instance name");
+}
+
+AssociationFilter associatorsFilter(const cimxml::Request& request) {
+    return {optionalClassName(request, "AssocClass").value_or(""),
+            optionalClassName(request, "ResultClass").value_or(""), roleParameter(request, "Role"),
+            roleParameter(request, "ResultRole")};
+}
+
+// What references call their result is the association itself.
+AssociationFilter referencesFilter(const cimxml::Request& request) {
+    return {optionalClassName(request, "ResultClass").value_or(""), "", roleParameter(request, "Role"), ""};
+}
+
+void readObjectFlags(const Call& call) {
+    call.caller.flags = readFlags(call.request, {{"IncludeQualifiers", CMPI_FLAG_IncludeQualifiers, false},
+                                                 {"IncludeClassOrigin", CMPI_FLAG_IncludeClassOrigin, false}});
+}
+
+// What the associators and the references have apart.
+struct Direction {
+    AssociationFilter (*filter)(const cimxml::Request& request);
+    decltype(&Operations::associators) instances;
+    decltype(&Operations::associatorNames) names;
+    decltype(&Operations::associatorClasses) classes;
+};
+
+constexpr Direction toAssociators = {associatorsFilter, &Operations::associators, &Operations::associatorNames,
+                                     &Operations::associatorClasses};
+constexpr Direction toReferences = {referencesFilter, &Operations::references, &Operations::referenceNames,
+                                    &Operations::referenceClasses};
+
+bool hasFlag(const Call& call, CMPIFlags flag) { return (call.caller.flags & flag) != 0; }
+
+std::string localHostName() {
+    std::array<char, 256> name{};
+    if (::gethostname(name.data(), name.size() - 1) != 0) return "localhost";
+    return name.data();
+}
+
+// The name under which the client reached this server leads him here again; the host's own may not.
+std::string hostOf(const Call& call) { return call.caller.host.empty() ? localHostName() : call.caller.host; }
+
+void appendInstances(const Call& call, const std::vector<const InstanceObject*>& instances, PropertyList list) {
+    const std::string host = hostOf(call);
+    Selection selection(nullptr, std::move(list));
+    for (const InstanceObject* instance : instances) {
+        call.encoder.raw("<VALUE.OBJECTWITHPATH>");
+        call.encoder.instancePath(*instance, {host, call.request.nameSpace});
+        call.encoder.instance(*instance,
+                              {hasFlag(call, CMPI_FLAG_IncludeClassOrigin), selection.of(instance->declaration())});
+        call.encoder.raw("</VALUE.OBJECTWITHPATH>");
+    }
+}
+
+void appendPaths(const Call& call, const std::vector<const ObjectPathObject*>& paths) {
+    const std::string host = hostOf(call);
+    for (const ObjectPathObject* path : paths) {
+        call.encoder.raw("<OBJECTPATH>");
+        call.encoder.instancePath(*path, {host, call.request.nameSpace});
+        call.encoder.raw("</OBJECTPATH>");
+    }
+}
+
+void appendClasses(const Call& call, const std::vector<const ClassDeclaration*>& classes, const PropertyList& list) {
+    const std::string host = hostOf(call);
+    cimxml::ClassOptions options;
+    options.localOnly = false;
+    options.includeQualifiers = hasFlag(call, CMPI_FLAG_IncludeQualifiers);
+    options.includeClassOrigin = hasFlag(call, CMPI_FLAG_IncludeClassOrigin);
+    if (list) options.wantsProperty = [&list](std::string_view name) { return isListed(*list, name); };
+    for (const ClassDeclaration* declaration : classes) {
+        call.encoder.raw("<VALUE.OBJECTWITHPATH>");
+        call.encoder.classPath(*declaration, host);
+        cimxml::appendClass(call.encoder.buffer(), *declaration, options);
+        call.encoder.raw("</VALUE.OBJECTWITHPATH>");
+    }
+}
+
+void appendClassPaths(const Call& call, const std::vector<const ClassDeclaration*>& classes) {
+    const std::string host = hostOf(call);
+    for (const ClassDeclaration* declaration : classes) {
+        call.encoder.raw("<OBJECTPATH>");
+        call.encoder.classPath(*declaration, host);
+        call.encoder.raw("</OBJECTPATH>");
+    }
+}
+
+void answerWithObjects(const Call& call, const Direction& direction) {
+    readObjectFlags(call);
+    const PropertyList list = propertyList(call.request);
+    const AssociationFilter filter = direction.filter(call.request);
+    const cimxml::ObjectPath& name = objectName(call);
+    Operations& operations = call.operations;
+    if (!name.namesInstance) {
+        return appendClasses(call, (operations.*direction.classes)(call.request.nameSpace, name.className, filter),
+                             list);
+    }
+    const ObjectPathObject& source = instancePath(call, name, "ObjectName");
+    appendInstances(call, (operations.*direction.instances)(call.scope, call.caller, source, filter, list), list);
+}
+
+void answerWithNames(const Call& call, const Direction& direction) {
+    const AssociationFilter filter = direction.filter(call.request);
+    const cimxml::ObjectPath& name = objectName(call);
+    Operations& operations = call.operations;
+    if (!name.namesInstance) {
+        return appendClassPaths(call, (operations.*direction.classes)(call.request.nameSpace, name.className, filter));
+    }
+    const ObjectPathObject& source = instancePath(call, name, "ObjectName");
+    appendPaths(call, (operations.*direction.names)(call.scope, call.caller, source, filter));
+}
+
+} // namespace
+
+void associators(const Call& call) { answerWithObjects(call, toAssociators); }
+
+void associatorNames(const Call& call) { answerWithNames(call, toAssociators); }
+
+void references(const Call& call) { answerWithObjects(call, toReferences); }
+
+void referenceNames(const Call& call) { answerWithNames(call, toReferences); }
+
+} // namespace cimhost

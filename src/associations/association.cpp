@@ -1,0 +1,351 @@
+#include "associations/association.h"
+
+#include "associations/paths.h"
+#include "text/text.h"
+
+#include "CmpiData.h"
+#include "CmpiString.h"
+
+#include <cstdint>
+
+namespace merolt::association {
+
+namespace {
+
+constexpr const char* operationNames[] = {"associators", "associatorNames", "references", "referenceNames"};
+
+/// Sets the two keys of an association path.
+/// @param texts without patterns the keys go through the wrapper class. @return the first status that is not OK.
+CMPIStatus setKeys(const Family& family, CmpiObjectPath& path, const char* const names[2], const CmpiObjectPath& left,
+                   const CmpiObjectPath& right, const AddKeyTexts& texts) {
+    CMPIStatus status = {CMPI_RC_OK, nullptr};
+    if (!texts.role1) {
+        path.setKey(names[0], CmpiData(left));
+        path.setKey(names[1], CmpiData(right));
+        return status;
+    }
+    status = addReference(path, names[0], left);
+    if (status.rc != CMPI_RC_OK) {
+        log(texts.role1, {.token = family.token, .number = status.rc});
+        return status;
+    }
+    status = addReference(path, names[1], right);
+    if (status.rc != CMPI_RC_OK) log(texts.role2, {.token = family.token, .number = status.rc});
+    return status;
+}
+
+/// An instance of the association on a path, with both references.
+CmpiInstance instanceWithRoles(const Family& family, const CmpiObjectPath& path, const CmpiObjectPath& left,
+                               const CmpiObjectPath& right) {
+    CmpiInstance instance(path);
+    instance.setProperty(family.left.name, CmpiData(left));
+    instance.setProperty(family.right.name, CmpiData(right));
+    return instance;
+}
+
+void setFurther(const Family& family, CmpiInstance& instance) {
+    instance.setProperty(family.further->name, CmpiData(family.further->value));
+}
+
+/// Walks the pairs of an enumeration.
+/// @param deliver called with each pair, its two paths and the request's path to build upon; a status that is not OK
+/// ends the walk and is returned.
+template <class Deliver>
+CmpiStatus enumerate(const Family& family, Enumeration enumeration, const EnumerationTexts& texts,
+                     const CmpiObjectPath& cop, Deliver&& deliver) {
+    log(texts.open, {.token = family.token});
+    if (!family.hasAnything()) return CmpiStatus(CMPI_RC_OK);
+    const char* nameSpace = "";
+    CMPIStatus status = readNameSpace(cop, nameSpace);
+    if (status.rc != CMPI_RC_OK && texts.nameSpace) {
+        log(texts.nameSpace, {.token = family.token, .number = status.rc});
+        return status;
+    }
+    status = {CMPI_RC_OK, nullptr};
+    family.forEachPair(enumeration, [&](const Pair& pair) {
+        const ObjectClass& leftClass = family.left.objects;
+        const ObjectClass& rightClass = family.right.objects;
+        const std::optional<CmpiObjectPath> left = leftClass.makePath(leftClass.name, nameSpace, pair.left);
+        const std::optional<CmpiObjectPath> right = rightClass.makePath(rightClass.name, nameSpace, pair.right);
+        if (left && right) status = deliver(pair, *left, *right);
+        return status.rc == CMPI_RC_OK;
+    });
+    if (status.rc == CMPI_RC_OK) log(texts.close, {.token = family.token});
+    return status;
+}
+
+/// The text of a key that the wrapper class reads. Throws CmpiStatus if there is none, or if it is no string.
+const char* readThroughWrapper(const CmpiObjectPath& source, const char* name) {
+    const CmpiString text = source.getKey(name).getString();
+    return text.charPtr();
+}
+
+/// One side of an association as a search sees it.
+struct Direction {
+    const Search& search;
+    const SearchTexts& texts;
+    const Role& far;
+    bool farIsLeft;
+};
+
+Direction toLeft(const Family& family) { return {family.findLeft, family.texts.findLeft, family.left, true}; }
+Direction toRight(const Family& family) { return {family.findRight, family.texts.findRight, family.right, false}; }
+
+/// Reads the keys that the search goes by. @return false if one cannot be used; status is then the search's result.
+bool readKeys(const Family& family, const Direction& direction, const CmpiObjectPath& path, Source& source,
+              CMPIStatus& status) {
+    CMPIType firstType = CMPI_null;
+    for (std::size_t index = 0; index < maxSourceKeys && direction.search.keys[index].name; ++index) {
+        const SourceKey& key = direction.search.keys[index];
+        if (!direction.texts.key) {
+            source.keys[index] = readThroughWrapper(path, key.name);
+            continue;
+        }
+        const RequestKey read = readKey(path, key.name);
+        status = read.status;
+        if (index == 0) firstType = read.type;
+        const CMPIType tested = key.test == KeyTest::firstKeyIsString ? firstType : read.type;
+        const bool fits = status.rc == CMPI_RC_OK && (key.test == KeyTest::none || tested == CMPI_string);
+        if (!fits) {
+            log(key.error ? key.error : direction.texts.key,
+                {.token = family.token, .key = key.name, .number = status.rc});
+            return false;
+        }
+        source.keys[index] = read.isText() ? read.text : nullptr;
+    }
+    return true;
+}
+
+/// The association between a source and one object that was found.
+class Answer {
+public:
+    Answer(const Family& ofFamily, const Direction& inDirection, const CmpiObjectPath& ofSource,
+           const char* inNameSpace)
+        : family(ofFamily), direction(inDirection), source(ofSource), nameSpace(inNameSpace) {}
+
+    /// Delivers what the request wants of the object. @return a status that is not OK ends the search.
+    CMPIStatus deliver(CmpiResult& result, const Request& request, const Object& object) const {
+        const ObjectClass& far = direction.far.objects;
+        CMPIStatus status = {CMPI_RC_OK, nullptr};
+        if (request.wanted == FUNC_ASSOC) {
+            const auto instance = far.makeInstance(far.name, nameSpace, request.properties, object);
+            if (instance) result.returnData(*instance);
+        } else if (request.wanted == FUNC_ASSOCNAME) {
+            const auto path = far.makePath(far.name, nameSpace, object);
+            if (path) result.returnData(*path);
+        } else if (request.wanted == FUNC_REF) {
+            const auto path = far.makePath(far.name, nameSpace, object);
+            if (path) deliverReference(result, *path);
+        } else if (request.wanted == FUNC_REFNAME) {
+            const MakePath makePath = direction.search.referenceNamePath;
+            const auto path = (makePath ? makePath : far.makePath)(far.name, nameSpace, object);
+            if (path) status = deliverReferenceName(result, *path);
+        }
+        return status;
+    }
+
+private:
+    const CmpiObjectPath& left(const CmpiObjectPath& far, const CmpiObjectPath& near) const {
+        return direction.farIsLeft ? far : near;
+    }
+    const CmpiObjectPath& right(const CmpiObjectPath& far, const CmpiObjectPath& near) const {
+        return direction.farIsLeft ? near : far;
+    }
+
+    void deliverReference(CmpiResult& result, const CmpiObjectPath& far) const {
+        const ClonedPath near(source);
+        CmpiInstance instance =
+            instanceWithRoles(family, CmpiObjectPath(nameSpace, family.className), left(far, near), right(far, near));
+        if (family.further) setFurther(family, instance);
+        result.returnData(instance);
+    }
+
+    CMPIStatus deliverReferenceName(CmpiResult& result, const CmpiObjectPath& far) const {
+        const ClonedPath near(source);
+        CmpiObjectPath path(nameSpace, family.className);
+        const char* const roles[] = {family.left.name, family.right.name};
+        const char* const* names = family.referenceNameKeys ? family.referenceNameKeys : roles;
+        const CMPIStatus status =
+            setKeys(family, path, names, left(far, near), right(far, near), direction.texts.addKey);
+        if (status.rc == CMPI_RC_OK) result.returnData(path);
+        return status;
+    }
+
+    const Family& family;
+    const Direction& direction;
+    const CmpiObjectPath& source;
+    const char* nameSpace;
+};
+
+/// findMatchedRole1InstancesOrReferences and findMatchedRole2InstancesOrReferences, by direction.
+CmpiStatus findMatched(const Family& family, const Direction& direction, CmpiResult& result, const CmpiObjectPath& path,
+                       const Request& request) {
+    log(direction.texts.open, {.token = family.token, .number = request.wanted});
+    if (!family.hasAnything()) return CmpiStatus(CMPI_RC_OK);
+    const char* nameSpace = "";
+    CMPIStatus status = readNameSpace(path, nameSpace);
+    if (status.rc != CMPI_RC_OK && direction.texts.nameSpace) {
+        log(direction.texts.nameSpace, {.token = family.token, .number = status.rc});
+        return status;
+    }
+    status = {CMPI_RC_OK, nullptr};
+    Source source;
+    source.wanted = request.wanted;
+    if (!readKeys(family, direction, path, source, status)) return status;
+    const Answer answer(family, direction, path, nameSpace);
+    direction.search.find(source, [&](const Object& object) {
+        status = answer.deliver(result, request, object);
+        return status.rc == CMPI_RC_OK;
+    });
+    return status;
+}
+
+bool isOf(const Role& role, const CmpiObjectPath& source) {
+    if (source.classPathIsA(role.objects.name)) return true;
+    if (!role.aliases) return false;
+    for (Aliases alias = role.aliases; *alias; ++alias) {
+        if (source.classPathIsA(*alias)) return true;
+    }
+    return false;
+}
+
+bool wantsReferences(const Request& request) { return request.wanted == FUNC_REF || request.wanted == FUNC_REFNAME; }
+
+/// Whether the request's filters let a search from the near to the far side through.
+bool fitsFilters(const Family& family, const Request& request, const CmpiObjectPath& source, const Role& near,
+                 const Role& far) {
+    if (family.filters == Filters::ignored) return true;
+    if (wantsReferences(request)) return roleFilterMatches(request.role, near.name);
+    const CmpiString nameSpace = source.getNameSpace();
+    return classFilterMatches(request.resultClass, nameSpace.charPtr(), far.objects.name) &&
+           roleFilterMatches(request.role, near.name) && roleFilterMatches(request.resultRole, far.name);
+}
+
+/// Whether the association itself is of the class that the references are wanted of.
+bool fitsResultClass(const Family& family, const Request& request, const CmpiObjectPath& source) {
+    if (family.filters == Filters::ignored || !wantsReferences(request)) return true;
+    const CmpiString nameSpace = source.getNameSpace();
+    return classFilterMatches(request.resultClass, nameSpace.charPtr(), family.className);
+}
+
+/// The class of a path to get, and, in families that have a text for it, first its namespace.
+CMPIStatus readClass(const Family& family, const CmpiObjectPath& cop, const char*& className) {
+    const GetInstanceTexts& texts = family.texts.getInstance;
+    CMPIStatus status = {CMPI_RC_OK, nullptr};
+    if (texts.nameSpace) {
+        const char* nameSpace = "";
+        status = readNameSpace(cop, nameSpace);
+        if (status.rc != CMPI_RC_OK) {
+            log(texts.nameSpace, {.token = family.token, .number = status.rc});
+            return status;
+        }
+    }
+    status = readClassName(cop, className);
+    if (status.rc != CMPI_RC_OK) log(texts.className, {.token = family.token, .number = status.rc});
+    return status;
+}
+
+/// The reference of a path to get. @return null if there is none that can be used: status is then the request's
+/// result, a success if only the type is wrong, so that the client sees an empty answer.
+CMPIObjectPath* readEnd(const Family& family, const CmpiObjectPath& cop, const Role& role, const Text& unread,
+                        const Text& wrongType, CMPIStatus& status) {
+    const ReferenceKey key = readReference(cop, role.name);
+    status = key.status;
+    if (status.rc != CMPI_RC_OK) {
+        log(unread, {.token = family.token, .number = status.rc});
+    } else if (!key.isReference()) {
+        log(wrongType, {.token = family.token, .number = key.type});
+    }
+    return key.object;
+}
+
+/// The number by which support knows a class name that was refused: its address, cut to 32 bits.
+int numberOf(const char* className) { return static_cast<int>(reinterpret_cast<std::uintptr_t>(className)); }
+
+/// Throws 7, unless the family logs the class name and that cannot be read.
+CmpiStatus refuse(const Family& family, const CmpiObjectPath& source, const char* operation) {
+    const RequestTexts& texts = family.texts.requests;
+    if (texts.foreignClass) {
+        const char* className = "";
+        const CMPIStatus status = readClassName(source, className);
+        const Filling filling = {.token = family.token, .operation = operation, .number = status.rc};
+        if (status.rc != CMPI_RC_OK) {
+            log(texts.className, filling);
+            return status;
+        }
+        log(texts.foreignClass, {.token = family.token, .operation = operation, .number = numberOf(className)});
+    }
+    const CmpiString className = source.getClassName();
+    throw CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED, className.charPtr());
+}
+
+} // namespace
+
+bool Source::equals(std::size_t key, const char* text) const {
+    return keys[key] && equalsIgnoringCase(keys[key], text);
+}
+
+CmpiStatus enumInstanceNames(const Family& family, CmpiResult& result, const CmpiObjectPath& cop) {
+    const EnumerationTexts& texts = family.texts.names;
+    const char* const roles[] = {family.left.name, family.right.name};
+    return enumerate(family, Enumeration::names, texts, cop,
+                     [&](const Pair& pair, const CmpiObjectPath& left, const CmpiObjectPath& right) {
+                         ClonedPath path(cop);
+                         const CMPIStatus status = setKeys(family, path.get(), roles, left, right,
+                                                           pair.row == 0 ? texts.addKey : texts.addKeyOfSecondRow);
+                         if (status.rc == CMPI_RC_OK) result.returnData(path.get());
+                         return status;
+                     });
+}
+
+CmpiStatus enumInstances(const Family& family, CmpiResult& result, const CmpiObjectPath& cop) {
+    return enumerate(family, Enumeration::instances, family.texts.instances, cop,
+                     [&](const Pair&, const CmpiObjectPath& left, const CmpiObjectPath& right) {
+                         const ClonedPath path(cop);
+                         CmpiInstance instance = instanceWithRoles(family, path, left, right);
+                         if (family.further && family.further->inEnumeration) setFurther(family, instance);
+                         result.returnData(instance);
+                         return CMPIStatus{CMPI_RC_OK, nullptr};
+                     });
+}
+
+CmpiStatus getInstance(const Family& family, const CmpiContext& context, CmpiResult& result,
+                       const CmpiObjectPath& cop) {
+    const GetInstanceTexts& texts = family.texts.getInstance;
+    log(texts.open, {.token = family.token});
+    const char* className = "";
+    CMPIStatus status = readClass(family, cop, className);
+    if (status.rc != CMPI_RC_OK) return status;
+    if (equalsIgnoringCase(className, family.className)) {
+        const ClonedPath path(cop);
+        CMPIObjectPath* leftReference = readEnd(family, cop, family.left, texts.key1, texts.key1Type, status);
+        if (!leftReference) return status;
+        CMPIObjectPath* rightReference = readEnd(family, cop, family.right, texts.key2, texts.key2Type, status);
+        if (!rightReference) return status;
+        const CmpiObjectPath left(leftReference);
+        const CmpiObjectPath right(rightReference);
+        family.left.test()(context, result, left, nullptr, false);
+        family.right.test()(context, result, right, nullptr, false);
+        result.returnData(instanceWithRoles(family, path, left, right));
+    }
+    log(texts.close, {.token = family.token});
+    return CmpiStatus(CMPI_RC_OK);
+}
+
+CmpiStatus answer(const Family& family, CmpiResult& result, const CmpiObjectPath& source, const Request& request) {
+    const char* operation = operationNames[request.wanted];
+    log(family.texts.requests.open[request.wanted], {.token = family.token, .operation = operation});
+    // Before the source's class is looked at, so that a request that wants other associations is not refused for it.
+    if (!fitsResultClass(family, request, source)) return CmpiStatus(CMPI_RC_OK);
+    if (isOf(family.left, source)) {
+        if (!fitsFilters(family, request, source, family.left, family.right)) return CmpiStatus(CMPI_RC_OK);
+        return findMatched(family, toRight(family), result, source, request);
+    }
+    if (isOf(family.right, source)) {
+        if (!fitsFilters(family, request, source, family.right, family.left)) return CmpiStatus(CMPI_RC_OK);
+        return findMatched(family, toLeft(family), result, source, request);
+    }
+    return refuse(family, source, operation);
+}
+
+} // namespace merolt::association

@@ -1,0 +1,47 @@
+// The host and its LAN endpoints. getInstance tests the endpoint through the class of Ethernet ports, whose key such a
+// path has not: it delivers the association whatever the endpoint is.
+#include "associations/ethernet/families.h"
+#include "associations/ethernet/texts.h"
+#include "associations/ethernet/walks.h"
+
+namespace merolt::ethernet {
+
+using namespace association;
+
+namespace {
+
+void hostOfEndPoint(const Source& source, const ObjectVisitor& visit) {
+    if (!nic::namesHostAndClass(source) || !source.equals(2, nic::lanEndPoint.name)) return;
+    nic::firstPortOfEachCardWithMac(source, 3, [&](const Object&) { return visit({}); });
+}
+
+constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
+    t.getInstance.className = "{F}: Error getting ClassName in getInstance\n";
+    nic::logErrorsAsDebug(t);
+});
+
+constexpr Family family = {
+    .token = "Assoc_ComputerSystem_LANEndPoint",
+    .className = "Merolt_NIC_ComputerSystemLANEndpoint",
+    .left = {"Antecedent", nic::computerSystem},
+    .right = {"Dependent", nic::lanEndPoint, nullptr, getInstance_EthernetPort},
+    .forEachPair = nic::bothEndsOf<nic::eachPort>,
+    .findLeft = {.keys = {{{"SystemName"},
+                           {"SystemCreationClassName"},
+                           {"CreationClassName"},
+                           {"Name", KeyTest::none,
+                            debugText(
+                                "Assoc_ComputerSystem_LANEdnPoint: Error getting Name key in findMatchedRole1\n")}}},
+                 .find = hostOfEndPoint},
+    .findRight = {.keys = {{{"Name"}, {"CreationClassName"}}},
+                  .find = nic::onlyIf<nic::namesHostAndClass, nic::eachPort>},
+    .filters = Filters::applied,
+    .texts = texts,
+    .isPopulated = nic::hasCards,
+};
+
+} // namespace
+
+DEFINE_ASSOCIATION(AssocComputerSystemLANEndPoint, family)
+
+} // namespace merolt::ethernet

@@ -1,0 +1,51 @@
+// The host and its network ports. A port finds the host once for each port of its key.
+#include "associations/ethernet/families.h"
+#include "associations/ethernet/texts.h"
+#include "associations/ethernet/walks.h"
+
+namespace merolt::ethernet {
+
+using namespace association;
+
+namespace {
+
+void hostOfPort(const Source& source, const ObjectVisitor& visit) {
+    if (!nic::namesHostAndClass(source) || !source.equals(2, nic::networkPort.name)) return;
+    nic::eachPort(source,
+                  [&](const Object& port) { return !source.equals(3, nic::networkPortIDOf(port)) || visit({}); });
+}
+
+// Four key texts are the only ones on the error log.
+constexpr Text keyError = "{F}: Error getting {K} key in findMatchedRole1\n";
+
+constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
+    t.names.open = "{F}: enumInstanceNames\n";
+    t.getInstance.className = "{F}: Error getting namespace in getInstance\n";
+    nic::logErrorsAsDebug(t);
+    t.findRight.key = keyError;
+});
+
+constexpr Family family = {
+    .token = "Assoc_ComputerSystem_NetworkPort",
+    .className = "Merolt_NIC_ComputerSystemNetworkPort",
+    .left = {"GroupComponent", nic::computerSystem},
+    .right = {"PartComponent", nic::networkPort},
+    .forEachPair = nic::bothEndsOf<nic::eachPort>,
+    .findLeft = {.keys = {{{"SystemName"},
+                           {"SystemCreationClassName"},
+                           {"CreationClassName", KeyTest::none, keyError},
+                           // The type that is tested behind the read of DeviceID is that of SystemName.
+                           {"DeviceID", KeyTest::firstKeyIsString, keyError}}},
+                 .find = hostOfPort},
+    .findRight = {.keys = {{{"Name"}, {"CreationClassName"}}},
+                  .find = nic::onlyIf<nic::namesHostAndClass, nic::eachPort>},
+    .filters = Filters::applied,
+    .texts = texts,
+    .isPopulated = nic::hasCards,
+};
+
+} // namespace
+
+DEFINE_ASSOCIATION(AssocComputerSystemNetworkPort, family)
+
+} // namespace merolt::ethernet

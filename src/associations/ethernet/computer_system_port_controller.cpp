@@ -1,0 +1,42 @@
+// The host and the Ethernet controller of each card. A controller finds the host once for each card of its name.
+#include "associations/ethernet/families.h"
+#include "associations/ethernet/texts.h"
+#include "associations/ethernet/walks.h"
+#include "classes/instance.h"
+
+namespace merolt::ethernet {
+
+using namespace association;
+
+namespace {
+
+void hostOfController(const Source& source, const ObjectVisitor& visit) {
+    if (!nic::namesHostAndClass(source)) return;
+    nic::eachCard(source,
+                  [&](const Object& card) { return !source.equals(2, nic::portControllerIDOf(card)) || visit({}); });
+}
+
+constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
+    t.getInstance.className = "{F}: Error getting ClassName in getInstance\n";
+    nic::logErrorsAsDebug(t);
+});
+
+constexpr Family family = {
+    .token = "Assoc_ComputerSystem_PortController",
+    .className = "Merolt_NIC_ComputerSystemPortController",
+    .left = {"GroupComponent", nic::computerSystem},
+    .right = {"PartComponent", nic::portController},
+    .forEachPair = nic::bothEndsOf<nic::eachCard>,
+    .findLeft = {.keys = {{{"SystemName"}, {"SystemCreationClassName"}, {"DeviceID"}}}, .find = hostOfController},
+    .findRight = {.keys = {{{"Name"}, {"CreationClassName", KeyTest::isString}}},
+                  .find = nic::onlyIf<nic::namesHostAndClass, nic::eachCard>},
+    .filters = Filters::applied,
+    .texts = texts,
+    .isPopulated = nic::hasCards,
+};
+
+} // namespace
+
+DEFINE_ASSOCIATION(AssocComputerSystemPortController, family)
+
+} // namespace merolt::ethernet

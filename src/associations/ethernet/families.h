@@ -1,0 +1,29 @@
+// The associations of Ethernet ports, cards, host and software: seven request functions each.
+#pragma once
+
+#include "associations/association.h"
+
+namespace merolt::ethernet {
+
+DECLARE_ASSOCIATION(AssocComputerSystemEthernetPort)
+DECLARE_ASSOCIATION(AssocComputerSystemIPProtocolEndPoint)
+DECLARE_ASSOCIATION(AssocComputerSystemLANEndPoint)
+DECLARE_ASSOCIATION(AssocComputerSystemNetworkPort)
+DECLARE_ASSOCIATION(AssocComputerSystemPortController)
+DECLARE_ASSOCIATION(AssocComputerSystemSoftwareIdentity)
+DECLARE_ASSOCIATION(AssocComputerSystemSoftwareInstallationService)
+DECLARE_ASSOCIATION(AssocElementConformsToRegisteredProfile)
+DECLARE_ASSOCIATION(AssocEthernetPortLANEndPoint)
+DECLARE_ASSOCIATION(AssocIPProtocolEndPointCapabilitiesIPProtocolEndPoint)
+DECLARE_ASSOCIATION(AssocLANEndPointIPProtocolEndPoint)
+DECLARE_ASSOCIATION(AssocNetworkPortLANEndPoint)
+DECLARE_ASSOCIATION(AssocPhysicalConnectorEthernetPort)
+DECLARE_ASSOCIATION(AssocPhysicalPackagePortController)
+DECLARE_ASSOCIATION(AssocPhysicalPortEthernetPort)
+DECLARE_ASSOCIATION(AssocPortControllerEthernetPort)
+DECLARE_ASSOCIATION(AssocPortControllerSoftwareInstallationService)
+DECLARE_ASSOCIATION(AssocSoftwareIdentityPortController)
+DECLARE_ASSOCIATION(AssocSoftwareIdentitySoftwareInstallationService)
+DECLARE_ASSOCIATION(AssocSoftwareInstallationServiceCapabilities)
+
+} // namespace merolt::ethernet

@@ -1,0 +1,44 @@
+// The host and its Fibre Channel nodes. A group's key begins with the host's name, and by that it finds the host.
+#include "associations/storage/families.h"
+#include "associations/storage/walks.h"
+#include "classes/system_name.h"
+#include "text/text.h"
+
+namespace merolt::storage {
+
+using namespace association;
+
+namespace {
+
+constexpr auto every = everyRecord<&g_logicalPortGroupCount>;
+
+void hostOfGroup(const Source& source, const ObjectVisitor& visit) {
+    KeyCut host;
+    if (equalsIgnoringCase(host.prefixOf(source.text(0)), gSystemName)) visit({});
+}
+
+// The enumerations begin without a word and do not test the namespace.
+constexpr Texts texts = deviating(storageTexts, [](Texts& t) {
+    for (EnumerationTexts* enumeration : {&t.names, &t.instances}) {
+        enumeration->open = nullptr;
+        enumeration->nameSpace = nullptr;
+    }
+});
+
+constexpr Family family = {
+    .token = "AssocComputerSystemLogicalPortGroup",
+    .className = "Merolt_FCHBA_ComputerSystemLogicalPortGroup",
+    .left = hostAs("Antecedent"),
+    .right = {"Dependent", logicalPortGroup},
+    .forEachPair = oneWithEach<every>,
+    .findLeft = {.keys = {{{"InstanceID"}}}, .find = hostOfGroup},
+    .findRight = {.find = every},
+    .filters = Filters::ignored,
+    .texts = texts,
+};
+
+} // namespace
+
+DEFINE_ASSOCIATION(AssocComputerSystemLogicalPortGroup, family)
+
+} // namespace merolt::storage

@@ -1,0 +1,51 @@
+// The associations of storage ports, cards, host and software: seven request functions each.
+#pragma once
+
+#include "associations/association.h"
+
+namespace merolt::storage {
+
+DECLARE_ASSOCIATION(AssocComputerSystemCommMech)
+DECLARE_ASSOCIATION(AssocComputerSystemFCPort)
+DECLARE_ASSOCIATION(AssocComputerSystemLogicalPortGroup)
+DECLARE_ASSOCIATION(AssocComputerSystemObjectManager)
+DECLARE_ASSOCIATION(AssocComputerSystemPortController)
+DECLARE_ASSOCIATION(AssocComputerSystemSCSIProtocolController)
+DECLARE_ASSOCIATION(AssocComputerSystemSCSIProtocolEndpointHBA)
+DECLARE_ASSOCIATION(AssocComputerSystemSCSIProtocolEndpointTarget)
+DECLARE_ASSOCIATION(AssocComputerSystemSoftwareIdentity)
+DECLARE_ASSOCIATION(AssocComputerSystemSoftwareInstallationService)
+DECLARE_ASSOCIATION(AssocComputerSystemStorageExtent)
+DECLARE_ASSOCIATION(AssocFCPortFCPortStatistics)
+DECLARE_ASSOCIATION(AssocFCPortSCSIProtocolEndpointHBA)
+DECLARE_ASSOCIATION(AssocLogicalPortGroupFCPort)
+DECLARE_ASSOCIATION(AssocObjectManagerCommMech)
+DECLARE_ASSOCIATION(AssocObjectManagerNamespace)
+DECLARE_ASSOCIATION(AssocPhysicalConnectorFCPort)
+DECLARE_ASSOCIATION(AssocPhysicalPackagePhysicalConnector)
+DECLARE_ASSOCIATION(AssocPhysicalPackagePhysicalPort)
+DECLARE_ASSOCIATION(AssocPhysicalPackagePortController)
+DECLARE_ASSOCIATION(AssocPhysicalPortFCPort)
+DECLARE_ASSOCIATION(AssocPortControllerFCPort)
+DECLARE_ASSOCIATION(AssocPortControllerSoftwareInstallationService)
+DECLARE_ASSOCIATION(AssocProductPhysicalPackage)
+DECLARE_ASSOCIATION(AssocSCSIProtocolControllerFCPort)
+DECLARE_ASSOCIATION(AssocSoftwareIdentityPortController)
+DECLARE_ASSOCIATION(AssocSoftwareIdentitySoftwareInstallationService)
+DECLARE_ASSOCIATION(AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities)
+
+// Six families show freshly read lists: the dispatcher calls these two before it enters the family.
+void clearLists_AssocComputerSystemSCSIProtocolEndpointTarget();
+void buildLists_AssocComputerSystemSCSIProtocolEndpointTarget();
+void clearLists_AssocComputerSystemStorageExtent();
+void buildLists_AssocComputerSystemStorageExtent();
+void clearLists_AssocFCPortFCPortStatistics();
+void buildLists_AssocFCPortFCPortStatistics();
+void clearLists_AssocFCPortSCSIProtocolEndpointHBA();
+void buildLists_AssocFCPortSCSIProtocolEndpointHBA();
+void clearLists_AssocLogicalPortGroupFCPort();
+void buildLists_AssocLogicalPortGroupFCPort();
+void clearLists_AssocSCSIProtocolControllerFCPort();
+void buildLists_AssocSCSIProtocolControllerFCPort();
+
+} // namespace merolt::storage

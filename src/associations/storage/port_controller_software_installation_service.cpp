@@ -1,0 +1,54 @@
+// Storage controllers and the service that updates their flash. referenceNames names the ends by other keys than
+// references does.
+#include "associations/service_texts.h"
+#include "associations/storage/families.h"
+#include "associations/storage/walks.h"
+#include "software/installer.h"
+
+namespace merolt::storage {
+
+using namespace association;
+
+namespace {
+
+constexpr auto every = everyRecord<&g_portControllerCount>;
+
+void pairs(Enumeration, const PairVisitor& visit) {
+    every({}, [&](const Object& controller) { return visit({controller, {}}); });
+}
+
+void controllersOfService(const Source& source, const ObjectVisitor& visit) {
+    if (source.equals(0, software::installerName)) every(source, visit);
+}
+
+void serviceOfController(const Source& source, const ObjectVisitor& visit) {
+    for (int index = 0; index < g_portControllerCount; ++index) {
+        if (!source.equals(0, g_portControllerList[index].deviceID.text())) continue;
+        visit({});
+        return;
+    }
+}
+
+constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
+    speakOfControllerAndService(t);
+    t.instances.open = "{F}: enumInstances_AssocPortControllerSoftwareInstallationService was called\n";
+});
+
+constexpr Family family = {
+    .token = "Assoc_PortController_SoftwareInstallationService",
+    .className = "Merolt_FCHBA_PortControllerSoftwareInstallationService",
+    .left = {"AffectedElement", portController},
+    .right = {"AffectingElement", installationService},
+    .forEachPair = pairs,
+    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = controllersOfService},
+    .findRight = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = serviceOfController},
+    .filters = Filters::applied,
+    .texts = texts,
+    .referenceNameKeys = controllerAndServiceNameKeys,
+};
+
+} // namespace
+
+DEFINE_ASSOCIATION(AssocPortControllerSoftwareInstallationService, family)
+
+} // namespace merolt::storage

@@ -1,0 +1,76 @@
+// Software and the storage controller that it runs on or drives: the middle of an identity's key is the controller's.
+#include "associations/storage/families.h"
+#include "associations/storage/walks.h"
+#include "text/text.h"
+
+#include <cstring>
+#include <optional>
+
+namespace merolt::storage {
+
+using namespace association;
+using software::g_softwareIdentityCount;
+using software::g_softwareIdentityList;
+
+namespace {
+
+using Middle = FixedText<64>;
+
+/// The text between the first and the second underscore. Without a second one the key names no controller.
+std::optional<Middle> middleOf(const char* instanceID) {
+    const char* first = std::strchr(instanceID, '_');
+    const char* second = first ? std::strchr(first + 1, '_') : nullptr;
+    if (!second) return std::nullopt;
+    std::optional<Middle> middle;
+    middle.emplace().assign({first + 1, static_cast<std::size_t>(second - first - 1)});
+    return middle;
+}
+
+bool isMiddleOf(const char* instanceID, const char* deviceID) {
+    const std::optional<Middle> middle = middleOf(instanceID);
+    return middle && equalsIgnoringCase(middle->text(), deviceID);
+}
+
+const char* controllerID(int index) { return g_portControllerList[index].deviceID.text(); }
+
+bool identityBelongsTo(int identity, const char* deviceID) {
+    const software::SoftwareIdentityEntry& entry = g_softwareIdentityList[identity];
+    return entry.valid && isMiddleOf(entry.instanceID.text(), deviceID);
+}
+
+void pairs(Enumeration, const PairVisitor& visit) {
+    matchingRecords(g_softwareIdentityCount, g_portControllerCount, visit,
+                    [](int identity, int controller) { return identityBelongsTo(identity, controllerID(controller)); });
+}
+
+void identitiesOfController(const Source& source, const ObjectVisitor& visit) {
+    matchingRecords(g_softwareIdentityCount, visit,
+                    [&](int identity) { return identityBelongsTo(identity, source.text(0)); });
+}
+
+// The key alone decides: it may be that of an identity which does not exist.
+void controllersOfIdentity(const Source& source, const ObjectVisitor& visit) {
+    matchingRecords(g_portControllerCount, visit,
+                    [&](int controller) { return isMiddleOf(source.text(0), controllerID(controller)); });
+}
+
+constexpr FurtherProperty upgradeCondition = {.name = "UpgradeCondition", .value = 3, .inEnumeration = true};
+
+constexpr Family family = {
+    .token = "AssocSoftwareIdentityPortController",
+    .className = "Merolt_FCHBA_SoftwareIdentityPortController",
+    .left = {"Antecedent", softwareIdentity},
+    .right = {"Dependent", portController},
+    .forEachPair = pairs,
+    .findLeft = {.keys = {{{"DeviceID"}}}, .find = identitiesOfController},
+    .findRight = {.keys = {{{"InstanceID"}}}, .find = controllersOfIdentity},
+    .filters = Filters::ignored,
+    .texts = storageTexts,
+    .further = &upgradeCondition,
+};
+
+} // namespace
+
+DEFINE_ASSOCIATION(AssocSoftwareIdentityPortController, family)
+
+} // namespace merolt::storage

@@ -1,0 +1,56 @@
+// The storage side's installation service and what it can do.
+#include "associations/service_texts.h"
+#include "associations/storage/families.h"
+#include "associations/storage/walks.h"
+#include "software/installer.h"
+
+namespace merolt::storage {
+
+using namespace association;
+
+namespace {
+
+void theOtherOfInstaller(const Source& source, const ObjectVisitor& visit) {
+    if (source.equals(0, software::installerName)) visit({});
+}
+
+// Requests and searches speak as the Ethernet side's do, enumerations and getInstance as the storage side's; the last
+// line of getInstance is another family's.
+constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
+    t.names.open = "Entering enumInstanceNames_AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities";
+    t.names.nameSpace = "enumInstanceNames_AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities: "
+                        "Error getting namespace, status.rc={n}!";
+    t.names.close =
+        debugText("Exiting  enumInstanceNames_AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities");
+    t.instances.open = "Entering enumInstances_AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities";
+    t.instances.nameSpace = "enumInstances_AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities: "
+                            "Error getting namespace, status.rc={n}!";
+    t.instances.close =
+        debugText("Exiting  enumInstances_AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities");
+    t.getInstance.open = "Entering getInstance_AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities";
+    t.getInstance.className = "getInstance_AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities: "
+                              "Error getting classname, status.rc={n}!";
+    t.getInstance.close = debugText("Exiting  getInstance_AssocSoftwareIdentitySoftwareInstallationService");
+    speakOfServiceAndCapabilities(t);
+});
+
+constexpr Family family = {
+    .token = "Assoc_SoftwareInstallationService_Capabilities",
+    .className = "Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities",
+    .left = {"ManagedElement", installationService},
+    .right = {"Capabilities", installationServiceCapabilities},
+    .forEachPair = oneWithEach<theObject>,
+    // referenceNames gives the service's path the capabilities' key.
+    .findLeft = {.keys = {{{"InstanceID", KeyTest::isString}}},
+                 .find = theOtherOfInstaller,
+                 .referenceNamePath = installationServiceCapabilities.makePath},
+    .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = theOtherOfInstaller},
+    .filters = Filters::applied,
+    .texts = texts,
+};
+
+} // namespace
+
+DEFINE_ASSOCIATION(AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities, family)
+
+} // namespace merolt::storage

@@ -1,0 +1,102 @@
+#include "associations/storage/tree_position.h"
+
+#include "classes/physical/nic_lookup.h"
+#include "classes/storage/fc_port.h"
+#include "inventory/tree_walk.h"
+#include "log/log.h"
+#include "text/text.h"
+
+#include <cstring>
+
+namespace merolt::association {
+
+using storage::g_fcPortCount;
+using storage::g_fcPortList;
+
+namespace {
+
+bool sameName(const std::uint8_t* left, const std::uint8_t* right) { return std::memcmp(left, right, 8) == 0; }
+
+/// Whether the tag of a thing is the one that it would have at the place of a storage port.
+/// @param isLogged enumInstances tells what it compares.
+bool isAtPlaceOf(const TaggedList& things, int index, const TAVIK_DeviceRecord* device, bool isLogged) {
+    TAVIK_AdapterEntry* adapter = nullptr;
+    TAVIK_PhyPortEntry* phyPort = nullptr;
+    TAVIK_ProtocolEntry* protocol = nullptr;
+    if (!findTAVIKStructsForFCPort(device, &adapter, &phyPort, &protocol)) {
+        if (isLogged) DEBUG_LOG("Failed to find TAVIK structs");
+        return false;
+    }
+    TagText tag;
+    things.format(tag, index, physical::adapterSerialOf(adapter).text(), phyPort->portNumber);
+    if (isLogged) {
+        DEBUG_LOG("%s_Tag(%d) = %s", things.logName, index, things.tag(index));
+        DEBUG_LOG("tmp_buf = %s", tag.text());
+    }
+    return equalsIgnoringCase(things.tag(index), tag.text());
+}
+
+/// Whether port and node name of the device are those in the header of the function.
+bool isInHeaderOf(const TAVIK_DeviceRecord* device, const TAVIK_ProtocolEntry& entry) {
+    return device && sameName(device->portProperty.portName, entry.storage.headerPortName) &&
+           sameName(device->nodeName, entry.storage.headerNodeName);
+}
+
+} // namespace
+
+bool findTAVIKStructsForFCPort(const TAVIK_DeviceRecord* device, TAVIK_AdapterEntry** adapter,
+                               TAVIK_PhyPortEntry** phyPort, TAVIK_ProtocolEntry** protocol) {
+    TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
+    if (!adapters || !device) return false;
+    bool found = false;
+    forEachProtocolEntry(adapters, [&](TAVIK_AdapterEntry& card, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
+        if (found || !isStorageFunction(entry)) return;
+        const TAVIK_DeviceRecord& candidate = entry.storage.device;
+        if (!sameName(device->portProperty.portName, candidate.portProperty.portName)) return;
+        if (!sameName(device->nodeName, candidate.nodeName)) return;
+        *adapter = &card;
+        *phyPort = &port;
+        *protocol = &entry;
+        found = true;
+    });
+    return found;
+}
+
+void pairByPlace(const TaggedList& things, Enumeration enumeration, const PairVisitor& visit) {
+    const bool isLogged = enumeration == Enumeration::instances;
+    for (int thing = 0; thing < *things.count; ++thing) {
+        for (int port = 0; port < g_fcPortCount; ++port) {
+            if (!isAtPlaceOf(things, thing, g_fcPortList[port].device, isLogged)) continue;
+            if (!visit({{.index = thing}, {.index = port}})) return;
+        }
+    }
+}
+
+void findThingOfPort(const TaggedList& things, const Source& source, const ObjectVisitor& visit) {
+    for (int thing = 0; thing < *things.count; ++thing) {
+        for (int port = 0; port < g_fcPortCount; ++port) {
+            if (!source.equals(0, g_fcPortList[port].deviceID.text())) continue;
+            if (!isAtPlaceOf(things, thing, g_fcPortList[port].device, false)) continue;
+            visit({.index = thing});
+            return;
+        }
+    }
+}
+
+void findPortsOfThing(const TaggedList& things, const Source& source, const ObjectVisitor& visit) {
+    AdapterToken adapterSerial = {};
+    std::uint32_t portNumber = 0;
+    things.parse(source.text(0), adapterSerial, &portNumber);
+    TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
+    if (!adapters) return;
+    bool goesOn = true;
+    forEachProtocolEntry(adapters, [&](TAVIK_AdapterEntry& card, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
+        if (!goesOn || port.portNumber != portNumber || !isStorageFunction(entry)) return;
+        if (!equalsIgnoringCase(physical::adapterSerialOf(&card).text(), adapterSerial)) return;
+        for (int index = 0; index < g_fcPortCount && goesOn; ++index) {
+            if (isInHeaderOf(g_fcPortList[index].device, entry)) goesOn = visit({.index = index});
+        }
+    });
+}
+
+} // namespace merolt::association

@@ -1,0 +1,55 @@
+// Where a storage port is in the library's tree, and the associations that follow from it: a tag that ends in an
+// adapter's serial number and a port number belongs to the ports at that place.
+#pragma once
+
+#include "associations/association.h"
+#include "inventory/tavik.h"
+#include "text/fixed_text.h"
+
+#include <cstdint>
+
+namespace merolt::association {
+
+/// The first storage function of the current tree with the device's port name and node name.
+/// @param device of a port record, from the tree that was current when the record was made; null is found nowhere.
+/// @return false, with the outputs left alone, if there is none.
+bool findTAVIKStructsForFCPort(const TAVIK_DeviceRecord* device, TAVIK_AdapterEntry** adapter,
+                               TAVIK_PhyPortEntry** phyPort, TAVIK_ProtocolEntry** protocol);
+
+using TagText = FixedText<256>;
+using AdapterToken = char[256];
+
+/// A list of things that sit in a jack of a card and have its place in their tag.
+struct TaggedList {
+    const char* logName; ///< stands before _Tag in log lines
+    const std::int32_t* count;
+    const char* (*tag)(int index);
+    /// The tag that the thing would have at this place.
+    void (*format)(TagText& out, int index, const char* adapterSerial, int portNumber);
+    /// Takes a tag apart; leaves both outputs alone if it cannot.
+    void (*parse)(const char* tag, AdapterToken& adapterSerial, std::uint32_t* portNumber);
+};
+
+/// Each thing with each storage port whose place is in its tag.
+void pairByPlace(const TaggedList& things, Enumeration enumeration, const PairVisitor& visit);
+/// From a port, by its DeviceID: the first thing at its place, and no other.
+void findThingOfPort(const TaggedList& things, const Source& source, const ObjectVisitor& visit);
+/// From a thing, by its Tag: each port whose names stand in the header of a function at that place. The header and not
+/// the function's device record is compared, so this direction can disagree with the other two.
+void findPortsOfThing(const TaggedList& things, const Source& source, const ObjectVisitor& visit);
+
+template <const TaggedList& things>
+constexpr void (*pairsByPlace)(Enumeration, const PairVisitor&) =
+    [](Enumeration enumeration, const PairVisitor& visit) { pairByPlace(things, enumeration, visit); };
+
+template <const TaggedList& things>
+constexpr Search thingOfPort = {.keys = {{{"DeviceID"}}}, .find = [](const Source& source, const ObjectVisitor& visit) {
+                                    findThingOfPort(things, source, visit);
+                                }};
+
+template <const TaggedList& things>
+constexpr Search portsOfThing = {.keys = {{{"Tag"}}}, .find = [](const Source& source, const ObjectVisitor& visit) {
+                                     findPortsOfThing(things, source, visit);
+                                 }};
+
+} // namespace merolt::association

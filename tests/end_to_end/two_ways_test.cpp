@@ -1,0 +1,51 @@
+// Some servers hand a request without an association class to the provider as it is, others once for each association
+// class that the object can take part in. A client must see the same.
+#include "demonstration.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+namespace cimhost {
+namespace {
+
+using testing_support::Demonstration;
+
+using Operation = std::vector<std::string> (Demonstration::*)(const std::string&, const std::string&);
+
+struct NamedOperation {
+    std::string name;
+    Operation operation;
+};
+
+class TwoWays : public testing::TestWithParam<NamedOperation> {};
+
+TEST_P(TwoWays, GiveTheSameRows) {
+    Demonstration& demonstration = Demonstration::instance();
+    const auto ask = std::bind_front(GetParam().operation, std::ref(demonstration));
+    std::size_t rows = 0;
+    for (const std::string& object : demonstration.objects()) {
+        std::vector<std::string> atOnce = ask(object, "");
+        std::vector<std::string> oneByOne;
+        for (const std::string& association : demonstration.associationsOf(object)) {
+            const std::vector<std::string> some = ask(object, association);
+            oneByOne.insert(oneByOne.end(), some.begin(), some.end());
+        }
+        rows += atOnce.size();
+        std::sort(atOnce.begin(), atOnce.end());
+        std::sort(oneByOne.begin(), oneByOne.end());
+        EXPECT_EQ(atOnce, oneByOne) << object;
+    }
+    EXPECT_GT(rows, demonstration.objects().size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, TwoWays,
+                         testing::Values(NamedOperation{"Associators", &Demonstration::associators},
+                                         NamedOperation{"AssociatorNames", &Demonstration::associatorNames},
+                                         NamedOperation{"References", &Demonstration::references},
+                                         NamedOperation{"ReferenceNames", &Demonstration::referenceNames}),
+                         [](const auto& row) { return row.param.name; });
+
+} // namespace
+} // namespace cimhost

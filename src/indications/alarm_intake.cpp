@@ -1,11 +1,43 @@
 #include "indications/alarm_intake.h"
 
+#include "inventory/poll_thread_context.h"
 #include "log/log.h"
 
 #include <cstdio>
+#include <mutex>
+#include <utility>
 
-extern "C" int OSSGenerateHostNotificationAlarm(std::uint32_t deviceNumber, std::uint32_t coreAlarmType, std::uint32_t,
-                                                const char* stringParameter) {
+namespace merolt {
+
+namespace {
+
+std::mutex alarmsMutex;
+std::vector<Alarm> alarms;
+
+void keep(Alarm alarm) {
+    {
+        const std::lock_guard guard(alarmsMutex);
+        alarms.push_back(std::move(alarm));
+    }
+    alarmArrival().notify();
+}
+
+} // namespace
+
+std::vector<Alarm> takeAlarms() {
+    const std::lock_guard guard(alarmsMutex);
+    return std::exchange(alarms, {});
+}
+
+platform::Wakeup& alarmArrival() {
+    static platform::Wakeup arrival;
+    return arrival;
+}
+
+} // namespace merolt
+
+extern "C" int OSSGenerateHostNotificationAlarm(std::uint32_t deviceNumber, std::uint32_t coreAlarmType,
+                                                std::uint32_t rsltParam, const char* stringParameter) try {
     const int alarmType = static_cast<int>(coreAlarmType);
     const char* text = stringParameter ? stringParameter : "";
     DEBUG_LOG("Alarm generated: Device Number: %u; coreAlarmType: %d, stringParameter: %s", deviceNumber, alarmType,
@@ -14,5 +46,17 @@ extern "C" int OSSGenerateHostNotificationAlarm(std::uint32_t deviceNumber, std:
     std::printf("Alarm generated: Device Number: %u; coreAlarmType: %d, stringParameter: %s\n", deviceNumber, alarmType,
                 text);
     std::fflush(stdout);
+    if (!g_Merolt_CNA_Provider) {
+        DEBUG_LOG("OSSGenerateHostNotificationAlarm: ***** g_Merolt_CNA_Provider is NULL");
+        return 0;
+    }
+    DEBUG_LOG("OSSGenerateHostNotificationAlarm: Calling m_generateIndication: Device Number: %u; coreAlarmType: %d, "
+              "stringParameter: %s",
+              deviceNumber, alarmType, text);
+    merolt::keep({deviceNumber, coreAlarmType, rsltParam, text});
+    return 0;
+} catch (...) {
+    // Out of memory: nothing may propagate into the library.
+    DEBUG_LOG("Exception generated when calling m_generateIndication");
     return 0;
 }

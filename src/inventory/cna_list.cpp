@@ -16,8 +16,6 @@ namespace {
 
 constexpr std::uint32_t transceiverBufferSize = 1024;
 constexpr std::uint32_t linkUp = 1;
-constexpr int alarmLinkUp = 1;
-constexpr int alarmLinkDown = 2;
 
 template <class Record>
 Record* allocateRecord() {

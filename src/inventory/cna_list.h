@@ -34,7 +34,10 @@ struct CNACard {
 /// First card, in the order of the tree; null while there is none. Read and changed under provider_lock.
 extern CNACard* g_CNAList;
 
-/// Raises a link indication. @param alarmType 1 link up, 2 link down.
+constexpr int alarmLinkUp = 1;
+constexpr int alarmLinkDown = 2;
+
+/// Raises a link indication. @param alarmType alarmLinkUp or alarmLinkDown.
 using LinkAlert = void (*)(Merolt_CNA_Provider* provider, int alarmType, CNACard* card, CNAPort* port);
 
 /// Appends every Ethernet function of the tree. Does not clear first: call it on an empty list.

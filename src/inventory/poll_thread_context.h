@@ -12,6 +12,9 @@
 
 class Merolt_CNA_Provider;
 
+/// The provider, once its polling thread runs.
+extern Merolt_CNA_Provider* g_Merolt_CNA_Provider;
+
 struct PollThreadContext {
     CmpiBroker* broker = nullptr;
     /// Attached by the thread and handed to deliverIndication; must stay valid as long as the thread runs.

@@ -2,9 +2,11 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <netdb.h>
 #include <string_view>
+#include <strings.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -29,9 +31,34 @@ std::string locationFromSettings() {
     return {};
 }
 
+/// What a location names on this host; nothing for a remote one.
+std::optional<std::string> localFileName(const std::string& location) {
+    constexpr std::string_view scheme = "file://";
+    if (strncasecmp(location.c_str(), scheme.data(), scheme.size()) == 0) return location.substr(scheme.size());
+    const std::size_t colon = location.find("://");
+    const bool isRemote = colon != std::string::npos && colon > 0 && location.find('/') > colon;
+    return isRemote ? std::nullopt : std::optional(location);
+}
+
 } // namespace
 
 std::time_t Services::now() { return std::time(nullptr); }
+
+void Wakeup::notify() {
+    {
+        const std::lock_guard guard(mutex);
+        isNotified = true;
+    }
+    changed.notify_one();
+}
+
+void Wakeup::waitFor(unsigned milliseconds) {
+    std::unique_lock guard(mutex);
+    changed.wait_for(guard, std::chrono::milliseconds(milliseconds), [this] { return isNotified; });
+    isNotified = false;
+}
+
+void Services::sleepUntilNotified(Wakeup& wakeup, unsigned milliseconds) { wakeup.waitFor(milliseconds); }
 
 void Services::sleepMilliseconds(unsigned milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
@@ -64,6 +91,25 @@ std::string Services::installLocation() {
 long long Services::fileSize(const char* path) {
     struct stat status {};
     return stat(path, &status) == 0 ? status.st_size : 0;
+}
+
+bool Services::fileExists(const char* path) {
+    struct stat status {};
+    return stat(path, &status) == 0;
+}
+
+std::string Services::workingDirectory() {
+    std::error_code error;
+    return std::filesystem::current_path(error).string();
+}
+
+bool Services::copyFile(const char* source, const char* target) {
+    const std::optional<std::string> name = localFileName(source);
+    if (!name) return false;
+    std::error_code error;
+    // The copy of an earlier update can be the source of the next.
+    if (std::filesystem::equivalent(*name, target, error)) return std::filesystem::is_regular_file(target, error);
+    return std::filesystem::copy_file(*name, target, std::filesystem::copy_options::overwrite_existing, error);
 }
 
 int Services::mutexAvailable() { return 0; }

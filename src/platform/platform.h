@@ -2,13 +2,28 @@
 // install location and files.
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
 #include <ctime>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace merolt::platform {
+
+/// Lets one thread end another's wait early. A notification that nobody waits for is kept for the next wait.
+class Wakeup {
+public:
+    void notify();
+    /// Returns after the time, or as soon as there was a notification.
+    void waitFor(unsigned milliseconds);
+
+private:
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool isNotified = false;
+};
 
 /// The operating system as the provider sees it. Tests put another one in its place.
 class Services {
@@ -17,6 +32,8 @@ public:
 
     virtual std::time_t now();
     virtual void sleepMilliseconds(unsigned milliseconds);
+    /// Sleeps until the time is over or somebody notifies.
+    virtual void sleepUntilNotified(Wakeup& wakeup, unsigned milliseconds);
 
     /// The host's name as the system reports it, short or qualified; nothing if the system gives none.
     virtual std::optional<std::string> hostName();
@@ -29,6 +46,14 @@ public:
 
     /// Bytes of the file, 0 if there is none.
     virtual long long fileSize(const char* path);
+
+    /// Whether anything of that name is there, a folder too; a link counts as what it leads to.
+    virtual bool fileExists(const char* path);
+    /// Where the server runs; empty if the system cannot tell.
+    virtual std::string workingDirectory();
+    /// Makes target a copy of source, which is a local file's name, perhaps behind "file://". False for a folder or a
+    /// device, another scheme, or a copy that could not be finished.
+    virtual bool copyFile(const char* source, const char* target);
 
     /// @return 0, or the error number of a system that cannot make another mutex.
     virtual int mutexAvailable();

@@ -2,6 +2,7 @@
 
 #include "configuration/configuration.h"
 #include "indications/alarm_intake.h"
+#include "indications/port_status_indication.h"
 #include "indications/subscriptions.h"
 #include "inventory/tavik.h"
 #include "log/log.h"
@@ -142,6 +143,13 @@ void Merolt_CNA_Provider::disableIndications() {
     DEBUG_LOG("Entering Merolt_CNA_Provider disableIndications\n");
     gIndicationsEnabled = false;
     DEBUG_LOG("disableIndications:Indications disabled\n");
+}
+
+void Merolt_CNA_Provider::m_generateIndication(std::uint32_t deviceNumber, std::uint32_t alarmType,
+                                               std::uint32_t rsltParam, const char* stringParameter) {
+    if (!initialized || !gIndicationsEnabled || alarmType != 0) return;
+    const char* text = stringParameter ? stringParameter : "";
+    generatePortStatusIndication(pollThread, {deviceNumber, alarmType, rsltParam, text});
 }
 
 CmpiStatus Merolt_CNA_Provider::authorizeFilter(const CmpiContext&, const CmpiSelectExp&, const char*,

@@ -61,6 +61,11 @@ public:
     CmpiStatus deActivateFilter(const CmpiContext& context, const CmpiSelectExp& filter, const char* indicationClass,
                                 const CmpiObjectPath& path, CmpiBoolean last) override;
 
+    /// What an alarm of the management library leads to: an alert if the port's state is news. Called with
+    /// provider_lock held, on the polling thread.
+    void m_generateIndication(std::uint32_t deviceNumber, std::uint32_t alarmType, std::uint32_t rsltParam,
+                              const char* stringParameter);
+
     CmpiStatus invokeMethod(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
                             const char* methodName, const CmpiArgs& in, CmpiArgs& out) override;
 
@@ -68,6 +73,9 @@ public:
     /// Stops the thread, clears all lists and ends the management library, if the first build was complete.
     CmpiStatus cleanup(CmpiContext& context) override;
     int isUnloadable() const override;
+
+    /// Whose thread is attached to the server while it runs.
+    const PollThreadContext& pollThreadContext() const { return pollThread; }
 
     /// Set by the polling thread when the first build of all lists is complete.
     std::atomic<std::uint8_t> initialized{0};
@@ -83,6 +91,3 @@ private:
 };
 
 #pragma GCC diagnostic pop
-
-/// The provider, once its polling thread runs.
-extern Merolt_CNA_Provider* g_Merolt_CNA_Provider;

@@ -1,9 +1,11 @@
 // Methods: waits for the first build, takes both locks and hands the call to the installation service of the class.
+#include "classes/ethernet/installation_methods.h"
 #include "classes/request.h"
 #include "log/log.h"
 #include "platform/platform.h"
 #include "provider/locks.h"
 #include "provider/merolt_cna_provider.h"
+#include "software/install_from_uri.h"
 
 #include <mutex>
 
@@ -20,10 +22,9 @@ struct MethodRow {
     InvokeMethod invokeMethod;
 };
 
-// A service whose methods are not there yet answers like a class without methods: with nothing.
 constexpr MethodRow methodRows[] = {
-    {"Merolt_FCHBA_SoftwareInstallationService", nullptr},
-    {"Merolt_NIC_SoftwareInstallationService", nullptr},
+    {"Merolt_FCHBA_SoftwareInstallationService", software::invokeMethod_SoftwareInstallationService},
+    {"Merolt_NIC_SoftwareInstallationService", ethernet::invokeMethod_SoftwareInstallationService},
 };
 
 void waitForFirstBuild(const std::atomic<std::uint8_t>& initialized) {
@@ -31,6 +32,20 @@ void waitForFirstBuild(const std::atomic<std::uint8_t>& initialized) {
         if (initialized) continue;
         DEBUG_LOG("invokeMethod is waiting for the provider to initialize...");
         platform::sleepSeconds(2);
+    }
+}
+
+void runMethod(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop, const char* methodName,
+               const CmpiArgs& in, CmpiArgs& out) {
+    for (const MethodRow& row : methodRows) {
+        if (!cop.classPathIsA(row.className)) continue;
+        try {
+            row.invokeMethod(context, result, cop, methodName, in, out);
+        } catch (const CMPIStatus& status) {
+            // A plain record must not reach the server's C code as an exception; the client sees the same either way.
+            throw CmpiStatus(status);
+        }
+        return;
     }
 }
 
@@ -49,11 +64,7 @@ CmpiStatus Merolt_CNA_Provider::invokeMethod(const CmpiContext& context, CmpiRes
         return status;
     }
     DEBUG_LOG("Entering Merolt_CNA_Provider invokeMethod: classname = %s, MethodName=%s", className, methodName);
-    for (const MethodRow& row : methodRows) {
-        if (!cop.classPathIsA(row.className)) continue;
-        if (row.invokeMethod) row.invokeMethod(context, result, cop, methodName, in, out);
-        break;
-    }
+    runMethod(context, result, cop, methodName, in, out);
     result.returnDone();
     update.unlock();
     provider.unlock();

@@ -4,6 +4,8 @@
 #include "configuration/configuration.h"
 #include "configuration/nic_properties.h"
 #include "indications/alarm_intake.h"
+#include "indications/link_indication.h"
+#include "indications/subscriptions.h"
 #include "inventory/cna_list.h"
 #include "inventory/poll_thread_context.h"
 #include "inventory/tavik.h"
@@ -53,6 +55,30 @@ void detach(PollThreadContext& record) {
     record.context.reset();
 }
 
+/// A server keeps what a thread makes until the thread detaches. What a batch of alerts makes is given back at its end,
+/// so that months of alerts leave memory as it was.
+class BatchScope {
+public:
+    explicit BatchScope(PollThreadContext& record) : broker(record.broker->getEnc()) {
+        if (!gIndicationsEnabled) return;
+        context = broker->bft->prepareAttachThread(broker, record.context->getEnc());
+        if (context) broker->bft->attachThread(broker, context);
+    }
+    ~BatchScope() {
+        if (context) broker->bft->detachThread(broker, context);
+    }
+    BatchScope(const BatchScope&) = delete;
+    BatchScope& operator=(const BatchScope&) = delete;
+
+private:
+    const CMPIBroker* broker;
+    CMPIContext* context = nullptr;
+};
+
+void alertOfLinkChange(Merolt_CNA_Provider* provider, int alarmType, CNACard* card, CNAPort* port) {
+    generatePortAlertIndication(provider->pollThreadContext(), alarmType, card, port);
+}
+
 void firstBuild(PollThreadContext& record) {
     {
         const Guard provider(*provider_lock);
@@ -99,8 +125,25 @@ void checkAdapters(PollThreadContext& record) {
     gNeedRefresh = static_cast<std::int32_t>(TAVIK_DidConfigChange());
     TAVIK_ResetConfigChange();
     if (gNeedRefresh != 0) refresh();
+    const BatchScope batch(record);
     const Guard provider(*provider_lock);
-    Update_CNA_List(&record, nullptr);
+    Update_CNA_List(&record, alertOfLinkChange);
+}
+
+void handleAlarm(PollThreadContext& record, const Alarm& alarm) try {
+    const Guard provider(*provider_lock);
+    record.provider->m_generateIndication(alarm.deviceNumber, alarm.type, alarm.parameter, alarm.text.c_str());
+} catch (...) {
+    DEBUG_LOG("Exception generated when calling m_generateIndication");
+}
+
+/// Each alarm by itself, so that requests get their turn between two.
+void handleAlarms(PollThreadContext& record) {
+    const std::vector<Alarm> alarms = takeAlarms();
+    if (alarms.empty()) return;
+    const BatchScope batch(record);
+    for (const Alarm& alarm : alarms)
+        handleAlarm(record, alarm);
 }
 
 bool isToStop(PollThreadContext& record) {
@@ -117,8 +160,9 @@ void pollUntilStopped(PollThreadContext& record) {
             checkAdapters(record);
             lastCheck = now;
         }
+        handleAlarms(record);
         if (isToStop(record)) return;
-        platform::services().sleepMilliseconds(1000);
+        platform::services().sleepUntilNotified(alarmArrival(), 1000);
     }
 }
 

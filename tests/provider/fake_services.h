@@ -16,6 +16,9 @@ public:
 
     std::time_t now() override;
     void sleepMilliseconds(unsigned milliseconds) override;
+    void sleepUntilNotified(merolt::platform::Wakeup&, unsigned milliseconds) override {
+        sleepMilliseconds(milliseconds);
+    }
     std::optional<std::string> hostName() override { return name; }
     std::optional<std::vector<std::uint8_t>> firstAddress(const std::string& hostName) override {
         lookedUpNames.push_back(hostName);

@@ -2,6 +2,8 @@
 
 #include "cmpift.h"
 #include "configuration/nic_properties.h"
+#include "indications/alarm_intake.h"
+#include "indications/alert.h"
 #include "indications/subscriptions.h"
 #include "log/log.h"
 
@@ -115,7 +117,12 @@ ProviderTest::ProviderTest() {
     std::filesystem::current_path(directory);
     classes.loadFile(implementationNamespace, std::filesystem::path(MEROLT_MOF_DIRECTORY) / "merolt.mof");
     classes.addNamespace("root/PG_InterOp");
-    broker = std::make_unique<Broker>(classes);
+    cimhost::BrokerOptions options;
+    options.indicationSink = [this](std::string_view nameSpace, const InstanceObject& indication) {
+        indications.push_back({std::string(nameSpace), describe(indication)});
+        return deliveryAnswer;
+    };
+    broker = std::make_unique<Broker>(classes, std::move(options));
 }
 
 ProviderTest::~ProviderTest() {
@@ -131,6 +138,8 @@ void ProviderTest::forgetEarlierTests() {
     merolt::gErrorLog = true;
     merolt::gIndicationsEnabled = false;
     merolt::gSubscriptionCount = 0;
+    merolt::gIndicationIdentifier = 0;
+    merolt::takeAlarms();
 }
 
 bool ProviderTest::settingsWereRead = false;
@@ -304,6 +313,28 @@ Answer ProviderTest::invokeMethod(const std::string& className, const std::strin
                                                          ArgsObject::make(scope.arena()),
                                                          ArgsObject::make(scope.arena()));
                    });
+}
+
+template <class Operation>
+void ProviderTest::callFilterOperation(Operation operation) {
+    if (!indicationMI) indicationMI = createIndicationMI();
+    ASSERT_NE(indicationMI, nullptr);
+    cimhost::RequestScope scope(*broker);
+    const CMPIContext* context = cimhost::ContextObject::make(scope.arena());
+    const char* query = "SELECT * FROM CIM_AlertIndication";
+    const CMPISelectExp* filter = cimhost::SelectExpObject::make(scope.arena(), query, "WQL");
+    const CMPIObjectPath* path = scope.make().path(implementationNamespace, "CIM_AlertIndication");
+    const CMPIStatus status =
+        operation(indicationMI->ft)(indicationMI, context, filter, "CIM_AlertIndication", path, 1);
+    EXPECT_EQ(status.rc, CMPI_RC_OK);
+}
+
+void ProviderTest::activateFilter() {
+    callFilterOperation([](const CMPIIndicationMIFT* table) { return table->activateFilter; });
+}
+
+void ProviderTest::deactivateFilter() {
+    callFilterOperation([](const CMPIIndicationMIFT* table) { return table->deActivateFilter; });
 }
 
 TestObject ProviderTest::onlyInstance(const std::string& className) {

@@ -98,6 +98,18 @@ protected:
     /// False if an earlier test of this process had the provider read its settings: they are read once a process.
     static bool isFirstOfProcess() { return !settingsWereRead; }
 
+    /// What the provider delivered so far, with the namespace that it named. Read while the polling thread sleeps.
+    struct Indication {
+        std::string deliveredTo;
+        TestObject alert;
+    };
+    std::vector<Indication> indications;
+    /// The server's answer to a delivery.
+    CMPIrc deliveryAnswer = CMPI_RC_OK;
+    /// Activates or deactivates a filter, as a server does for a subscription. The interface is made at the first call.
+    void activateFilter();
+    void deactivateFilter();
+
     /// The one instance of a class that has one; fails the test otherwise.
     TestObject onlyInstance(const std::string& className);
 
@@ -114,6 +126,8 @@ protected:
 private:
     template <class Factory>
     auto create(Factory factory);
+    template <class Operation>
+    void callFilterOperation(Operation operation);
     template <class Call>
     Answer request(cimhost::ResultKind kind, const std::string& className, const std::string& nameSpace, Call&& call);
 

@@ -49,7 +49,7 @@ const Conformance* conformanceOfProfile(const char* elementName) {
     return nullptr;
 }
 
-const Conformance* conformanceOfNumber(std::uint32_t number) {
+const Conformance* conformanceOfNumber(unsigned long number) {
     for (const Conformance& conformance : conformances)
         if (number == conformance.instanceNumber) return &conformance;
     return nullptr;
@@ -204,7 +204,7 @@ CmpiStatus findMatchedRole2InstancesOrReferences(CmpiResult& result, const CmpiO
         ERROR_LOG(FAMILY ": status.rc = %d, keyData.type=%u", key.status.rc, key.type);
         return key.status;
     }
-    const auto number = static_cast<std::uint32_t>(std::strtoul(key.text, nullptr, 10));
+    const unsigned long number = std::strtoul(key.text, nullptr, 10);
     const Conformance* conformance = conformanceOfNumber(number);
     if (!conformance) return status;
     const Wanted wanted = {type, properties, result, source, nameSpace};

@@ -6,6 +6,7 @@
 
 #include "associations/ethernet/families.h"
 #include "associations/storage/families.h"
+#include "log/log.h"
 
 #include "CmpiContext.h"
 #include "CmpiResult.h"
@@ -291,6 +292,21 @@ TEST_F(AssociationEdgeTest, MemberOfAGroupIsThePortAtTheGroupsPlace) {
     EXPECT_EQ(members.at(1), '[' + ports.at(1).text() + ']') << "matched by the first port's name";
 }
 
+TEST_F(AssociationEdgeTest, HostThatChangedItsAddressLosesTheAssociationsThatCompareIt) {
+    serveCards();
+    services.address = std::vector<std::uint8_t>{192, 0, 2, 77};
+    refreshTo(*manyCards().cards);
+    const Path manager = first("Merolt_FCHBA_ObjectManager");
+    EXPECT_EQ(manager["SystemName"], "192.0.2.77");
+    EXPECT_EQ(first(host)["Name"], "192.0.2.10");
+    EXPECT_EQ(countFrom(manager, "Merolt_FCHBA_ObjectManagerCommMech"), 0U);
+    EXPECT_EQ(countFrom(first("Merolt_FCHBA_CIMXMLCommMech"), "Merolt_FCHBA_ObjectManagerCommMech"), 1U);
+    EXPECT_EQ(countFrom(manager, "Merolt_FCHBA_ObjectManagerNamespace"), 2U);
+    EXPECT_EQ(countFrom(manager, "Merolt_FCHBA_ComputerSystemObjectManager"), 1U);
+    EXPECT_EQ(countFrom(first("Merolt_FCHBA_LogicalPortGroup"), "Merolt_FCHBA_ComputerSystemLogicalPortGroup"), 0U);
+    EXPECT_EQ(countFrom(first(fcPort), "Merolt_FCHBA_ComputerSystemFCPort"), 1U);
+}
+
 // Through the tree of the adapters.
 
 TEST_F(AssociationEdgeTest, TwoPortsOnOneModuleLeadToItOnceEach) {
@@ -425,6 +441,21 @@ TEST_F(AssociationEdgeTest, ComparisonsOfPackagesAndControllersAreTold) {
     askFor(Operation::associatorNames, controller.with("DeviceID", "11S1234567ABCDEFGHIJKL"), association);
     EXPECT_EQ(occurrences(takeMessages(), "findMatchedRole1InstancesOrReferences: Comparing ABCDEFGHIJKL to MLA001"),
               1U);
+}
+
+TEST_F(AssociationEdgeTest, LogOfSerialNumbersChangesNoAnswer) {
+    const std::string serial = "  11S1234567ABCDEFGHIJKL ";
+    serve(fleet({card(serial, {functionWithVpd(1, {{"SN", serial}}), nicFunction(1, 1)})}));
+    for (const char* association :
+         {"Merolt_FCHBA_PhysicalPackagePortController", "Merolt_NIC_PhysicalPackagePortController",
+          "Merolt_Adapter_ProductPhysicalPackage"}) {
+        const Rows quiet = instanceNames(classPath(association)).texts();
+        logFromHere();
+        EXPECT_EQ(instanceNames(classPath(association)).texts(), quiet) << association;
+        EXPECT_EQ(instances(classPath(association)).rows.size(), quiet.size()) << association;
+        merolt::gDebugLog = false;
+        EXPECT_EQ(instanceNames(classPath(association)).texts(), quiet) << association;
+    }
 }
 
 TEST_F(AssociationEdgeTest, TagsThatAreComparedAreToldInTheEnumerationOfInstancesOnly) {

@@ -260,6 +260,26 @@ Rules byPackage(const char* left, const char* right, const std::function<Text(co
     return {pairs, othersOf, packagesOf};
 }
 
+/// Towards the product a package's tag counts, towards the package its serial number.
+Rules productRules() {
+    return {[](const World& world) {
+                return joined(world, product, package, [](const End& one, const End& other) {
+                    return same(one.path["IdentifyingNumber"], serialOf(other));
+                });
+            },
+            [](const World& world, const Path& source) {
+                return where(world, product,
+                             [&](const Path& path) { return same(path["IdentifyingNumber"], source["Tag"]); });
+            },
+            [](const World& world, const Path& source) {
+                Ends found;
+                for (const End& end : world.all(package)) {
+                    if (same(serialOf(end), source["IdentifyingNumber"])) found.push_back(end);
+                }
+                return found;
+            }};
+}
+
 std::function<Text(const Path&)> key(const char* name) {
     return [name](const Path& path) { return path[name]; };
 }
@@ -511,7 +531,7 @@ Rules portsOfController() {
             }};
 }
 
-/// The host with each object; the host is found once for each object that `isIts` of the source, or once at all.
+/// The host with each object; which sources lead to the one and to the others differs.
 Rules hostOf(const char* className, const std::function<bool(const World&, const Path&)>& leadsToHost,
              const std::function<bool(const World&, const Path&)>& isSource) {
     return {
@@ -684,7 +704,7 @@ std::map<Text, Rules> storageRules() {
                                                      })},
         {"Merolt_Adapter_PhysicalPackagePhysicalConnector",
          byPackage(package, connector, [](const Path& path) { return cardOfConnector(path["Tag"]); })},
-        {"Merolt_Adapter_ProductPhysicalPackage", {}},
+        {"Merolt_Adapter_ProductPhysicalPackage", productRules()},
         {"Merolt_FCHBA_SCSIProtocolControllerFCPort",
          byTest("Merolt_FCHBA_SCSIProtocolController", fcPort, suffixIs("DeviceID"))},
         {"Merolt_FCHBA_SoftwareIdentityPortController",
@@ -748,31 +768,10 @@ std::map<Text, Rules> ethernetRules() {
     };
 }
 
-/// Towards the product a package's tag counts, towards the package its serial number.
-Rules productRules() {
-    return {[](const World& world) {
-                return joined(world, product, package, [](const End& one, const End& other) {
-                    return same(one.path["IdentifyingNumber"], serialOf(other));
-                });
-            },
-            [](const World& world, const Path& source) {
-                return where(world, product,
-                             [&](const Path& path) { return same(path["IdentifyingNumber"], source["Tag"]); });
-            },
-            [](const World& world, const Path& source) {
-                Ends found;
-                for (const End& end : world.all(package)) {
-                    if (same(serialOf(end), source["IdentifyingNumber"])) found.push_back(end);
-                }
-                return found;
-            }};
-}
-
 const Rules& rulesOf(const Family& family) {
     static const std::map<Text, Rules> rules = [] {
         std::map<Text, Rules> all = storageRules();
         all.merge(ethernetRules());
-        all["Merolt_Adapter_ProductPhysicalPackage"] = productRules();
         return all;
     }();
     return rules.at(family.associationClass);

@@ -180,7 +180,7 @@ TEST_F(LogTextsTest, UnreadableClassNameOfASourceIsToldByTheConformancesOnly) {
         const bool isConformance = family.role1 == "ConformantStandard";
         for (const bool sourceIsLeft : {true, false}) {
             const Path source = fruitfulSource(sourceIsLeft).value();
-            for (const Operation operation : allOperations) {
+            for (const Operation operation : {Operation::associators, Operation::referenceNames}) {
                 SCOPED_TRACE(nameOf(operation) + (" from " + source.className));
                 // Asked for the class of the source, and once more by the search from an element.
                 const std::vector<std::string> slots = !isConformance ? Messages{}
@@ -197,13 +197,49 @@ TEST_F(LogTextsTest, KeysOfAnAssociationThatAreMissingOrNoReferencesAreTold) {
     constexpr unsigned notFound = CMPI_RC_ERR_NOT_FOUND;
     forEachFamily([&] {
         const Path pair = pairPath();
-        const std::pair<std::string, std::string> roles[] = {{family.role1, "1"}, {family.role2, "2"}};
-        for (const auto& [role, number] : roles) {
+        for (const std::string number : {"1", "2"}) {
+            const std::string role = number == "1" ? family.role1 : family.role2;
             SCOPED_TRACE(role);
             expectErrors({"get.key" + number}, notFound, [&] { instance(pair.without(role)); });
             expectErrors({"get.type" + number}, CMPI_string, [&] { instance(pair.with(role, "a text")); });
         }
     });
+}
+
+TEST_F(LogTextsTest, FirstMissingKeyOfAnAssociationEndsGetInstance) {
+    forEachFamily([&] {
+        const Path pair = pairPath();
+        expectErrors({"get.key1"}, CMPI_RC_ERR_NOT_FOUND,
+                     [&] { instance(pair.without(family.role1).without(family.role2)); });
+    });
+}
+
+TEST_F(LogTextsTest, KeysOfASourceAreReadInOrderAndTestedWhenAllAreRead) {
+    forEachFamily([&] {
+        for (const bool sourceIsLeft : {true, false}) {
+            const Path source = fruitfulSource(sourceIsLeft).value();
+            const std::vector<std::string> read = keysReadOf(family, source.className, sourceIsLeft);
+            if (read.empty()) continue;
+            SCOPED_TRACE(source.className);
+            const std::string slot = sourceIsLeft ? "right.key." : "left.key.";
+            Path bare = source;
+            bare.keys.clear();
+            expectErrors({slot + read.front()}, 0, [&] { ask(Operation::references, bare, ofFamily()); });
+            if (read.size() < 2) continue;
+            const Path foreign = source.with(read.front(), "elsewhere").without(read.back());
+            expectErrors({slot + read.back()}, 0, [&] { ask(Operation::references, foreign, ofFamily()); });
+        }
+    });
+}
+
+TEST_F(LogTextsTest, EnumerationOfConformancesAddsTheProfileAlsoWhereNoRowFollows) {
+    family = familyOf("Merolt_NIC_ElementConformsToRegisteredProfile");
+    constexpr unsigned profiles = 8;
+    constexpr unsigned ports = 4;
+    constexpr unsigned rows = 3 * ports;
+    const unsigned added = failEachCall(&RequestHooks::failingAddKey, 100,
+                                        [&](unsigned) { instanceNames(classPath(family.associationClass)); });
+    EXPECT_EQ(added, profiles * ports + rows);
 }
 
 TEST_F(LogTextsTest, SourceKeysThatAreMissingAreToldInTheEthernetDialect) {

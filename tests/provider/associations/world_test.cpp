@@ -7,6 +7,8 @@ constexpr const char* otherElements[] = {"Merolt_NIC_NetworkPort", "Merolt_NIC_I
 
 } // namespace
 
+bool canBeFetched(const Path& path) { return !path[lookedUpKey(path.className)].empty(); }
+
 void WorldTest::learn(const tavik::Fleet& fleet) {
     world.learn(fleet);
     for (const Family& each : families()) {
@@ -54,6 +56,13 @@ Ends WorldTest::expectedFrom(const Path& source, bool sourceIsLeft) const {
 std::optional<Path> WorldTest::fruitfulSource(bool left) const {
     for (const End& end : sources(left)) {
         if (!expectedFrom(end.path, left).empty()) return end.path;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::pair<End, End>> WorldTest::somePair() const {
+    for (const std::pair<End, End>& pair : pairsOf(family, world)) {
+        if (canBeFetched(pair.first.path) && canBeFetched(pair.second.path)) return pair;
     }
     return std::nullopt;
 }

@@ -8,7 +8,11 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
+
+/// False for an object that a client cannot fetch by its key: a hole in the port groups.
+bool canBeFetched(const Path& path);
 
 class WorldTest : public AssociationTest {
 protected:
@@ -23,6 +27,8 @@ protected:
     Ends expectedFrom(const Path& source, bool sourceIsLeft) const;
     /// A source that leads somewhere, if there is one.
     std::optional<Path> fruitfulSource(bool left) const;
+    /// The first pair whose ends a client can fetch, if there is one.
+    std::optional<std::pair<End, End>> somePair() const;
     Filters ofFamily() const { return {.associationClass = family.associationClass}; }
 
     Family family;

@@ -19,8 +19,7 @@ template <typename Element, std::size_t width, typename Container>
 void storeBytes(Element (&field)[width], const Container& bytes) {
     static_assert(sizeof(Element) == 1);
     const std::size_t length = std::min<std::size_t>(bytes.size(), width);
-    std::transform(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length), field,
-                   [](auto byte) { return static_cast<Element>(byte); });
+    if (length > 0) std::memcpy(field, bytes.data(), length);
 }
 
 std::uint32_t countOf(std::size_t size) {
@@ -32,14 +31,6 @@ Bytes recordSerialNumber(const Card& card, const StorageFunction& function) {
     if (hasBinarySerialNumber(function.pciDeviceId)) return binarySerialNumber(card.serialNumber).value_or(Bytes());
     const auto length = std::min(card.serialNumber.size(), sizeof(TAVIK_DeviceRecord::serialNumber) - 1);
     return Bytes(card.serialNumber.begin(), card.serialNumber.begin() + static_cast<std::ptrdiff_t>(length));
-}
-
-void storeOptionRom(const OptionRom& rom, TAVIK_DeviceRecord& record) {
-    storeText(record.optionRomBiosVersion, rom.biosVersion);
-    record.optionRomFlags = static_cast<std::uint8_t>((rom.firmware ? 1 : 0) | (rom.efi ? 2 : 0) | (rom.fcode ? 4 : 0));
-    if (rom.firmware) storeBytes(record.firmwareVersion, *rom.firmware);
-    if (rom.efi) storeBytes(record.efiVersion, *rom.efi);
-    if (rom.fcode) storeBytes(record.fcodeVersion, *rom.fcode);
 }
 
 void storeDevice(const Card& card, const StorageFunction& function, TAVIK_DeviceRecord& record) {
@@ -173,6 +164,14 @@ TAVIK_FCoELinkage makeFCoELinkage(const FCoELinkage& linkage) {
     storeBytes(record.fcPortId, linkage.fcPortId);
     storeBytes(record.eNodeMac, linkage.eNodeMac);
     return record;
+}
+
+void storeOptionRom(const OptionRom& rom, TAVIK_DeviceRecord& record) {
+    storeText(record.optionRomBiosVersion, rom.biosVersion);
+    record.optionRomFlags = static_cast<std::uint8_t>((rom.firmware ? 1 : 0) | (rom.efi ? 2 : 0) | (rom.fcode ? 4 : 0));
+    if (rom.firmware) storeBytes(record.firmwareVersion, *rom.firmware);
+    if (rom.efi) storeBytes(record.efiVersion, *rom.efi);
+    if (rom.fcode) storeBytes(record.fcodeVersion, *rom.fcode);
 }
 
 void storeStatistics(const Statistics& statistics, TAVIK_DeviceRecord& record) {

@@ -33,6 +33,7 @@ CmpiObjectPath::CmpiObjectPath(const char* nameSpace, const char* className) {
     CMPIStatus status = noErrorYet;
     enc = broker->eft->newObjectPath(broker, nameSpace, className, &status);
     throwOnError(status);
+    if (!enc) throw CmpiStatus(CMPI_RC_ERR_FAILED);
 }
 
 CmpiObjectPath::CmpiObjectPath(const CmpiString& nameSpace, const char* className)
@@ -100,6 +101,7 @@ CmpiInstance::CmpiInstance(const CmpiObjectPath& path) {
     CMPIStatus status = noErrorYet;
     enc = broker->eft->newInstance(broker, path.getEnc(), &status);
     throwOnError(status);
+    if (!enc) throw CmpiStatus(CMPI_RC_ERR_FAILED);
 }
 
 CmpiBoolean CmpiInstance::instanceIsA(const char* className) const { return getObjectPath().classPathIsA(className); }

@@ -74,10 +74,12 @@ CmpiStatus enumerate(const Family& family, Enumeration enumeration, const Enumer
     return status;
 }
 
-/// The text of a key that the wrapper class reads. Throws CmpiStatus if there is none, or if it is no string.
+/// The text of a key that the wrapper class reads, null for a null value. Throws CmpiStatus if there is none, or if it
+/// is no string.
 const char* readThroughWrapper(const CmpiObjectPath& source, const char* name) {
-    const CmpiString text = source.getKey(name).getString();
-    return text.charPtr();
+    const CmpiData key = source.getKey(name);
+    const CmpiString text = key.getString();
+    return key.isNullValue() ? nullptr : text.charPtr();
 }
 
 /// One side of an association as a search sees it.
@@ -217,7 +219,7 @@ bool fitsFilters(const Family& family, const Request& request, const CmpiObjectP
     if (family.filters == Filters::ignored) return true;
     if (wantsReferences(request)) return roleFilterMatches(request.role, near.name);
     const CmpiString nameSpace = source.getNameSpace();
-    return classFilterMatches(request.resultClass, nameSpace.charPtr(), far.objects.name) &&
+    return classFilterMatches(request.resultClass, textOf(nameSpace), far.objects.name) &&
            roleFilterMatches(request.role, near.name) && roleFilterMatches(request.resultRole, far.name);
 }
 
@@ -225,7 +227,7 @@ bool fitsFilters(const Family& family, const Request& request, const CmpiObjectP
 bool fitsResultClass(const Family& family, const Request& request, const CmpiObjectPath& source) {
     if (family.filters == Filters::ignored || !wantsReferences(request)) return true;
     const CmpiString nameSpace = source.getNameSpace();
-    return classFilterMatches(request.resultClass, nameSpace.charPtr(), family.className);
+    return classFilterMatches(request.resultClass, textOf(nameSpace), family.className);
 }
 
 /// The class of a path to get, and, in families that have a text for it, first its namespace.
@@ -276,7 +278,7 @@ CmpiStatus refuse(const Family& family, const CmpiObjectPath& source, const char
         log(texts.foreignClass, {.token = family.token, .operation = operation, .number = numberOf(className)});
     }
     const CmpiString className = source.getClassName();
-    throw CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED, className.charPtr());
+    throw CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED, textOf(className));
 }
 
 } // namespace

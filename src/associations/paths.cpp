@@ -39,6 +39,11 @@ ReferenceKey readReference(const CmpiObjectPath& path, const char* role) {
     return key;
 }
 
+const char* textOf(const CmpiString& string) {
+    const char* text = string.charPtr();
+    return text ? text : "";
+}
+
 bool classFilterMatches(const char* filterClass, const char* nameSpace, const char* className) {
     return isEmpty(filterClass) || CmpiObjectPath(nameSpace, className).classPathIsA(filterClass);
 }

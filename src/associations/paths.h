@@ -3,6 +3,7 @@
 
 #include "CmpiObjectPath.h"
 #include "CmpiStatus.h"
+#include "CmpiString.h"
 #include "cmpift.h"
 
 namespace merolt::association {
@@ -34,6 +35,9 @@ struct ReferenceKey {
     bool isReference() const { return object != nullptr; }
 };
 ReferenceKey readReference(const CmpiObjectPath& path, const char* role);
+
+/// The text of a string that the server made; empty where it made none. It lives as long as the string.
+const char* textOf(const CmpiString& string);
 
 /// True for no filter, else whether a path of the class is of the filter's class or of one below it.
 bool classFilterMatches(const char* filterClass, const char* nameSpace, const char* className);

@@ -29,14 +29,27 @@ inline std::int32_t countPhyPorts(TAVIK_AdapterList* adapters) {
     return count;
 }
 
+/// Calls the visitor with each function, its port and its adapter, until it returns false.
+template <class Visitor>
+void walkProtocolEntries(TAVIK_AdapterList* adapters, Visitor&& visitor) {
+    for (TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next) {
+        TAVIK_PhyPortEntry* port = adapter->phyPorts ? adapter->phyPorts->first : nullptr;
+        for (; port; port = port->next) {
+            TAVIK_ProtocolEntry* entry = port->protocols ? port->protocols->first : nullptr;
+            for (; entry; entry = entry->next)
+                if (!visitor(*adapter, *port, *entry)) return;
+        }
+    }
+}
+
 /// Calls the visitor with each function, its port and its adapter.
 template <class Visitor>
 void forEachProtocolEntry(TAVIK_AdapterList* adapters, Visitor&& visitor) {
-    for (TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next) {
-        forEachPhyPort(*adapter, [&](TAVIK_PhyPortEntry& port) {
-            forEachFunction(port, [&](TAVIK_ProtocolEntry& entry) { visitor(*adapter, port, entry); });
-        });
-    }
+    walkProtocolEntries(adapters,
+                        [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
+                            visitor(adapter, port, entry);
+                            return true;
+                        });
 }
 
 inline std::int32_t countAdapters(const TAVIK_AdapterList* adapters) {

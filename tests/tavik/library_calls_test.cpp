@@ -330,12 +330,6 @@ TEST_F(LibraryCalls, TheNameOfTheOperatingSystemFitsTheBuffer) {
     EXPECT_EQ(library.GetOSName(buffer.data(), &size), statusInvalidArgument);
 }
 
-TEST_F(LibraryCalls, FlashUpdatesOfAFleetAreRefused) {
-    start(convergedCard);
-    EXPECT_EQ(library.UpdateFlash(100, "image", 0), statusNotSupported);
-    EXPECT_EQ(library.doOptionROMUpdate(device(), "image", 0), statusNotSupported);
-}
-
 TEST_F(LibraryCalls, ASecondStartIsRefusedAndLeavesTheTree) {
     start(convergedCard);
     const auto* list = library.GetAdapterList();

@@ -254,7 +254,7 @@ CmpiStatus answerReferences(CmpiResult& result, const CmpiObjectPath& source, co
     const CMPIStatus status = readSourceClass(source, className);
     if (status.rc != CMPI_RC_OK) return status;
     const CmpiString nameSpace = source.getNameSpace();
-    if (!classFilterMatches(request.resultClass, nameSpace.charPtr(), associationClass)) return CmpiStatus(CMPI_RC_OK);
+    if (!classFilterMatches(request.resultClass, textOf(nameSpace), associationClass)) return CmpiStatus(CMPI_RC_OK);
     if (equalsIgnoringCase(className, profileClass)) {
         if (!roleFilterMatches(request.role, role1)) return CmpiStatus(CMPI_RC_OK);
         return findMatchedRole2InstancesOrReferences(result, source, request.properties, request.wanted);

@@ -23,7 +23,9 @@ void theObject(const Source& source, const ObjectVisitor& visit);
 /// Both ends of a row are made of the same card or port.
 template <void (*walk)(const Source&, const ObjectVisitor&)>
 void bothEndsOf(Enumeration, const PairVisitor& visit) {
-    walk({}, [&](const Object& object) { return visit({object, object, object.softwareType == 3 ? 1 : 0}); });
+    walk({}, [&](const Object& object) {
+        return visit({object, object, object.softwareType == ethernet::nicFlashFirmware ? 1 : 0});
+    });
 }
 
 /// A text by which a record is found, in a buffer that the next such call overwrites.
@@ -70,7 +72,7 @@ void onlyIf(const Source& source, const ObjectVisitor& visit) {
 struct IdentityKey {
     std::uint8_t type; ///< low eight bits of the number in front; 0 without underscore
     FixedText<256> rest;
-    bool isKnownType() const { return type == 2 || type == 3; }
+    bool isKnownType() const { return type == ethernet::nicNetworkDriver || type == ethernet::nicFlashFirmware; }
 };
 IdentityKey cutIdentityKey(const char* instanceID);
 /// Each card with the serial number of the identity that the first key names, if that is of a known type.

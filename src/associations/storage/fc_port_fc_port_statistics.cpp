@@ -17,8 +17,12 @@ constexpr KeyedList statistics = {
 
 // A port whose key has no underscore has no counters here.
 void pairs(Enumeration, const PairVisitor& visit) {
-    pairEqual(ports, statistics,
-              [&](const Pair& pair) { return !hasUnderscore(ports.text(pair.left.index)) || visit(pair); });
+    CutText port(ports.cut);
+    CutText counters(statistics.cut);
+    matchingRecords(*ports.count, *statistics.count, visit, [&](int left, int right) {
+        const char* deviceID = ports.text(left);
+        return hasUnderscore(deviceID) && equalsIgnoringCase(port.of(deviceID), counters.of(statistics.text(right)));
+    });
 }
 
 constexpr Family family = {

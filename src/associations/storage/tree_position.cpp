@@ -49,15 +49,16 @@ bool findTAVIKStructsForFCPort(const TAVIK_DeviceRecord* device, TAVIK_AdapterEn
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters || !device) return false;
     bool found = false;
-    forEachProtocolEntry(adapters, [&](TAVIK_AdapterEntry& card, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
-        if (found || !isStorageFunction(entry)) return;
+    walkProtocolEntries(adapters, [&](TAVIK_AdapterEntry& card, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
+        if (!isStorageFunction(entry)) return true;
         const TAVIK_DeviceRecord& candidate = entry.storage.device;
-        if (!sameName(device->portProperty.portName, candidate.portProperty.portName)) return;
-        if (!sameName(device->nodeName, candidate.nodeName)) return;
+        if (!sameName(device->portProperty.portName, candidate.portProperty.portName)) return true;
+        if (!sameName(device->nodeName, candidate.nodeName)) return true;
         *adapter = &card;
         *phyPort = &port;
         *protocol = &entry;
         found = true;
+        return false;
     });
     return found;
 }
@@ -89,13 +90,13 @@ void findPortsOfThing(const TaggedList& things, const Source& source, const Obje
     things.parse(source.text(0), adapterSerial, &portNumber);
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    bool goesOn = true;
-    forEachProtocolEntry(adapters, [&](TAVIK_AdapterEntry& card, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
-        if (!goesOn || port.portNumber != portNumber || !isStorageFunction(entry)) return;
-        if (!equalsIgnoringCase(physical::adapterSerialOf(&card).text(), adapterSerial)) return;
-        for (int index = 0; index < g_fcPortCount && goesOn; ++index) {
-            if (isInHeaderOf(g_fcPortList[index].device, entry)) goesOn = visit({.index = index});
+    walkProtocolEntries(adapters, [&](TAVIK_AdapterEntry& card, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
+        if (port.portNumber != portNumber || !isStorageFunction(entry)) return true;
+        if (!equalsIgnoringCase(physical::adapterSerialOf(&card).text(), adapterSerial)) return true;
+        for (int index = 0; index < g_fcPortCount; ++index) {
+            if (isInHeaderOf(g_fcPortList[index].device, entry) && !visit({.index = index})) return false;
         }
+        return true;
     });
 }
 

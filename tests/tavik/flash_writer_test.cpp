@@ -1,0 +1,190 @@
+// What a flash update changes in a fleet file, and that the file is whole at every moment.
+#include "tavik/fleet/flash_writer.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/ptrace.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tavik/fleet/fleet_file.h"
+#include "tavik/fleet/json_reader.h"
+#include "tavik/fleet/whole_file.h"
+
+namespace tavik::fleet {
+
+namespace {
+
+FlashImage imageFor(const std::string& model) {
+    FlashImage image;
+    image.cardModel = model;
+    image.version = {2, 2, 3};
+    image.releaseDate = {2013, 4, 30};
+    image.optionRom = {"3.40", {{8, 1, 0}}, {{6, 2}}, {{4, 2, 0}}};
+    return image;
+}
+
+bool first(const Card&) { return true; }
+
+Json flashed(const std::string& text, const CardTest& isWanted = first) {
+    const auto written = flashedFleet(text, isWanted, imageFor("M"));
+    if (const auto* fault = std::get_if<FlashFault>(&written)) return fault->reason;
+    return Json::parse(std::get<std::string>(written));
+}
+
+TEST(FlashedFleet, TellsTheNewVersionsInEveryFunctionOfTheCard) {
+    const auto written = flashed(R"({"cards": [
+        {"modelName": "M", "ports": [
+            {"storage": {"multiBootVersion": "V:1.0.0,D:01012000,A:Y,T:M", "vpd": {"readOnly": {"SN": "S", "RM": "1", "V9": "010000"}}},
+             "ethernet": {"mtuBytes": 9000}},
+            {"functions": [{"ethernet": {"flashVersion": "old"}}, {"storage": {"optionRom": {"efi": "1.1"}}}]}]},
+        {"modelName": "M", "ports": [{"storage": {}}]}]})");
+    EXPECT_EQ(written, Json::parse(R"({"cards": [
+        {"modelName": "M", "ports": [
+            {"storage": {"multiBootVersion": "V:2.02.03,D:04302013,A:Y,T:M", "vpd": {"readOnly": {"SN": "S", "RM": "02.02.03", "V9": "020203"}},
+                         "optionRom": {"biosVersion": "3.40", "firmware": "8.1.0", "efi": "6.2", "fcode": "4.2.0"}},
+             "ethernet": {"mtuBytes": 9000, "defaultSoftwareVersion": "02.02.03", "flashVersion": "02.02.03"}},
+            {"functions": [{"ethernet": {"flashVersion": "02.02.03", "defaultSoftwareVersion": "02.02.03"}},
+                           {"storage": {"optionRom": {"biosVersion": "3.40", "firmware": "8.1.0", "efi": "6.2", "fcode": "4.2.0"}}}]}]},
+        {"modelName": "M", "ports": [{"storage": {}}]}]})"))
+        << written.dump(2);
+}
+
+TEST(FlashedFleet, ChangesTheCardsDefaultsAndWhatFunctionsSayThemselves) {
+    const auto written = flashed(R"({"cards": [{"modelName": "M", "storageDefaults": {"multiBootVersion": null},
+        "ethernetDefaults": {"flashVersion": "old"},
+        "ports": [{"storage": {}, "ethernet": {"flashVersion": "older"}}]}]})");
+    const auto& card = written["cards"][0];
+    EXPECT_EQ(card["storageDefaults"]["optionRom"]["efi"], "6.2");
+    EXPECT_TRUE(card["storageDefaults"]["multiBootVersion"].is_null()) << "an adapter without one gets none";
+    EXPECT_EQ(card["ethernetDefaults"]["defaultSoftwareVersion"], "02.02.03");
+    EXPECT_EQ(card["ports"][0]["storage"], Json::object());
+    EXPECT_EQ(card["ports"][0]["ethernet"], Json::parse(R"({"flashVersion": "02.02.03"})"));
+}
+
+TEST(FlashedFleet, RefusesAnImageForAnotherModelACopyAndACardThatIsNotThere) {
+    const std::string copies =
+        R"({"cards": [{"count": 2, "serialNumber": "S{n}", "modelName": "M"}, {"modelName": "X"}]})";
+    const auto isFirst = [](const Card& card) { return card.serialNumber == "S0001"; };
+    const auto isModelX = [](const Card& card) { return card.modelName == "X"; };
+    const auto statusOf = [&](const CardTest& test, const std::string& text) {
+        return std::get<FlashFault>(flashedFleet(text, test, imageFor("M"))).status;
+    };
+    EXPECT_EQ(statusOf(isFirst, copies), statusNotSupported);
+    EXPECT_EQ(statusOf(isModelX, copies), statusForeignImage);
+    EXPECT_EQ(statusOf([](const Card&) { return false; }, copies), statusNoSuchDevice);
+    EXPECT_EQ(statusOf(first, R"({"cards": null})"), statusNoSuchDevice);
+    EXPECT_EQ(statusOf(first, R"({"cards": 5})"), statusSourceFailed);
+}
+
+class FlashedFleetOnDisk : public ::testing::Test {
+protected:
+    FlashedFleetOnDisk() : folder_(::testing::TempDir() + "flash_writer_" + std::to_string(getpid())) {
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directories(folder_);
+        file_ = folder_ / "fleet.json";
+        reset();
+    }
+    ~FlashedFleetOnDisk() override { std::filesystem::remove_all(folder_); }
+
+    void reset() { std::ofstream(file_) << before; }
+
+    std::string text() const {
+        std::ostringstream text;
+        text << std::ifstream(file_).rdbuf();
+        return text.str();
+    }
+
+    /** In a process of its own that ends at its so-many-th system call. @return false if it came to its own end. */
+    bool dieAtCall(int number) {
+        const pid_t writer = fork();
+        if (writer == 0) {
+            ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+            raise(SIGSTOP);
+            flashFleetFile(file_, first, imageFor("M"));
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(writer, &status, 0);
+        EXPECT_TRUE(WIFSTOPPED(status));
+        // Two stops a call: on its way in and out.
+        for (int stop = 0; stop < number; ++stop) {
+            EXPECT_EQ(ptrace(PTRACE_SYSCALL, writer, nullptr, nullptr), 0);
+            waitpid(writer, &status, 0);
+            if (WIFEXITED(status)) return false;
+        }
+        kill(writer, SIGKILL);
+        waitpid(writer, &status, 0);
+        return true;
+    }
+
+    const std::string before = R"({"cards": [{"modelName": "M", "ports": [{"ethernet": {"flashVersion": "old"}}]}]})";
+    std::filesystem::path folder_;
+    std::filesystem::path file_;
+};
+
+TEST_F(FlashedFleetOnDisk, IsTheOldOneOrTheNewOneWhereverTheWriterIsKilled) {
+    const std::string after = std::get<std::string>(flashedFleet(before, first, imageFor("M")));
+    int oldOnes = 0, newOnes = 0;
+    for (int stop = 1; dieAtCall(stop); ++stop) {
+        const auto found = text();
+        EXPECT_TRUE(found == before || found == after) << "after stop " << stop << ": " << found;
+        (found == before ? oldOnes : newOnes)++;
+        reset();
+        ASSERT_LT(stop, 2000) << "the writer does not end";
+    }
+    EXPECT_EQ(text(), after);
+    EXPECT_GT(oldOnes, 20);
+    EXPECT_GT(newOnes, 2);
+}
+
+TEST_F(FlashedFleetOnDisk, LeavesNoOtherFileAndTakesOverOneThatAKilledWriterLeft) {
+    std::ofstream(file_.string() + ".new") << std::string(100000, 'x');
+    ASSERT_TRUE(std::holds_alternative<std::string>(flashFleetFile(file_, first, imageFor("M"))));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 1);
+    EXPECT_TRUE(std::holds_alternative<Fleet>(readFleetFile(file_)));
+}
+
+TEST_F(FlashedFleetOnDisk, KeepsItsRightsAndTheLinkThatLeadsToIt) {
+    chmod(file_.c_str(), 0640);
+    const auto link = folder_ / "link.json";
+    std::filesystem::create_symlink("fleet.json", link);
+    ASSERT_TRUE(std::holds_alternative<std::string>(flashFleetFile(link, first, imageFor("M"))));
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    struct stat status {};
+    stat(file_.c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0640U);
+    EXPECT_NE(text(), before);
+}
+
+TEST_F(FlashedFleetOnDisk, IsLeftAsItWasWhenItCannotBeWritten) {
+    std::filesystem::create_directory(file_.string() + ".new");
+    const auto fault = std::get<FlashFault>(flashFleetFile(file_, first, imageFor("M")));
+    EXPECT_EQ(fault.status, statusWriteFailed);
+    EXPECT_EQ(text(), before);
+    EXPECT_EQ(std::get<FlashFault>(flashFleetFile(folder_ / "none.json", first, imageFor("M"))).status,
+              statusSourceFailed);
+}
+
+TEST_F(FlashedFleetOnDisk, HasOneWriterAtATime) {
+    auto lock = std::make_optional<FolderLock>(folder_);
+    ASSERT_TRUE(lock->isHeld());
+    std::thread writer([this] { flashFleetFile(file_, first, imageFor("M")); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(text(), before);
+    lock.reset();
+    writer.join();
+    EXPECT_NE(text(), before);
+}
+
+} // namespace
+
+} // namespace tavik::fleet

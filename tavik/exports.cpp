@@ -285,7 +285,12 @@ std::uint32_t TAVIK_UpdateFlash(std::uint32_t adapterId, const void* image, std:
 
 std::uint32_t TAVIK_doOptionROMUpdate(TAVIK_DeviceRecord* device, const char* fileName, std::uintptr_t) {
     return asked(
-        "TAVIK_doOptionROMUpdate", [&](Source& source) { return source.updateOptionRom(device->handle, fileName); },
+        "TAVIK_doOptionROMUpdate",
+        [&](Source& source) {
+            const Status status = source.updateOptionRom(device->handle, fileName);
+            if (status == tavik::statusOk) library().showVersions(device->handle);
+            return status;
+        },
         device, fileName);
 }
 

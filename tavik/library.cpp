@@ -1,5 +1,6 @@
 #include "tavik/library.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -81,6 +82,21 @@ Status Library::swapBackup() {
     if (!backup_) return statusNoBackup;
     old = std::exchange(main_, std::move(backup_));
     return statusOk;
+}
+
+void Library::showVersions(std::uint32_t handle) {
+    const auto current = source();
+    if (!current) return;
+    const auto loaded = current->load();
+    const auto* fleet = std::get_if<Fleet>(&loaded);
+    if (!fleet || !fleet->cards) return;
+    const auto card = std::find_if(fleet->cards->begin(), fleet->cards->end(),
+                                   [handle](const Card& candidate) { return hasStorage(candidate, handle); });
+    if (card == fleet->cards->end()) return;
+    const std::lock_guard lock(mutex_);
+    if (!main_) return;
+    for (const StorageFunction* function : storageFunctions(*card))
+        if (auto* record = main_->device(function->handle)) storeOptionRom(function->optionRom, *record);
 }
 
 std::shared_ptr<Source> Library::source() {

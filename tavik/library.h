@@ -32,6 +32,10 @@ public:
     std::shared_ptr<Source> source();
     std::shared_ptr<AlarmDispatcher> alarms();
 
+    /** Writes what a flash update brought into the main tree's records of the card with this storage function, so that
+     *  it shows before the next update of the trees. */
+    void showVersions(std::uint32_t handle);
+
     HandOuts& handOuts() { return handOuts_; }
 
 private:

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -285,6 +286,31 @@ void forEachFunction(AnyCard& card, Visitor visitor) {
         for (auto& function : *port.functions)
             std::visit(visitor, function);
     }
+}
+
+/** The storage functions of the card, in the order of the tree. */
+inline std::vector<const StorageFunction*> storageFunctions(const Card& card) {
+    std::vector<const StorageFunction*> found;
+    forEachFunction(card, [&found](const auto& function) {
+        if constexpr (std::is_same_v<std::decay_t<decltype(function)>, StorageFunction>) found.push_back(&function);
+    });
+    return found;
+}
+
+inline bool hasStorage(const Card& card, std::uint32_t handle) {
+    bool has = false;
+    for (const StorageFunction* function : storageFunctions(card))
+        has = has || function->handle == handle;
+    return has;
+}
+
+inline bool hasAdapter(const Card& card, std::uint32_t adapterId) {
+    bool has = false;
+    forEachFunction(card, [&has, adapterId](const auto& function) {
+        if constexpr (std::is_same_v<std::decay_t<decltype(function)>, NicFunction>)
+            has = has || function.adapterId == adapterId;
+    });
+    return has;
 }
 
 /** True if the chips of this PCI device ID hold their serial number as three bytes in the record. */

@@ -14,7 +14,12 @@ inline constexpr Status statusSourceFailed = 5;    ///< the source could not be 
 inline constexpr Status statusNotSupported = 6;    ///< the source cannot do this
 inline constexpr Status statusReadOnly = 7;        ///< the source never writes: flash calls on a real host
 inline constexpr Status statusAlreadyInitialized = 8;
-inline constexpr Status statusNoBackup = 9;     ///< a swap without a filled second tree
-inline constexpr Status statusWrongThread = 10; ///< the call would wait for the thread it runs on
+inline constexpr Status statusNoBackup = 9;        ///< a swap without a filled second tree
+inline constexpr Status statusWrongThread = 10;    ///< the call would wait for the thread it runs on
+inline constexpr Status statusNotAnImage = 11;     ///< neither a flash image nor the absolute path of a file
+inline constexpr Status statusDamagedImage = 12;   ///< truncated, changed on the way, or with fields that make no sense
+inline constexpr Status statusForeignImage = 13;   ///< an image for another model of card
+inline constexpr Status statusUnreadableFile = 14; ///< the flash file cannot be read; standard error tells why
+inline constexpr Status statusWriteFailed = 15;    ///< the fleet cannot be written; standard error tells why
 
 } // namespace tavik

@@ -57,6 +57,9 @@ TAVIK_LinkProperties makeLinkProperties(const Link& link);
 TAVIK_IPAddress makeIPAddress(const IPAddress& address);
 TAVIK_FCoELinkage makeFCoELinkage(const FCoELinkage& linkage);
 
+/** Writes the versions into the option ROM fields of the record. */
+void storeOptionRom(const OptionRom& rom, TAVIK_DeviceRecord& record);
+
 /** Writes the counters into the statistics fields of the record. */
 void storeStatistics(const Statistics& statistics, TAVIK_DeviceRecord& record);
 

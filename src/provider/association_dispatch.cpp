@@ -4,6 +4,7 @@
 // the look-up table. The two associator operations ask that table first, and so answer only for the names in it; the
 // two reference operations do not, and so take base classes as well.
 #include "associations/association.h"
+#include "associations/paths.h"
 #include "configuration/configuration.h"
 #include "log/log.h"
 #include "provider/association_families.h"
@@ -148,7 +149,7 @@ void runPass(const Request& request, const char* className, const AssociationBuf
 
 void runPasses(const Request& request) {
     const CmpiString name = request.source.getClassName();
-    const char* className = name.charPtr();
+    const char* className = association::textOf(name);
     AssociationBuffer buffer;
     if (request.associationClass) {
         buffer.assign(request.associationClass);

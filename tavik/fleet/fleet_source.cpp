@@ -228,18 +228,33 @@ Answer<Transceiver> FleetSource::nicTransceiver(std::string_view deviceName) {
     return ofNic<Transceiver>(deviceName, &NicFailures::transceiver, std::mem_fn(&NicFunction::transceiver));
 }
 
-Status FleetSource::updateFlash(std::uint32_t adapterId, const void*) {
+Status FleetSource::updateFlash(std::uint32_t adapterId, const void* image) {
     const auto reading = newest();
     const auto* function = reading ? reading->adapter(adapterId) : nullptr;
     if (!function) return statusNoSuchDevice;
-    return function->failures.flashUpdate != statusOk ? function->failures.flashUpdate : statusNotSupported;
+    if (const Status status = function->failures.flashUpdate) return status;
+    return flash(readFlashImage(image), [adapterId](const Card& card) { return hasAdapter(card, adapterId); });
 }
 
-Status FleetSource::updateOptionRom(std::uint32_t handle, std::string_view) {
+Status FleetSource::updateOptionRom(std::uint32_t handle, std::string_view fileName) {
     const auto reading = newest();
     const auto* function = reading ? reading->storage(handle) : nullptr;
     if (!function) return statusNoSuchDevice;
-    return function->failures.flashUpdate != statusOk ? function->failures.flashUpdate : statusNotSupported;
+    if (const Status status = function->failures.flashUpdate) return status;
+    return flash(readFlashImageFile(std::string(fileName)),
+                 [handle](const Card& card) { return hasStorage(card, handle); });
+}
+
+Status FleetSource::flash(const std::variant<FlashImage, FlashFault>& image, const CardTest& isWanted) {
+    const auto fail = [](const FlashFault& fault) {
+        report("flash update refused: " + fault.reason);
+        return fault.status;
+    };
+    if (const auto* fault = std::get_if<FlashFault>(&image)) return fail(*fault);
+    const auto written = flashFleetFile(path_, isWanted, std::get<FlashImage>(image));
+    if (const auto* fault = std::get_if<FlashFault>(&written)) return fail(*fault);
+    if (const auto error = readAgain()) report(error->message);
+    return statusOk;
 }
 
 } // namespace tavik::fleet

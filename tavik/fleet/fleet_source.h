@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tavik/fleet/file_watcher.h"
+#include "tavik/fleet/flash_writer.h"
 #include "tavik/source.h"
 
 namespace tavik::fleet {
@@ -40,6 +41,7 @@ public:
 private:
     class Reading;
 
+    Status flash(const std::variant<FlashImage, FlashFault>& image, const CardTest& isWanted);
     std::optional<FleetError> readAgain();
     void adopt(Fleet fleet);
     std::shared_ptr<const Reading> newest();

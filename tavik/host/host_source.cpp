@@ -14,6 +14,7 @@
 #include "tavik/host/fleet_mapping.h"
 #include "tavik/host/host_facts.h"
 #include "tavik/host/pci_names.h"
+#include "tavik/log.h"
 
 namespace tavik {
 
@@ -164,10 +165,15 @@ public:
         return answer(network_.transceiver(std::string(deviceName)));
     }
 
-    Status updateFlash(std::uint32_t, const void*) override { return statusReadOnly; }
-    Status updateOptionRom(std::uint32_t, std::string_view) override { return statusReadOnly; }
+    Status updateFlash(std::uint32_t, const void*) override { return refuseFlash(); }
+    Status updateOptionRom(std::uint32_t, std::string_view) override { return refuseFlash(); }
 
 private:
+    static Status refuseFlash() {
+        report("flash update refused: the adapters of the host itself are only read");
+        return statusReadOnly;
+    }
+
     template <typename Value>
     static Answer<Value> answer(const Attribute<Value>& attribute) {
         return attribute ? Answer<Value>(*attribute) : Answer<Value>::failure(statusNoData);

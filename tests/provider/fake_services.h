@@ -25,6 +25,11 @@ public:
         return address;
     }
     std::string installLocation() override { return location; }
+    bool fileExists(const char* path) override {
+        const bool exists = Services::fileExists(path);
+        if (afterFileCheck) afterFileCheck();
+        return exists;
+    }
     int mutexAvailable() override { return mutexesLeft-- > 0 ? 0 : mutexError; }
 
     /// Waits until the polling thread sleeps with nothing left to wake it.
@@ -43,6 +48,9 @@ public:
     unsigned long sleptHere();
     /// Called after each sleep of the test's own threads, if set.
     std::function<void()> afterSleep;
+
+    /// Called after each look for a file, if set: between this look and the file's use.
+    std::function<void()> afterFileCheck;
 
     std::optional<std::string> name = "testhost";
     std::optional<std::vector<std::uint8_t>> address = std::vector<std::uint8_t>{192, 0, 2, 10};

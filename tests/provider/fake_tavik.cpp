@@ -20,6 +20,8 @@ void FakeTavik::reset() {
     onGetOSName = nullptr;
     onGetTransceiver = nullptr;
     onGetVpd = nullptr;
+    onUpdateFlash = nullptr;
+    onOptionRomUpdate = nullptr;
     onUpdateBackup = nullptr;
     onInitialize = nullptr;
     alarmCallback = nullptr;
@@ -341,6 +343,16 @@ struct FakeTavikCalls {
         return 0;
     }
 
+    static std::uint32_t updateFlash(std::uint32_t adapterId, const void* image, std::uintptr_t reserved) {
+        FakeTavik& self = fake("TAVIK_UpdateFlash");
+        return self.onUpdateFlash && reserved == 0 ? self.onUpdateFlash(adapterId, image) : 1;
+    }
+
+    static std::uint32_t updateOptionRom(TAVIK_DeviceRecord* device, const char* fileName, std::uintptr_t reserved) {
+        FakeTavik& self = fake("TAVIK_doOptionROMUpdate");
+        return self.onOptionRomUpdate && reserved == 0 ? self.onOptionRomUpdate(device, fileName) : 1;
+    }
+
     static std::uint32_t uuid(TAVIK_DeviceRecord* device, char** out, std::uint32_t* size) {
         const tavik::StorageFunction* function = fake("TAVIK_GetUUIDFromI2CVPD").findStorage(device->handle);
         if (!function) return 1;
@@ -376,7 +388,7 @@ std::uint32_t TAVIK_GetIPProperties(const char* deviceName, TAVIK_IPProperties**
 std::uint32_t TAVIK_GetFCoELinkage(const char* deviceName, TAVIK_FCoELinkage** linkage, std::uint32_t* count) { return FakeTavikCalls::linkage(deviceName, linkage, count); }
 std::uint32_t TAVIK_GetTransceiverDMIData(const char* deviceName, std::uint32_t* size, void* buffer) { return FakeTavikCalls::transceiver(deviceName, size, buffer); }
 std::uint32_t TAVIK_GetMBIVersionString(TAVIK_DeviceRecord* device, char** text, std::uint32_t* length) { return FakeTavikCalls::multiBootVersion(device, text, length); }
-std::uint32_t TAVIK_UpdateFlash(std::uint32_t, const void*, std::uintptr_t) { FakeTavikCalls::fake("TAVIK_UpdateFlash"); return 1; }
-std::uint32_t TAVIK_doOptionROMUpdate(TAVIK_DeviceRecord*, const char*, std::uintptr_t) { FakeTavikCalls::fake("TAVIK_doOptionROMUpdate"); return 1; }
+std::uint32_t TAVIK_UpdateFlash(std::uint32_t adapterId, const void* image, std::uintptr_t reserved) { return FakeTavikCalls::updateFlash(adapterId, image, reserved); }
+std::uint32_t TAVIK_doOptionROMUpdate(TAVIK_DeviceRecord* device, const char* fileName, std::uintptr_t reserved) { return FakeTavikCalls::updateOptionRom(device, fileName, reserved); }
 std::uint32_t TAVIK_FreeMem(void* memory) { return FakeTavikCalls::release(memory); }
 // clang-format on

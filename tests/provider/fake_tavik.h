@@ -44,6 +44,9 @@ public:
     std::function<std::uint32_t(char* buffer, std::uint32_t* size)> onGetOSName;
     std::function<std::uint32_t(const char* deviceName, std::uint32_t* size, void* buffer)> onGetTransceiver;
     std::function<std::uint32_t(std::uint32_t handle, void* buffer, std::uint32_t* size)> onGetVpd;
+    /// Flash calls fail with 1 unless set.
+    std::function<std::uint32_t(std::uint32_t adapterId, const void* image)> onUpdateFlash;
+    std::function<std::uint32_t(TAVIK_DeviceRecord* device, const char* fileName)> onOptionRomUpdate;
     std::function<void()> onUpdateBackup;
     std::function<void()> onInitialize;
 

@@ -1,0 +1,332 @@
+// The four methods of the Ethernet side's installation service, as a client and the log see them.
+#include "method_test.h"
+
+#include "software/flash_update.h"
+
+namespace {
+
+constexpr const char* service = "Merolt_NIC_SoftwareInstallationService";
+constexpr const char* controller = "Merolt_NIC_PortController";
+constexpr CMPICount largest = 0x1000000;
+const std::string prefix = "Merolt_NIC_SoftwareInstallationService: ";
+
+class EthernetMethodTest : public MethodTest {
+protected:
+    void SetUp() override {
+        MethodTest::SetUp();
+        setPath("Target", controller, "CNA0001");
+        tavikLibrary.onUpdateFlash = [this](std::uint32_t adapterId, const void* image) {
+            writtenAdapter = adapterId;
+            written.assign(static_cast<const char*>(image), bytesToKeep);
+            return libraryStatus;
+        };
+    }
+
+    void expectRefusal(const char* method, const std::vector<std::string>& lines) {
+        EXPECT_EQ(invoke(service, method), returned(2));
+        EXPECT_TRUE(inOrder(takeLogLines(), lines));
+        EXPECT_EQ(tavikLibrary.callCount("TAVIK_UpdateFlash"), 0U);
+        expectNextRequestWorks();
+    }
+
+    /// Every method tests its target alike.
+    void expectTargetChecks(const char* method, const std::string& exception) {
+        setPath("Target", "Merolt_FCHBA_PortController", "CNA0001");
+        expectRefusal(method, {exception + "5 (null)"});
+        setReference("Target", scope->make().path(implementationNamespace, controller));
+        expectRefusal(method, {prefix + "Error getting Name key invokeMethod", exception + "4 (null)"});
+        setPathWithNumber("Target", controller);
+        expectRefusal(method, {prefix + "Invalid key type in invokeMethod", exception + "4 (null)"});
+        setText("Target", "a text");
+        expectRefusal(method, {exception + "13 (null)"});
+        arguments.set("Target", CMPI_ref, CMPIValue{});
+        expectRefusal(method, {exception + "4 (null)"});
+    }
+
+    std::size_t bytesToKeep = 5;
+    std::uint32_t writtenAdapter = 0;
+    std::string written;
+    std::uint32_t libraryStatus = 0;
+};
+
+TEST_F(EthernetMethodTest, AnUnknownMethodGivesOne) {
+    EXPECT_EQ(invoke(service, "InstallFromNowhere"), returned(1));
+    EXPECT_TRUE(inOrder(takeLogLines(), {"Merolt_NIC_SoftwareInstallationService invokeMethod was called", "",
+                                         "Exiting  Merolt_CNA_Provider invokeMethod"}));
+}
+
+class EthernetURITest : public EthernetMethodTest {
+protected:
+    static constexpr const char* method = "InstallFromURI";
+    const std::string exception = "Merolt_NIC_Provider INSTALL_FROM_URI exception: ";
+
+    void SetUp() override {
+        EthernetMethodTest::SetUp();
+        writeFile("image.bin", "image");
+        image = std::filesystem::absolute("image.bin").string();
+        localCopy = std::filesystem::absolute("flash.bin").string();
+        bytesToKeep = localCopy.size();
+        setText("URI", image);
+    }
+
+    std::string image;
+    std::string localCopy;
+};
+
+TEST_F(EthernetURITest, HandsTheLibraryTheNameOfACopyThatStaysBehind) {
+    const unsigned long slept = services.sleptHere();
+    EXPECT_EQ(invoke(service, method), returned(0));
+    EXPECT_EQ(writtenAdapter, 7U);
+    EXPECT_EQ(written, localCopy);
+    EXPECT_EQ(readFile("flash.bin"), "image");
+    EXPECT_EQ(services.sleptHere(), slept) << "this side does not wait";
+    EXPECT_TRUE(inOrder(takeLogLines(),
+                        {"Merolt_NIC_SoftwareInstallationService invokeMethod was called",
+                         prefix + "NIC_PortController.DeviceID = CNA0001", prefix + "URI=" + image + ".  File exists.",
+                         prefix + "flashFileName = " + image, prefix + "imageSize = 5, localFile= " + localCopy,
+                         prefix + "UpdateCNAFlashImage returns 0"}));
+}
+
+TEST_F(EthernetURITest, NoListIsRebuilt) {
+    tavikLibrary.nic("eth1").card.flashVersion = "09.09.09";
+    tavikLibrary.clearCalls();
+    EXPECT_EQ(invoke(service, method), returned(0));
+    EXPECT_EQ(tavikLibrary.calls(), std::vector<std::string>{"TAVIK_UpdateFlash"});
+}
+
+TEST_F(EthernetURITest, TheNextUpdateOverwritesTheCopyAndMayStartFromIt) {
+    EXPECT_EQ(invoke(service, method), returned(0));
+    writeFile("image.bin", "other bytes");
+    EXPECT_EQ(invoke(service, method), returned(0));
+    EXPECT_EQ(readFile("flash.bin"), "other bytes");
+    setText("URI", "file://" + localCopy);
+    EXPECT_EQ(invoke(service, method), returned(0));
+    EXPECT_EQ(readFile("flash.bin"), "other bytes");
+}
+
+TEST_F(EthernetURITest, SchemesAndLetterCases) {
+    for (const char* scheme : {"file://", "FILE://", "fIlE://"}) {
+        setText("URI", scheme + image);
+        EXPECT_EQ(invoke(service, method), returned(0)) << scheme;
+    }
+    EXPECT_TRUE(inOrder(takeLogLines(), {prefix +
+                                         "Detected the leading 'file://' tag.  After removing the tag, "
+                                         "flashFileName=" +
+                                         image}));
+    tavikLibrary.clearCalls();
+    std::filesystem::create_symlink("/nowhere/at/all", "dangling");
+    for (const char* uri :
+         {"http://192.0.2.1/image", "HTTPS://192.0.2.1/image", "ftp://192.0.2.1/image", "file:/x", "", "dangling"}) {
+        setText("URI", uri);
+        expectRefusal(method,
+                      {prefix + "Error: Invalid or unsupported URI!", exception + "4 Invalid or unsupported URI!"});
+    }
+}
+
+TEST_F(EthernetURITest, AnImageOf16MiBPassesAndOneByteMoreDoesNot) {
+    setText("URI", fileOf("largest.bin", largest));
+    EXPECT_EQ(invoke(service, method), returned(0));
+    tavikLibrary.clearCalls();
+    setText("URI", fileOf("too_large.bin", largest + 1));
+    expectRefusal(method, {prefix + "imageSize = 16777217, localFile= " + localCopy,
+                           prefix + "Image did not pass the size check", exception + "4 (null)"});
+}
+
+TEST_F(EthernetURITest, EmptyFilesAndFoldersDoNotPassTheSizeCheck) {
+    std::filesystem::create_directory("folder");
+    for (const std::string& uri : {fileOf("empty.bin", 0), std::string("folder"), std::string("/dev/null")}) {
+        setText("URI", uri);
+        expectRefusal(method, {prefix + "imageSize = 0, localFile= " + localCopy,
+                               prefix + "Image did not pass the size check", exception + "4 (null)"});
+    }
+}
+
+TEST_F(EthernetURITest, AFileThatGoesBetweenTheChecksDoesNotPassTheSizeCheck) {
+    services.afterFileCheck = [] { std::filesystem::remove("image.bin"); };
+    expectRefusal(method, {prefix + "URI=" + image + ".  File exists.", prefix + "Image did not pass the size check"});
+}
+
+TEST_F(EthernetURITest, AWorkingDirectoryOfMoreThan260CharactersHoldsNoCopy) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    const std::filesystem::path deep = std::filesystem::path(std::string(200, 'a')) / std::string(100, 'b');
+    std::filesystem::create_directories(deep);
+    std::filesystem::current_path(deep);
+    EXPECT_EQ(invoke(service, method), returned(2));
+    EXPECT_FALSE(std::filesystem::exists("flash.bin"));
+    std::filesystem::current_path(before);
+    EXPECT_EQ(tavikLibrary.callCount("TAVIK_UpdateFlash"), 0U);
+}
+
+TEST_F(EthernetURITest, TheDownloadItselfRefusesRemoteSchemes) {
+    char localName[merolt::software::localNameRoom];
+    EXPECT_EQ(merolt::software::downloadFlashFile("http://192.0.2.1/image", localName), 0U);
+    EXPECT_EQ(merolt::software::downloadFlashFile(("FILE://" + image).c_str(), localName), 5U);
+    EXPECT_EQ(localName, localCopy);
+}
+
+TEST_F(EthernetURITest, MissingArgumentsAndOtherTypesAreRefused) {
+    arguments.setNull("URI", CMPI_string);
+    expectRefusal(method, {exception + "4 (null)"});
+    setPath("URI", controller, "CNA0001");
+    expectRefusal(method, {exception + "4 (null)"});
+    arguments.set("URI", CMPI_string, CMPIValue{});
+    expectRefusal(method, {prefix + "Error: URI argument is NULL!", exception + "4 URI argument is NULL!"});
+    setText("URI", image);
+    arguments.setNull("Target", CMPI_ref);
+    expectRefusal(method, {exception + "4 (null)"});
+    expectTargetChecks(method, exception);
+}
+
+TEST_F(EthernetURITest, AnUnknownCardIsRefused) {
+    setPath("Target", controller, "NOSUCH");
+    expectRefusal(method, {prefix + "pCNACard is NULL after FindCNAFromSerialNumber() call", exception + "4 (null)"});
+}
+
+TEST_F(EthernetURITest, ThePlainSerialNumberAndThePublishedDeviceIDSelectTheSameCard) {
+    for (const char* deviceID : {"CNA0001", "CNA0001_NIC", "cna0001_nic"}) {
+        writtenAdapter = 0;
+        setPath("Target", "MEROLT_nic_portcontroller", deviceID);
+        EXPECT_EQ(invoke(service, "installfromuri"), returned(0));
+        EXPECT_EQ(writtenAdapter, 7U) << deviceID;
+    }
+}
+
+TEST_F(EthernetURITest, AFailingLibraryGivesTwoAndItsStatusInTheErrorLog) {
+    libraryStatus = 13;
+    EXPECT_EQ(invoke(service, method), returned(2));
+    EXPECT_TRUE(inOrder(takeLogLines(), {"Merolt_NIC_Provider update flash error (7): Undefined error = 13",
+                                         prefix + "UpdateCNAFlashImage returns 2"}));
+}
+
+TEST_F(EthernetURITest, AnArgumentThatTheServerLacksLeavesTheMethodAndFreesBothLocks) {
+    arguments.items.erase("URI");
+    EXPECT_EQ(invoke(service, method), (MethodAnswer{CMPI_RC_ERR_NO_SUCH_PROPERTY, "URI", {}, 0}));
+    expectNextRequestWorks();
+}
+
+class ByteStreamTest : public EthernetMethodTest {
+protected:
+    static constexpr const char* method = "InstallFromByteStream";
+    const std::string exception = "Merolt_NIC_Provider INSTALL_FROM_BYTESTREAM exception: ";
+};
+
+TEST_F(ByteStreamTest, HandsTheLibraryTheBytesOfABareArray) {
+    setBytes("Image", 5, CMPI_ARRAY, "bytes");
+    EXPECT_EQ(invoke(service, method), returned(0));
+    EXPECT_EQ(writtenAdapter, 7U);
+    EXPECT_EQ(written, "bytes");
+    EXPECT_EQ(invoke(service, "INSTALLFROMBYTESTREAM"), returned(0));
+}
+
+TEST_F(ByteStreamTest, AnArrayThatTheServerTagsWithItsElementTypeIsRefused) {
+    setBytes("Image", 5, CMPI_uint8A, "bytes");
+    expectRefusal(method, {exception + "4 (null)"});
+}
+
+TEST_F(ByteStreamTest, AnImageOf16MiBPassesAndOneByteMoreDoesNot) {
+    setBytes("Image", largest, CMPI_ARRAY, "bytes");
+    EXPECT_EQ(invoke(service, method), returned(0));
+    tavikLibrary.clearCalls();
+    setBytes("Image", largest + 1, CMPI_ARRAY);
+    expectRefusal(method, {exception + "4 (null)"});
+}
+
+TEST_F(ByteStreamTest, MissingArgumentsEmptyArraysAndOtherElementsAreRefused) {
+    setBytes("Image", 0, CMPI_ARRAY);
+    expectRefusal(method, {exception + "4 (null)"});
+    arguments.setNull("Image", CMPI_ARRAY);
+    expectRefusal(method, {exception + "4 (null)"});
+    arguments.set("Image", CMPI_ARRAY, CMPIValue{});
+    expectRefusal(method, {exception + "4 (null)"});
+    CMPIValue numbers{};
+    numbers.array = cimhost::ArrayObject::make(scope->arena(), 3, CMPI_uint16);
+    arguments.set("Image", CMPI_ARRAY, numbers);
+    expectRefusal(method, {exception + "13 (null)"});
+    setBytes("Image", 5, CMPI_ARRAY);
+    arguments.setNull("Target", CMPI_ref);
+    expectRefusal(method, {exception + "4 (null)"});
+    setPath("Target", controller, "NOSUCH");
+    expectRefusal(method, {exception + "4 (null)"});
+    expectTargetChecks(method, exception);
+}
+
+TEST_F(ByteStreamTest, AFailingLibraryGivesTwo) {
+    libraryStatus = 13;
+    setBytes("Image", 5, CMPI_ARRAY);
+    EXPECT_EQ(invoke(service, method), returned(2));
+    EXPECT_TRUE(inOrder(takeLogLines(), {"Merolt_NIC_Provider update flash error (7): Undefined error = 13"}));
+}
+
+class IdentityMethodTest : public EthernetMethodTest {
+protected:
+    void SetUp() override {
+        EthernetMethodTest::SetUp();
+        setPath("Source", "Merolt_NIC_SoftwareIdentity", "any");
+        arguments.setNull("Collection", CMPI_ref);
+    }
+};
+
+TEST_F(IdentityMethodTest, InstallingFromAnIdentityFailsWithValidArgumentsToo) {
+    const std::string exception = "Merolt_NIC_Provider INSTALL_FROM_SOFTWAREIDENTITY exception: ";
+    const char* method = "installFromSoftwareIdentity";
+    expectRefusal(method, {exception + "4 (null)"});
+    setPath("Target", controller, "NOSUCH");
+    expectRefusal(method, {exception + "4 (null)"});
+    expectTargetChecks(method, exception);
+    arguments.setNull("Target", CMPI_ref);
+    expectRefusal(method, {exception + "4 (null)"});
+    setPath("Target", controller, "CNA0001");
+    setText("Source", "a text");
+    expectRefusal(method, {exception + "13 (null)"});
+    arguments.setNull("Source", CMPI_ref);
+    expectRefusal(method, {exception + "4 (null)"});
+}
+
+TEST_F(IdentityMethodTest, CheckingAnIdentityTellsAKnownCardFromAnUnknownOneInTheLog) {
+    const std::string exception = "Merolt_NIC_Provider CHECK_SOFTWARE_IDENTITY exception: ";
+    const char* method = "checksoftwareidentity";
+    expectRefusal(method, {exception + "4 (null)"});
+    setPath("Target", controller, "NOSUCH");
+    expectRefusal(method, {exception + "13 (null)"});
+    expectTargetChecks(method, exception);
+    arguments.setNull("Source", CMPI_ref);
+    expectRefusal(method, {exception + "4 (null)"});
+}
+
+TEST_F(IdentityMethodTest, CheckingAnIdentityWantsEitherTargetOrCollectionAndLooksNothingUpOtherwise) {
+    const std::string exception = "Merolt_NIC_Provider CHECK_SOFTWARE_IDENTITY exception: ";
+    cimhost::ObjectPathObject* target = setPath("Target", controller, "CNA0001");
+    CMPIObjectPathFT counting = *target->ft;
+    static int reads = 0;
+    reads = 0;
+    counting.getKey = [](const CMPIObjectPath*, const char*, CMPIStatus* status) {
+        ++reads;
+        *status = {CMPI_RC_ERR_NOT_FOUND, nullptr};
+        return CMPIData{};
+    };
+    target->ft = &counting;
+    setPath("Collection", controller, "CNA0001");
+    expectRefusal("CheckSoftwareIdentity", {exception + "4 (null)"});
+    EXPECT_EQ(reads, 0);
+    arguments.setNull("Target", CMPI_ref);
+    expectRefusal("CheckSoftwareIdentity", {exception + "4 (null)"});
+    arguments.setNull("Collection", CMPI_ref);
+    expectRefusal("CheckSoftwareIdentity", {exception + "4 (null)"});
+}
+
+TEST_F(IdentityMethodTest, AnArgumentThatTheServerLacksLeavesTheMethodAndFreesBothLocks) {
+    arguments.items.erase("Collection");
+    EXPECT_EQ(invoke(service, "CheckSoftwareIdentity"),
+              (MethodAnswer{CMPI_RC_ERR_NO_SUCH_PROPERTY, "Collection", {}, 0}));
+    expectNextRequestWorks();
+}
+
+TEST_F(EthernetMethodTest, AnUpdateNeedsACardAnImageAndASize) {
+    merolt::CNACard card{};
+    EXPECT_EQ(merolt::software::UpdateCNAFlashImage(nullptr, "x", 1), 2U);
+    EXPECT_EQ(merolt::software::UpdateCNAFlashImage(&card, nullptr, 1), 2U);
+    EXPECT_EQ(merolt::software::UpdateCNAFlashImage(&card, "x", 0), 2U);
+    EXPECT_EQ(tavikLibrary.callCount("TAVIK_UpdateFlash"), 0U);
+}
+
+} // namespace

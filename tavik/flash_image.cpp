@@ -70,7 +70,9 @@ std::uint32_t checkOf(Header header) {
 
 template <std::size_t width>
 bool fits(const std::string& text, const char (&)[width]) {
-    return text.size() < width && text.find('\0') == std::string::npos;
+    // What goes into a fleet file and to clients has to be a text there.
+    const auto isPrintable = [](char character) { return character >= 0x20 && character < 0x7F; };
+    return text.size() < width && std::all_of(text.begin(), text.end(), isPrintable);
 }
 
 template <std::size_t width>
@@ -92,10 +94,12 @@ FlashFault damaged(std::string reason) { return {statusDamagedImage, std::move(r
 /** What is wrong with the fields, if anything: empty for a good image. */
 std::string faultOf(const FlashImage& image) {
     const Header fields{};
-    if (!fits(image.cardModel, fields.cardModel)) return "the card model is longer than 31 characters";
+    if (!fits(image.cardModel, fields.cardModel))
+        return "the card model is not a text of at most 31 printable characters";
     if (!isVersion(image.version)) return "a number of the version is above 99";
     if (!isDate(image.releaseDate)) return "the release date is none";
-    if (!fits(image.optionRom.biosVersion, fields.biosVersion)) return "the BIOS version is longer than 31 characters";
+    if (!fits(image.optionRom.biosVersion, fields.biosVersion))
+        return "the BIOS version is not a text of at most 31 printable characters";
     if (image.payload.size() > flashImageLimit - flashHeaderSize) return "the image is larger than 16 MiB";
     return {};
 }

@@ -187,6 +187,18 @@ void Encoder::content(const CMPIData& data) {
     if (const ArrayObject* elements = ArrayObject::from(data.value.array)) array(*elements);
 }
 
+void Encoder::value(const CMPIData& data) {
+    if (isNull(data)) return;
+    const bool isReference = elementOf(data.type) == CMPI_ref;
+    const std::string_view tag = isArrayType(data.type) ? (isReference ? "VALUE.REFARRAY>" : "VALUE.ARRAY>")
+                                                        : (isReference ? "VALUE.REFERENCE>" : "VALUE>");
+    raw("<");
+    raw(tag);
+    content(data);
+    raw("</");
+    raw(tag);
+}
+
 void Encoder::scalar(const CMPIData& data) {
     switch (data.type) {
     case CMPI_string:

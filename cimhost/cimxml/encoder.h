@@ -88,6 +88,9 @@ public:
     /// <LOCALNAMESPACEPATH>
     void localNamespacePath(std::string_view nameSpace);
 
+    /// <VALUE>, <VALUE.ARRAY>, <VALUE.REFERENCE> or <VALUE.REFARRAY>; nothing for null.
+    void value(const CMPIData& data);
+
     /// <ERROR>
     void error(const CimError& error);
 

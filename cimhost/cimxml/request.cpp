@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace cimhost::cimxml {
 
@@ -369,7 +370,8 @@ void checkVersion(const XmlElement& element, std::string_view attribute, char ma
     refuse(std::string(attribute) + " " + version.substr(0, 64) + " is not supported, " + major + ".x is", kind);
 }
 
-Request readDocument(const XmlElement& root) {
+// The message, with one request in it.
+const XmlElement& readMessage(const XmlElement& root) {
     if (root.name != "CIM") refuse("the document is a " + shown(root) + " and no <CIM>");
     checkVersion(root, "CIMVERSION", '2', ErrorKind::unsupportedCimVersion);
     checkVersion(root, "DTDVERSION", '2', ErrorKind::unsupportedDtdVersion);
@@ -380,6 +382,12 @@ Request readDocument(const XmlElement& root) {
     if (content.name == "MULTIREQ" || content.name == "MULTIEXPREQ") {
         refuse("several requests in one message are not supported", ErrorKind::multipleRequestsUnsupported);
     }
+    return message;
+}
+
+Request readDocument(const XmlElement& root) {
+    const XmlElement& message = readMessage(root);
+    const XmlElement& content = message.children.front();
     if (content.name == "SIMPLEEXPREQ") {
         refuse("this is a CIM server and no listener for indications", ErrorKind::unsupportedOperation);
     }
@@ -389,6 +397,37 @@ Request readDocument(const XmlElement& root) {
     request.protocolVersion = *message.attribute("PROTOCOLVERSION");
     readSimpleRequest(content, request);
     return request;
+}
+
+ExportRequest readExport(const XmlElement& root) {
+    const XmlElement& message = readMessage(root);
+    const XmlElement& content = message.children.front();
+    if (content.name != "SIMPLEEXPREQ") {
+        refuse("this is a listener for indications and no CIM server", ErrorKind::unsupportedOperation);
+    }
+    const XmlElement& call = onlyChild(content);
+    if (call.name != "EXPMETHODCALL") refuse(shown(call) + " inside <SIMPLEEXPREQ>");
+    if (!equalNames(requiredName(call, "NAME"), "ExportIndication")) {
+        refuse("a listener takes ExportIndication and no other call", ErrorKind::unsupportedOperation);
+    }
+    const XmlElement& parameter = onlyChild(call);
+    if (parameter.name != "EXPPARAMVALUE") refuse(shown(parameter) + " inside <EXPMETHODCALL>");
+    if (!equalNames(requiredName(parameter, "NAME"), "NewIndication")) refuse("the parameter is not NewIndication");
+    const XmlElement& indication = onlyChild(parameter);
+    if (indication.name != "INSTANCE") refuse(shown(indication) + " where the indication stands");
+    return {*message.attribute("ID"), readInstance(indication)};
+}
+
+template <typename Read>
+auto decode(std::string_view document, const XmlLimits& limits, Read read)
+    -> std::variant<decltype(read(std::declval<const XmlElement&>())), ProtocolError> {
+    std::variant<XmlElement, ProtocolError> tree = parseXml(document, limits);
+    if (auto* error = std::get_if<ProtocolError>(&tree)) return std::move(*error);
+    try {
+        return read(std::get<XmlElement>(tree));
+    } catch (Refusal& refusal) {
+        return std::move(refusal.error);
+    }
 }
 
 } // namespace
@@ -401,13 +440,11 @@ const Argument* Request::parameter(std::string_view name) const {
 }
 
 std::variant<Request, ProtocolError> decodeRequest(std::string_view document, const XmlLimits& limits) {
-    std::variant<XmlElement, ProtocolError> tree = parseXml(document, limits);
-    if (auto* error = std::get_if<ProtocolError>(&tree)) return std::move(*error);
-    try {
-        return readDocument(std::get<XmlElement>(tree));
-    } catch (Refusal& refusal) {
-        return std::move(refusal.error);
-    }
+    return decode(document, limits, readDocument);
+}
+
+std::variant<ExportRequest, ProtocolError> decodeExport(std::string_view document, const XmlLimits& limits) {
+    return decode(document, limits, readExport);
 }
 
 } // namespace cimhost::cimxml

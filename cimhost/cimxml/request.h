@@ -43,4 +43,13 @@ struct Request {
 /// Never throws for what the document holds. The error says what is wrong, for a person at the other end.
 std::variant<Request, ProtocolError> decodeRequest(std::string_view document, const XmlLimits& limits = {});
 
+/// What a CIM server sends to a listener: one indication.
+struct ExportRequest {
+    std::string messageId;
+    Instance indication;
+};
+
+/// The same of an ExportIndication message.
+std::variant<ExportRequest, ProtocolError> decodeExport(std::string_view document, const XmlLimits& limits = {});
+
 } // namespace cimhost::cimxml

@@ -53,6 +53,13 @@ constexpr ElementRule rules[] = {
     {"EXPPARAMVALUE",            Content::children, "NAME",                  ""},
     {"CORRELATOR",               Content::children, "NAME TYPE",             ""},
 
+    {"SIMPLERSP",                Content::children, "",                      ""},
+    {"SIMPLEEXPRSP",             Content::children, "",                      ""},
+    {"IMETHODRESPONSE",          Content::children, "NAME",                  ""},
+    {"EXPMETHODRESPONSE",        Content::children, "NAME",                  ""},
+    {"IRETURNVALUE",             Content::children, "",                      ""},
+    {"ERROR",                    Content::children, "CODE",                  "DESCRIPTION"},
+
     {"NAMESPACEPATH",            Content::children, "",                      ""},
     {"LOCALNAMESPACEPATH",       Content::children, "",                      ""},
     {"HOST",                     Content::text,     "",                      ""},

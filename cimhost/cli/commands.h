@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace cimhost::cli {
 
@@ -18,8 +19,10 @@ struct ServeOptions {
     std::string certificate;
     std::string key;
     std::string credentials;
+    std::string state; ///< file that remembers subscriptions; empty: nothing does
     std::size_t connections = 64;
     std::size_t workers = 4;
+    std::size_t largestRequestMebibytes = 32; ///< an image as XML takes up to eighteen times its size
 };
 
 /// Serves until SIGINT or SIGTERM. Throws std::runtime_error if it cannot start.
@@ -41,5 +44,35 @@ struct QueryOptions {
 /// Prints the answer to standard output, and nothing else there. Throws CimFailure, or std::runtime_error if it cannot
 /// start.
 void ask(const HostOptions& hostOptions, const QueryOptions& options);
+
+struct InvokeOptions {
+    std::string object;
+    std::string method;
+    std::vector<std::string> arguments; ///< NAME=VALUE
+    std::string nameSpace;
+    Form form = Form::table;
+};
+
+/// Calls a method and prints what it returns and gives out. A value of an array is parted by commas, or @FILE for the
+/// bytes of a file; that of a reference is a path; without a value the argument is null. Throws as above.
+void invoke(const HostOptions& hostOptions, const InvokeOptions& options);
+
+struct ImageOptions {
+    std::string file;
+    std::string model;
+    std::string version;
+    std::string date;
+    std::string bios;
+    std::string firmware;
+    std::string efi;
+    std::string fcode;
+    std::string payload; ///< a file; empty: no payload
+    Form form = Form::table;
+};
+
+/// Writes a flash image for fleets. Throws std::runtime_error for options that make none.
+void makeImage(const ImageOptions& options);
+/// Prints what an image brings. Throws std::runtime_error for a file that is none.
+void showImage(const ImageOptions& options);
 
 } // namespace cimhost::cli

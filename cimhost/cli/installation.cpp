@@ -7,11 +7,19 @@
 
 namespace cimhost::cli {
 
+namespace {
+
+constexpr const char* providerFile = "libMerolt_CNA_Provider.so";
+
+} // namespace
+
 Locations defaultLocations() {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
     const std::filesystem::path root = program.parent_path().parent_path();
-    return {root / "lib" / "libMerolt_CNA_Provider.so", root / "share" / "merolt-cna-provider" / "mof"};
+    std::filesystem::path provider = root / "lib" / providerFile;
+    if (!std::filesystem::exists(provider, error)) provider = root / MEROLT_PROVIDER_FOLDER / providerFile;
+    return {provider, root / MEROLT_DATA_FOLDER / "mof"};
 }
 
 std::optional<std::string> checkFleet() {

@@ -12,7 +12,8 @@ struct Locations {
     std::filesystem::path mof;
 };
 
-/// Relative to the running program: ../lib and ../share/merolt-cna-provider/mof.
+/// Relative to the running program. In a build tree the provider lies in ../lib, installed in the folder of CMPI
+/// providers, such as ../lib/cmpi.
 Locations defaultLocations();
 
 /// Reads the fleet file that TAVIK_SOURCE names, if it names one, before the provider does: the adapter library can

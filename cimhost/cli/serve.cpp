@@ -1,6 +1,8 @@
 #include "cimhost/cli/commands.h"
+#include "cimhost/indications/indication_server.h"
 #include "cimhost/service/endpoint.h"
 
+#include <algorithm>
 #include <charconv>
 #include <iostream>
 #include <stdexcept>
@@ -51,6 +53,8 @@ http::Options serverOptions(const ServeOptions& options) {
     server.port = listen.port;
     server.limits.connections = options.connections;
     server.workers = options.workers;
+    server.limits.bodyBytes = options.largestRequestMebibytes << 20;
+    server.limits.allBodyBytes = std::max(server.limits.allBodyBytes, 4 * server.limits.bodyBytes);
     if (!options.credentials.empty()) {
         server.credentials = std::make_shared<http::Credentials>(http::Credentials::load(options.credentials));
     }
@@ -81,6 +85,22 @@ std::string urlOf(const http::Options& options, std::uint16_t port) {
            std::to_string(port);
 }
 
+HostOptions withSink(HostOptions options, const std::unique_ptr<IndicationServer>& indications) {
+    options.broker.indicationSink = [&indications](std::string_view, const InstanceObject& indication) -> CMPIrc {
+        return indications ? indications->router().deliver(indication) : CMPI_RC_ERR_FAILED;
+    };
+    return options;
+}
+
+IndicationOptions indicationOptions(const HostOptions& host, const ServeOptions& options) {
+    IndicationOptions made;
+    made.subscriptions.interopNamespace = host.interopNamespace;
+    made.subscriptions.systemName = systemName();
+    made.subscriptions.stateFile = options.state;
+    made.log = host.broker.log;
+    return made;
+}
+
 } // namespace
 
 void serve(const HostOptions& hostOptions, const ServeOptions& options) {
@@ -88,14 +108,22 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     LateHandler handler;
     http::Server server(settings, handler);
     server.stopOnSignals();
-    Host host(hostOptions);
+    // Outlives the provider, which may have something to tell up to its last moment.
+    std::unique_ptr<IndicationServer> indications;
+    Host host(withSink(hostOptions, indications));
+    LibraryIndicationCalls provider(host.provider());
+    indications = std::make_unique<IndicationServer>(host.broker(), host.operations().registration(), provider,
+                                                     indicationOptions(hostOptions, options));
+    host.serveOwn(indications->objects(), indications->subscriptions().classes());
     host.warmUp();
+    indications->subscriptions().restore();
     Dispatcher dispatcher(host.operations(), host.broker());
     handler.endpoint = std::make_unique<Endpoint>(dispatcher);
     std::cout << "cimhost: listening on " << urlOf(settings, server.port()) << ", namespace " << hostOptions.nameSpace
               << std::endl;
     server.run();
     host.shutdown();
+    indications->router().stop();
 }
 
 } // namespace cimhost::cli

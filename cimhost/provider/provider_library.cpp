@@ -296,6 +296,24 @@ Outcome ProviderLibrary::invokeMethod(RequestScope& scope, const CallContext& co
     return outcome;
 }
 
+Outcome ProviderLibrary::authorizeFilter(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,
+                                         const std::string& className, const ObjectPathObject& classPath,
+                                         const std::string& owner) {
+    Outcome outcome;
+    outcome.error = interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::authorizeFilter,
+                                          makeContext(scope.arena(), context), &filter, className.c_str(), &classPath,
+                                          owner.c_str());
+    return outcome;
+}
+
+Outcome ProviderLibrary::mustPoll(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,
+                                  const std::string& className, const ObjectPathObject& classPath) {
+    Outcome outcome;
+    outcome.error = interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::mustPoll,
+                                          makeContext(scope.arena(), context), &filter, className.c_str(), &classPath);
+    return outcome;
+}
+
 Outcome ProviderLibrary::activateFilter(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,
                                         const std::string& className, const ObjectPathObject& classPath, bool isFirst) {
     Outcome outcome;

@@ -85,7 +85,11 @@ public:
     Outcome invokeMethod(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                          const std::string& method, const ArgsObject& in);
 
-    /// className is the class of the query's FROM.
+    /// className is the class of the query's FROM. owner is who subscribes.
+    Outcome authorizeFilter(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,
+                            const std::string& className, const ObjectPathObject& classPath, const std::string& owner);
+    Outcome mustPoll(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,
+                     const std::string& className, const ObjectPathObject& classPath);
     Outcome activateFilter(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,
                            const std::string& className, const ObjectPathObject& classPath, bool isFirst);
     Outcome deactivateFilter(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,

@@ -3,6 +3,7 @@
 #include "cimhost/cimxml/class_encoder.h"
 #include "cimhost/service/association_requests.h"
 #include "cimhost/service/call.h"
+#include "cimhost/service/method_requests.h"
 #include "cimhost/service/parameters.h"
 #include "cimhost/service/request_values.h"
 
@@ -151,12 +152,13 @@ constexpr OperationRow operationRows[] = {
 
 const OperationRow& rowFor(const Request& request) {
     for (const OperationRow& row : operationRows) {
-        if (request.kind == Request::Kind::intrinsic && equalNames(row.name, request.methodName)) return row;
+        if (equalNames(row.name, request.methodName)) return row;
     }
     throw CimFailure(CMPI_RC_ERR_NOT_SUPPORTED, "this server has no operation " + request.methodName.substr(0, 64));
 }
 
 void runOperation(const Call& call) {
+    if (call.request.kind == Request::Kind::extrinsic) return invokeMethod(call);
     const OperationRow& row = rowFor(call.request);
     refuseUnknownParameters(call.request, row.parameters);
     if (row.returns == Returns::nothing) return row.run(call);

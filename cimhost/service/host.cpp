@@ -37,10 +37,18 @@ Host::Host(HostOptions options)
     cmpiBroker = std::make_unique<Broker>(repository, settings.broker);
     library = std::make_unique<ProviderLibrary>(settings.provider, settings.providerName, *cmpiBroker);
     calls = std::make_unique<LibraryCalls>(*library);
-    served = std::make_unique<Operations>(repository, registration, *calls);
+    routed = std::make_unique<RoutedCalls>(*calls);
+    served = std::make_unique<Operations>(repository, registration, *routed);
+    served->arrayArguments = settings.arrayArguments;
 }
 
 Host::~Host() = default;
+
+void Host::serveOwn(ProviderCalls& objects, const std::vector<const ClassDeclaration*>& classes) {
+    for (const ClassDeclaration* declaration : classes)
+        registration.add(*declaration, ProviderKind::instance);
+    routed->routeTo(objects, classes);
+}
 
 void Host::warmUp() {
     for (const ClassDeclaration* declaration : repository.classes(settings.nameSpace)) {

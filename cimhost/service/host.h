@@ -3,6 +3,7 @@
 #pragma once
 
 #include "cimhost/service/operations.h"
+#include "cimhost/service/routed_calls.h"
 
 #include <filesystem>
 #include <memory>
@@ -17,6 +18,7 @@ struct HostOptions {
     std::string providerName = "Merolt_CNA_Provider";
     std::string nameSpace = Namespaces().implementation;
     std::string interopNamespace = Namespaces().interop;
+    ArrayArguments arrayArguments = ArrayArguments::tagged;
     BrokerOptions broker;
 };
 
@@ -28,6 +30,10 @@ public:
 
     [[nodiscard]] Operations& operations() noexcept { return *served; }
     [[nodiscard]] Broker& broker() noexcept { return *cmpiBroker; }
+    [[nodiscard]] ProviderLibrary& provider() noexcept { return *library; }
+
+    /// From now on the server itself answers for these classes. Before the first operation; objects outlives the host.
+    void serveOwn(ProviderCalls& objects, const std::vector<const ClassDeclaration*>& classes);
 
     /// Makes the provider ready now and not at the first request: its first call builds what it knows. An error that
     /// the call ends with is thrown as CimFailure.
@@ -43,6 +49,7 @@ private:
     std::unique_ptr<Broker> cmpiBroker;
     std::unique_ptr<ProviderLibrary> library;
     std::unique_ptr<LibraryCalls> calls;
+    std::unique_ptr<RoutedCalls> routed;
     std::unique_ptr<Operations> served;
 };
 

@@ -219,6 +219,24 @@ std::vector<const ObjectPathObject*> Operations::referenceNames(RequestScope& sc
         .paths;
 }
 
+const MethodDeclaration& Operations::findMethod(const ClassDeclaration& declaration, std::string_view name) {
+    if (const MethodDeclaration* method = declaration.method(name)) return *method;
+    throw CimFailure(CMPI_RC_ERR_METHOD_NOT_FOUND,
+                     "class " + declaration.name() + " has no method " + quoted(name.substr(0, 64)));
+}
+
+Outcome Operations::invokeMethod(RequestScope& scope, const Caller& caller, const ObjectPathObject& path,
+                                 const MethodDeclaration& method, const ArgsObject& arguments) {
+    const ClassDeclaration& declaration = findClass(path.nameSpace(), path.className());
+    if (!registered.serves(declaration, ProviderKind::method)) {
+        throw CimFailure(CMPI_RC_ERR_METHOD_NOT_AVAILABLE, "no provider serves methods of class " + declaration.name());
+    }
+    Outcome outcome =
+        calls.invokeMethod(scope, contextOf(caller, declaration.nameSpace()), path, method.name, arguments);
+    throwUnlessOk(outcome);
+    return outcome;
+}
+
 std::vector<const ClassDeclaration*> Operations::associatorClasses(std::string_view nameSpace,
                                                                    std::string_view className,
                                                                    const AssociationFilter& filter) const {

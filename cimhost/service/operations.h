@@ -22,6 +22,12 @@ struct Caller {
     std::string host;    ///< what he calls this server, as "name:port"; empty: unknown
 };
 
+/// How a method finds its array arguments typed: servers differ, and some providers take only the one or the other.
+enum class ArrayArguments {
+    tagged, ///< with the element type: uint8[] is 0x2080
+    bare,   ///< 0x2000 for every array
+};
+
 /// Every operation throws CimFailure. Results live in the scope. Safe to use from several threads, each with a scope.
 class Operations {
 public:
@@ -79,6 +85,16 @@ public:
     [[nodiscard]] std::vector<const ClassDeclaration*> enumerateClasses(std::string_view nameSpace,
                                                                         const std::optional<std::string>& className,
                                                                         bool deepInheritance) const;
+
+    /// CIM_ERR_METHOD_NOT_FOUND if the class has none of that name.
+    static const MethodDeclaration& findMethod(const ClassDeclaration& declaration, std::string_view name);
+    /// What the method returned and gave out. CIM_ERR_METHOD_NOT_AVAILABLE where no provider serves the class's
+    /// methods.
+    Outcome invokeMethod(RequestScope& scope, const Caller& caller, const ObjectPathObject& path,
+                         const MethodDeclaration& method, const ArgsObject& arguments);
+
+    /// Set before the first operation.
+    ArrayArguments arrayArguments = ArrayArguments::tagged;
 
     [[nodiscard]] const ClassRepository& repository() const noexcept { return classes; }
     [[nodiscard]] const Registration& registration() const noexcept { return registered; }

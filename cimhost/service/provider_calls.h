@@ -28,7 +28,18 @@ public:
                                const AssociationFilter& filter, const PropertyList& properties) = 0;
     virtual Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                                    const AssociationFilter& filter) = 0;
+    /// Whoever has no methods leaves this as it is.
+    virtual Outcome invokeMethod(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                                 const std::string& method, const ArgsObject& in);
 };
+
+inline Outcome ProviderCalls::invokeMethod(RequestScope& scope, const CallContext&, const ObjectPathObject&,
+                                           const std::string&, const ArgsObject&) {
+    Outcome outcome;
+    outcome.error = CimError{CMPI_RC_ERR_NOT_SUPPORTED, ""};
+    outcome.outArguments = scope.make().arguments();
+    return outcome;
+}
 
 /// Calls a provider library, which outlives this.
 class LibraryCalls final : public ProviderCalls {
@@ -73,6 +84,10 @@ public:
     Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                            const AssociationFilter& filter) override {
         return library.referenceNames(scope, context, source, filter);
+    }
+    Outcome invokeMethod(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                         const std::string& method, const ArgsObject& in) override {
+        return library.invokeMethod(scope, context, path, method, in);
     }
 
 private:

@@ -136,6 +136,19 @@ std::optional<FleetError> FleetSource::readAgain() {
     return std::nullopt;
 }
 
+// States come and go: polls and alarms tell of them. A refresh for their sake would rebuild the lists that a poll
+// compares with, and swallow the change.
+Fleet withoutStates(Fleet fleet) {
+    struct Forget {
+        void operator()(StorageFunction& function) const { function.property.state = {}; }
+        void operator()(NicFunction& function) const { function.link.state = {}; }
+    };
+    if (!fleet.cards) return fleet;
+    for (Card& card : *fleet.cards)
+        forEachFunction(card, Forget());
+    return fleet;
+}
+
 void FleetSource::adopt(Fleet fleet) {
     auto reading = std::make_shared<const Reading>(std::move(fleet));
     const auto before = newest();
@@ -143,7 +156,8 @@ void FleetSource::adopt(Fleet fleet) {
     {
         const std::lock_guard lock(mutex_);
         newest_ = reading;
-        changed_ = changed_ || loaded_;
+        const bool hasSameShape = before && withoutStates(before->fleet()) == withoutStates(reading->fleet());
+        changed_ = changed_ || (loaded_ && !hasSameShape);
     }
     log(path_ + ": read");
     if (!before || !sink_) return;

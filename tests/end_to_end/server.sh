@@ -8,7 +8,7 @@ folder=$(mktemp -d)
 cd "$folder"
 printf '%s\n' ErrorLog=1 LinkStatusPollIntervalSeconds=0 >meroltcna.properties
 touch output errors
-"$cimhost" serve --fleet "$fleet" --listen 127.0.0.1:0 >output 2>errors &
+"$cimhost" serve --fleet "$fleet" --listen 127.0.0.1:0 "${@:3}" >output 2>errors &
 server=$!
 stop() {
     kill "$server" 2>/dev/null || true

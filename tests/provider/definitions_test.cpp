@@ -18,6 +18,9 @@ struct PropertyRow {
     std::string property;
     std::string type;
     bool isKey;
+
+    bool isReference() const { return type.rfind("ref ", 0) == 0; }
+    std::string referenceClass() const { return type.substr(4); }
 };
 
 std::vector<PropertyRow> readTable() {
@@ -58,13 +61,20 @@ protected:
         tavikLibrary.setFleet(std::get<tavik::Fleet>(std::move(parsed)));
         start();
         rows = readTable();
-        for (const PropertyRow& row : rows)
-            classNames.insert(row.className);
+        for (const PropertyRow& row : rows) {
+            if (row.isReference()) associationNames.insert(row.className);
+        }
+        for (const PropertyRow& row : rows) {
+            const bool isIndication = row.className.find("Indication") != std::string::npos;
+            if (!isIndication && associationNames.count(row.className) == 0) classNames.insert(row.className);
+        }
         ASSERT_EQ(classNames.size(), 29U);
+        ASSERT_EQ(associationNames.size(), 48U);
     }
 
     std::vector<PropertyRow> rows;
     Names classNames;
+    Names associationNames;
 };
 
 TEST_F(DefinitionsTest, NoPropertyIsSetThatItsClassLacks) {
@@ -124,6 +134,27 @@ TEST_F(DefinitionsTest, EveryPathButThoseOfEqualKeysLeadsToItsInstance) {
                 EXPECT_EQ(answer.objects.front()[name], value) << className;
         }
     }
+}
+
+TEST_F(DefinitionsTest, EveryAssociationDeliversItsDeclaredRolesWithObjectsOfTheirClasses) {
+    for (const PropertyRow& row : rows) {
+        if (!row.isReference()) continue;
+        const std::vector<TestObject> objects = enumerateInstances(row.className).objects;
+        EXPECT_FALSE(objects.empty()) << row.className;
+        for (const TestObject& object : objects) {
+            const std::string value = object[row.property];
+            EXPECT_EQ(typeOf(value), "ref") << row.className << '.' << row.property;
+            // Elements of three classes conform to profiles: the role is declared on their common ancestor.
+            if (row.referenceClass() == "CIM_ManagedElement") continue;
+            EXPECT_NE(value.find(row.referenceClass() + '.'), std::string::npos) << row.className << ' ' << value;
+        }
+    }
+}
+
+TEST_F(DefinitionsTest, NoAssociationSetsAPropertyThatItsClassLacks) {
+    for (const std::string& className : associationNames)
+        EXPECT_TRUE(enumerateInstances(className).isOk()) << className;
+    EXPECT_EQ(broker->droppedProperties(), std::vector<std::string>());
 }
 
 } // namespace

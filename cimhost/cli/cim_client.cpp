@@ -1,0 +1,118 @@
+#include "cimhost/cli/cim_client.h"
+
+#include "cimhost/cimxml/answer.h"
+#include "cimhost/cimxml/encoder.h"
+#include "cimhost/cimxml/xml_text.h"
+#include "cimhost/service/cim_failure.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace cimhost::cli {
+
+namespace {
+
+http::Url operationsOf(http::Url server) {
+    server.path = "/cimom";
+    return server;
+}
+
+void appendOpening(ByteBuffer& out, std::string_view element, std::string_view attribute, std::string_view value) {
+    out.append("<");
+    out.append(element);
+    cimxml::appendAttribute(out, attribute, value);
+}
+
+} // namespace
+
+CimClient::CimClient(http::Url server, std::string operationNamespace)
+    : client(operationsOf(server)), authority(server.authority()), nameSpace(std::move(operationNamespace)) {}
+
+void CimClient::appendNamespacePath(ByteBuffer& out) const {
+    out.append("<LOCALNAMESPACEPATH>");
+    for (std::string_view rest = nameSpace; !rest.empty();) {
+        const std::string_view part = rest.substr(0, rest.find('/'));
+        appendOpening(out, "NAMESPACE", "NAME", part);
+        out.append("/>");
+        rest.remove_prefix(std::min(rest.size(), part.size() + 1));
+    }
+    out.append("</LOCALNAMESPACEPATH>");
+}
+
+std::vector<cimxml::XmlElement> CimClient::call(std::string_view method, std::string_view parameter,
+                                                const ByteBuffer& value) {
+    ByteBuffer message("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">"
+                       "<MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>");
+    appendOpening(message, "IMETHODCALL", "NAME", method);
+    message.append(">");
+    appendNamespacePath(message);
+    appendOpening(message, "IPARAMVALUE", "NAME", parameter);
+    message.append(">");
+    message.append(value.view());
+    message.append("</IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>\n");
+    const http::ClientAnswer answer = client.post({{"Content-Type", "application/xml; charset=\"utf-8\""},
+                                                   {"CIMProtocolVersion", "1.0"},
+                                                   {"CIMOperation", "MethodCall"},
+                                                   {"CIMMethod", std::string(method)},
+                                                   {"CIMObject", nameSpace}},
+                                                  message.view());
+    if (answer.status != 200) {
+        throw std::runtime_error(authority + " answered " + std::string(method) + " with HTTP status " +
+                                 std::to_string(answer.status));
+    }
+    auto decoded = cimxml::decodeAnswer(answer.body);
+    if (const auto* garbage = std::get_if<cimxml::ProtocolError>(&decoded)) {
+        throw std::runtime_error(authority + " does not answer as a CIM server: " + garbage->message);
+    }
+    auto& content = std::get<cimxml::Answer>(decoded);
+    if (const auto* error = std::get_if<CimError>(&content)) throw CimFailure(*error);
+    return std::move(std::get<std::vector<cimxml::XmlElement>>(content));
+}
+
+cimxml::XmlElement CimClient::create(const ByteBuffer& instance) {
+    std::vector<cimxml::XmlElement> values = call("CreateInstance", "NewInstance", instance);
+    if (values.size() != 1 || values.front().name != "INSTANCENAME") {
+        throw std::runtime_error(authority + " made an instance, but did not say which");
+    }
+    return std::move(values.front());
+}
+
+cimxml::XmlElement CimClient::createInstance(std::string_view className,
+                                             const std::vector<ClientProperty>& properties) {
+    ByteBuffer instance;
+    appendOpening(instance, "INSTANCE", "CLASSNAME", className);
+    instance.append(">");
+    for (const ClientProperty& property : properties) {
+        appendOpening(instance, "PROPERTY", "NAME", property.name);
+        cimxml::appendAttribute(instance, "TYPE", property.type);
+        instance.append("><VALUE>");
+        cimxml::appendText(instance, property.value);
+        instance.append("</VALUE></PROPERTY>");
+    }
+    instance.append("</INSTANCE>");
+    return create(instance);
+}
+
+cimxml::XmlElement CimClient::createAssociation(std::string_view className, const std::vector<Reference>& references) {
+    ByteBuffer instance;
+    appendOpening(instance, "INSTANCE", "CLASSNAME", className);
+    instance.append(">");
+    for (const Reference& reference : references) {
+        appendOpening(instance, "PROPERTY.REFERENCE", "NAME", reference.name);
+        cimxml::appendAttribute(instance, "REFERENCECLASS", reference.className);
+        instance.append("><VALUE.REFERENCE><LOCALINSTANCEPATH>");
+        appendNamespacePath(instance);
+        cimxml::appendElement(instance, reference.target);
+        instance.append("</LOCALINSTANCEPATH></VALUE.REFERENCE></PROPERTY.REFERENCE>");
+    }
+    instance.append("</INSTANCE>");
+    return create(instance);
+}
+
+void CimClient::deleteInstance(const cimxml::XmlElement& name) {
+    ByteBuffer value;
+    cimxml::appendElement(value, name);
+    call("DeleteInstance", "InstanceName", value);
+}
+
+} // namespace cimhost::cli

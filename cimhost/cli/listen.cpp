@@ -1,0 +1,151 @@
+#include "cimhost/cli/listen.h"
+
+#include "cimhost/cimxml/encoder.h"
+#include "cimhost/cimxml/request.h"
+#include "cimhost/cli/cim_client.h"
+#include "cimhost/cli/received_indication.h"
+#include "cimhost/http/server.h"
+#include "cimhost/model/names.h"
+#include "cimhost/service/cim_failure.h"
+
+#include <chrono>
+#include <iostream>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace cimhost::cli {
+
+namespace {
+
+http::Response refusal(const cimxml::ProtocolError& error) {
+    http::Response response = http::textResponse(cimxml::httpStatus(error.kind), error.message);
+    response.fields.push_back({"CIMError", std::string(cimxml::headerValue(error.kind))});
+    return response;
+}
+
+http::Response taken(const std::string& messageId) {
+    http::Response response;
+    response.fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
+                       {"Cache-Control", "no-cache"},
+                       {"CIMExport", "MethodResponse"}};
+    response.body.append(
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE");
+    cimxml::appendAttribute(response.body, "ID", messageId);
+    response.body.append(" PROTOCOLVERSION=\"1.0\"><SIMPLEEXPRSP><EXPMETHODRESPONSE NAME=\"ExportIndication\">"
+                         "<IRETURNVALUE/></EXPMETHODRESPONSE></SIMPLEEXPRSP></MESSAGE></CIM>\n");
+    return response;
+}
+
+class Listener final : public http::Handler {
+public:
+    explicit Listener(bool asJson) : json(asJson) {}
+
+    // The field CIMExport is required for the same reason as CIMOperation at a server: no web page can send it.
+    [[nodiscard]] std::optional<http::Response> refuse(const http::Request& head) const override {
+        if (head.method != "POST") return http::textResponse(405, "use POST");
+        const std::string* call = head.field("CIMExport");
+        if (call && equalNames(*call, "MethodRequest")) return std::nullopt;
+        return refusal({cimxml::ErrorKind::unsupportedOperation, "this listener takes CIMExport: MethodRequest"});
+    }
+
+    [[nodiscard]] http::Response answer(http::Request request) override {
+        const auto decoded = cimxml::decodeExport(request.body);
+        if (const auto* error = std::get_if<cimxml::ProtocolError>(&decoded)) return refusal(*error);
+        const auto& message = std::get<cimxml::ExportRequest>(decoded);
+        print(message.indication);
+        return taken(message.messageId);
+    }
+
+private:
+    void print(const cimxml::Instance& indication) {
+        const std::lock_guard lock(mutex);
+        if (const std::string odd = sequence.judge(indication); !odd.empty()) {
+            std::cerr << "cimhost: " << odd << std::endl;
+        }
+        std::cout << (json ? jsonLineOf(indication) : textOf(indication) + "\n") << std::flush;
+    }
+
+    const bool json;
+    std::mutex mutex;
+    SequenceWatch sequence;
+};
+
+std::string uniqueName() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return "cimhost-listen-" + std::to_string(::getpid()) + "-" +
+           std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(now).count());
+}
+
+// What a listener made at a server, to be removed the other way round.
+class Subscription {
+public:
+    Subscription(const http::Url& server, const ListenOptions& options, const std::string& destination)
+        : client(server, options.interopNamespace) {
+        try {
+            make(options, destination);
+        } catch (...) {
+            remove();
+            throw;
+        }
+    }
+
+    void remove() {
+        for (; !made.empty(); made.pop_back()) {
+            try {
+                client.deleteInstance(made.back());
+            } catch (const std::exception& error) {
+                std::cerr << "cimhost: a " << *made.back().attribute("CLASSNAME")
+                          << " stays at the server: " << error.what() << '\n';
+            }
+        }
+    }
+
+private:
+    void make(const ListenOptions& options, const std::string& destination) {
+        const std::string name = uniqueName();
+        made.push_back(client.createInstance("CIM_IndicationFilter", {{"Name", "string", name},
+                                                                      {"SourceNamespace", "string", options.nameSpace},
+                                                                      {"Query", "string", options.query},
+                                                                      {"QueryLanguage", "string", "WQL"}}));
+        // Transient: a listener that is killed leaves nothing behind for longer than the server lives.
+        made.push_back(client.createInstance(
+            "CIM_ListenerDestinationCIMXML",
+            {{"Name", "string", name}, {"Destination", "string", destination}, {"PersistenceType", "uint16", "3"}}));
+        const cimxml::XmlElement filter = made[0];
+        const cimxml::XmlElement handler = made[1];
+        made.push_back(client.createAssociation(
+            "CIM_IndicationSubscription",
+            {{"Filter", "CIM_IndicationFilter", filter}, {"Handler", "CIM_ListenerDestinationCIMXML", handler}}));
+    }
+
+    CimClient client;
+    std::vector<cimxml::XmlElement> made;
+};
+
+} // namespace
+
+void listen(const ListenOptions& options) {
+    const std::optional<http::Url> server = http::parseUrl(options.subscribe);
+    if (!options.subscribe.empty() && !server) {
+        throw std::runtime_error("--subscribe: \"" + options.subscribe + "\" is no URL such as http://127.0.0.1:5988");
+    }
+    http::Options settings;
+    settings.address = options.address;
+    settings.port = options.port;
+    settings.workers = 1;
+    Listener listener(options.json);
+    http::Server listening(settings, listener);
+    listening.stopOnSignals();
+    const std::string url =
+        "http://" + http::Url{false, options.address, std::to_string(listening.port()), "/"}.authority();
+    std::optional<Subscription> subscription;
+    if (server) subscription.emplace(*server, options, url + "/");
+    std::cerr << "cimhost: listening for indications on " << url
+              << (server ? ", subscribed at " + server->authority() : "") << std::endl;
+    listening.run();
+    if (subscription) subscription->remove();
+}
+
+} // namespace cimhost::cli

@@ -1,0 +1,46 @@
+// What subscriptions ask of a provider: a loaded library in the server, whatever a test likes in its place.
+#pragma once
+
+#include "cimhost/provider/provider_library.h"
+
+#include <optional>
+#include <string>
+
+namespace cimhost {
+
+/// A filter as a provider is told of it.
+struct FilterCall {
+    const SelectExpObject& query;
+    const std::string& className;      ///< of the query's FROM
+    const ObjectPathObject& classPath; ///< namespace, and a class that the provider is registered for
+    const std::string& owner;          ///< who subscribes
+};
+
+/// Nothing, or the provider's error.
+class IndicationCalls {
+public:
+    virtual ~IndicationCalls() = default;
+
+    virtual std::optional<CimError> authorizeFilter(RequestScope& scope, const FilterCall& call) = 0;
+    virtual std::optional<CimError> mustPoll(RequestScope& scope, const FilterCall& call) = 0;
+    virtual std::optional<CimError> activateFilter(RequestScope& scope, const FilterCall& call, bool isFirst) = 0;
+    virtual std::optional<CimError> deactivateFilter(RequestScope& scope, const FilterCall& call, bool isLast) = 0;
+    virtual std::optional<CimError> enableIndications(RequestScope& scope) = 0;
+};
+
+/// Calls a provider library, which outlives this.
+class LibraryIndicationCalls final : public IndicationCalls {
+public:
+    explicit LibraryIndicationCalls(ProviderLibrary& loaded) : library(loaded) {}
+
+    std::optional<CimError> authorizeFilter(RequestScope& scope, const FilterCall& call) override;
+    std::optional<CimError> mustPoll(RequestScope& scope, const FilterCall& call) override;
+    std::optional<CimError> activateFilter(RequestScope& scope, const FilterCall& call, bool isFirst) override;
+    std::optional<CimError> deactivateFilter(RequestScope& scope, const FilterCall& call, bool isLast) override;
+    std::optional<CimError> enableIndications(RequestScope& scope) override;
+
+private:
+    ProviderLibrary& library;
+};
+
+} // namespace cimhost

@@ -1,0 +1,24 @@
+#include "cimhost/indications/indication_server.h"
+
+#include <climits>
+#include <cstdlib>
+#include <unistd.h>
+
+namespace cimhost {
+
+std::filesystem::path defaultStateFile() {
+    const std::filesystem::path name = std::filesystem::path("cimhost") / "subscriptions.json";
+    const char* state = std::getenv("XDG_STATE_HOME");
+    if (state && *state == '/') return std::filesystem::path(state) / name;
+    const char* home = std::getenv("HOME");
+    if (home && *home == '/') return std::filesystem::path(home) / ".local" / "state" / name;
+    return {};
+}
+
+std::string systemName() {
+    char name[HOST_NAME_MAX + 1] = {};
+    if (::gethostname(name, sizeof name - 1) != 0) return "localhost";
+    return name;
+}
+
+} // namespace cimhost

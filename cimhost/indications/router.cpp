@@ -1,0 +1,118 @@
+#include "cimhost/indications/router.h"
+
+#include "cimhost/model/names.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace cimhost {
+
+namespace {
+
+constexpr std::string_view endTag = "</INSTANCE>";
+
+// Numbers begin anew with each delivery, so each has a context of its own, also across restarts.
+std::string sequenceContext(const std::string& system, const std::string& destination, std::uint64_t number) {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+    return system + "." + std::to_string(microseconds) + "." + std::to_string(number) + "." + destination;
+}
+
+bool selects(const Route& route, const InstanceObject& indication) {
+    const ClassDeclaration* declaration = indication.declaration();
+    return declaration && equalNames(route.nameSpace, indication.nameSpace()) && declaration->isA(*route.from) &&
+           route.query->selects(indication);
+}
+
+} // namespace
+
+Router::Router(const ClassRepository& repository, std::string systemName, DeliveryOptions options, LogSink sink)
+    : tags(repository), system(std::move(systemName)), settings(options), log(std::move(sink)),
+      targets(std::make_shared<Targets>()) {}
+
+std::shared_ptr<Delivery> Router::deliveryFor(const Route& route) {
+    std::shared_ptr<Delivery>& delivery = deliveries[route.destination];
+    if (!delivery) {
+        delivery =
+            std::make_shared<Delivery>(route.url, route.listenerName + " at " + route.url.authority(),
+                                       sequenceContext(system, route.listenerName, deliveriesMade++), settings, log);
+    }
+    return delivery;
+}
+
+void Router::retireUnused(const Targets& used) {
+    for (auto place = deliveries.begin(); place != deliveries.end();) {
+        const auto isUsing = [&](const Target& target) { return target.delivery == place->second; };
+        if (std::any_of(used.begin(), used.end(), isUsing)) {
+            ++place;
+            continue;
+        }
+        retired.push_back(std::move(place->second));
+        place = deliveries.erase(place);
+    }
+    std::erase_if(retired, [](const std::shared_ptr<Delivery>& delivery) { return delivery->abandon(); });
+}
+
+void Router::setRoutes(std::vector<Route> routes) {
+    auto made = std::make_shared<Targets>();
+    const std::lock_guard lock(mutex);
+    for (Route& route : routes) {
+        auto delivery = deliveryFor(route);
+        made->push_back({std::move(route), std::move(delivery)});
+    }
+    retireUnused(*made);
+    targets = std::move(made);
+}
+
+OpenInstance Router::render(const InstanceObject& indication) const {
+    std::vector<bool> selected;
+    for (const PropertyDeclaration& property : indication.declaration()->properties()) {
+        selected.push_back(!equalNames(property.name, "SequenceContext") &&
+                           !equalNames(property.name, "SequenceNumber"));
+    }
+    ByteBuffer text;
+    cimxml::Encoder(text, tags).instance(indication, {false, &selected});
+    text.truncate(text.size() - endTag.size());
+    return std::make_shared<const std::string>(text.view());
+}
+
+CMPIrc Router::deliver(const InstanceObject& indication) {
+    std::shared_ptr<const Targets> current;
+    {
+        const std::lock_guard lock(mutex);
+        current = targets;
+    }
+    OpenInstance text;
+    for (const Target& target : *current) {
+        if (!selects(target.route, indication)) continue;
+        if (!text) text = render(indication);
+        target.delivery->enqueue(text);
+    }
+    return current->empty() ? CMPI_RC_ERR_FAILED : CMPI_RC_OK;
+}
+
+void Router::stop() {
+    std::map<std::string, std::shared_ptr<Delivery>> ending;
+    std::vector<std::shared_ptr<Delivery>> abandoned;
+    {
+        const std::lock_guard lock(mutex);
+        targets = std::make_shared<Targets>();
+        ending = std::exchange(deliveries, {});
+        abandoned = std::exchange(retired, {});
+    }
+    const auto stopAt = std::chrono::steady_clock::now() + settings.stopGrace;
+    for (const auto& [name, delivery] : ending) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(stopAt - std::chrono::steady_clock::now());
+        delivery->stop(std::max(left, std::chrono::milliseconds::zero()));
+    }
+}
+
+DeliveryCounts Router::counts(const std::string& destination) const {
+    const std::lock_guard lock(mutex);
+    const auto place = deliveries.find(destination);
+    return place == deliveries.end() ? DeliveryCounts{} : place->second->counts();
+}
+
+} // namespace cimhost

@@ -1,0 +1,67 @@
+// Which listeners an indication goes to, and the deliveries that bring it there.
+#pragma once
+
+#include "cimhost/cimxml/encoder.h"
+#include "cimhost/indications/delivery.h"
+#include "cimhost/indications/query.h"
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace cimhost {
+
+/// What a subscription selects, and where that goes.
+struct Route {
+    std::string nameSpace;
+    const ClassDeclaration* from = nullptr;
+    std::shared_ptr<const Query> query;
+    std::string destination;  ///< tells listeners apart: one delivery for each
+    std::string listenerName; ///< what reports call it
+    http::Url url;
+};
+
+class Router {
+public:
+    /// The repository outlives the router. systemName begins every sequence context.
+    Router(const ClassRepository& repository, std::string systemName, DeliveryOptions options, LogSink log);
+
+    /// From now on these. A listener without a route is told nothing more, not even what waits for it.
+    void setRoutes(std::vector<Route> routes);
+
+    /// Queues the indication for every route that selects it: once for each. Never waits. 0, or 1 without any routes.
+    CMPIrc deliver(const InstanceObject& indication);
+
+    /// Brings what waits, as far as the grace of the options goes; then nothing is delivered any more.
+    void stop();
+
+    /// Of one destination; zeros if there is none.
+    [[nodiscard]] DeliveryCounts counts(const std::string& destination) const;
+
+private:
+    struct Target {
+        Route route;
+        std::shared_ptr<Delivery> delivery;
+    };
+    using Targets = std::vector<Target>;
+
+    std::shared_ptr<Delivery> deliveryFor(const Route& route);
+    void retireUnused(const Targets& used);
+    OpenInstance render(const InstanceObject& indication) const;
+
+    const cimxml::TagTable tags;
+    const std::string system;
+    const DeliveryOptions settings;
+    const LogSink log;
+
+    mutable std::mutex mutex;
+    std::shared_ptr<const Targets> targets;
+    std::map<std::string, std::shared_ptr<Delivery>> deliveries;
+    // A name that is being looked up cannot be called back: its thread ends when that does.
+    std::vector<std::shared_ptr<Delivery>> retired;
+    std::uint64_t deliveriesMade = 0;
+};
+
+} // namespace cimhost

@@ -1,0 +1,26 @@
+// Subscriptions as the small JSON file that brings them over a restart.
+#pragma once
+
+#include "cimhost/broker/objects.h"
+#include "cimhost/cimxml/values.h"
+#include "cimhost/model/class_repository.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cimhost {
+
+/// The file's text: each instance with its class and every property that has a value, all as texts.
+std::string stateText(const std::vector<const InstanceObject*>& instances);
+
+/// Calls take for each instance of the text, in its order. What take throws and what is wrong with the text becomes a
+/// std::runtime_error with the file's name and the place.
+void readState(const std::filesystem::path& file, std::string_view text, const ClassRepository& repository,
+               std::string_view nameSpace, const std::function<void(const cimxml::Instance&)>& take);
+
+constexpr std::size_t longestStateFile = std::size_t{16} << 20;
+
+} // namespace cimhost

@@ -1,0 +1,76 @@
+// Sends calls about the server's own classes to the server's own objects, and all others to the provider.
+#pragma once
+
+#include "cimhost/service/provider_calls.h"
+
+#include <unordered_set>
+#include <vector>
+
+namespace cimhost {
+
+class RoutedCalls final : public ProviderCalls {
+public:
+    /// The provider outlives this.
+    explicit RoutedCalls(ProviderCalls& behind) : provider(behind) {}
+
+    /// From now on calls about these classes go to objects, which outlives this. Before the first call.
+    void routeTo(ProviderCalls& objects, const std::vector<const ClassDeclaration*>& classes) {
+        own = &objects;
+        ownClasses.insert(classes.begin(), classes.end());
+    }
+
+    Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
+                                   const ObjectPathObject& classPath) override {
+        return of(classPath).enumerateInstanceNames(scope, context, classPath);
+    }
+    Outcome enumerateInstances(RequestScope& scope, const CallContext& context, const ObjectPathObject& classPath,
+                               const PropertyList& properties) override {
+        return of(classPath).enumerateInstances(scope, context, classPath, properties);
+    }
+    Outcome getInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                        const PropertyList& properties) override {
+        return of(path).getInstance(scope, context, path, properties);
+    }
+    Outcome createInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                           const InstanceObject& instance) override {
+        return of(path).createInstance(scope, context, path, instance);
+    }
+    Outcome modifyInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                           const InstanceObject& instance, const PropertyList& properties) override {
+        return of(path).modifyInstance(scope, context, path, instance, properties);
+    }
+    Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override {
+        return of(path).deleteInstance(scope, context, path);
+    }
+    Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                        const AssociationFilter& filter, const PropertyList& properties) override {
+        return of(source).associators(scope, context, source, filter, properties);
+    }
+    Outcome associatorNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                            const AssociationFilter& filter) override {
+        return of(source).associatorNames(scope, context, source, filter);
+    }
+    Outcome references(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                       const AssociationFilter& filter, const PropertyList& properties) override {
+        return of(source).references(scope, context, source, filter, properties);
+    }
+    Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                           const AssociationFilter& filter) override {
+        return of(source).referenceNames(scope, context, source, filter);
+    }
+    Outcome invokeMethod(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                         const std::string& method, const ArgsObject& in) override {
+        return of(path).invokeMethod(scope, context, path, method, in);
+    }
+
+private:
+    [[nodiscard]] ProviderCalls& of(const ObjectPathObject& path) const {
+        return own && ownClasses.count(path.declaration()) != 0 ? *own : provider;
+    }
+
+    ProviderCalls& provider;
+    ProviderCalls* own = nullptr;
+    std::unordered_set<const ClassDeclaration*> ownClasses;
+};
+
+} // namespace cimhost

@@ -1,0 +1,120 @@
+#include "cimhost/storage/atomic_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace cimhost {
+
+namespace {
+
+[[noreturn]] void fail(const std::filesystem::path& file, std::string_view what) {
+    const int reason = errno;
+    throw std::runtime_error(file.string() + ": " + std::string(what) + ": " + std::strerror(reason));
+}
+
+class Descriptor {
+public:
+    explicit Descriptor(int opened) : number(opened) {}
+    ~Descriptor() {
+        if (number >= 0) ::close(number);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    [[nodiscard]] int get() const { return number; }
+    int release() { return std::exchange(number, -1); }
+
+private:
+    int number;
+};
+
+// Gone again unless it has taken its place.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const std::filesystem::path& target)
+        : name(target.string() + ".XXXXXX"), descriptor(::mkostemp(name.data(), O_CLOEXEC)) {
+        if (descriptor.get() < 0) fail(target, "cannot write beside it");
+    }
+    ~TemporaryFile() {
+        if (!name.empty()) ::unlink(name.c_str());
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    void write(std::string_view content, const std::filesystem::path& target) {
+        while (!content.empty()) {
+            const ssize_t written = ::write(descriptor.get(), content.data(), content.size());
+            if (written < 0 && errno == EINTR) continue;
+            if (written < 0) fail(target, "cannot write");
+            content.remove_prefix(static_cast<std::size_t>(written));
+        }
+        struct stat old {};
+        if (::stat(target.c_str(), &old) == 0 && ::fchmod(descriptor.get(), old.st_mode & 07777) != 0) {
+            fail(target, "cannot keep its permissions");
+        }
+        if (::fsync(descriptor.get()) != 0) fail(target, "cannot write");
+        if (::close(descriptor.release()) != 0) fail(target, "cannot write");
+    }
+
+    void takePlaceOf(const std::filesystem::path& target) {
+        if (::rename(name.c_str(), target.c_str()) != 0) fail(target, "cannot replace it");
+        name.clear();
+    }
+
+private:
+    std::string name;
+    Descriptor descriptor;
+};
+
+std::filesystem::path targetOf(const std::filesystem::path& file) {
+    std::error_code error;
+    const std::filesystem::path resolved = std::filesystem::weakly_canonical(file, error);
+    return error ? file : resolved;
+}
+
+void makeFolder(const std::filesystem::path& folder) {
+    if (folder.empty() || std::filesystem::is_directory(folder)) return;
+    makeFolder(folder.parent_path());
+    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) fail(folder, "cannot make the folder");
+}
+
+void syncFolder(const std::filesystem::path& folder) {
+    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (opened.get() >= 0) ::fsync(opened.get());
+}
+
+} // namespace
+
+std::optional<std::string> readWholeFile(const std::filesystem::path& file, std::size_t longest) {
+    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (opened.get() < 0 && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
+    if (opened.get() < 0) fail(file, "cannot open it");
+    std::string content;
+    char part[16384];
+    for (;;) {
+        const ssize_t got = ::read(opened.get(), part, sizeof part);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) fail(file, "cannot read it");
+        if (got == 0) return content;
+        content.append(part, static_cast<std::size_t>(got));
+        if (content.size() > longest) {
+            throw std::runtime_error(file.string() + ": longer than " + std::to_string(longest) + " bytes");
+        }
+    }
+}
+
+void replaceFile(const std::filesystem::path& file, std::string_view content) {
+    const std::filesystem::path target = targetOf(file);
+    makeFolder(target.parent_path());
+    TemporaryFile written(target);
+    written.write(content, target);
+    written.takePlaceOf(target);
+    syncFolder(target.parent_path());
+}
+
+} // namespace cimhost

@@ -1,0 +1,21 @@
+// Files that a reader finds either as they were or as they are to be, also after a crash.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace cimhost {
+
+/// The file's bytes; nothing if there is none. Throws std::runtime_error with the file's name if it cannot be read or
+/// is longer than that.
+std::optional<std::string> readWholeFile(const std::filesystem::path& file, std::size_t longest);
+
+/// Puts a new file in the place of the old one, whose permissions it keeps; a first one is its owner's alone, as are
+/// the folders made for it. A symbolic link stays, what it names is replaced. Throws std::runtime_error with the file's
+/// name; then the old one is as it was.
+void replaceFile(const std::filesystem::path& file, std::string_view content);
+
+} // namespace cimhost

@@ -1,0 +1,57 @@
+#include "cimhost/cli/received_indication.h"
+
+#include "cimhost/cimxml/request.h"
+
+#include <gtest/gtest.h>
+
+using cimhost::cimxml::Instance;
+using cimhost::cli::SequenceWatch;
+
+namespace {
+
+Instance received(const std::string& properties) {
+    const auto decoded = cimhost::cimxml::decodeExport(
+        "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\"><SIMPLEEXPREQ>"
+        "<EXPMETHODCALL NAME=\"ExportIndication\"><EXPPARAMVALUE NAME=\"NewIndication\"><INSTANCE "
+        "CLASSNAME=\"T_Alert\">" +
+        properties + "</INSTANCE></EXPPARAMVALUE></EXPMETHODCALL></SIMPLEEXPREQ></MESSAGE></CIM>");
+    return std::get<cimhost::cimxml::ExportRequest>(decoded).indication;
+}
+
+Instance numbered(const std::string& context, const std::string& number) {
+    return received("<PROPERTY NAME=\"SequenceContext\" TYPE=\"string\"><VALUE>" + context +
+                    "</VALUE></PROPERTY><PROPERTY NAME=\"SequenceNumber\" TYPE=\"sint64\"><VALUE>" + number +
+                    "</VALUE></PROPERTY>");
+}
+
+} // namespace
+
+TEST(ReceivedIndication, IsShownWithoutWhatATerminalWouldObey) {
+    EXPECT_EQ(
+        cimhost::cli::textOf(received("<PROPERTY NAME=\"Message\" TYPE=\"string\"><VALUE>a&#10;b</VALUE></PROPERTY>"
+                                      "<PROPERTY NAME=\"Empty\" TYPE=\"string\"/>")),
+        "T_Alert\n  Message  a?b\n");
+}
+
+TEST(ReceivedIndication, IsOneLineOfJsonForTools) {
+    EXPECT_EQ(cimhost::cli::jsonLineOf(received(
+                  "<PROPERTY NAME=\"N\" TYPE=\"uint64\"><VALUE>18446744073709551615</VALUE></PROPERTY>"
+                  "<PROPERTY NAME=\"S\" TYPE=\"sint8\"><VALUE>-3</VALUE></PROPERTY>"
+                  "<PROPERTY NAME=\"B\" TYPE=\"boolean\"><VALUE>TRUE</VALUE></PROPERTY>"
+                  "<PROPERTY NAME=\"Null\" TYPE=\"string\"/>"
+                  "<PROPERTY.ARRAY NAME=\"A\" TYPE=\"string\"><VALUE.ARRAY><VALUE>x</VALUE><VALUE.NULL/></VALUE.ARRAY>"
+                  "</PROPERTY.ARRAY>")),
+              "{\"class\":\"T_Alert\",\"properties\":{\"N\":18446744073709551615,\"S\":-3,\"B\":true,\"Null\":null,"
+              "\"A\":[\"x\",null]}}\n");
+}
+
+TEST(ReceivedIndication, GapsAndRepetitionsAreTold) {
+    SequenceWatch watch;
+    EXPECT_EQ(watch.judge(numbered("a", "5")), "");
+    EXPECT_EQ(watch.judge(numbered("a", "6")), "");
+    EXPECT_EQ(watch.judge(numbered("b", "0")), "");
+    EXPECT_EQ(watch.judge(numbered("a", "9")), "2 missing between #6 and #9");
+    EXPECT_EQ(watch.judge(numbered("a", "9")), "#9 came late or twice, after #9");
+    EXPECT_EQ(watch.judge(numbered("a", "x")), "");
+    EXPECT_EQ(watch.judge(received("")), "");
+}

@@ -1,0 +1,104 @@
+#!/usr/bin/env bash
+# Updates cards of a fleet through CIM-XML, with wbemcli and with bytes, and reads the new versions back.
+# usage: flash.sh CIMHOST FLEET
+set -euo pipefail
+
+copy=$(mktemp -d)
+cp "$2" "$copy/fleet.json"
+# shellcheck source=tests/end_to_end/server.sh
+source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --bare-arrays
+trap 'stop; rm -rf "$copy"' EXIT
+
+image=$folder/image.bin
+make_image() { # make_image MODEL VERSION FIRMWARE
+    "$cimhost" image make "$image" --model "$1" --image-version "$2" --date 2013-04-30 --firmware "$3" --bios 3.41
+}
+
+# What a method returned; wbemcli prints it behind the path.
+returned() { sed -n 's/^.*[^0-9]\([0-9]*\)$/\1/p' <<<"$1" | tail -1; }
+path_of() { wbemcli ein "http://$namespace:$1" | sed "s|^[^:/]*:[0-9]*/||" | grep -m1 "${2:-.}"; }
+versions_of() { wbemcli ei -nl "http://$namespace:$1" | sed -n 's/^-VersionString="\(.*\)"$/\1/p'; }
+storage=Merolt_FCHBA_SoftwareInstallationService
+nic=Merolt_NIC_SoftwareInstallationService
+
+eventually() { # eventually TEXT COMMAND...: whether the text is a line of what the command prints within 20 seconds
+    local text=$1
+    shift
+    for _ in $(seq 100); do
+        if "$@" | grep -qxF -- "$text"; then echo yes; return; fi
+        sleep 0.2
+    done
+    echo no
+}
+
+# One METHODCALL; parameters as XML.
+call() { # call CLASS METHOD PARAMETERS
+    curl -s -H 'Content-Type: application/xml' -H 'CIMOperation: MethodCall' --data-binary @- "http://$url/cimom" <<END
+<?xml version="1.0"?><CIM CIMVERSION="2.0" DTDVERSION="2.0"><MESSAGE ID="1" PROTOCOLVERSION="1.0"><SIMPLEREQ>
+<METHODCALL NAME="$2"><LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME="root"/><NAMESPACE NAME="merolt_cmpi"/>
+</LOCALNAMESPACEPATH><CLASSNAME NAME="$1"/></LOCALCLASSPATH>$3</METHODCALL></SIMPLEREQ></MESSAGE></CIM>
+END
+}
+value_of() { sed -n 's|.*<RETURNVALUE PARAMTYPE="uint32"><VALUE>\([0-9]*\)</VALUE>.*|\1|p' <<<"$1"; }
+code_of() { sed -n 's|.*<ERROR CODE="\([0-9]*\)".*|\1|p' <<<"$1"; }
+text_parameter() { printf '<PARAMVALUE NAME="%s" PARAMTYPE="string"><VALUE>%s</VALUE></PARAMVALUE>' "$1" "$2"; }
+target_parameter() { # target_parameter CLASS DEVICE_ID
+    printf '<PARAMVALUE NAME="Target" PARAMTYPE="reference"><VALUE.REFERENCE><INSTANCENAME CLASSNAME="%s"><KEYBINDING NAME="DeviceID"><KEYVALUE VALUETYPE="string">%s</KEYVALUE></KEYBINDING></INSTANCENAME></VALUE.REFERENCE></PARAMVALUE>' "$1" "$2"
+}
+image_parameter() {
+    printf '<PARAMVALUE NAME="Image" PARAMTYPE="uint8"><VALUE.ARRAY>'
+    od -An -v -tu1 -w1 "$1" | sed 's|^ *\(.*\)$|<VALUE>\1</VALUE>|' | tr -d '\n'
+    printf '</VALUE.ARRAY></PARAMVALUE>'
+}
+no_options='<PARAMVALUE NAME="InstallOptions" PARAMTYPE="uint16"/>'
+
+# The storage side shows the new versions when the method returns.
+make_image MC1020 2.2.3 8.1.0
+answer=$(call $storage InstallFromURI "$(text_parameter URI "FILE://$image")$(target_parameter Merolt_FCHBA_PortController MC1020R4K00317)$no_options")
+check "the storage side's update" 0 "$(value_of "$answer")"
+check "its software identities show the image's firmware at once" 8.01.00 \
+    "$(versions_of Merolt_FCHBA_SoftwareIdentity | grep -m1 -x 8.01.00)"
+check "its software identities show the image's version at once" 2.2.3 \
+    "$(versions_of Merolt_FCHBA_SoftwareIdentity | grep -m1 -x 2.2.3)"
+
+# The Ethernet side by bytes: new versions show after the next refresh.
+make_image MC1020 2.2.4 8.1.0
+answer=$(call $nic InstallFromByteStream "$(image_parameter "$image")$(target_parameter Merolt_NIC_PortController MC1020R4K00317_NIC)")
+check "an update by bytes" 0 "$(value_of "$answer")"
+check "its software identity shows the image's version after a refresh" yes \
+    "$(eventually 02.02.04 versions_of Merolt_NIC_SoftwareIdentity)"
+
+# wbemcli sends all it has as texts.
+make_image MC1020 2.2.5 8.1.0
+service=$(wbemcli ein "http://$namespace:$nic")
+target='root/merolt_cmpi:Merolt_NIC_PortController.DeviceID="MC1020R4K00317"'
+check "an update with wbemcli" 0 "$(returned "$(wbemcli cm "http://$service" "InstallFromURI.URI=$image,Target=$target" 2>&1)")"
+check "the fleet file has the new version" yes "$(grep -q '"flashVersion": "02.02.05"' "$copy/fleet.json" && echo yes)"
+
+# What does not fit changes nothing.
+before=$(cat "$copy/fleet.json")
+make_image OTHER 9.9.9 9.9.9
+nic_uri() { call $nic InstallFromURI "$(text_parameter URI "$1")$(target_parameter Merolt_NIC_PortController MC1020R4K00317)"; }
+check "an image for another card" 2 "$(value_of "$(nic_uri "$image")")"
+head -c 100 "$image" >cut.bin
+check "an image that was cut" 2 "$(value_of "$(nic_uri "$folder/cut.bin")")"
+check "a remote location" 2 "$(value_of "$(nic_uri "http://192.0.2.1/image.bin")")"
+check "the fleet after three refusals" "$before" "$(cat "$copy/fleet.json")"
+check "the server says what was wrong with the image" yes \
+    "$(grep -q 'flash update refused: the image is for cards of model "OTHER"' errors && echo yes)"
+
+check "an argument that is not there is an error, and nothing hangs" 12 \
+    "$(code_of "$(call $storage InstallFromURI "$(text_parameter URI x)")")"
+check "a method that is not declared" 17 "$(code_of "$(call $nic NoSuchMethod "")")"
+check "an argument that is not declared" 4 "$(code_of "$(call $nic InstallFromURI "$(text_parameter Color red)")")"
+check "a class without methods" 17 "$(code_of "$(call Merolt_FCHBA_FCPort InstallFromURI "")")"
+check "requests still work" 02.02.05 "$(eventually 02.02.05 versions_of Merolt_NIC_SoftwareIdentity >/dev/null; versions_of Merolt_NIC_SoftwareIdentity | grep -m1 -x 02.02.05)"
+
+# The same without a network, and what a server gives that tags arrays with their type.
+make_image MC1020 2.3.0 8.2.0
+invoke() { "$cimhost" invoke --fleet "$copy/fleet.json" "$@" 2>/dev/null; }
+check "cimhost invoke" "ReturnValue: 0" "$(invoke $nic InstallFromURI "URI=file://$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317_NIC\"")"
+check "cimhost invoke in JSON" '"ReturnValue":2' "$(invoke --json $nic InstallFromByteStream "Image=@$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317\"" | grep -o '"ReturnValue": *[0-9]*' | tr -d ' ')"
+check "bare arrays" "ReturnValue: 0" "$(invoke --bare-arrays $nic InstallFromByteStream "Image=@$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317\"")"
+
+finish

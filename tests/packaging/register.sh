@@ -1,0 +1,322 @@
+#!/usr/bin/env bash
+# merolt-cna-register against recording stand-ins for the tools of CIM servers.
+set -euo pipefail
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+source_folder=$1
+# shellcheck source=checks.sh
+source "$here/checks.sh"
+
+export STATE=$scratch/state TMPDIR=$scratch/tmp
+mkdir -p "$scratch"/{prefix/{sbin,lib/cmpi,share/merolt-cna-provider},tools,tmp,outside}
+cp "$source_folder/scripts/merolt-cna-register" "$scratch/prefix/sbin/"
+ln -s "$source_folder/mof" "$scratch/prefix/share/merolt-cna-provider/mof"
+touch "$scratch/prefix/lib/cmpi/libMerolt_CNA_Provider.so"
+for tool in cimmof cimmofl cimprovider cimcli cimconfig sfcbstage sfcbunstage sfcbrepos; do
+    ln -s "$here/stand_in" "$scratch/tools/$tool"
+done
+
+fresh() {
+    rm -rf "$STATE"
+    mkdir -p "$STATE/providers" "$STATE/stage"
+    touch "$STATE/calls"
+    FAIL_AT=0 FAIL_FOR='' FAIL_TEXT=''
+    export FAIL_AT FAIL_FOR FAIL_TEXT
+}
+
+# As an administrator calls it, with the stand-ins as the installed server.
+register() {
+    local options=(--tools "$scratch/tools")
+    if [[ $2 == sfcb ]]; then options+=(--staging "$STATE/stage" --provider-folder "$STATE/providers"); fi
+    run dash "$scratch/prefix/sbin/merolt-cna-register" "$@" "${options[@]}"
+    check "temporary files left by $1 $2" "" "$(ls -A "$TMPDIR")"
+}
+
+calls_of() { grep -c "^$1 " "$STATE/calls" || true; }
+
+is_registered() {
+    if [[ $1 == openpegasus ]]; then [[ -e $STATE/module ]]; else [[ -e $STATE/stage/regs/merolt_cna_provider.reg ]]; fi
+}
+
+state_of() { if is_registered "$1"; then echo registered; else echo not registered; fi; }
+
+mapfile -t kinds < <(grep -Ev '^(#|$)' "$source_folder/mof/cimhost.registration")
+count=${#kinds[@]}
+
+test_registration_of_openpegasus_has_every_class_with_its_kinds() {
+    fresh
+    register print openpegasus
+    local text=$output line class types spaces expected
+    check "print" 0 "$status"
+    check "capabilities" "$count" "$(grep -c '^instance of PG_ProviderCapabilities' <<<"$text")"
+    check "modules" 1 "$(grep -c '^instance of PG_ProviderModule' <<<"$text")"
+    for line in "${kinds[@]}"; do
+        class=${line%%:*}
+        types=${line%%;*}
+        types=${types#*:}
+        types=${types/instance/2} types=${types/association/3} types=${types/indication/4} types=${types/method/5}
+        types=$(sed 's/^ *//; s/ *$//; s/  */, /g' <<<"$types")
+        spaces='"root/merolt_cmpi"'
+        if [[ $line == *namespaces=* ]]; then spaces='"root/merolt_cmpi", "root/PG_InterOp"'; fi
+        expected=$(printf '    ClassName = "%s";\n    Namespaces = {%s};\n    ProviderType = {%s};' \
+            "$class" "$spaces" "$types")
+        check "$class, times" 1 "$(grep -cFx "    ClassName = \"$class\";" <<<"$text")"
+        check "$class, kinds" "$expected" "$(grep -FxA2 "    ClassName = \"$class\";" <<<"$text")"
+    done
+}
+
+test_registration_of_sfcb_has_every_class_with_its_kinds() {
+    fresh
+    register print sfcb
+    local text=$output line class types spaces
+    check "blocks" "$count" "$(grep -c '^\[' <<<"$text")"
+    for line in "${kinds[@]}"; do
+        class=${line%%:*}
+        types=$(sed 's/.*: *//; s/ *$//' <<<"${line%%;*}")
+        spaces=root/merolt_cmpi
+        if [[ $line == *namespaces=* ]]; then spaces='root/merolt_cmpi root/interop'; fi
+        check "[$class]" "$(printf '[%s]\n   provider: Merolt_CNA_Provider\n   location: Merolt_CNA_Provider\n   type: %s\n   namespace: %s\n   group: Merolt_CNA_Provider\n   unload: never\n#' "$class" "$types" "$spaces")" \
+            "$(grep -FxA7 "[$class]" <<<"$text" | sed '/^--$/,$d' | head -8 | sed '/^#/q')"
+    done
+}
+
+# Superclasses and targets of references have to be there before a class that names them.
+check_order() { # check_order WHAT FILE...
+    local seen=' ' class
+    while read -r class; do
+        case $class in
+            =*) seen+="${class#=} " ;;
+            *) check_contains "$1: before it is referred to, $class" " $class " "$seen" ;;
+        esac
+    done < <(cat "${@:2}" | sed -nE 's/^class ([A-Za-z0-9_]+).*/=\1/p; s/.*\] (Merolt_[A-Za-z0-9_]+) REF .*/\1/p')
+}
+
+test_openpegasus_is_registered() {
+    fresh
+    register register openpegasus
+    check "register" 0 "$status"
+    check "state" registered "$(state_of openpegasus)"
+    check_contains "told" "registered $count classes" "$output"
+    local loaded=$STATE/loaded
+    mapfile -t order < <(sed -n 's|^cimmof .* -n root/merolt_cmpi ||p' "$STATE/calls")
+    check_order "order of loading" "${order[@]}"
+    check "classes of the registration that were loaded" "$count" \
+        "$(cat "$loaded"/root/merolt_cmpi/*.mof | sed -n 's/^class \([A-Za-z0-9_]*\).*/\1/p' | sort | uniq -u | wc -l)"
+    check "interop classes" "Merolt_NIC_RegisteredProfile Merolt_NIC_ElementConformsToRegisteredProfile" \
+        "$(sed -n 's/^class \([A-Za-z0-9_]*\).*/\1/p' "$loaded/root/PG_InterOp/interop.mof" | xargs)"
+    check "link" "$scratch/prefix/lib/cmpi/libMerolt_CNA_Provider.so" \
+        "$(readlink "$STATE/providers/libMerolt_CNA_Provider.so")"
+    register status openpegasus
+    check "status" 0 "$status"
+}
+
+test_openpegasus_takes_a_second_registration_after_removing_the_first() {
+    fresh
+    register register openpegasus
+    : >"$STATE/calls"
+    register register openpegasus
+    check "second run" 0 "$status"
+    check "removals" 1 "$(calls_of 'cimprovider -r')"
+    check "state" registered "$(state_of openpegasus)"
+}
+
+test_openpegasus_forgets_everything() {
+    fresh
+    register register openpegasus
+    register unregister openpegasus
+    check "unregister" 0 "$status"
+    check "state" "not registered" "$(state_of openpegasus)"
+    check "deleted classes" $((count + 2)) "$(calls_of 'cimcli dc')"
+    check "link" "" "$(ls -A "$STATE/providers")"
+    check "first to go" "$(sed -n 's/^class \([A-Za-z0-9_]*\).*/\1/p' "$source_folder/mof/merolt_indications.mof" | tail -1)" \
+        "$(sed -n 's/^cimcli dc \([A-Za-z0-9_]*\) .*/\1/p' "$STATE/calls" | head -1)"
+    check "last to go" "Merolt_NIC_RegisteredProfile" \
+        "$(sed -n 's/^cimcli dc \([A-Za-z0-9_]*\) .*/\1/p' "$STATE/calls" | tail -1)"
+    register status openpegasus
+    check "status" 3 "$status"
+    register unregister openpegasus
+    check "once more" 0 "$status"
+    check_contains "once more" "not registered" "$output"
+}
+
+test_interop_namespace_follows_the_option() {
+    fresh
+    register register openpegasus --interop-namespace root/interop
+    check "register" 0 "$status"
+    check "classes there" 2 "$(grep -c '"root/interop"' "$STATE/loaded/root/interop/merolt_cna_provider.mof")"
+    check "elsewhere" no "$([[ -e $STATE/loaded/root/PG_InterOp ]] && echo yes || echo no)"
+}
+
+test_sfcb_is_registered() {
+    fresh
+    register register sfcb
+    check "register" 0 "$status"
+    check "state" registered "$(state_of sfcb)"
+    check_order "order in the file" "$STATE/stage/mofs/root/merolt_cmpi/merolt_cna_provider.mof"
+    check "classes staged" "$count" "$(grep -c '^class ' "$STATE/stage/mofs/root/merolt_cmpi/merolt_cna_provider.mof")"
+    check "interop classes staged" 2 \
+        "$(grep -c '^class ' "$STATE/stage/mofs/root/interop/merolt_cna_provider_interop.mof")"
+    check "repository built" 1 "$(calls_of 'sfcbrepos -f')"
+    register status sfcb
+    check "status" 0 "$status"
+    register register sfcb
+    check "second run" 0 "$status"
+    check "second run: unstaged before" 2 "$(calls_of sfcbunstage)"
+    register unregister sfcb
+    check "unregister" 0 "$status"
+    check "files left" "" "$(find "$STATE/stage" -type f)"
+    check "links left" "" "$(ls -A "$STATE/providers")"
+    register status sfcb
+    check "status" 3 "$status"
+}
+
+# Call after call, until nothing fails any more. The listing that asks what is there may not fail unseen either.
+test_failure_at_each_step_is_told_and_leaves_nothing_registered() { # SERVER
+    local server=$1 number=0
+    while :; do
+        number=$((number + 1))
+        fresh
+        FAIL_AT=$number
+        register register "$server"
+        [[ $(wc -l <"$STATE/calls") -ge $number ]] || break
+        # Without an answer the folder of providers is unknown, which is told and no reason to stop.
+        if grep -q '^cimconfig' <(sed -n "${number}p" "$STATE/calls"); then
+            check_contains "providers unknown" "--provider-folder" "$output"
+            continue
+        fi
+        check "$server, call $number fails" 1 "$status"
+        check_contains "$server, call $number fails" "no luck today" "$output"
+        check "$server, call $number fails: state" "not registered" "$(state_of "$server")"
+        check "$server, call $number fails: links" "" "$(ls -A "$STATE/providers")"
+        if [[ $server == sfcb ]]; then check "$server, call $number: files left" "" "$(find "$STATE/stage" -type f)"; fi
+    done
+    check "$server: without a failure" 0 "$status"
+    check "$server: steps that were tried" yes "$([[ $number -gt 3 ]] && echo yes || echo no)"
+}
+
+test_missing_tools_are_named() {
+    local tool server
+    for tool in cimmof:openpegasus cimprovider:openpegasus sfcbstage:sfcb sfcbunstage:sfcb sfcbrepos:sfcb; do
+        server=${tool#*:} tool=${tool%:*}
+        fresh
+        rm "$scratch/tools/$tool"
+        register register "$server"
+        check "without $tool" 1 "$status"
+        check_contains "without $tool" "$tool is not there" "$output"
+        check "without $tool, calls" "" "$(cat "$STATE/calls")"
+        register register "$server" --maintainer-script
+        check "without $tool in a maintainer script" 0 "$status"
+        ln -s "$here/stand_in" "$scratch/tools/$tool"
+    done
+}
+
+test_unregister_where_it_cannot_work_never_fails_a_maintainer_script() {
+    fresh
+    register register openpegasus
+    FAIL_FOR='cimprovider -r'
+    register unregister openpegasus
+    check "unregister" 1 "$status"
+    register unregister openpegasus --if-registered --maintainer-script
+    check "in a maintainer script" 0 "$status"
+    check_contains "in a maintainer script" "no luck today" "$output"
+    fresh
+    register unregister sfcb --if-registered --maintainer-script
+    check "nothing to undo" "0 " "$status $output"
+}
+
+test_classes_that_cannot_be_deleted_are_told() {
+    fresh
+    register register openpegasus
+    FAIL_FOR='cimcli dc Merolt_FCHBA_FCPort ' FAIL_TEXT='access denied'
+    register unregister openpegasus
+    check "status" 1 "$status"
+    check_contains "which" "Merolt_FCHBA_FCPort: access denied" "$output"
+    FAIL_FOR='cimcli dc' FAIL_TEXT='CIM_ERR_NOT_FOUND: The requested object could not be found'
+    register unregister openpegasus
+    check "classes that are gone" 0 "$status"
+}
+
+test_missing_schema_is_named() {
+    fresh
+    FAIL_FOR='cimmof .*merolt_server.mof' FAIL_TEXT='CIM_ERR_INVALID_SUPERCLASS: CIM_ComputerSystem'
+    register register openpegasus
+    check "status" 1 "$status"
+    check_contains "superclass" "lacks classes of the DMTF (CIM_ComputerSystem ), --schema" "$output"
+
+    mkdir -p "$scratch/schema"
+    printf 'class CIM_ManagedElement {\n};\n' >"$scratch/schema/CIM_Schema.mof"
+    fresh
+    register register openpegasus --schema "$scratch/schema"
+    check "incomplete schema" 1 "$status"
+    check_contains "incomplete schema" "CIM_FCPort " "$output"
+    check "incomplete schema, calls" "" "$(cat "$STATE/calls")"
+
+    cp "$source_folder"/mof/ancestors/*.mof "$scratch/schema/"
+    FAIL_AT=2 FAIL_TEXT='CIM_ERR_INVALID_SUPERCLASS'
+    register register openpegasus --schema "$scratch/schema"
+    check "schema given" 0 "$status"
+    check "schema loaded" 1 "$(grep -c "^cimmof .*-I $scratch/schema -n root/merolt_cmpi $scratch/schema/CIM_Schema.mof" "$STATE/calls")"
+    fresh
+    register register sfcb --schema "$scratch/schema"
+    check "schema for sfcb" 1 "$(grep -c "^sfcbrepos .*-c $scratch/schema" "$STATE/calls")"
+}
+
+test_a_stopped_server_is_told_and_its_repository_can_be_written() {
+    fresh
+    FAIL_FOR='cimprovider -l' FAIL_TEXT='Cannot connect to local CIM server'
+    register register openpegasus
+    check "stopped" 1 "$status"
+    check_contains "stopped" "start it first" "$output"
+    fresh
+    mkdir -p "$STATE/pegasus/repository"
+    register register openpegasus --offline --repository "$STATE/pegasus"
+    check "offline" 0 "$status"
+    check "calls of tools that need the server" 0 "$(calls_of '\(cimmof\|cimprovider\)')"
+    register register openpegasus --offline
+    check "offline without a repository" 2 "$status"
+}
+
+test_another_library_of_that_name_is_left_alone() {
+    fresh
+    echo theirs >"$STATE/providers/libMerolt_CNA_Provider.so"
+    register register openpegasus
+    check "status" 1 "$status"
+    check_contains "told" "is another library" "$output"
+    check "theirs" theirs "$(cat "$STATE/providers/libMerolt_CNA_Provider.so")"
+    check "state" "not registered" "$(state_of openpegasus)"
+}
+
+test_wrong_calls_are_told() {
+    local call
+    for call in "" register "register other" "frobnicate sfcb" "register sfcb more" "register sfcb --unknown" \
+        "register sfcb --schema" "register sfcb --offline" "print sfcb --interop-namespace a;b"; do
+        # shellcheck disable=SC2086
+        run dash "$scratch/prefix/sbin/merolt-cna-register" $call
+        check "status of: $call" 2 "$status"
+    done
+    printf 'Merolt_X: instance\nMerolt_X: instance\n' >"$scratch/outside/cimhost.registration"
+    cp "$source_folder/mof/merolt_server.mof" "$scratch/outside/"
+    register print sfcb --data "$scratch/outside"
+    check "a class twice" 1 "$status"
+    check_contains "a class twice" "cimhost.registration:2: Merolt_X is registered twice" "$output"
+    printf 'Merolt_X: instances\n' >"$scratch/outside/cimhost.registration"
+    register print sfcb --data "$scratch/outside"
+    check_contains "an unknown kind" "unknown kind: instances" "$output"
+}
+
+test_registration_of_openpegasus_has_every_class_with_its_kinds
+test_registration_of_sfcb_has_every_class_with_its_kinds
+test_openpegasus_is_registered
+test_openpegasus_takes_a_second_registration_after_removing_the_first
+test_openpegasus_forgets_everything
+test_interop_namespace_follows_the_option
+test_sfcb_is_registered
+test_failure_at_each_step_is_told_and_leaves_nothing_registered openpegasus
+test_failure_at_each_step_is_told_and_leaves_nothing_registered sfcb
+test_missing_tools_are_named
+test_unregister_where_it_cannot_work_never_fails_a_maintainer_script
+test_classes_that_cannot_be_deleted_are_told
+test_missing_schema_is_named
+test_a_stopped_server_is_told_and_its_repository_can_be_written
+test_another_library_of_that_name_is_left_alone
+test_wrong_calls_are_told
+finish

@@ -204,12 +204,12 @@ TEST_F(DispatcherTest, ClientsAreServedAtTheSameTime) {
     EXPECT_EQ(host.provider.calls.size(), 2U * (1 + 4 * 50));
 }
 
-TEST_F(DispatcherTest, AMethodCallIsNotSupportedYet) {
+TEST_F(DispatcherTest, AMethodThatItsClassLacksIsNotFound) {
     const std::string answer = host.handle(
         "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
         "<METHODCALL NAME=\"Start\"><LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root/ns\"/>"
         "</LOCALNAMESPACEPATH><CLASSNAME NAME=\"T_Port\"/></LOCALCLASSPATH></METHODCALL></SIMPLEREQ></MESSAGE></CIM>");
-    EXPECT_THAT(answer, HasSubstr("<METHODRESPONSE NAME=\"Start\"><ERROR CODE=\"7\""));
+    EXPECT_THAT(answer, HasSubstr("<METHODRESPONSE NAME=\"Start\"><ERROR CODE=\"17\""));
 }
 
 struct RefusedCall {

@@ -5,7 +5,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -89,12 +88,18 @@ public:
         return fleet;
     }
 
+    /**
+     * A link that goes down takes addresses with it. Whoever refreshes at once learns the new state with the rest and
+     * has no change to tell, so a change is put off by one question while a link has a state that nobody asked for.
+     */
     bool changed() override {
         auto now = fingerprint(tree_, *queries_);
+        const bool isLinkUntold = hasUntoldLink();
         const std::lock_guard lock(mutex_);
         const bool isOther = now != atLastReset_;
-        lastSeen_ = std::move(now);
-        return isOther;
+        isPutOff_ = isOther && isLinkUntold && !isPutOff_;
+        lastSeen_ = isPutOff_ ? atLastReset_ : std::move(now);
+        return isOther && !isPutOff_;
     }
 
     /** What comes between the question and the reset is told by the next question. */
@@ -141,7 +146,10 @@ public:
 
     Answer<Link> link(std::string_view deviceName) override {
         if (!isLoaded(deviceName)) return Answer<Link>::failure(statusNoSuchDevice);
-        return describeLink(network_.link(std::string(deviceName)));
+        const Link link = describeLink(network_.link(std::string(deviceName)));
+        const std::lock_guard lock(mutex_);
+        interfaces_[std::string(deviceName)] = link.state;
+        return link;
     }
 
     Answer<IPConfiguration> ipConfiguration(std::string_view deviceName) override {
@@ -194,13 +202,26 @@ private:
         return interfaces_.contains(std::string(deviceName)) && network_.exists(std::string(deviceName));
     }
 
+    bool hasUntoldLink() {
+        std::map<std::string, std::uint32_t> told;
+        {
+            const std::lock_guard lock(mutex_);
+            told = interfaces_;
+        }
+        return std::any_of(told.begin(), told.end(), [this](const auto& interface) {
+            return network_.exists(interface.first) &&
+                   describeLink(network_.link(interface.first)).state != interface.second;
+        });
+    }
+
     void remember(const Fleet& fleet) {
-        std::set<std::string> interfaces;
+        std::map<std::string, std::uint32_t> interfaces;
         std::map<std::uint32_t, Bytes> vpds;
         for (const auto& card : *fleet.cards)
             for (const auto& port : *card.ports)
                 for (const auto& function : *port.functions) {
-                    if (const auto* nic = std::get_if<NicFunction>(&function)) interfaces.insert(nic->deviceName);
+                    if (const auto* nic = std::get_if<NicFunction>(&function))
+                        interfaces[nic->deviceName] = nic->link.state;
                     if (const auto* storage = std::get_if<StorageFunction>(&function))
                         vpds[storage->handle] = storage->vpd.value_or(Bytes());
                 }
@@ -218,8 +239,9 @@ private:
     std::mutex mutex_; // guards what follows
     std::vector<std::string> atLastReset_;
     std::optional<std::vector<std::string>> lastSeen_; ///< by changed() since the last reset
-    std::set<std::string> interfaces_;
-    std::map<std::uint32_t, Bytes> vpdOfHandle_; ///< a card's memory is read once a load, because that is slow
+    bool isPutOff_ = false;                            ///< the last question's change
+    std::map<std::string, std::uint32_t> interfaces_;  ///< of the load, with the link state that was told last
+    std::map<std::uint32_t, Bytes> vpdOfHandle_;       ///< a card's memory is read once a load, because that is slow
 
     std::optional<StateWatch> watch_; // last: its thread ends first
 };

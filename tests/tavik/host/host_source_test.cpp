@@ -309,6 +309,31 @@ TEST(HostSource, newInterfaceIsAChange) {
     EXPECT_TRUE(source->changed());
 }
 
+TEST(HostSource, changeWaitsForThePollThatTellsALinkState) {
+    ScratchTree scratch;
+    scratch.interface("veth0", "5", "02:00:00:00:00:05");
+    const auto source = sourceOf(scratch.tree());
+    load(*source);
+    scratch.file("sys/class/net/veth0/operstate", "down\n");
+    scratch.interface("veth1", "6", "02:00:00:00:00:06");
+    EXPECT_FALSE(source->changed()) << "a refresh now would swallow the link's change";
+    source->resetChanged();
+    EXPECT_EQ(source->link("veth0").value.state, LinkDown);
+    EXPECT_TRUE(source->changed());
+}
+
+TEST(HostSource, changeWaitsForOneQuestionOnlyIfNobodyPollsTheLink) {
+    ScratchTree scratch;
+    scratch.interface("veth0", "5", "02:00:00:00:00:05");
+    const auto source = sourceOf(scratch.tree());
+    load(*source);
+    scratch.file("sys/class/net/veth0/operstate", "down\n");
+    scratch.interface("veth1", "6", "02:00:00:00:00:06");
+    EXPECT_FALSE(source->changed());
+    source->resetChanged();
+    EXPECT_TRUE(source->changed());
+}
+
 TEST(HostSource, changeBetweenQuestionAndResetIsNotLost) {
     ScratchTree scratch;
     const auto source = sourceOf(scratch.tree());

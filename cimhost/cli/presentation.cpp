@@ -41,6 +41,8 @@ const std::vector<PreferredColumns>& preferredColumns() {
     static const std::vector<PreferredColumns> rows = {
         {"CIM_FCPort",
          {address, status, {"PortType", "Type"}, speed, maximumSpeed, {"Model", "Model"}, {"DeviceNumber", "Device"}}},
+        // Its Speed is the library's number, ten thousand for ten gigabit, and not in bits per second.
+        {"Merolt_NIC_NetworkPort", {address, status, maximumSpeed, {"ActiveMaximumTransmissionUnit", "MTU"}}},
         {"CIM_LogicalPort", {address, status, speed, maximumSpeed, {"ActiveMaximumTransmissionUnit", "MTU"}}},
         {"CIM_PortController", {deviceId, status, elementName}},
         {"CIM_ComputerSystem", {name, status, {"OSName", "Operating system"}}},

@@ -2,7 +2,7 @@
 // show the Ethernet class's own objects, others objects made by the storage class's makers under the Ethernet name.
 #pragma once
 
-#include "associations/association.h"
+#include "associations/source_tests.h"
 #include "classes/ethernet/ethernet_port.h"
 #include "classes/ethernet/ip_protocol_endpoint.h"
 #include "classes/ethernet/ip_protocol_endpoint_capabilities.h"
@@ -15,13 +15,11 @@
 #include "classes/physical/physical_connector.h"
 #include "classes/physical/physical_package.h"
 #include "classes/physical/physical_port.h"
-#include "classes/server/computer_system.h"
 #include "software/software_installation_service.h"
 #include "software/software_installation_service_capabilities.h"
 
 namespace merolt::association::nic {
 
-inline constexpr ObjectClass computerSystem = OBJECT_CLASS("Merolt_Adapter_ComputerSystem", server, ComputerSystem);
 inline constexpr ObjectClass ethernetPort = OBJECT_CLASS("Merolt_NIC_EthernetPort2", ethernet, EthernetPort);
 inline constexpr ObjectClass networkPort = OBJECT_CLASS("Merolt_NIC_NetworkPort", ethernet, NetworkPort);
 inline constexpr ObjectClass portController = OBJECT_CLASS("Merolt_NIC_PortController", ethernet, PortController);

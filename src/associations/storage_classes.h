@@ -1,13 +1,12 @@
 // The ends of the storage side's associations.
 #pragma once
 
-#include "associations/association.h"
+#include "associations/source_tests.h"
 #include "classes/physical/physical_connector.h"
 #include "classes/physical/physical_package.h"
 #include "classes/physical/physical_port.h"
 #include "classes/physical/product.h"
 #include "classes/server/cimxml_comm_mech.h"
-#include "classes/server/computer_system.h"
 #include "classes/server/namespace.h"
 #include "classes/server/object_manager.h"
 #include "classes/storage/fc_port.h"
@@ -24,7 +23,6 @@
 
 namespace merolt::association {
 
-inline constexpr ObjectClass computerSystem = OBJECT_CLASS("Merolt_Adapter_ComputerSystem", server, ComputerSystem);
 inline constexpr ObjectClass objectManager = OBJECT_CLASS("Merolt_FCHBA_ObjectManager", server, ObjectManager);
 inline constexpr ObjectClass commMech = OBJECT_CLASS("Merolt_FCHBA_CIMXMLCommMech", server, CIMXMLCommMech);
 inline constexpr ObjectClass cimNamespace = OBJECT_CLASS("Merolt_FCHBA_Namespace", server, Namespace);

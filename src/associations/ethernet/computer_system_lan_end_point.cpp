@@ -11,7 +11,7 @@ using namespace association;
 namespace {
 
 void hostOfEndPoint(const Source& source, const ObjectVisitor& visit) {
-    if (!nic::namesHostAndClass(source) || !source.equals(2, nic::lanEndPoint.name)) return;
+    if (!namesHostAndClass(source) || !source.equals(2, nic::lanEndPoint.name)) return;
     nic::firstPortOfEachCardWithMac(source, 3, [&](const Object&) { return visit({}); });
 }
 
@@ -23,7 +23,7 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
 constexpr Family family = {
     .token = "Assoc_ComputerSystem_LANEndPoint",
     .className = "Merolt_NIC_ComputerSystemLANEndpoint",
-    .left = {"Antecedent", nic::computerSystem},
+    .left = {"Antecedent", computerSystem},
     .right = {"Dependent", nic::lanEndPoint, nullptr, getInstance_EthernetPort},
     .forEachPair = nic::bothEndsOf<nic::eachPort>,
     .findLeft = {.keys = {{{"SystemName"},
@@ -33,8 +33,7 @@ constexpr Family family = {
                             debugText(
                                 "Assoc_ComputerSystem_LANEdnPoint: Error getting Name key in findMatchedRole1\n")}}},
                  .find = hostOfEndPoint},
-    .findRight = {.keys = {{{"Name"}, {"CreationClassName"}}},
-                  .find = nic::onlyIf<nic::namesHostAndClass, nic::eachPort>},
+    .findRight = {.keys = {{{"Name"}, {"CreationClassName"}}}, .find = onlyIf<namesHostAndClass, nic::eachPort>},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,

@@ -10,7 +10,7 @@ using namespace association;
 namespace {
 
 void hostOfPort(const Source& source, const ObjectVisitor& visit) {
-    if (!nic::namesHostAndClass(source) || !source.equals(2, nic::networkPort.name)) return;
+    if (!namesHostAndClass(source) || !source.equals(2, nic::networkPort.name)) return;
     nic::eachPort(source,
                   [&](const Object& port) { return !source.equals(3, nic::networkPortIDOf(port)) || visit({}); });
 }
@@ -28,7 +28,7 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
 constexpr Family family = {
     .token = "Assoc_ComputerSystem_NetworkPort",
     .className = "Merolt_NIC_ComputerSystemNetworkPort",
-    .left = {"GroupComponent", nic::computerSystem},
+    .left = {"GroupComponent", computerSystem},
     .right = {"PartComponent", nic::networkPort},
     .forEachPair = nic::bothEndsOf<nic::eachPort>,
     .findLeft = {.keys = {{{"SystemName"},
@@ -37,8 +37,7 @@ constexpr Family family = {
                            // The type that is tested behind the read of DeviceID is that of SystemName.
                            {"DeviceID", KeyTest::firstKeyIsString, keyError}}},
                  .find = hostOfPort},
-    .findRight = {.keys = {{{"Name"}, {"CreationClassName"}}},
-                  .find = nic::onlyIf<nic::namesHostAndClass, nic::eachPort>},
+    .findRight = {.keys = {{{"Name"}, {"CreationClassName"}}}, .find = onlyIf<namesHostAndClass, nic::eachPort>},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,

@@ -11,7 +11,7 @@ using namespace association;
 namespace {
 
 void hostOfController(const Source& source, const ObjectVisitor& visit) {
-    if (!nic::namesHostAndClass(source)) return;
+    if (!namesHostAndClass(source)) return;
     nic::eachCard(source,
                   [&](const Object& card) { return !source.equals(2, nic::portControllerIDOf(card)) || visit({}); });
 }
@@ -24,12 +24,12 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
 constexpr Family family = {
     .token = "Assoc_ComputerSystem_PortController",
     .className = "Merolt_NIC_ComputerSystemPortController",
-    .left = {"GroupComponent", nic::computerSystem},
+    .left = {"GroupComponent", computerSystem},
     .right = {"PartComponent", nic::portController},
     .forEachPair = nic::bothEndsOf<nic::eachCard>,
     .findLeft = {.keys = {{{"SystemName"}, {"SystemCreationClassName"}, {"DeviceID"}}}, .find = hostOfController},
     .findRight = {.keys = {{{"Name"}, {"CreationClassName", KeyTest::isString}}},
-                  .find = nic::onlyIf<nic::namesHostAndClass, nic::eachCard>},
+                  .find = onlyIf<namesHostAndClass, nic::eachCard>},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,

@@ -22,11 +22,11 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
 constexpr Family family = {
     .token = "Assoc_ComputerSystem_SoftwareIdentity",
     .className = "Merolt_NIC_ComputerSystemSoftwareIdentity",
-    .left = {"System", nic::computerSystem},
+    .left = {"System", computerSystem},
     .right = {"InstalledSoftware", nic::softwareIdentity},
     .forEachPair = nic::bothEndsOf<nic::eachIdentity>,
     .findLeft = {.keys = {{{"InstanceID"}}}, .find = hostOfIdentity},
-    .findRight = {.keys = {{{"Name"}}}, .find = nic::onlyIf<nic::namesHost, nic::eachIdentity>},
+    .findRight = {.keys = {{{"Name"}}}, .find = onlyIf<namesHost, nic::eachIdentity>},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,

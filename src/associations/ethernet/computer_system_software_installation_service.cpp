@@ -5,18 +5,12 @@
 #include "associations/ethernet/texts.h"
 #include "associations/ethernet/walks.h"
 #include "associations/service_texts.h"
-#include "classes/instance.h"
-#include "software/installer.h"
 
 namespace merolt::ethernet {
 
 using namespace association;
 
 namespace {
-
-void hostOfService(const Source& source, const ObjectVisitor& visit) {
-    if (nic::namesHostAndClass(source) && source.equals(2, software::installerName)) visit({});
-}
 
 constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
     speakOfHostAndService(t);
@@ -27,12 +21,12 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
 constexpr Family family = {
     .token = "Assoc_ComputerSystem_SoftwareInstallationService",
     .className = "Merolt_NIC_ComputerSystemSoftwareInstallationService",
-    .left = {"Antecedent", nic::computerSystem},
+    .left = {"Antecedent", computerSystem},
     .right = {"Dependent", nic::storageMadeService, nullptr, getInstance_EthernetPort},
-    .forEachPair = nic::bothEndsOf<nic::theObject>,
+    .forEachPair = nic::bothEndsOf<theObject>,
     .findLeft = {.keys = {{{"SystemName", KeyTest::isString}, {"SystemCreationClassName"}, {"Name"}}},
-                 .find = hostOfService},
-    .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = nic::onlyIf<nic::namesHost, nic::theObject>},
+                 .find = onlyIf<namesServiceOfHost, theObject>},
+    .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesHost, theObject>},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,

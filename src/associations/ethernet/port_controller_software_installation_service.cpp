@@ -21,7 +21,7 @@ constexpr Family family = {
     .left = {"AffectedElement", nic::portController},
     .right = {"AffectingElement", nic::installationService},
     .forEachPair = nic::bothEndsOf<nic::eachCard>,
-    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = nic::onlyIf<nic::namesInstaller, nic::eachCard>},
+    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, nic::eachCard>},
     .findRight = {.keys = {{{"DeviceID", KeyTest::isString}}},
                   .find = nic::firstOf<nic::eachCardWith<nic::portControllerIDOf>>},
     .filters = Filters::applied,

@@ -23,7 +23,7 @@ constexpr Family family = {
     .left = {"AffectedElement", nic::softwareIdentity},
     .right = {"AffectingElement", nic::installationService},
     .forEachPair = nic::bothEndsOf<nic::eachIdentity>,
-    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = nic::onlyIf<nic::namesInstaller, nic::eachIdentity>},
+    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, nic::eachIdentity>},
     .findRight = {.keys = {{{"InstanceID", KeyTest::isString}}}, .find = nic::firstOf<nic::eachCardOfIdentity>},
     .filters = Filters::applied,
     .texts = texts,

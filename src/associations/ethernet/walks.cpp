@@ -1,8 +1,5 @@
 #include "associations/ethernet/walks.h"
 
-#include "classes/instance.h"
-#include "classes/system_name.h"
-#include "software/installer.h"
 #include "text/text.h"
 
 #include <cstdlib>
@@ -33,8 +30,6 @@ void eachIdentity(const Source& source, const ObjectVisitor& visit) {
     });
 }
 
-void theObject(const Source&, const ObjectVisitor& visit) { visit({}); }
-
 const char* macTextOf(const Object& object) {
     return ethernet::calcMACAddress_NetworkPort(object.card, object.port, nullptr);
 }
@@ -55,12 +50,6 @@ void firstPortOfEachCardWithMac(const Source& source, std::size_t key, const Obj
         return visit(object);
     });
 }
-
-bool namesHost(const Source& source) { return source.equals(0, gSystemName); }
-
-bool namesHostAndClass(const Source& source) { return namesHost(source) && source.equals(1, computerSystemClass); }
-
-bool namesInstaller(const Source& source) { return source.equals(0, software::installerName); }
 
 IdentityKey cutIdentityKey(const char* instanceID) {
     IdentityKey key{};

@@ -17,9 +17,6 @@ void eachPort(const Source& source, const ObjectVisitor& visit);
 void eachCard(const Source& source, const ObjectVisitor& visit);
 /// The two identities of each card: network driver, then flash firmware.
 void eachIdentity(const Source& source, const ObjectVisitor& visit);
-/// The one object of a class.
-void theObject(const Source& source, const ObjectVisitor& visit);
-
 /// Both ends of a row are made of the same card or port.
 template <void (*walk)(const Source&, const ObjectVisitor&)>
 void bothEndsOf(Enumeration, const PairVisitor& visit) {
@@ -55,18 +52,6 @@ void firstOf(const Source& source, const ObjectVisitor& visit) {
 
 /// Of each card the first port whose MAC text equals the source's key.
 void firstPortOfEachCardWithMac(const Source& source, std::size_t key, const ObjectVisitor& visit);
-
-/// What the first keys of a source have to be.
-using SourceTest = bool (*)(const Source& source);
-bool namesHost(const Source& source);         ///< this host's name
-bool namesHostAndClass(const Source& source); ///< this host's name, then its class
-bool namesInstaller(const Source& source);    ///< the installation service's name
-
-/// Everything of a walk, if the source is what it has to be.
-template <SourceTest test, void (*walk)(const Source&, const ObjectVisitor&)>
-void onlyIf(const Source& source, const ObjectVisitor& visit) {
-    if (test(source)) walk(source, visit);
-}
 
 /// The InstanceID of a software identity, taken apart at its first underscore.
 struct IdentityKey {

@@ -3,25 +3,12 @@
 #include "associations/service_texts.h"
 #include "associations/storage/families.h"
 #include "associations/storage/walks.h"
-#include "classes/instance.h"
-#include "classes/system_name.h"
-#include "software/installer.h"
 
 namespace merolt::storage {
 
 using namespace association;
 
 namespace {
-
-void hostOfService(const Source& source, const ObjectVisitor& visit) {
-    if (source.equals(0, gSystemName) && source.equals(1, computerSystemClass) &&
-        source.equals(2, software::installerName))
-        visit({});
-}
-
-void serviceOfHost(const Source& source, const ObjectVisitor& visit) {
-    if (source.equals(0, gSystemName)) visit({});
-}
 
 constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
     speakOfHostAndService(t);
@@ -35,8 +22,8 @@ constexpr Family family = {
     .right = {"Dependent", installationService},
     .forEachPair = oneWithEach<theObject>,
     .findLeft = {.keys = {{{"SystemName", KeyTest::isString}, {"SystemCreationClassName"}, {"Name"}}},
-                 .find = hostOfService},
-    .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = serviceOfHost},
+                 .find = onlyIf<namesServiceOfHost, theObject>},
+    .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesHost, theObject>},
     .filters = Filters::applied,
     .texts = texts,
 };

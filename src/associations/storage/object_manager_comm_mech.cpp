@@ -2,7 +2,6 @@
 // server's own path carries a name that was looked up separately, and where the two differ it finds nothing.
 #include "associations/storage/families.h"
 #include "associations/storage/walks.h"
-#include "classes/system_name.h"
 
 namespace merolt::storage {
 
@@ -10,11 +9,7 @@ using namespace association;
 
 namespace {
 
-void theOtherOfThisHost(const Source& source, const ObjectVisitor& visit) {
-    if (source.equals(0, gSystemName)) visit({});
-}
-
-constexpr Search ofThisHost = {.keys = {{{"SystemName"}}}, .find = theOtherOfThisHost};
+constexpr Search ofThisHost = {.keys = {{{"SystemName"}}}, .find = onlyIf<namesHost, theObject>};
 
 constexpr Family family = {
     .token = "AssocObjectManagerCommMech",

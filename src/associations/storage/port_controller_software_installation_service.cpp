@@ -3,7 +3,6 @@
 #include "associations/service_texts.h"
 #include "associations/storage/families.h"
 #include "associations/storage/walks.h"
-#include "software/installer.h"
 
 namespace merolt::storage {
 
@@ -15,10 +14,6 @@ constexpr auto every = everyRecord<&g_portControllerCount>;
 
 void pairs(Enumeration, const PairVisitor& visit) {
     every({}, [&](const Object& controller) { return visit({controller, {}}); });
-}
-
-void controllersOfService(const Source& source, const ObjectVisitor& visit) {
-    if (source.equals(0, software::installerName)) every(source, visit);
 }
 
 void serviceOfController(const Source& source, const ObjectVisitor& visit) {
@@ -40,7 +35,7 @@ constexpr Family family = {
     .left = {"AffectedElement", portController},
     .right = {"AffectingElement", installationService},
     .forEachPair = pairs,
-    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = controllersOfService},
+    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, every>},
     .findRight = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = serviceOfController},
     .filters = Filters::applied,
     .texts = texts,

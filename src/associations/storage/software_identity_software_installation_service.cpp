@@ -2,8 +2,6 @@
 // the service is found.
 #include "associations/storage/families.h"
 #include "associations/storage/walks.h"
-#include "software/installer.h"
-#include "text/text.h"
 
 #include <cstring>
 
@@ -24,10 +22,6 @@ void everyFlashImage(const Source&, const ObjectVisitor& visit) {
 
 void pairs(Enumeration, const PairVisitor& visit) {
     everyFlashImage({}, [&](const Object& identity) { return visit({identity, {}}); });
-}
-
-void flashImagesOfService(const Source& source, const ObjectVisitor& visit) {
-    if (source.equals(0, software::installerName)) everyFlashImage(source, visit);
 }
 
 void serviceOfIdentity(const Source& source, const ObjectVisitor& visit) {
@@ -59,7 +53,7 @@ constexpr Family family = {
     .left = {"AffectedElement", softwareIdentity},
     .right = {"AffectingElement", installationService},
     .forEachPair = pairs,
-    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = flashImagesOfService},
+    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, everyFlashImage>},
     .findRight = {.keys = {{{"InstanceID", KeyTest::isString}}}, .find = serviceOfIdentity},
     .filters = Filters::ignored,
     .texts = texts,

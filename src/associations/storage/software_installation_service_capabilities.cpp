@@ -2,17 +2,12 @@
 #include "associations/service_texts.h"
 #include "associations/storage/families.h"
 #include "associations/storage/walks.h"
-#include "software/installer.h"
 
 namespace merolt::storage {
 
 using namespace association;
 
 namespace {
-
-void theOtherOfInstaller(const Source& source, const ObjectVisitor& visit) {
-    if (source.equals(0, software::installerName)) visit({});
-}
 
 // Requests and searches speak as the Ethernet side's do, enumerations and getInstance as the storage side's; the last
 // line of getInstance is another family's.
@@ -42,9 +37,9 @@ constexpr Family family = {
     .forEachPair = oneWithEach<theObject>,
     // referenceNames gives the service's path the capabilities' key.
     .findLeft = {.keys = {{{"InstanceID", KeyTest::isString}}},
-                 .find = theOtherOfInstaller,
+                 .find = onlyIf<namesInstaller, theObject>,
                  .referenceNamePath = installationServiceCapabilities.makePath},
-    .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = theOtherOfInstaller},
+    .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, theObject>},
     .filters = Filters::applied,
     .texts = texts,
 };

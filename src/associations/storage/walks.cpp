@@ -1,18 +1,8 @@
 #include "associations/storage/walks.h"
 
-#include "classes/instance.h"
-#include "classes/system_name.h"
-#include "text/text.h"
-
 #include <cstring>
 
 namespace merolt::association {
-
-void theObject(const Source&, const ObjectVisitor& visit) { visit({}); }
-
-void hostOfScopedObject(const Source& source, const ObjectVisitor& visit) {
-    if (source.equals(0, gSystemName) && source.equals(1, computerSystemClass)) visit({});
-}
 
 const char* KeyCut::prefixOf(const char* key) {
     if (const char* end = std::strchr(key, '_')) cut.assign({key, static_cast<std::size_t>(end - key)});

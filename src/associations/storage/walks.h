@@ -16,9 +16,6 @@ void everyRecord(const Source&, const ObjectVisitor& visit) {
     }
 }
 
-/// The one object of a class, whatever the source's keys are.
-void theObject(const Source& source, const ObjectVisitor& visit);
-
 /// Pairs of the one left object with each right object.
 template <void (*find)(const Source&, const ObjectVisitor&)>
 void oneWithEach(Enumeration, const PairVisitor& visit) {
@@ -28,12 +25,9 @@ void oneWithEach(Enumeration, const PairVisitor& visit) {
 /// The host, at the left of an association.
 constexpr Role hostAs(const char* role) { return {role, computerSystem, computerSystemAliases}; }
 
-/// The host, if the source's first two keys name it: SystemName and SystemCreationClassName.
-void hostOfScopedObject(const Source& source, const ObjectVisitor& visit);
-
 /// From an object that the host scopes to the host.
 inline constexpr Search findHost = {.keys = {{{"SystemName"}, {"SystemCreationClassName"}}},
-                                    .find = hostOfScopedObject};
+                                    .find = onlyIf<namesHostAndClass, theObject>};
 
 /// Calls the visitor with each pair of a left and a right record that belong together; the left list is the outer one.
 template <class Match>

@@ -84,7 +84,7 @@ struct ProviderLibrary::Interfaces {
     std::string file;
     std::string name;
     Broker& broker;
-    void* library = nullptr;
+    void* handle = nullptr;
     std::mutex mutex;
     bool isShutDown = false;
     Slot<CMPIInstanceMI> instance{"Instance"};
@@ -99,7 +99,7 @@ struct ProviderLibrary::Interfaces {
 
     template <typename Interface>
     void findFactory(Slot<Interface>& slot) {
-        slot.factory = reinterpret_cast<typename Slot<Interface>::Factory>(dlsym(library, factoryName(slot).c_str()));
+        slot.factory = reinterpret_cast<typename Slot<Interface>::Factory>(dlsym(handle, factoryName(slot).c_str()));
     }
 
     // Null with the reason in error. The factory runs in a scope of its own: what it is given is gone when it returns.
@@ -182,8 +182,8 @@ ProviderLibrary::ProviderLibrary(const std::filesystem::path& file, std::string 
           std::make_unique<Interfaces>(std::filesystem::absolute(file).string(), std::move(providerName), broker)) {
     Interfaces& made = *interfaces;
     // As production servers load providers: with all symbols resolved, and visible to libraries that come later.
-    made.library = dlopen(made.file.c_str(), RTLD_NOW | RTLD_GLOBAL);
-    if (!made.library) {
+    made.handle = dlopen(made.file.c_str(), RTLD_NOW | RTLD_GLOBAL);
+    if (!made.handle) {
         const char* reason = dlerror();
         throw ProviderLoadError("cannot load the provider library \"" + made.file +
                                 "\": " + (reason ? reason : "unknown reason"));

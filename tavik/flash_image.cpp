@@ -232,15 +232,37 @@ std::variant<std::size_t, FlashFault> flashImageSize(std::span<const std::uint8_
     return sizeof(Header) + std::get<Header>(checked).payloadSize;
 }
 
-std::variant<FlashImage, FlashFault> decodeFlashImage(std::span<const std::uint8_t> bytes) {
-    const auto checked = checkedHeader(bytes);
-    if (const auto* fault = std::get_if<FlashFault>(&checked)) return *fault;
+namespace {
+
+/** The header of an image that is whole. */
+std::variant<Header, FlashFault> checkedImage(std::span<const std::uint8_t> bytes) {
+    auto checked = checkedHeader(bytes);
+    if (std::holds_alternative<FlashFault>(checked)) return checked;
     const auto& header = std::get<Header>(checked);
     const auto payload = bytes.subspan(sizeof(Header));
     if (payload.size() < header.payloadSize) return damaged("the image is shorter than its header says");
     if (payload.size() > header.payloadSize) return damaged("the image is longer than its header says");
     if (checkOf(payload) != header.payloadCheck) return damaged("the payload's checksum is wrong");
-    FlashImage image = imageOf(header);
+    return checked;
+}
+
+/** Makes the bytes the payload of what it returns: an image can be large, and is held once. */
+std::variant<FlashImage, FlashFault> takeFlashImage(Bytes bytes) {
+    const auto checked = checkedImage(bytes);
+    if (const auto* fault = std::get_if<FlashFault>(&checked)) return *fault;
+    FlashImage image = imageOf(std::get<Header>(checked));
+    bytes.erase(bytes.begin(), bytes.begin() + sizeof(Header));
+    image.payload = std::move(bytes);
+    return image;
+}
+
+} // namespace
+
+std::variant<FlashImage, FlashFault> decodeFlashImage(std::span<const std::uint8_t> bytes) {
+    const auto checked = checkedImage(bytes);
+    if (const auto* fault = std::get_if<FlashFault>(&checked)) return *fault;
+    FlashImage image = imageOf(std::get<Header>(checked));
+    const auto payload = bytes.subspan(sizeof(Header));
     image.payload.assign(payload.begin(), payload.end());
     return image;
 }
@@ -252,18 +274,18 @@ std::variant<FlashImage, FlashFault> readFlashImage(const void* memory) {
         const auto path = copyPath(memory);
         return path ? readFlashImageFile(*path) : FlashFault{statusNotAnImage, "the path of the image does not end"};
     }
-    const auto bytes = copyImage(memory);
+    auto bytes = copyImage(memory);
     if (const auto* fault = std::get_if<FlashFault>(&bytes)) return *fault;
-    return decodeFlashImage(std::get<Bytes>(bytes));
+    return takeFlashImage(std::move(std::get<Bytes>(bytes)));
 }
 
 std::variant<FlashImage, FlashFault> readFlashImageFile(const std::string& fileName) {
     const int file = open(fileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (file < 0) return unreadable(fileName, std::strerror(errno));
-    const auto bytes = readAll(file, fileName);
+    auto bytes = readAll(file, fileName);
     close(file);
     if (const auto* fault = std::get_if<FlashFault>(&bytes)) return *fault;
-    auto image = decodeFlashImage(std::get<Bytes>(bytes));
+    auto image = takeFlashImage(std::move(std::get<Bytes>(bytes)));
     if (auto* fault = std::get_if<FlashFault>(&image)) fault->reason = fileName + ": " + fault->reason;
     return image;
 }

@@ -16,18 +16,19 @@ std::size_t elementBytes(CMPIType type) noexcept {
 ArrayObject* ArrayObject::make(Arena& arena, CMPICount size, CMPIType elementType) {
     const std::size_t bytes = elementBytes(elementType);
     if (bytes == 0) return nullptr;
-    void* memory = arena.allocate(sizeof(ArrayObject) + size * bytes + size);
+    void* memory = arena.allocate(sizeof(ArrayObject) + contentBytes(size, bytes));
     auto* made = ::new (memory) ArrayObject();
     made->hdl = made;
     made->ft = tablePointer(tables::array);
     made->arena = &arena;
     made->ownsArena = false;
+    made->sharesValues = false;
     made->type = elementType;
     made->elementSize = static_cast<std::uint8_t>(bytes);
     made->count = size;
     made->values = static_cast<unsigned char*>(memory) + sizeof(ArrayObject);
     made->present = made->values + size * bytes;
-    std::memset(made->values, 0, size * bytes + size);
+    std::memset(made->values, 0, contentBytes(size, bytes));
     return made;
 }
 
@@ -38,7 +39,7 @@ const ArrayObject* ArrayObject::from(const CMPIArray* object) noexcept {
 CMPIData ArrayObject::element(CMPICount index) const noexcept {
     CMPIData data{};
     data.type = inwardType(type);
-    if (!present[index]) {
+    if (!isPresent(index)) {
         data.state = CMPI_nullValue;
         return data;
     }
@@ -48,10 +49,13 @@ CMPIData ArrayObject::element(CMPICount index) const noexcept {
 
 void ArrayObject::store(CMPICount index, const CMPIData& data) noexcept {
     unsigned char* place = values + std::size_t{index} * elementSize;
-    present[index] = (data.state & CMPI_nullValue) == 0;
-    if (present[index]) {
+    const auto bit = static_cast<unsigned char>(1U << index % 8);
+    unsigned char& byte = present[index / 8];
+    if ((data.state & CMPI_nullValue) == 0) {
+        byte = static_cast<unsigned char>(byte | bit);
         std::memcpy(place, &data.value, elementSize);
     } else {
+        byte = static_cast<unsigned char>(byte & ~bit);
         std::memset(place, 0, elementSize);
     }
 }
@@ -65,14 +69,31 @@ CMPIrc ArrayObject::setElement(CMPICount index, const CMPIValue* value, CMPIType
         const CMPIrc code = takeValue(*arena, value, valueType, data);
         if (code != CMPI_RC_OK) return code;
     }
+    if (sharesValues) makeValuesOwn();
     store(index, data);
     return CMPI_RC_OK;
 }
 
+void ArrayObject::makeValuesOwn() {
+    const std::size_t size = contentBytes(count, elementSize);
+    auto* own = static_cast<unsigned char*>(arena->allocate(size));
+    std::memcpy(own, values, size);
+    present = own + (present - values);
+    values = own;
+    sharesValues = false;
+}
+
 ArrayObject* ArrayObject::copyTo(Arena& target) const {
+    if (&target == arena && scalarSize(type) != 0) {
+        auto* twin = target.make<ArrayObject>(*this);
+        twin->hdl = twin;
+        twin->ownsArena = false;
+        sharesValues = twin->sharesValues = true;
+        return twin;
+    }
     ArrayObject* copy = make(target, count, type);
     if (scalarSize(type) != 0) {
-        std::memcpy(copy->values, values, std::size_t{count} * elementSize + count);
+        std::memcpy(copy->values, values, contentBytes(count, elementSize));
         return copy;
     }
     for (CMPICount index = 0; index < count; ++index) {

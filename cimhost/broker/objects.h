@@ -81,15 +81,25 @@ public:
     void store(CMPICount index, const CMPIData& data) noexcept;
     /// The bytes of the elements where they are numbers; null elements read as 0.
     [[nodiscard]] const unsigned char* bytes() const noexcept { return values; }
+    /// Numbers are copied only when one of the two is written to, if both lie in one arena.
     ArrayObject* copyTo(Arena& target) const;
 
     Arena* arena;
     bool ownsArena;
+    mutable bool sharesValues; // with copies of itself
     CMPIType type;
     std::uint8_t elementSize;
     CMPICount count;
     unsigned char* values;
-    unsigned char* present; // one byte an element, 0 for null
+    unsigned char* present; // one bit an element, 0 for null
+
+private:
+    [[nodiscard]] bool isPresent(CMPICount index) const noexcept { return (present[index / 8] >> index % 8 & 1) != 0; }
+    void makeValuesOwn();
+    /// Of values and presence together.
+    [[nodiscard]] static std::size_t contentBytes(CMPICount size, std::size_t elementBytes) noexcept {
+        return size * elementBytes + (std::size_t{size} + 7) / 8;
+    }
 };
 
 /// A point in time or an interval, in CIM's 25 characters.

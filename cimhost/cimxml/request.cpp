@@ -26,7 +26,9 @@ constexpr std::size_t maximumNames = 256;
 
 std::string shown(const XmlElement& element) { return "<" + std::string(element.name) + ">"; }
 
-const XmlElement& onlyChild(const XmlElement& element) {
+// For an element that is only looked at, and for one whose values are taken out.
+template <typename Element>
+auto& onlyChild(Element& element) {
     if (element.children.size() != 1) {
         refuse(shown(element) + " holds " + std::to_string(element.children.size()) + " elements in place of one");
     }
@@ -175,12 +177,12 @@ ObjectPath objectPath(const XmlElement& element) {
     refuse(shown(element) + " where a class or an instance is to be named");
 }
 
-TextList arrayTexts(const XmlElement& element) {
+TextList arrayTexts(XmlElement& element) {
     refuseChildren(element);
-    return element.values;
+    return std::move(element.values);
 }
 
-Value readValue(const XmlElement& element) {
+Value readValue(XmlElement& element) {
     Value value;
     value.isNull = false;
     if (element.name == "VALUE") {
@@ -221,13 +223,13 @@ constexpr PropertyRule propertyRules[] = {
     {"PROPERTY.REFERENCE", "VALUE.REFERENCE", false},
 };
 
-std::optional<Property> readProperty(const XmlElement& element) {
+std::optional<Property> readProperty(XmlElement& element) {
     const auto* rule = std::find_if(std::begin(propertyRules), std::end(propertyRules),
                                     [&](const PropertyRule& row) { return row.element == element.name; });
     if (rule == std::end(propertyRules)) return std::nullopt;
     Property property;
     property.name = requiredName(element, "NAME");
-    for (const XmlElement& child : element.children) {
+    for (XmlElement& child : element.children) {
         if (child.name == "QUALIFIER") continue;
         if (child.name != rule->value || !property.value.isNull) {
             refuse(shown(child) + " inside " + shown(element) + " " + property.name.substr(0, 64));
@@ -240,10 +242,10 @@ std::optional<Property> readProperty(const XmlElement& element) {
     return property;
 }
 
-Instance readInstance(const XmlElement& element) {
+Instance readInstance(XmlElement& element) {
     Instance instance;
     instance.className = requiredName(element, "CLASSNAME");
-    for (const XmlElement& child : element.children) {
+    for (XmlElement& child : element.children) {
         if (child.name == "QUALIFIER") continue;
         std::optional<Property> property = readProperty(child);
         if (!property) refuse(shown(child) + " inside <INSTANCE>");
@@ -263,7 +265,7 @@ constexpr NamedInstanceRule namedInstanceRules[] = {
     {"VALUE.INSTANCEWITHPATH", "INSTANCEPATH"},
 };
 
-std::optional<NamedInstance> namedInstance(const XmlElement& element) {
+std::optional<NamedInstance> namedInstance(XmlElement& element) {
     if (element.name == "INSTANCE") return NamedInstance{std::nullopt, readInstance(element)};
     for (const NamedInstanceRule& rule : namedInstanceRules) {
         if (rule.element != element.name) continue;
@@ -282,26 +284,26 @@ bool namesObject(std::string_view element) {
                        [&](const PathRule& rule) { return rule.element == element; });
 }
 
-Argument readArgument(const XmlElement& element) {
+Argument readArgument(XmlElement& element) {
     if (element.name == "CLASS" || element.name == "QUALIFIER.DECLARATION") return UnreadArgument{element.name};
     if (namesObject(element.name)) return objectPath(element);
     if (std::optional<NamedInstance> instance = namedInstance(element)) return std::move(*instance);
     return readValue(element);
 }
 
-Parameter intrinsicParameter(const XmlElement& element) {
+Parameter intrinsicParameter(XmlElement& element) {
     if (element.name != "IPARAMVALUE") refuse(shown(element) + " inside <IMETHODCALL>");
     Parameter parameter{requiredName(element, "NAME"), {}};
     if (!element.children.empty()) parameter.value = readArgument(onlyChild(element));
     return parameter;
 }
 
-Parameter methodParameter(const XmlElement& element) {
+Parameter methodParameter(XmlElement& element) {
     if (element.name != "PARAMVALUE") refuse(shown(element) + " inside <METHODCALL>");
     Parameter parameter{requiredName(element, "NAME"), {}};
     Value value;
     if (!element.children.empty()) {
-        const XmlElement& child = onlyChild(element);
+        XmlElement& child = onlyChild(element);
         // Some clients name an object where DSP0201 asks for <VALUE.REFERENCE> around the name.
         if (namesObject(child.name)) {
             value.isNull = false;
@@ -318,7 +320,7 @@ Parameter methodParameter(const XmlElement& element) {
 }
 
 template <typename ReadParameter>
-void readParameters(const XmlElement& call, Request& request, ReadParameter read) {
+void readParameters(XmlElement& call, Request& request, ReadParameter read) {
     if (call.children.size() > maximumNames) refuse(shown(call) + " has too many parameters");
     for (auto child = call.children.begin() + 1; child != call.children.end(); ++child) {
         Parameter parameter = read(*child);
@@ -329,7 +331,7 @@ void readParameters(const XmlElement& call, Request& request, ReadParameter read
     }
 }
 
-void readIntrinsicCall(const XmlElement& call, Request& request) {
+void readIntrinsicCall(XmlElement& call, Request& request) {
     request.kind = Request::Kind::intrinsic;
     if (call.children.empty() || call.children.front().name != "LOCALNAMESPACEPATH") {
         refuse("<IMETHODCALL> does not begin with <LOCALNAMESPACEPATH>");
@@ -338,7 +340,7 @@ void readIntrinsicCall(const XmlElement& call, Request& request) {
     readParameters(call, request, intrinsicParameter);
 }
 
-void readExtrinsicCall(const XmlElement& call, Request& request) {
+void readExtrinsicCall(XmlElement& call, Request& request) {
     request.kind = Request::Kind::extrinsic;
     if (call.children.empty() ||
         (call.children.front().name != "LOCALCLASSPATH" && call.children.front().name != "LOCALINSTANCEPATH")) {
@@ -349,9 +351,9 @@ void readExtrinsicCall(const XmlElement& call, Request& request) {
     readParameters(call, request, methodParameter);
 }
 
-void readSimpleRequest(const XmlElement& element, Request& request) {
-    const XmlElement* call = nullptr;
-    for (const XmlElement& child : element.children) {
+void readSimpleRequest(XmlElement& element, Request& request) {
+    XmlElement* call = nullptr;
+    for (XmlElement& child : element.children) {
         if (child.name == "CORRELATOR") continue;
         if (call) refuse("<SIMPLEREQ> holds more than one call");
         call = &child;
@@ -371,11 +373,11 @@ void checkVersion(const XmlElement& element, std::string_view attribute, char ma
 }
 
 // The message, with one request in it.
-const XmlElement& readMessage(const XmlElement& root) {
+XmlElement& readMessage(XmlElement& root) {
     if (root.name != "CIM") refuse("the document is a " + shown(root) + " and no <CIM>");
     checkVersion(root, "CIMVERSION", '2', ErrorKind::unsupportedCimVersion);
     checkVersion(root, "DTDVERSION", '2', ErrorKind::unsupportedDtdVersion);
-    const XmlElement& message = onlyChild(root);
+    XmlElement& message = onlyChild(root);
     if (message.name != "MESSAGE") refuse("<CIM> holds a " + shown(message) + " and no <MESSAGE>");
     checkVersion(message, "PROTOCOLVERSION", '1', ErrorKind::unsupportedProtocolVersion);
     const XmlElement& content = onlyChild(message);
@@ -385,9 +387,9 @@ const XmlElement& readMessage(const XmlElement& root) {
     return message;
 }
 
-Request readDocument(const XmlElement& root) {
-    const XmlElement& message = readMessage(root);
-    const XmlElement& content = message.children.front();
+Request readDocument(XmlElement& root) {
+    XmlElement& message = readMessage(root);
+    XmlElement& content = message.children.front();
     if (content.name == "SIMPLEEXPREQ") {
         refuse("this is a CIM server and no listener for indications", ErrorKind::unsupportedOperation);
     }
@@ -399,29 +401,28 @@ Request readDocument(const XmlElement& root) {
     return request;
 }
 
-ExportRequest readExport(const XmlElement& root) {
-    const XmlElement& message = readMessage(root);
-    const XmlElement& content = message.children.front();
+ExportRequest readExport(XmlElement& root) {
+    XmlElement& message = readMessage(root);
+    XmlElement& content = message.children.front();
     if (content.name != "SIMPLEEXPREQ") {
         refuse("this is a listener for indications and no CIM server", ErrorKind::unsupportedOperation);
     }
-    const XmlElement& call = onlyChild(content);
+    XmlElement& call = onlyChild(content);
     if (call.name != "EXPMETHODCALL") refuse(shown(call) + " inside <SIMPLEEXPREQ>");
     if (!equalNames(requiredName(call, "NAME"), "ExportIndication")) {
         refuse("a listener takes ExportIndication and no other call", ErrorKind::unsupportedOperation);
     }
-    const XmlElement& parameter = onlyChild(call);
+    XmlElement& parameter = onlyChild(call);
     if (parameter.name != "EXPPARAMVALUE") refuse(shown(parameter) + " inside <EXPMETHODCALL>");
     if (!equalNames(requiredName(parameter, "NAME"), "NewIndication")) refuse("the parameter is not NewIndication");
-    const XmlElement& indication = onlyChild(parameter);
+    XmlElement& indication = onlyChild(parameter);
     if (indication.name != "INSTANCE") refuse(shown(indication) + " where the indication stands");
     return {*message.attribute("ID"), readInstance(indication)};
 }
 
 template <typename Read>
-auto decode(std::string_view document, const XmlLimits& limits, Read read)
-    -> std::variant<decltype(read(std::declval<const XmlElement&>())), ProtocolError> {
-    std::variant<XmlElement, ProtocolError> tree = parseXml(document, limits);
+auto decode(std::variant<XmlElement, ProtocolError> tree, Read read)
+    -> std::variant<decltype(read(std::declval<XmlElement&>())), ProtocolError> {
     if (auto* error = std::get_if<ProtocolError>(&tree)) return std::move(*error);
     try {
         return read(std::get<XmlElement>(tree));
@@ -440,11 +441,15 @@ const Argument* Request::parameter(std::string_view name) const {
 }
 
 std::variant<Request, ProtocolError> decodeRequest(std::string_view document, const XmlLimits& limits) {
-    return decode(document, limits, readDocument);
+    return decode(parseXml(document, limits), readDocument);
+}
+
+std::variant<Request, ProtocolError> decodeRequest(XmlReader& document) {
+    return decode(document.finish(), readDocument);
 }
 
 std::variant<ExportRequest, ProtocolError> decodeExport(std::string_view document, const XmlLimits& limits) {
-    return decode(document, limits, readExport);
+    return decode(parseXml(document, limits), readExport);
 }
 
 } // namespace cimhost::cimxml

@@ -43,6 +43,9 @@ struct Request {
 /// Never throws for what the document holds. The error says what is wrong, for a person at the other end.
 std::variant<Request, ProtocolError> decodeRequest(std::string_view document, const XmlLimits& limits = {});
 
+/// The same of a document that was read in pieces, behind the last one.
+std::variant<Request, ProtocolError> decodeRequest(XmlReader& document);
+
 /// What a CIM server sends to a listener: one indication.
 struct ExportRequest {
     std::string messageId;

@@ -13,22 +13,31 @@
 
 namespace cimhost::cimxml {
 
-// Many texts in one block. A firmware image travels as one element per byte, so an array of single strings would cost
-// eight times the request.
+// Many texts in one block. A firmware image travels as one element per byte: while every text is a number from 0 to 255
+// as one writes it, the list takes a byte for each.
 class TextList {
 public:
     void append(std::string_view text);
     void appendNull();
 
-    [[nodiscard]] std::size_t size() const noexcept { return ends.size(); }
-    [[nodiscard]] bool empty() const noexcept { return ends.empty(); }
-    [[nodiscard]] bool isNull(std::size_t index) const { return (ends[index] & nullFlag) != 0; }
+    [[nodiscard]] std::size_t size() const noexcept { return numbers.size() + ends.size(); }
+    [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+    [[nodiscard]] bool isNull(std::size_t index) const { return numbers.empty() && (ends[index] & nullFlag) != 0; }
     /// Empty for a null entry. The view lives as long as the list is not appended to.
     [[nodiscard]] std::string_view operator[](std::size_t index) const;
+
+    /// Bytes that the entries take.
+    [[nodiscard]] std::size_t heldBytes() const noexcept {
+        return numbers.size() + bytes.size() + ends.size() * sizeof(ends[0]);
+    }
 
 private:
     static constexpr std::uint32_t nullFlag = 0x80000000U;
 
+    void spellOutNumbers();
+
+    // One of the two forms is empty.
+    std::vector<std::uint8_t> numbers;
     std::string bytes;
     std::vector<std::uint32_t> ends; // of each text in bytes, with the flag for null
 };

@@ -115,9 +115,12 @@ struct ParserDeleter {
 };
 using ParserHandle = std::unique_ptr<XML_ParserStruct, ParserDeleter>;
 
-class TreeBuilder {
+} // namespace
+
+class XmlReader::State {
 public:
-    TreeBuilder(XML_Parser handle, const XmlLimits& bounds) : parser(handle), limits(bounds) {
+    explicit State(const XmlLimits& bounds) : handle(XML_ParserCreate(nullptr)), parser(handle.get()), limits(bounds) {
+        if (!parser) throw std::bad_alloc();
         XML_SetUserData(parser, this);
         XML_SetElementHandler(
             parser,
@@ -131,28 +134,54 @@ public:
         });
     }
 
-    std::variant<XmlElement, ProtocolError> parse(std::string_view document) {
-        const XML_Status status = XML_Parse(parser, document.data(), static_cast<int>(document.size()), 1);
-        if (refusal) return ProtocolError{ErrorKind::requestNotValid, *refusal};
-        if (status != XML_STATUS_OK) {
-            return ProtocolError{ErrorKind::requestNotWellFormed, place() + XML_ErrorString(XML_GetErrorCode(parser))};
-        }
-        return std::move(root);
+    // The parser counts in int.
+    void read(std::string_view piece, bool isLast) {
+        constexpr std::size_t most = INT_MAX / 2;
+        for (; piece.size() > most; piece.remove_prefix(most))
+            readPart(piece.substr(0, most), false);
+        readPart(piece, isLast);
     }
 
+    const std::optional<ProtocolError>& failure() const { return error; }
+    XmlElement takeRoot() { return std::move(root); }
+    std::size_t heldBytes() const { return held; }
+
 private:
-    static TreeBuilder& of(void* self) { return *static_cast<TreeBuilder*>(self); }
+    static State& of(void* self) { return *static_cast<State*>(self); }
+
+    void readPart(std::string_view part, bool isLast) {
+        if (error) return;
+        bytesRead += part.size();
+        if (XML_Parse(parser, part.data(), static_cast<int>(part.size()), isLast) == XML_STATUS_OK) {
+            return isLast ? void() : refuseLongToken();
+        }
+        if (!error) {
+            error = {ErrorKind::requestNotWellFormed, place() + XML_ErrorString(XML_GetErrorCode(parser))};
+        }
+    }
+
+    // The parser begins an unfinished token anew with each piece: one without end would cost the square of its length.
+    void refuseLongToken() {
+        const XML_Index begin = XML_GetCurrentByteIndex(parser);
+        const std::size_t done = begin < 0 ? 0 : static_cast<std::size_t>(begin);
+        if (bytesRead - done > limits.tokenBytes) refuse("a tag or comment is too long");
+    }
 
     std::string place() const { return "line " + std::to_string(XML_GetCurrentLineNumber(parser)) + ": "; }
 
     void refuse(const std::string& reason) {
-        if (refusal) return;
-        refusal = place() + reason;
+        if (error) return;
+        error = {ErrorKind::requestNotValid, place() + reason};
         XML_StopParser(parser, XML_FALSE);
     }
 
+    void hold(std::size_t bytes) {
+        held += bytes;
+        if (held > limits.heldBytes) refuse("the message holds too much");
+    }
+
     void start(std::string_view name, const XML_Char** attributes) {
-        if (refusal) return;
+        if (error) return;
         if (!open.empty() && open.back()->name == "VALUE.ARRAY" && startArrayEntry(name, attributes)) return;
         if (inArrayEntry) return refuse(shown(name) + " inside an array's value");
         const ElementRule* rule = findRule(name);
@@ -164,6 +193,7 @@ private:
         }
         XmlElement& element = open.empty() ? root : open.back()->children.emplace_back();
         element.name = rule->name;
+        hold(sizeof(XmlElement));
         takeAttributes(element, *rule, attributes);
         open.push_back(&element);
         ruleOfOpen.push_back(rule);
@@ -192,6 +222,7 @@ private:
                 return refuse("attribute " + std::string(known) + " of " + shown(rule.name) + " is too long");
             }
             element.attributes.push_back({known, attributes[1]});
+            hold(sizeof(XmlAttribute) + element.attributes.back().value.size());
         }
         for (std::string_view missing = rule.required; !missing.empty();) {
             const std::string_view word = missing.substr(0, missing.find(' '));
@@ -203,34 +234,41 @@ private:
     }
 
     void end() {
-        if (refusal) return;
+        if (error) return;
         if (inArrayEntry) return endArrayEntry();
         open.pop_back();
         ruleOfOpen.pop_back();
     }
 
     void endArrayEntry() {
+        TextList& values = open.back()->values;
+        const std::size_t before = values.heldBytes();
         if (entryIsNull) {
-            open.back()->values.appendNull();
+            values.appendNull();
         } else {
-            open.back()->values.append(entryText);
+            values.append(entryText);
         }
         inArrayEntry = false;
+        held -= entryText.size();
+        hold(values.heldBytes() - before);
     }
 
     void characters(std::string_view text) {
-        if (refusal) return;
+        if (error) return;
         if (inArrayEntry && !entryIsNull) {
             entryText.append(text);
+            hold(text.size());
         } else if (!inArrayEntry && ruleOfOpen.back()->content == Content::text) {
             open.back()->text.append(text);
+            hold(text.size());
         } else if (!isBlank(text)) {
             refuse("text where " + shown(open.back()->name) + " takes none");
         }
     }
 
-    XML_Parser parser;
-    const XmlLimits& limits;
+    const ParserHandle handle;
+    const XML_Parser parser;
+    const XmlLimits limits;
     XmlElement root;
     // Pointers stay good: an element gains children only while it is the innermost open one.
     std::vector<XmlElement*> open;
@@ -239,10 +277,27 @@ private:
     bool inArrayEntry = false;
     bool entryIsNull = false;
     std::string entryText;
-    std::optional<std::string> refusal;
+    std::size_t held = 0;
+    std::size_t bytesRead = 0;
+    std::optional<ProtocolError> error;
 };
 
-} // namespace
+XmlReader::XmlReader(const XmlLimits& limits) : state(std::make_unique<State>(limits)) {}
+
+XmlReader::~XmlReader() = default;
+
+std::optional<ProtocolError> XmlReader::read(std::string_view piece) {
+    state->read(piece, false);
+    return state->failure();
+}
+
+std::variant<XmlElement, ProtocolError> XmlReader::finish() {
+    state->read({}, true);
+    if (state->failure()) return *state->failure();
+    return state->takeRoot();
+}
+
+std::size_t XmlReader::heldBytes() const { return state->heldBytes(); }
 
 const std::string* XmlElement::attribute(std::string_view attributeName) const {
     for (const XmlAttribute& candidate : attributes) {
@@ -252,10 +307,9 @@ const std::string* XmlElement::attribute(std::string_view attributeName) const {
 }
 
 std::variant<XmlElement, ProtocolError> parseXml(std::string_view document, const XmlLimits& limits) {
-    if (document.size() > INT_MAX) return ProtocolError{ErrorKind::requestNotValid, "the document is too long"};
-    const ParserHandle parser(XML_ParserCreate(nullptr));
-    if (!parser) throw std::bad_alloc();
-    return TreeBuilder(parser.get(), limits).parse(document);
+    XmlReader reader(limits);
+    reader.read(document);
+    return reader.finish();
 }
 
 } // namespace cimhost::cimxml

@@ -5,6 +5,8 @@
 #include "cimhost/cimxml/values.h"
 
 #include <cstddef>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -14,8 +16,10 @@ namespace cimhost::cimxml {
 
 struct XmlLimits {
     std::size_t depth = 64;
-    std::size_t elements = 65536; // entries of a VALUE.ARRAY do not count: the body limit of the server bounds them
+    std::size_t elements = 65536; // entries of a VALUE.ARRAY do not count
     std::size_t attributeBytes = 16384;
+    std::size_t tokenBytes = std::size_t{512} << 10; // of one tag, comment or instruction
+    std::size_t heldBytes = std::size_t{64} << 20;   // of all that the tree keeps
 };
 
 struct XmlAttribute {
@@ -34,8 +38,30 @@ struct XmlElement {
     const std::string* attribute(std::string_view attributeName) const;
 };
 
-/// Parses one document. Attributes that DSP0201 requires are present in the result; which child may stand where is
-/// for the caller to judge.
+/// Reads one document in pieces of any size: what is read of an array of bytes takes a twentieth of its XML.
+class XmlReader {
+public:
+    explicit XmlReader(const XmlLimits& limits = {});
+    ~XmlReader();
+    XmlReader(const XmlReader&) = delete;
+    XmlReader& operator=(const XmlReader&) = delete;
+
+    /// The next bytes. An error ends the reading; whoever goes on gets it again. Pieces of 64 KiB and more cost least.
+    std::optional<ProtocolError> read(std::string_view piece);
+
+    /// Behind the last bytes. Attributes that DSP0201 requires are present in the result; which child may stand where
+    /// is for the caller to judge.
+    std::variant<XmlElement, ProtocolError> finish();
+
+    /// Bytes that the tree takes so far, without what the C++ library keeps in reserve.
+    [[nodiscard]] std::size_t heldBytes() const;
+
+private:
+    class State;
+    std::unique_ptr<State> state;
+};
+
+/// Reads a document that is at hand as a whole.
 std::variant<XmlElement, ProtocolError> parseXml(std::string_view document, const XmlLimits& limits = {});
 
 } // namespace cimhost::cimxml

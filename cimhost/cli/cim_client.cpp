@@ -5,6 +5,8 @@
 #include "cimhost/cimxml/xml_text.h"
 #include "cimhost/service/cim_failure.h"
 
+#include <openssl/evp.h>
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -23,10 +25,21 @@ void appendOpening(ByteBuffer& out, std::string_view element, std::string_view a
     cimxml::appendAttribute(out, attribute, value);
 }
 
+std::string basicAuthorization(std::string_view user) {
+    if (user.empty()) return {};
+    std::string encoded((user.size() + 2) / 3 * 4 + 1, '\0'); // with a NUL
+    const int length =
+        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
+                        reinterpret_cast<const unsigned char*>(user.data()), static_cast<int>(user.size()));
+    encoded.resize(static_cast<std::size_t>(length));
+    return "Basic " + encoded;
+}
+
 } // namespace
 
-CimClient::CimClient(http::Url server, std::string operationNamespace)
-    : client(operationsOf(server)), authority(server.authority()), nameSpace(std::move(operationNamespace)) {}
+CimClient::CimClient(http::Url server, std::string operationNamespace, std::string_view user)
+    : client(operationsOf(server)), authority(server.authority()), nameSpace(std::move(operationNamespace)),
+      authorization(basicAuthorization(user)) {}
 
 void CimClient::appendNamespacePath(ByteBuffer& out) const {
     out.append("<LOCALNAMESPACEPATH>");
@@ -50,12 +63,17 @@ std::vector<cimxml::XmlElement> CimClient::call(std::string_view method, std::st
     message.append(">");
     message.append(value.view());
     message.append("</IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>\n");
-    const http::ClientAnswer answer = client.post({{"Content-Type", "application/xml; charset=\"utf-8\""},
-                                                   {"CIMProtocolVersion", "1.0"},
-                                                   {"CIMOperation", "MethodCall"},
-                                                   {"CIMMethod", std::string(method)},
-                                                   {"CIMObject", nameSpace}},
-                                                  message.view());
+    std::vector<http::Field> fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
+                                       {"CIMProtocolVersion", "1.0"},
+                                       {"CIMOperation", "MethodCall"},
+                                       {"CIMMethod", std::string(method)},
+                                       {"CIMObject", nameSpace}};
+    if (!authorization.empty()) fields.push_back({"Authorization", authorization});
+    const http::ClientAnswer answer = client.post(fields, message.view());
+    if (answer.status == 401) {
+        throw std::runtime_error(authority + (authorization.empty() ? " asks for a user: give --user"
+                                                                    : " does not take this user and password"));
+    }
     if (answer.status != 200) {
         throw std::runtime_error(authority + " answered " + std::string(method) + " with HTTP status " +
                                  std::to_string(answer.status));

@@ -22,7 +22,8 @@ struct ClientProperty {
 class CimClient {
 public:
     /// The path of the URL is not used: operations go to /cimom.
-    CimClient(http::Url server, std::string operationNamespace);
+    /// @param user "name:password" for HTTP Basic authentication; empty: nobody in particular.
+    CimClient(http::Url server, std::string operationNamespace, std::string_view user);
 
     /// The <INSTANCENAME> that the server gave.
     cimxml::XmlElement createInstance(std::string_view className, const std::vector<ClientProperty>& properties);
@@ -43,6 +44,7 @@ private:
     http::Client client;
     std::string authority;
     std::string nameSpace;
+    std::string authorization; // value of the field; empty: none is sent
 };
 
 } // namespace cimhost::cli

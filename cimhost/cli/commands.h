@@ -22,7 +22,7 @@ struct ServeOptions {
     std::string state; ///< file that remembers subscriptions; empty: nothing does
     std::size_t connections = 64;
     std::size_t workers = 4;
-    std::size_t largestRequestMebibytes = 32; ///< an image as XML takes up to eighteen times its size
+    std::size_t largestRequestMebibytes = 400; ///< a flash image takes up to twenty times its size
 };
 
 /// Serves until SIGINT or SIGTERM. Throws std::runtime_error if it cannot start.

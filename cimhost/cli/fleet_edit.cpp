@@ -1,9 +1,11 @@
 #include "cimhost/cli/fleet_edit.h"
 
-#include "cimhost/storage/atomic_file.h"
 #include "tavik/fleet/fleet_file.h"
+#include "tavik/fleet/whole_file.h"
 
 #include <nlohmann/json.hpp>
+
+#include <filesystem>
 #include <stdexcept>
 
 namespace cimhost::cli {
@@ -69,21 +71,32 @@ bool setStates(Json& port, const LinkChange& change) {
     return isSet;
 }
 
-} // namespace
-
-void setLink(const LinkChange& change) {
-    const std::optional<std::string> text = readWholeFile(change.file, tavik::fleetFileSizeLimit);
-    if (!text) fail(change, "no such file");
-    requireValid(*text, change.file);
-    Json document = Json::parse(*text);
+std::string edit(const std::string& text, const LinkChange& change) {
+    requireValid(text, change.file);
+    Json document = Json::parse(text);
     Json& port = findPort(findCard(document, change), change);
     if (!setStates(port, change)) {
         fail(change, "port " + std::to_string(change.port) + " of card " + change.card +
                          " has no function that knows this state");
     }
-    const std::string edited = document.dump(2) + "\n";
+    std::string edited = document.dump(2) + "\n";
     requireValid(edited, change.file);
-    replaceFile(change.file, edited);
+    return edited;
+}
+
+} // namespace
+
+void setLink(const LinkChange& change) {
+    std::error_code error;
+    const std::filesystem::path file = std::filesystem::canonical(change.file, error);
+    if (error) fail(change, error.message());
+    // From the reading to the writing: a flash update or another change meanwhile would be lost.
+    const tavik::fleet::FolderLock onlyWriter(file.parent_path());
+    if (!onlyWriter.isHeld()) throw std::runtime_error(onlyWriter.reason());
+    const auto text = tavik::readFleetText(file);
+    if (const auto* unread = std::get_if<tavik::FleetError>(&text)) throw std::runtime_error(unread->message);
+    const std::string edited = edit(std::get<std::string>(text), change);
+    if (const auto reason = tavik::fleet::replaceWholeFile(file, edited)) throw std::runtime_error(*reason);
 }
 
 } // namespace cimhost::cli

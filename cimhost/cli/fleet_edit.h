@@ -1,4 +1,5 @@
-// Changes of a fleet file as a command: each leaves a whole and valid file, or the old one.
+// Changes of a fleet file as a command: each leaves a whole and valid file, or the old one, and waits for other
+// writers.
 #pragma once
 
 #include <string>

@@ -39,6 +39,7 @@ void appendBytes(const std::string& fileName, cimxml::TextList& texts) {
     if (!file) throw std::runtime_error(fileName + ": cannot be read");
     for (char byte = 0; file.get(byte);)
         texts.append(std::to_string(static_cast<unsigned char>(byte)));
+    if (!file.eof()) throw std::runtime_error(fileName + ": cannot be read");
 }
 
 cimxml::Value valueOf(const ParameterDeclaration& declared, std::string_view text) {

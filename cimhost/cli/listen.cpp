@@ -82,7 +82,7 @@ std::string uniqueName() {
 class Subscription {
 public:
     Subscription(const http::Url& server, const ListenOptions& options, const std::string& destination)
-        : client(server, options.interopNamespace) {
+        : client(server, options.interopNamespace, options.user) {
         try {
             make(options, destination);
         } catch (...) {
@@ -127,6 +127,9 @@ private:
 } // namespace
 
 void listen(const ListenOptions& options) {
+    if (!options.user.empty() && options.user.find(':') == std::string::npos) {
+        throw std::runtime_error("--user is written NAME:PASSWORD");
+    }
     const std::optional<http::Url> server = http::parseUrl(options.subscribe);
     if (!options.subscribe.empty() && !server) {
         throw std::runtime_error("--subscribe: \"" + options.subscribe + "\" is no URL such as http://127.0.0.1:5988");

@@ -79,7 +79,7 @@ CLI::App* addServe(CLI::App& app, Arguments& arguments) {
         ->capture_default_str();
     command
         ->add_option("--largest-request", arguments.serve.largestRequestMebibytes,
-                     "MiB; a flash image sent as bytes takes up to eighteen times its size")
+                     "MiB; a flash image sent as bytes takes up to twenty times its size")
         ->check(CLI::Range(1, 1024))
         ->capture_default_str();
     command->add_option("--workers", arguments.serve.workers, "Requests answered at the same moment")
@@ -97,6 +97,10 @@ void addListen(CLI::App& app, Arguments& arguments) {
     command->add_option("--address", arguments.listen.address, "Address to listen on")->capture_default_str();
     command->add_option("--subscribe", arguments.listen.subscribe,
                         "Subscribe at this CIM server, such as http://127.0.0.1:5988, until the end");
+    command
+        ->add_option("--user", arguments.listen.user,
+                     "NAME:PASSWORD at that server, or in the environment, where nobody else sees it")
+        ->envname("CIMHOST_USER");
     command->add_option("--query", arguments.listen.query, "What to subscribe to")->capture_default_str();
     arguments.listen.nameSpace = arguments.host.nameSpace;
     command->add_option("--namespace", arguments.listen.nameSpace, "Where the indications come from")

@@ -2,9 +2,9 @@
 #include "cimhost/indications/indication_server.h"
 #include "cimhost/service/endpoint.h"
 
-#include <algorithm>
 #include <charconv>
 #include <iostream>
+#include <malloc.h>
 #include <stdexcept>
 
 namespace cimhost::cli {
@@ -54,7 +54,6 @@ http::Options serverOptions(const ServeOptions& options) {
     server.limits.connections = options.connections;
     server.workers = options.workers;
     server.limits.bodyBytes = options.largestRequestMebibytes << 20;
-    server.limits.allBodyBytes = std::max(server.limits.allBodyBytes, 4 * server.limits.bodyBytes);
     if (!options.credentials.empty()) {
         server.credentials = std::make_shared<http::Credentials>(http::Credentials::load(options.credentials));
     }
@@ -75,6 +74,9 @@ class LateHandler final : public http::Handler {
 public:
     std::optional<http::Response> refuse(const http::Request& head) const override { return endpoint->refuse(head); }
     http::Response answer(http::Request request) override { return endpoint->answer(std::move(request)); }
+    std::unique_ptr<http::BodyReader> readerOfLargeBody(const http::Request& head) override {
+        return endpoint->readerOfLargeBody(head);
+    }
 
     std::unique_ptr<Endpoint> endpoint;
 };
@@ -101,9 +103,17 @@ IndicationOptions indicationOptions(const HostOptions& host, const ServeOptions&
     return made;
 }
 
+// The C library gives large blocks back to the system, but takes the size of what was freed as the size from which a
+// block is large: after one flash image it would keep the memory of every later one.
+void giveLargeBlocksBack() {
+    constexpr int large = 1 << 20;
+    mallopt(M_MMAP_THRESHOLD, large);
+}
+
 } // namespace
 
 void serve(const HostOptions& hostOptions, const ServeOptions& options) {
+    giveLargeBlocksBack();
     const http::Options settings = serverOptions(options);
     LateHandler handler;
     http::Server server(settings, handler);

@@ -72,7 +72,8 @@ protected:
     }
     void enter(Phase next) { currentPhase = next; }
 
-    // False if all requests together now hold more than they may.
+    // False if all requests together now hold more than they may. Of a body that is read in pieces, that is the piece
+    // and what its reader keeps.
     bool holdBytes(std::size_t bytes) {
         host.bodyBytes += bytes - heldBytes;
         heldBytes = bytes;
@@ -119,6 +120,7 @@ public:
 
 private:
     static constexpr std::size_t readSize = std::size_t{64} << 10;
+    static constexpr std::size_t pieceSize = std::size_t{64} << 10; // of a body, for its reader
 
     const Limits& limits() const { return host.options.limits; }
     auto& lowest() { return boost::beast::get_lowest_layer(stream); }
@@ -158,6 +160,9 @@ private:
     void onHead(error_code error) {
         if (error) return onReadError(error);
         request = headOf(*parser);
+        bodyReader.reset();
+        readerBytes = 0;
+        receivedBytes = 0;
         if (std::optional<Response> refusal = host.handler.refuse(request)) return refuse(std::move(*refusal));
         if (std::optional<Response> refusal = refuseFraming(*parser)) return refuse(std::move(*refusal));
         authenticate();
@@ -191,7 +196,7 @@ private:
     }
 
     void readBody() {
-        bodyDeadline = std::chrono::steady_clock::now() + limits().body;
+        bodyStart = std::chrono::steady_clock::now();
         const std::string* expect = request.field("Expect");
         if (!expect || parser->is_done() || buffer.size() > 0) return readMoreBody();
         static constexpr std::string_view goOn = "HTTP/1.1 100 Continue\r\n\r\n";
@@ -204,19 +209,58 @@ private:
 
     void readMoreBody() {
         if (parser->is_done()) return answer();
-        lowest().expires_at(std::min(bodyDeadline, std::chrono::steady_clock::now() + limits().bodyProgress));
+        lowest().expires_at(std::min(bodyDeadline(), std::chrono::steady_clock::now() + limits().bodyProgress));
         boost::beast::http::async_read_some(stream, buffer, *parser,
-                                            [self = this->shared_from_this()](error_code error, std::size_t) {
+                                            [self = this->shared_from_this()](error_code error, std::size_t bytes) {
                                                 if (error) return self->onReadError(error);
+                                                self->receivedBytes += bytes;
                                                 self->onBodyBytes();
                                             });
     }
 
+    // A large body takes its time, but no client holds a connection by sending little now and then.
+    std::chrono::steady_clock::time_point bodyDeadline() const {
+        return bodyStart + limits().body + std::chrono::seconds(receivedBytes / limits().bodyBytesPerSecond);
+    }
+
     void onBodyBytes() {
-        if (!holdBytes(parser->get().body().capacity())) {
+        const std::string& body = parser->get().body();
+        if (!holdBytes(readerBytes + body.capacity())) {
             return refuse(textResponse(503, "too many large requests at this moment"));
         }
-        readMoreBody();
+        if (body.size() < pieceSize || parser->is_done()) return readMoreBody();
+        if (!bodyReader) bodyReader = host.handler.readerOfLargeBody(request);
+        if (!bodyReader) return readMoreBody();
+        passPiece();
+    }
+
+    void passPiece() {
+        boost::asio::post(host.workers, [self = this->shared_from_this(), keep = keepRunning(),
+                                         piece = std::move(parser->get().body())]() mutable {
+            std::optional<Response> refusal = self->readNow(piece);
+            const std::size_t held = self->bodyReader->heldBytes();
+            handBack(std::move(self),
+                     [refusal = std::move(refusal), held, piece = std::move(piece)](Session& session) mutable {
+                         session.onPieceRead(std::move(refusal), held, std::move(piece));
+                     });
+        });
+    }
+
+    // On a worker.
+    std::optional<Response> readNow(std::string_view piece) {
+        try {
+            return bodyReader->read(piece);
+        } catch (const std::exception&) {
+            return textResponse(500, "the request could not be read");
+        }
+    }
+
+    void onPieceRead(std::optional<Response> refusal, std::size_t held, std::string piece) {
+        if (refusal) return refuse(std::move(*refusal));
+        readerBytes = held;
+        piece.clear();
+        parser->get().body() = std::move(piece);
+        onBodyBytes();
     }
 
     void answer() {
@@ -243,7 +287,11 @@ private:
     // On a worker.
     Response answerNow() {
         try {
-            return host.handler.answer(std::move(request));
+            if (!bodyReader) return host.handler.answer(std::move(request));
+            const auto reader = std::move(bodyReader);
+            const std::string rest = std::move(request.body);
+            if (std::optional<Response> refusal = reader->read(rest)) return std::move(*refusal);
+            return reader->answer(std::move(request));
         } catch (const std::exception&) {
             return textResponse(500, "the request could not be answered");
         }
@@ -305,8 +353,11 @@ private:
     Stream stream;
     boost::beast::flat_buffer buffer;
     boost::optional<Parser> parser;
-    std::chrono::steady_clock::time_point bodyDeadline;
+    std::chrono::steady_clock::time_point bodyStart;
+    std::size_t receivedBytes = 0; // of the body, with its framing
     Request request;
+    std::unique_ptr<BodyReader> bodyReader; // a worker's while a piece or the request is on it
+    std::size_t readerBytes = 0;
     std::string head;
     Response response;
     bool closing = false;

@@ -24,10 +24,11 @@ struct Limits {
     std::size_t connections = 64;                      // then an idle one is closed, or else the new one gets 503
     std::chrono::milliseconds header{10'000};          // from the first byte to the last of a header; TLS handshake
     std::chrono::milliseconds bodyProgress{10'000};    // without any byte
-    std::chrono::milliseconds body{60'000};            // the whole body
-    std::chrono::milliseconds idle{30'000};            // between two requests
-    std::chrono::milliseconds write{60'000};           // the whole answer
-    std::chrono::milliseconds linger{2'000};           // for a client to take the answer that refuses its request
+    std::chrono::milliseconds body{60'000};            // the whole body, and a second more for each
+    std::size_t bodyBytesPerSecond = std::size_t{256} << 10; // of it that came
+    std::chrono::milliseconds idle{30'000};                  // between two requests
+    std::chrono::milliseconds write{60'000};                 // the whole answer
+    std::chrono::milliseconds linger{2'000};                 // for a client to take the answer that refuses its request
 };
 
 /// Both are PEM files.
@@ -45,6 +46,22 @@ struct Options {
     Limits limits;
 };
 
+/// Takes a request's body piece by piece, so that nobody holds it as a whole. Called on workers, one call at a time,
+/// each of which may block. An exception becomes a 500.
+class BodyReader {
+public:
+    virtual ~BodyReader() = default;
+
+    /// The next bytes; tens of KiB unless they are the last. An answer refuses the request, whose rest is not read.
+    [[nodiscard]] virtual std::optional<Response> read(std::string_view bytes) = 0;
+
+    /// What it keeps of what it was given.
+    [[nodiscard]] virtual std::size_t heldBytes() const = 0;
+
+    /// Behind the last bytes. The request is without its body.
+    [[nodiscard]] virtual Response answer(Request request) = 0;
+};
+
 class Handler {
 public:
     virtual ~Handler() = default;
@@ -54,6 +71,9 @@ public:
 
     /// Called on a worker, with the body. May block. An exception becomes a 500.
     [[nodiscard]] virtual Response answer(Request request) = 0;
+
+    /// Called on the network thread for a body of more than a piece. Null: the body is held and given to answer().
+    [[nodiscard]] virtual std::unique_ptr<BodyReader> readerOfLargeBody(const Request&) { return nullptr; }
 };
 
 class Server {

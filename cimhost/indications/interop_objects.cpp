@@ -33,33 +33,11 @@ Outcome InteropObjects::createInstance(RequestScope& scope, const CallContext& c
 
 Outcome InteropObjects::modifyInstance(RequestScope&, const CallContext&, const ObjectPathObject&,
                                        const InstanceObject&, const PropertyList&) {
-    Outcome outcome;
-    outcome.error = CimError{CMPI_RC_ERR_NOT_SUPPORTED, "remove it and make another one"};
-    return outcome;
+    return notSupported("remove it and make another one");
 }
 
 Outcome InteropObjects::deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) {
     subscriptions.remove(scope, path, context.principal);
-    return {};
-}
-
-Outcome InteropObjects::associators(RequestScope&, const CallContext&, const ObjectPathObject&,
-                                    const AssociationFilter&, const PropertyList&) {
-    return {};
-}
-
-Outcome InteropObjects::associatorNames(RequestScope&, const CallContext&, const ObjectPathObject&,
-                                        const AssociationFilter&) {
-    return {};
-}
-
-Outcome InteropObjects::references(RequestScope&, const CallContext&, const ObjectPathObject&, const AssociationFilter&,
-                                   const PropertyList&) {
-    return {};
-}
-
-Outcome InteropObjects::referenceNames(RequestScope&, const CallContext&, const ObjectPathObject&,
-                                       const AssociationFilter&) {
     return {};
 }
 

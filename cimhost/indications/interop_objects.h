@@ -6,6 +6,7 @@
 
 namespace cimhost {
 
+/// Nothing is associated here: a subscription's references are read from its instances.
 class InteropObjects final : public ProviderCalls {
 public:
     /// The subscriptions outlive this.
@@ -23,16 +24,6 @@ public:
     Outcome modifyInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                            const InstanceObject& instance, const PropertyList& properties) override;
     Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override;
-
-    // Nothing is associated here: a subscription's references are read from its instances.
-    Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
-                        const AssociationFilter& filter, const PropertyList& properties) override;
-    Outcome associatorNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
-                            const AssociationFilter& filter) override;
-    Outcome references(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
-                       const AssociationFilter& filter, const PropertyList& properties) override;
-    Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
-                           const AssociationFilter& filter) override;
 
 private:
     Subscriptions& subscriptions;

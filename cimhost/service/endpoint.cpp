@@ -112,6 +112,40 @@ std::optional<ProtocolError> compareWithHeader(const http::Request& head, const 
     return std::nullopt;
 }
 
+// One message, as it comes.
+class MessageReader final : public http::BodyReader {
+public:
+    explicit MessageReader(Dispatcher& behind) : dispatcher(behind) {}
+
+    std::optional<http::Response> read(std::string_view bytes) override {
+        const std::optional<ProtocolError> error = document.read(bytes);
+        return error ? std::optional(refusal(*error)) : std::nullopt;
+    }
+
+    std::size_t heldBytes() const override { return document.heldBytes(); }
+
+    http::Response answer(http::Request request) override {
+        const auto decoded = cimxml::decodeRequest(document);
+        if (const auto* error = std::get_if<ProtocolError>(&decoded)) return refusal(*error);
+        const auto& message = std::get<cimxml::Request>(decoded);
+        if (const std::optional<ProtocolError> error = compareWithHeader(request, message)) return refusal(*error);
+        Caller caller;
+        caller.principal = std::move(request.user);
+        if (const std::string* language = request.field("Accept-Language")) caller.acceptLanguage = *language;
+        if (const std::string* host = request.field("Host")) caller.host = *host;
+        http::Response response;
+        response.fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
+                           {"Cache-Control", "no-cache"},
+                           {"CIMOperation", "MethodResponse"}};
+        response.body = dispatcher.handle(message, std::move(caller));
+        return response;
+    }
+
+private:
+    Dispatcher& dispatcher;
+    cimxml::XmlReader document;
+};
+
 } // namespace
 
 std::optional<http::Response> Endpoint::refuse(const http::Request& head) const {
@@ -128,22 +162,14 @@ std::optional<http::Response> Endpoint::refuse(const http::Request& head) const 
 }
 
 http::Response Endpoint::answer(http::Request request) {
-    const auto decoded = cimxml::decodeRequest(request.body);
-    // A flash image is eighteen times as long here as in its arguments.
-    std::string().swap(request.body);
-    if (const auto* error = std::get_if<ProtocolError>(&decoded)) return refusal(*error);
-    const auto& message = std::get<cimxml::Request>(decoded);
-    if (const std::optional<ProtocolError> error = compareWithHeader(request, message)) return refusal(*error);
-    Caller caller;
-    caller.principal = std::move(request.user);
-    if (const std::string* language = request.field("Accept-Language")) caller.acceptLanguage = *language;
-    if (const std::string* host = request.field("Host")) caller.host = *host;
-    http::Response response;
-    response.fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
-                       {"Cache-Control", "no-cache"},
-                       {"CIMOperation", "MethodResponse"}};
-    response.body = dispatcher.handle(message, std::move(caller));
-    return response;
+    MessageReader reader(dispatcher);
+    const std::string body = std::move(request.body);
+    if (std::optional<http::Response> refused = reader.read(body)) return std::move(*refused);
+    return reader.answer(std::move(request));
+}
+
+std::unique_ptr<http::BodyReader> Endpoint::readerOfLargeBody(const http::Request&) {
+    return std::make_unique<MessageReader>(dispatcher);
 }
 
 } // namespace cimhost

@@ -18,6 +18,9 @@ public:
 
     [[nodiscard]] http::Response answer(http::Request request) override;
 
+    /// A flash image is up to twenty times as long in XML as in its arguments, and is read as it comes.
+    [[nodiscard]] std::unique_ptr<http::BodyReader> readerOfLargeBody(const http::Request& head) override;
+
 private:
     Dispatcher& dispatcher;
 };

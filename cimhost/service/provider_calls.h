@@ -3,6 +3,9 @@
 
 #include "cimhost/provider/provider_library.h"
 
+#include <string>
+#include <utility>
+
 namespace cimhost {
 
 class ProviderCalls {
@@ -17,29 +20,44 @@ public:
                                 const PropertyList& properties) = 0;
     virtual Outcome createInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                                    const InstanceObject& instance) = 0;
-    virtual Outcome modifyInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
-                                   const InstanceObject& instance, const PropertyList& properties) = 0;
     virtual Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) = 0;
-    virtual Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
-                                const AssociationFilter& filter, const PropertyList& properties) = 0;
-    virtual Outcome associatorNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
-                                    const AssociationFilter& filter) = 0;
-    virtual Outcome references(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
-                               const AssociationFilter& filter, const PropertyList& properties) = 0;
-    virtual Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
-                                   const AssociationFilter& filter) = 0;
-    /// Whoever has no methods leaves this as it is.
-    virtual Outcome invokeMethod(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
-                                 const std::string& method, const ArgsObject& in);
-};
 
-inline Outcome ProviderCalls::invokeMethod(RequestScope& scope, const CallContext&, const ObjectPathObject&,
-                                           const std::string&, const ArgsObject&) {
-    Outcome outcome;
-    outcome.error = CimError{CMPI_RC_ERR_NOT_SUPPORTED, ""};
-    outcome.outArguments = scope.make().arguments();
-    return outcome;
-}
+    // Whoever changes nothing, associates nothing or has no methods leaves these as they are.
+
+    virtual Outcome modifyInstance(RequestScope&, const CallContext&, const ObjectPathObject&, const InstanceObject&,
+                                   const PropertyList&) {
+        return notSupported("");
+    }
+    virtual Outcome associators(RequestScope&, const CallContext&, const ObjectPathObject&, const AssociationFilter&,
+                                const PropertyList&) {
+        return {};
+    }
+    virtual Outcome associatorNames(RequestScope&, const CallContext&, const ObjectPathObject&,
+                                    const AssociationFilter&) {
+        return {};
+    }
+    virtual Outcome references(RequestScope&, const CallContext&, const ObjectPathObject&, const AssociationFilter&,
+                               const PropertyList&) {
+        return {};
+    }
+    virtual Outcome referenceNames(RequestScope&, const CallContext&, const ObjectPathObject&,
+                                   const AssociationFilter&) {
+        return {};
+    }
+    virtual Outcome invokeMethod(RequestScope& scope, const CallContext&, const ObjectPathObject&, const std::string&,
+                                 const ArgsObject&) {
+        Outcome outcome = notSupported("");
+        outcome.outArguments = scope.make().arguments();
+        return outcome;
+    }
+
+protected:
+    static Outcome notSupported(std::string description) {
+        Outcome outcome;
+        outcome.error = CimError{CMPI_RC_ERR_NOT_SUPPORTED, std::move(description)};
+        return outcome;
+    }
+};
 
 /// Calls a provider library, which outlives this.
 class LibraryCalls final : public ProviderCalls {

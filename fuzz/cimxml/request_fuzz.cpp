@@ -15,9 +15,15 @@ using namespace cimhost;
 constexpr const char* mof = R"(
 Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride, ToSubclass);
 Qualifier Association : boolean = false, Scope(association), Flavor(DisableOverride, ToSubclass);
+Qualifier In : boolean = true, Scope(parameter);
 class T_Port { [Key] string Id; [Key] uint32 Number; real64 Ratio; datetime Time; char16 Letter; string Words[]; };
 class T_FibrePort : T_Port { uint8 Bytes[]; };
 [Association] class T_Link { [Key] T_Port ref Left; [Key] T_Port ref Right; };
+class T_Service {
+    [Key] string Name;
+    uint32 InstallFromURI([In] string URI, [In] T_Port ref Target, [In] uint16 InstallOptions[]);
+    uint32 InstallFromByteStream([In] uint8 Image[], [In] T_Port ref Target, [In] T_Port ref Others[]);
+};
 )";
 
 // Gives back what it gets.
@@ -58,6 +64,13 @@ public:
     Outcome referenceNames(RequestScope& scope, const CallContext&, const ObjectPathObject& source,
                            const AssociationFilter&) override {
         return withPath(linkOf(scope, source));
+    }
+    Outcome invokeMethod(RequestScope&, const CallContext&, const ObjectPathObject&, const std::string&,
+                         const ArgsObject& in) override {
+        Outcome outcome;
+        outcome.returnValue = ObjectMaker::null(CMPI_uint32);
+        outcome.outArguments = &in;
+        return outcome;
     }
 
 private:

@@ -8,6 +8,8 @@ cp "$2" "$copy/fleet.json"
 # shellcheck source=tests/end_to_end/server.sh
 source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --bare-arrays
 trap 'stop; rm -rf "$copy"' EXIT
+# shellcheck source=tests/end_to_end/method_calls.sh
+source "$(dirname "${BASH_SOURCE[0]}")/method_calls.sh"
 
 image=$folder/image.bin
 make_image() { # make_image MODEL VERSION FIRMWARE
@@ -18,8 +20,6 @@ make_image() { # make_image MODEL VERSION FIRMWARE
 returned() { sed -n 's/^.*[^0-9]\([0-9]*\)$/\1/p' <<<"$1" | tail -1; }
 path_of() { wbemcli ein "http://$namespace:$1" | sed "s|^[^:/]*:[0-9]*/||" | grep -m1 "${2:-.}"; }
 versions_of() { wbemcli ei -nl "http://$namespace:$1" | sed -n 's/^-VersionString="\(.*\)"$/\1/p'; }
-storage=Merolt_FCHBA_SoftwareInstallationService
-nic=Merolt_NIC_SoftwareInstallationService
 
 eventually() { # eventually TEXT COMMAND...: whether the text is a line of what the command prints within 20 seconds
     local text=$1
@@ -30,27 +30,6 @@ eventually() { # eventually TEXT COMMAND...: whether the text is a line of what 
     done
     echo no
 }
-
-# One METHODCALL; parameters as XML.
-call() { # call CLASS METHOD PARAMETERS
-    curl -s -H 'Content-Type: application/xml' -H 'CIMOperation: MethodCall' --data-binary @- "http://$url/cimom" <<END
-<?xml version="1.0"?><CIM CIMVERSION="2.0" DTDVERSION="2.0"><MESSAGE ID="1" PROTOCOLVERSION="1.0"><SIMPLEREQ>
-<METHODCALL NAME="$2"><LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME="root"/><NAMESPACE NAME="merolt_cmpi"/>
-</LOCALNAMESPACEPATH><CLASSNAME NAME="$1"/></LOCALCLASSPATH>$3</METHODCALL></SIMPLEREQ></MESSAGE></CIM>
-END
-}
-value_of() { sed -n 's|.*<RETURNVALUE PARAMTYPE="uint32"><VALUE>\([0-9]*\)</VALUE>.*|\1|p' <<<"$1"; }
-code_of() { sed -n 's|.*<ERROR CODE="\([0-9]*\)".*|\1|p' <<<"$1"; }
-text_parameter() { printf '<PARAMVALUE NAME="%s" PARAMTYPE="string"><VALUE>%s</VALUE></PARAMVALUE>' "$1" "$2"; }
-target_parameter() { # target_parameter CLASS DEVICE_ID
-    printf '<PARAMVALUE NAME="Target" PARAMTYPE="reference"><VALUE.REFERENCE><INSTANCENAME CLASSNAME="%s"><KEYBINDING NAME="DeviceID"><KEYVALUE VALUETYPE="string">%s</KEYVALUE></KEYBINDING></INSTANCENAME></VALUE.REFERENCE></PARAMVALUE>' "$1" "$2"
-}
-image_parameter() {
-    printf '<PARAMVALUE NAME="Image" PARAMTYPE="uint8"><VALUE.ARRAY>'
-    od -An -v -tu1 -w1 "$1" | sed 's|^ *\(.*\)$|<VALUE>\1</VALUE>|' | tr -d '\n'
-    printf '</VALUE.ARRAY></PARAMVALUE>'
-}
-no_options='<PARAMVALUE NAME="InstallOptions" PARAMTYPE="uint16"/>'
 
 # The storage side shows the new versions when the method returns.
 make_image MC1020 2.2.3 8.1.0

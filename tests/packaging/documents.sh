@@ -24,7 +24,7 @@ if available groff; then
         "$source_folder/scripts/merolt-cna-register" --help | grep -o '^  --[a-z-]*')
     page=$(sed 's/\\-/-/g' "$source_folder/packaging/man/cimhost.1")
     while read -r word; do check_contains "cimhost.1" "$word" "$page"; done < <(
-        for command in '' serve enumerate associators; do
+        for command in '' serve enumerate associators listen; do
             "$2" $command --help | grep -oE '^  (--[a-z-]+|[a-z]+ )'
         done | sort -u)
 fi

@@ -15,19 +15,26 @@ for tool in cimmof cimmofl cimprovider cimcli cimconfig sfcbstage sfcbunstage sf
     ln -s "$here/stand_in" "$scratch/tools/$tool"
 done
 
+forget_calls() {
+    : >"$STATE/calls"
+    echo 0 >"$STATE/count"
+}
+
 fresh() {
     rm -rf "$STATE"
     mkdir -p "$STATE/providers" "$STATE/stage"
-    touch "$STATE/calls"
+    forget_calls
     FAIL_AT=0 FAIL_FOR='' FAIL_TEXT=''
-    export FAIL_AT FAIL_FOR FAIL_TEXT
+    SIGNAL_AT=0 SIGNAL='' SIGNAL_TO=''
+    export FAIL_AT FAIL_FOR FAIL_TEXT SIGNAL_AT SIGNAL SIGNAL_TO
 }
 
-# As an administrator calls it, with the stand-ins as the installed server.
+# As an administrator calls it, with the stand-ins as the installed server. In a session of its own: who interrupts it
+# leaves the test alone.
 register() {
     local options=(--tools "$scratch/tools")
     if [[ $2 == sfcb ]]; then options+=(--staging "$STATE/stage" --provider-folder "$STATE/providers"); fi
-    run dash "$scratch/prefix/sbin/merolt-cna-register" "$@" "${options[@]}"
+    run setsid --wait dash "$scratch/prefix/sbin/merolt-cna-register" "$@" "${options[@]}"
     check "temporary files left by $1 $2" "" "$(ls -A "$TMPDIR")"
 }
 
@@ -38,6 +45,12 @@ is_registered() {
 }
 
 state_of() { if is_registered "$1"; then echo registered; else echo not registered; fi; }
+
+# Whatever a registration brings: module, classes, staged files, links.
+left_in() { # left_in SERVER
+    if is_registered "$1"; then echo "the registration"; fi
+    find "$STATE/providers" "$STATE/stage" "$STATE/classes" ! -type d 2>/dev/null || true
+}
 
 mapfile -t kinds < <(grep -Ev '^(#|$)' "$source_folder/mof/cimhost.registration")
 count=${#kinds[@]}
@@ -112,7 +125,7 @@ test_openpegasus_is_registered() {
 test_openpegasus_takes_a_second_registration_after_removing_the_first() {
     fresh
     register register openpegasus
-    : >"$STATE/calls"
+    forget_calls
     register register openpegasus
     check "second run" 0 "$status"
     check "removals" 1 "$(calls_of 'cimprovider -r')"
@@ -126,7 +139,7 @@ test_openpegasus_forgets_everything() {
     check "unregister" 0 "$status"
     check "state" "not registered" "$(state_of openpegasus)"
     check "deleted classes" $((count + 2)) "$(calls_of 'cimcli dc')"
-    check "link" "" "$(ls -A "$STATE/providers")"
+    check "left" "" "$(left_in openpegasus)"
     check "first to go" "$(sed -n 's/^class \([A-Za-z0-9_]*\).*/\1/p' "$source_folder/mof/merolt_indications.mof" | tail -1)" \
         "$(sed -n 's/^cimcli dc \([A-Za-z0-9_]*\) .*/\1/p' "$STATE/calls" | head -1)"
     check "last to go" "Merolt_NIC_RegisteredProfile" \
@@ -185,12 +198,79 @@ test_failure_at_each_step_is_told_and_leaves_nothing_registered() { # SERVER
         fi
         check "$server, call $number fails" 1 "$status"
         check_contains "$server, call $number fails" "no luck today" "$output"
-        check "$server, call $number fails: state" "not registered" "$(state_of "$server")"
-        check "$server, call $number fails: links" "" "$(ls -A "$STATE/providers")"
-        if [[ $server == sfcb ]]; then check "$server, call $number: files left" "" "$(find "$STATE/stage" -type f)"; fi
+        check "$server, call $number fails: left" "" "$(left_in "$server")"
     done
     check "$server: without a failure" 0 "$status"
     check "$server: steps that were tried" yes "$([[ $number -gt 3 ]] && echo yes || echo no)"
+}
+
+# interrupt SERVER SIGNAL STATUS TO NUMBER
+interrupt() {
+    SIGNAL_AT=$5 SIGNAL=$2 SIGNAL_TO=$4
+    register register "$1"
+    SIGNAL_AT=0
+    check "$1, SIG$2 to the $4 in call $5" "$3" "$status"
+    check_contains "$1, SIG$2 to the $4 in call $5" "interrupted by SIG$2" "$output"
+}
+
+test_a_signal_at_each_step_is_told_and_leaves_nothing() { # SERVER SIGNAL STATUS TO [EVERY]
+    local number steps
+    fresh
+    register register "$1"
+    steps=$(wc -l <"$STATE/calls")
+    for number in $(seq 1 "${5:-1}" "$steps"); do
+        fresh
+        interrupt "${@:1:4}" "$number"
+        check "$1, SIG$2 to the $4 in call $number: left" "" "$(left_in "$1")"
+    done
+    register register "$1"
+    check "$1, once more after a SIG$2" "0 registered" "$status $(state_of "$1")"
+}
+
+test_a_signal_in_a_second_registration_leaves_the_first_or_nothing() {
+    local number server
+    for server in openpegasus sfcb; do
+        for number in 1 2 3 4; do
+            fresh
+            register register "$server"
+            forget_calls
+            interrupt "$server" TERM 143 parent "$number"
+            # Until the first change, which asks for none where the server is asked what it has.
+            if [[ $server == openpegasus && $number == 1 ]]; then
+                check "the first registration" registered "$(state_of "$server")"
+            else
+                check "$server, second registration, call $number: left" "" "$(left_in "$server")"
+            fi
+        done
+        check "$server: the repository without it" yes \
+            "$([[ $server == openpegasus || $(tail -n 1 "$STATE/calls") == "sfcbrepos -f"* ]] && echo yes)"
+    done
+}
+
+# One that was not finished is finished by the next.
+test_a_failing_unregistration_is_told_and_can_be_repeated() { # SERVER
+    local server=$1 number=0
+    while [[ $number -lt 8 ]]; do
+        number=$((number + 1))
+        fresh
+        register register "$server"
+        forget_calls
+        FAIL_AT=$number
+        register unregister "$server"
+        [[ $(wc -l <"$STATE/calls") -ge $number ]] || break
+        FAIL_AT=0
+        case $(sed -n "${number}p" "$STATE/calls") in
+            "cimprovider -d"*) check "$server, a module that is disabled" "0 " "$status $(left_in "$server")" ;;
+            cimconfig*) check_contains "$server, providers unknown" "If there is a link to libMerolt" "$output" ;;
+            *)
+                check "$server, unregister, call $number fails" 1 "$status"
+                check_contains "$server, unregister, call $number fails" "no luck today" "$output"
+                ;;
+        esac
+        register unregister "$server"
+        check "$server, unregistered again after call $number" "0 " "$status $(left_in "$server")"
+    done
+    check "$server: steps that were tried" yes "$([[ $number -gt 2 ]] && echo yes)"
 }
 
 test_missing_tools_are_named() {
@@ -312,6 +392,14 @@ test_interop_namespace_follows_the_option
 test_sfcb_is_registered
 test_failure_at_each_step_is_told_and_leaves_nothing_registered openpegasus
 test_failure_at_each_step_is_told_and_leaves_nothing_registered sfcb
+test_a_signal_at_each_step_is_told_and_leaves_nothing openpegasus INT 130 group
+test_a_signal_at_each_step_is_told_and_leaves_nothing openpegasus TERM 143 parent 3
+test_a_signal_at_each_step_is_told_and_leaves_nothing sfcb INT 130 group
+test_a_signal_at_each_step_is_told_and_leaves_nothing sfcb TERM 143 parent
+test_a_signal_at_each_step_is_told_and_leaves_nothing sfcb HUP 129 group
+test_a_signal_in_a_second_registration_leaves_the_first_or_nothing
+test_a_failing_unregistration_is_told_and_can_be_repeated openpegasus
+test_a_failing_unregistration_is_told_and_can_be_repeated sfcb
 test_missing_tools_are_named
 test_unregister_where_it_cannot_work_never_fails_a_maintainer_script
 test_classes_that_cannot_be_deleted_are_told

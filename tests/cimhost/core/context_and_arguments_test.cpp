@@ -62,6 +62,43 @@ TEST_F(Arguments, AnArrayHasItsElementTypeAndTheArrayFlag) {
     EXPECT_EQ(getArg(args, "Texts").type, CMPI_stringA);
 }
 
+TEST_F(Arguments, WhatIsWrittenIntoAnArrayThatWasReadStaysThere) {
+    constexpr CMPICount size = 20;
+    CMPIArray* given = array(size, CMPI_uint8);
+    const auto write = [](CMPIArray* to, CMPICount index, CMPIUint8 number) {
+        CMPIValue value{};
+        value.uint8 = number;
+        EXPECT_EQ(to->ft->setElementAt(to, index, &value, CMPI_uint8).rc, CMPI_RC_OK);
+    };
+    const auto read = [](const CMPIArray* from, CMPICount index) {
+        const CMPIData data = from->ft->getElementAt(from, index, nullptr);
+        return (data.state & CMPI_nullValue) != 0 ? -1 : int{data.value.uint8};
+    };
+    write(given, 9, 90);
+    const CMPIArgs* args = arguments();
+    EXPECT_EQ(add(args, "Image", &given, CMPI_uint8A), CMPI_RC_OK);
+    write(given, 10, 100);
+    CMPIArray* first = getArg(args, "Image").value.array;
+    CMPIArray* second = getArg(args, "Image").value.array;
+    CMPIArray* clone = first->ft->clone(first, nullptr);
+    write(first, 9, 91);
+    write(second, 19, 190);
+    EXPECT_EQ(second->ft->setElementAt(second, 9, nullptr, CMPI_null).rc, CMPI_RC_OK);
+    write(clone, 0, 1);
+    const std::vector<const CMPIArray*> all{given, first, second, clone, getArg(args, "Image").value.array};
+    const auto column = [&](CMPICount index) {
+        std::vector<int> numbers;
+        for (const CMPIArray* one : all)
+            numbers.push_back(read(one, index));
+        return numbers;
+    };
+    EXPECT_EQ(column(0), (std::vector<int>{-1, -1, -1, 1, -1}));
+    EXPECT_EQ(column(9), (std::vector<int>{90, 91, -1, 90, 90}));
+    EXPECT_EQ(column(10), (std::vector<int>{100, -1, -1, -1, -1}));
+    EXPECT_EQ(column(19), (std::vector<int>{-1, -1, 190, -1, -1}));
+    EXPECT_EQ(clone->ft->release(clone).rc, CMPI_RC_OK);
+}
+
 TEST_F(Arguments, TypesThatNoArgumentHasAreRc61) {
     const CMPIArgs* args = arguments();
     const CMPIArray* bytes = array(3, CMPI_uint8);

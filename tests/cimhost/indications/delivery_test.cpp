@@ -1,3 +1,5 @@
+#include "../protocol/certificate.h"
+#include "../protocol/temporary_file.h"
 #include "fake_listeners.h"
 #include "indication_world.h"
 
@@ -6,6 +8,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <cstdlib>
 
 using namespace std::chrono_literals;
 using cimhost::DeliveryOptions;
@@ -55,6 +59,44 @@ protected:
 
     World world;
     int count = 0;
+};
+
+// A handshake takes its time on a busy machine.
+DeliveryOptions patient() {
+    DeliveryOptions options = quick();
+    options.limits = {};
+    return options;
+}
+
+// The certificate of a listener on this machine, which whoever verifies one trusts, or not.
+class Certificate {
+protected:
+    explicit Certificate(bool isTrusted) {
+        cimhost::testing_support::makeCertificate(certificate.path, key.path);
+        ::setenv("SSL_CERT_FILE", isTrusted ? certificate.path.c_str() : "/dev/null", 1);
+    }
+    ~Certificate() { ::unsetenv("SSL_CERT_FILE"); }
+
+    cimhost::http::Tls tls() const { return {certificate.path, key.path}; }
+
+private:
+    cimhost::testing_support::TemporaryFile certificate;
+    cimhost::testing_support::TemporaryFile key;
+};
+
+// Deliveries read the environment as long as they run, so it changes before and behind them.
+class DeliveringToTrusted : protected Certificate, public Delivering {
+protected:
+    DeliveringToTrusted() : Certificate(true), Delivering(patient()) {}
+
+    FakeListener listener{FakeListener::good, 0, tls()};
+};
+
+class DeliveringToUnknown : protected Certificate, public Delivering {
+protected:
+    DeliveringToUnknown() : Certificate(false), Delivering(patient()) {}
+
+    FakeListener listener{FakeListener::good, 0, tls()};
 };
 
 class Impatient : public Delivering {
@@ -142,6 +184,39 @@ TEST_F(Delivering, ABadListenerDelaysNobodyElse) {
     EXPECT_TRUE(isLogged("the answer is no CIM-XML"));
     EXPECT_TRUE(isLogged("answered with HTTP status 500"));
     EXPECT_TRUE(isLogged("Connection refused"));
+}
+
+TEST_F(DeliveringToTrusted, AListenerBehindTlsGetsItsIndications) {
+    subscribe(alerts, listener.url("https", "localhost"));
+    for (int number = 0; number < 20; ++number)
+        world.deliver(linkUp, {{"Message", std::to_string(number)}});
+    const auto bodies = listener.bodies(20);
+    ASSERT_THAT(bodies, SizeIs(20));
+    for (std::size_t place = 0; place < bodies.size(); ++place)
+        EXPECT_EQ(messageOf(bodies[place]), std::to_string(place));
+    EXPECT_THAT(world.messages(), SizeIs(0));
+}
+
+TEST_F(DeliveringToTrusted, ACertificateForAnotherNameIsNoneForThisListener) {
+    subscribe(alerts, listener.url("https", "127.0.0.1"));
+    world.deliver(linkUp);
+    EXPECT_TRUE(isLogged("TLS: certificate verify failed"));
+    EXPECT_THAT(listener.bodies(0), SizeIs(0));
+}
+
+TEST_F(DeliveringToTrusted, AListenerWithoutTlsIsNotToldInTheClear) {
+    FakeListener plain;
+    subscribe(alerts, plain.url("https", "localhost"));
+    world.deliver(linkUp);
+    EXPECT_TRUE(isLogged("TLS: "));
+    EXPECT_THAT(plain.bodies(0), SizeIs(0));
+}
+
+TEST_F(DeliveringToUnknown, AListenerThatNobodyVouchesForGetsNothing) {
+    subscribe(alerts, listener.url("https", "localhost"));
+    world.deliver(linkUp);
+    EXPECT_TRUE(isLogged("TLS: certificate verify failed"));
+    EXPECT_THAT(listener.bodies(0), SizeIs(0));
 }
 
 TEST_F(Delivering, AnErrorFromTheListenerIsReportedAndNotTriedAgain) {

@@ -16,17 +16,18 @@ constexpr const char* goodAnswer =
     "<SIMPLEEXPRSP><EXPMETHODRESPONSE NAME=\"ExportIndication\"><IRETURNVALUE/></EXPMETHODRESPONSE></SIMPLEEXPRSP>"
     "</MESSAGE></CIM>";
 
-http::Options optionsFor(std::uint16_t port) {
+http::Options optionsFor(std::uint16_t port, std::optional<http::Tls> tls) {
     http::Options options;
     options.port = port;
+    options.tls = std::move(tls);
     options.workers = 1;
     return options;
 }
 
 } // namespace
 
-FakeListener::FakeListener(Answer answer, std::uint16_t port)
-    : reply(std::move(answer)), server(std::make_unique<http::Server>(optionsFor(port), *this)),
+FakeListener::FakeListener(Answer answer, std::uint16_t port, std::optional<http::Tls> tls)
+    : reply(std::move(answer)), server(std::make_unique<http::Server>(optionsFor(port, std::move(tls)), *this)),
       thread([this] { server->run(); }) {}
 
 FakeListener::~FakeListener() {
@@ -42,7 +43,9 @@ http::Response FakeListener::withBody(const std::string& body) {
 
 http::Response FakeListener::good(std::size_t) { return withBody(goodAnswer); }
 
-std::string FakeListener::url() const { return "http://127.0.0.1:" + std::to_string(server->port()) + "/"; }
+std::string FakeListener::url(const std::string& scheme, const std::string& host) const {
+    return scheme + "://" + host + ":" + std::to_string(server->port()) + "/";
+}
 
 http::Response FakeListener::answer(http::Request request) {
     std::size_t number = 0;

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -18,13 +19,13 @@ class FakeListener final : public http::Handler {
 public:
     using Answer = std::function<http::Response(std::size_t number)>;
 
-    explicit FakeListener(Answer answer = good, std::uint16_t port = 0);
+    explicit FakeListener(Answer answer = good, std::uint16_t port = 0, std::optional<http::Tls> tls = {});
     ~FakeListener() override;
 
     static http::Response good(std::size_t number);
     static http::Response withBody(const std::string& body);
 
-    [[nodiscard]] std::string url() const;
+    [[nodiscard]] std::string url(const std::string& scheme = "http", const std::string& host = "127.0.0.1") const;
     [[nodiscard]] std::uint16_t port() const { return server->port(); }
     /// Waits up to ten seconds for so many.
     std::vector<std::string> bodies(std::size_t count);

@@ -80,6 +80,31 @@ TEST_F(EndpointTest, AHostIsOnlyText) {
     EXPECT_THAT(std::string(response.body.view()), HasSubstr("<HOST>&lt;/HOST&gt;&amp;</HOST>"));
 }
 
+TEST_F(EndpointTest, AMessageInPiecesIsAnsweredAsAWholeOne) {
+    const http::Request request{"POST", "/cimom", {{"CIMOperation", "MethodCall"}}, associatorNames, ""};
+    const http::Response whole = exchange(request);
+    for (const std::size_t size : {std::size_t{1}, std::size_t{7}, std::size_t{100}}) {
+        http::Request head = request;
+        head.body.clear();
+        const std::unique_ptr<http::BodyReader> reader = endpoint.readerOfLargeBody(head);
+        for (std::size_t begin = 0; begin < request.body.size(); begin += size)
+            EXPECT_FALSE(reader->read(std::string_view(request.body).substr(begin, size)));
+        EXPECT_GT(reader->heldBytes(), 0U);
+        const http::Response response = reader->answer(head);
+        EXPECT_EQ(response.status, 200U);
+        EXPECT_EQ(response.body.view(), whole.body.view());
+    }
+}
+
+TEST_F(EndpointTest, AMessageIsRefusedAtThePieceThatIsWrong) {
+    const std::unique_ptr<http::BodyReader> reader = endpoint.readerOfLargeBody({});
+    EXPECT_FALSE(reader->read("<CIM CIMVERSION=\"2.0\" "));
+    const auto refusal = reader->read("DTDVERSION=\"2.0\"><WRONG>");
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->status, 400U);
+    EXPECT_EQ(fieldOf(*refusal, "CIMError"), "request-not-valid");
+}
+
 std::vector<Exchange> exchanges() {
     const http::Field xml = {"Content-Type", "application/xml; charset=\"utf-8\""};
     const http::Field call = {"CIMOperation", "MethodCall"};

@@ -1,12 +1,11 @@
+#include "certificate.h"
 #include "socket_client.h"
 #include "temporary_file.h"
 
 #include "cimhost/http/server.h"
 
 #include <gtest/gtest.h>
-#include <openssl/pem.h>
 #include <openssl/ssl.h>
-#include <openssl/x509.h>
 
 #include <array>
 #include <condition_variable>
@@ -45,6 +44,12 @@ public:
         return response;
     }
 
+    // Takes large bodies in pieces where a test wants that.
+    std::unique_ptr<BodyReader> readerOfLargeBody(const Request&) override {
+        return readsPieces ? std::make_unique<PieceReader>() : nullptr;
+    }
+    bool readsPieces = false;
+
     void waitForWaiting(int count) {
         std::unique_lock lock(mutex);
         changed.wait(lock, [&] { return waiting >= count; });
@@ -54,6 +59,51 @@ public:
         const std::lock_guard lock(mutex);
         released = true;
         changed.notify_all();
+    }
+
+private:
+    // Answers with the number of pieces, bytes and their sum; refuses a piece that begins with R, fails at one with T
+    // and keeps all of what a body of k brings.
+    class PieceReader final : public BodyReader {
+    public:
+        std::optional<Response> read(std::string_view bytes) override {
+            ++pieces;
+            size += bytes.size();
+            for (const char byte : bytes)
+                sum = sum * 31 + static_cast<unsigned char>(byte);
+            if (bytes.substr(0, 1) == "R") return textResponse(400, "refused");
+            if (bytes.substr(0, 1) == "T") throw std::runtime_error("secret");
+            if (bytes.substr(0, 1) == "k") held += bytes.size();
+            return std::nullopt;
+        }
+        std::size_t heldBytes() const override { return held; }
+        Response answer(Request request) override {
+            EXPECT_EQ(request.body, "");
+            Response response;
+            response.body.append(summary(pieces > 1, size, sum));
+            return response;
+        }
+
+        static std::string summary(bool inPieces, std::size_t size, std::uint64_t sum) {
+            return (inPieces ? "pieces " : "whole ") + std::to_string(size) + " " + std::to_string(sum);
+        }
+        static std::uint64_t sumOf(std::string_view bytes) {
+            std::uint64_t sum = 0;
+            for (const char byte : bytes)
+                sum = sum * 31 + static_cast<unsigned char>(byte);
+            return sum;
+        }
+
+    private:
+        std::size_t pieces = 0;
+        std::size_t size = 0;
+        std::uint64_t sum = 0;
+        std::size_t held = 0;
+    };
+
+public:
+    static std::string summaryOf(std::string_view body) {
+        return PieceReader::summary(true, body.size(), PieceReader::sumOf(body));
     }
 
 private:
@@ -242,6 +292,99 @@ TEST_F(HttpServer, LargeRequestsTogetherAreBounded) {
     EXPECT_EQ(firstStatus + secondStatus, 200 + 503);
 }
 
+std::string largeBody(std::size_t size) {
+    std::string body(size, 'a');
+    for (std::size_t index = 0; index < size; ++index)
+        body[index] = static_cast<char>('a' + index * 7 % 10); // no letter that means something to the reader
+    return body;
+}
+
+TEST_F(HttpServer, ALargeBodyIsReadInPiecesInOrder) {
+    handler.readsPieces = true;
+    options.limits.allBodyBytes = 1'000'000; // less than the body
+    start();
+    const std::string body = largeBody(20'000'000);
+    SocketClient client = connect();
+    for (int round = 0; round < 2; ++round) {
+        client.send(post(body));
+        EXPECT_EQ(bodyOf(client.readAnswer()), EchoHandler::summaryOf(body));
+        client.send(post("small"));
+        EXPECT_EQ(bodyOf(client.readAnswer()), "small") << "what is no more than a piece is held";
+    }
+}
+
+TEST_F(HttpServer, ALargeBodyInChunksIsReadInPieces) {
+    handler.readsPieces = true;
+    start();
+    const std::string body = largeBody(300'000);
+    std::string request = "POST / HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n";
+    for (std::size_t begin = 0; begin < body.size(); begin += 1000)
+        request += "3E8\r\n" + body.substr(begin, 1000) + "\r\n";
+    EXPECT_EQ(bodyOf(ask(request + "0\r\n\r\n")), EchoHandler::summaryOf(body));
+}
+
+TEST_F(HttpServer, AReaderRefusesABodyOnTheWay) {
+    handler.readsPieces = true;
+    start();
+    SocketClient client = connect();
+    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 30000000\r\n\r\n" + std::string(300'000, 'R'));
+    const std::string answer = client.readAnswer();
+    EXPECT_EQ(statusOf(answer), 400);
+    EXPECT_EQ(bodyOf(answer), "refused\n");
+}
+
+TEST_F(HttpServer, AReaderThatThrowsIsAnInternalErrorWithoutItsText) {
+    handler.readsPieces = true;
+    start();
+    const std::string answer = ask(post(std::string(300'000, 'T')));
+    EXPECT_EQ(statusOf(answer), 500);
+    EXPECT_EQ(answer.find("secret"), std::string::npos);
+    EXPECT_EQ(bodyOf(ask(post("others are served"))), "others are served");
+}
+
+TEST_F(HttpServer, WhatReadersKeepIsBoundedTogether) {
+    handler.readsPieces = true;
+    options.limits.allBodyBytes = 1'000'000;
+    start();
+    EXPECT_EQ(statusOf(ask(post(std::string(2'000'000, 'k')))), 503);
+    EXPECT_EQ(statusOf(ask(post(std::string(500'000, 'k')))), 200);
+}
+
+TEST_F(HttpServer, AClientThatGoesAwayInALargeBodyLeavesNothing) {
+    handler.readsPieces = true;
+    start();
+    for (int round = 0; round < 10; ++round) {
+        SocketClient client = connect();
+        client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 30000000\r\n\r\n" + largeBody(500'000));
+    }
+    EXPECT_EQ(bodyOf(ask(post("others are served"))), "others are served");
+}
+
+TEST_F(HttpServer, AServerThatStopsInALargeBodyDoesNotWaitForIt) {
+    handler.readsPieces = true;
+    start();
+    SocketClient client = connect();
+    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 30000000\r\n\r\n" + largeBody(500'000));
+    const auto begin = std::chrono::steady_clock::now();
+    stop();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
+}
+
+TEST_F(HttpServer, ALargeBodyThatFlowsHasTimeForItsSize) {
+    handler.readsPieces = true;
+    options.limits.body = 1ms;
+    options.limits.bodyBytesPerSecond = 100'000;
+    start();
+    // A quarter at once, for which ten seconds are given; the rest comes when the first deadline is long over.
+    const std::string body = largeBody(4'000'000);
+    const std::string request = post(body);
+    SocketClient client = connect();
+    client.send(std::string_view(request).substr(0, request.size() / 4));
+    std::this_thread::sleep_for(300ms);
+    client.send(std::string_view(request).substr(request.size() / 4));
+    EXPECT_EQ(bodyOf(client.readAnswer()), EchoHandler::summaryOf(body));
+}
+
 // Sends a byte now and then until the server has had enough.
 bool dripsUntilCut(SocketClient& client, std::string_view bytes, std::chrono::milliseconds longest) {
     const auto begin = std::chrono::steady_clock::now();
@@ -406,28 +549,10 @@ TEST_F(AuthenticatingServer, RefusesBeforeItReadsABody) {
     EXPECT_EQ(statusOf(client.readAnswer()), 401);
 }
 
-// A certificate for localhost that signs itself.
-void makeCertificate(const std::filesystem::path& certificateFile, const std::filesystem::path& keyFile) {
-    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(EVP_EC_gen("P-256"), EVP_PKEY_free);
-    const std::unique_ptr<X509, decltype(&X509_free)> certificate(X509_new(), X509_free);
-    X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
-    X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 3600);
-    X509_set_pubkey(certificate.get(), key.get());
-    X509_NAME* name = X509_get_subject_name(certificate.get());
-    X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1, -1,
-                               0);
-    X509_set_issuer_name(certificate.get(), name);
-    X509_sign(certificate.get(), key.get(), EVP_sha256());
-    const std::unique_ptr<BIO, decltype(&BIO_free_all)> out(BIO_new_file(certificateFile.c_str(), "w"), BIO_free_all);
-    PEM_write_bio_X509(out.get(), certificate.get());
-    const std::unique_ptr<BIO, decltype(&BIO_free_all)> keyOut(BIO_new_file(keyFile.c_str(), "w"), BIO_free_all);
-    PEM_write_bio_PrivateKey(keyOut.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr);
-}
-
 class TlsServer : public HttpServer {
 protected:
     TlsServer() {
-        makeCertificate(certificate.path, key.path);
+        testing_support::makeCertificate(certificate.path, key.path);
         options.tls = Tls{certificate.path, key.path};
     }
 

@@ -1,18 +1,12 @@
 // The program as people start it: what it prints, where, and how it ends.
+#include "program.h"
 #include "temporary_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cerrno>
 #include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
-#include <memory>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 namespace cimhost {
@@ -21,108 +15,13 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
+using testing_support::cimhost;
+using testing_support::Ended;
+using testing_support::lineCount;
+using testing_support::Process;
+using testing_support::run;
 using testing_support::TemporaryFile;
-
-class Process {
-public:
-    explicit Process(std::vector<std::string> command) {
-        std::array<int, 2> output{};
-        EXPECT_EQ(::pipe2(output.data(), O_CLOEXEC), 0);
-        id = ::fork();
-        if (id == 0) {
-            ::dup2(output[1], STDOUT_FILENO);
-            const int errors = ::open(errorFile.path.c_str(), O_WRONLY | O_TRUNC);
-            ::dup2(errors, STDERR_FILENO);
-            std::vector<char*> arguments;
-            for (std::string& word : command)
-                arguments.push_back(word.data());
-            arguments.push_back(nullptr);
-            ::execvp(arguments.front(), arguments.data());
-            ::_exit(127);
-        }
-        ::close(output[1]);
-        stream = output[0];
-    }
-    ~Process() {
-        if (id > 0) {
-            ::kill(id, SIGKILL);
-            ::waitpid(id, nullptr, 0);
-        }
-        ::close(stream);
-    }
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
-
-    std::string readLine() {
-        std::string line;
-        for (char byte = 0; ::read(stream, &byte, 1) == 1 && byte != '\n';)
-            line += byte;
-        return line;
-    }
-
-    std::string readAll() {
-        std::string text;
-        std::array<char, 65536> bytes;
-        for (ssize_t count = 0; (count = ::read(stream, bytes.data(), bytes.size())) > 0;) {
-            text.append(bytes.data(), static_cast<std::size_t>(count));
-        }
-        return text;
-    }
-
-    void signal(int number) { ::kill(id, number); }
-
-    int wait() {
-        int status = 0;
-        ::waitpid(id, &status, 0);
-        id = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-    std::string errors() {
-        std::ifstream file(errorFile.path);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-private:
-    TemporaryFile errorFile;
-    pid_t id = -1;
-    int stream = -1;
-};
-
-struct Ended {
-    int status;
-    std::string output;
-    std::string errors;
-};
-
-Ended run(std::vector<std::string> command) {
-    Process process(std::move(command));
-    Ended ended;
-    ended.output = process.readAll();
-    ended.status = process.wait();
-    ended.errors = process.errors();
-    return ended;
-}
-
-Ended cimhost(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), PROGRAM);
-    return run(std::move(arguments));
-}
-
-std::size_t lineCount(const std::string& text) {
-    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-}
-
-// Waits until the program serves, and gives its URL.
-std::string urlOf(Process& server) {
-    for (std::string line = server.readLine(); !line.empty(); line = server.readLine()) {
-        const std::size_t begin = line.find("http://");
-        if (line.find("cimhost: listening on") != std::string::npos && begin != std::string::npos) {
-            return line.substr(begin, line.find(',') - begin);
-        }
-    }
-    return "";
-}
+using testing_support::urlOf;
 
 TEST(Program, ServesAClientAndEndsWhenTold) {
     Process server({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0"});

@@ -55,6 +55,111 @@ TEST(RequestDecoder, ABooleanComesAsItsText) {
     EXPECT_EQ(value.texts[0], "TRUE");
 }
 
+TextList textsOf(const std::vector<std::string>& elements) {
+    std::string xml;
+    for (const std::string& element : elements)
+        xml += element;
+    return argument<Value>("<VALUE.ARRAY>" + xml + "</VALUE.ARRAY>").texts;
+}
+
+std::vector<std::string> all(const TextList& texts) {
+    std::vector<std::string> copies;
+    for (std::size_t index = 0; index < texts.size(); ++index)
+        copies.push_back(texts.isNull(index) ? "null" : std::string(texts[index]));
+    return copies;
+}
+
+TEST(RequestDecoder, TheBytesOfAnImageTakeAByteEach) {
+    std::vector<std::string> elements;
+    std::vector<std::string> expected;
+    for (int number = 0; number < 256; ++number) {
+        expected.push_back(std::to_string(number));
+        elements.push_back("<VALUE>" + expected.back() + "</VALUE>");
+    }
+    const TextList texts = textsOf(elements);
+    EXPECT_EQ(all(texts), expected);
+    EXPECT_EQ(texts.heldBytes(), 256U);
+}
+
+TEST(RequestDecoder, AnArrayKeepsItsTextsAsTheyAre) {
+    // Each of these ends the run of bytes; what came before and comes after it is read all the same.
+    for (const std::string odd : {"", " 7", "7 ", "07", "+7", "-1", "256", "0x7", "1e1", "text", "null"}) {
+        const std::string element = odd == "null" ? "<VALUE.NULL/>" : "<VALUE>" + odd + "</VALUE>";
+        const TextList texts = textsOf({"<VALUE>0</VALUE>", "<VALUE>255</VALUE>", element, "<VALUE>9</VALUE>"});
+        EXPECT_EQ(all(texts), (std::vector<std::string>{"0", "255", odd, "9"}));
+        EXPECT_EQ(all(textsOf({element})), std::vector<std::string>{odd});
+    }
+}
+
+// The document in pieces of that many bytes.
+std::variant<Request, ProtocolError> inPieces(const std::string& document, std::size_t size,
+                                              const XmlLimits& limits = {}) {
+    XmlReader reader(limits);
+    for (std::size_t begin = 0; begin < document.size(); begin += size)
+        reader.read(std::string_view(document).substr(begin, size));
+    return decodeRequest(reader);
+}
+
+TEST(RequestDecoder, PiecesOfAnySizeGiveTheSameRequest) {
+    const std::string document = call(parameter("<VALUE.ARRAY><VALUE>&lt;\xC3\xA4</VALUE><VALUE.NULL/>"
+                                                "<VALUE>200</VALUE><VALUE><![CDATA[a<b]]></VALUE></VALUE.ARRAY>"));
+    for (std::size_t size = 1; size <= document.size(); ++size) {
+        auto result = inPieces(document, size);
+        ASSERT_TRUE(std::holds_alternative<Request>(result)) << size;
+        const auto& request = std::get<Request>(result);
+        EXPECT_EQ(request.nameSpace, "root/ns");
+        EXPECT_EQ(all(std::get<Value>(*request.parameter("P")).texts),
+                  (std::vector<std::string>{"<\xC3\xA4", "null", "200", "a<b"}))
+            << size;
+    }
+}
+
+TEST(RequestDecoder, AnErrorIsTheSameWhereverThePiecesEnd) {
+    const std::string document = call(parameter("<VALUE>x</VALUE>")) + "\n<rest/>";
+    const std::string expected = std::get<ProtocolError>(decodeRequest(document)).message;
+    EXPECT_EQ(expected.substr(0, 8), "line 2: ");
+    for (std::size_t size = 1; size <= document.size(); ++size)
+        EXPECT_EQ(std::get<ProtocolError>(inPieces(document, size)).message, expected) << size;
+}
+
+TEST(RequestDecoder, AnErrorIsToldAsSoonAsItIsSeenAndAgainAtTheEnd) {
+    XmlReader reader;
+    EXPECT_EQ(reader.read("<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">"), std::nullopt);
+    const auto error = reader.read("<WRONG>");
+    ASSERT_NE(error, std::nullopt);
+    EXPECT_EQ(error->message, "line 1: <WRONG> is no element of CIM-XML");
+    EXPECT_EQ(reader.read("</CIM>")->message, error->message);
+    EXPECT_EQ(std::get<ProtocolError>(reader.finish()).message, error->message);
+}
+
+TEST(RequestDecoder, ATokenWithoutEndIsRefusedBeforeItCostsTime) {
+    XmlLimits limits;
+    limits.tokenBytes = 1000;
+    for (const std::string token : {"<!--", "<CIM CIMVERSION=\"", "<?x "}) {
+        const std::string document = xmlHeader + token + std::string(5000, 'x');
+        EXPECT_EQ(std::get<ProtocolError>(inPieces(document, 100, limits)).message,
+                  "line 1: a tag or comment is too long")
+            << token;
+    }
+}
+
+TEST(RequestDecoder, AMessageThatHoldsTooMuchIsRefused) {
+    XmlLimits limits;
+    limits.heldBytes = 10'000;
+    const std::string text(5000, 'x');
+    const auto outcome = [&](const std::string& value) -> std::string {
+        const auto result = inPieces(call(parameter(value)), 512, limits);
+        const auto* error = std::get_if<ProtocolError>(&result);
+        return error ? error->message : "read";
+    };
+    const std::string tooMuch = "line 1: the message holds too much";
+    EXPECT_EQ(outcome("<VALUE>" + text + "</VALUE>"), "read");
+    EXPECT_EQ(outcome("<VALUE>" + text + text + "</VALUE>"), tooMuch);
+    EXPECT_EQ(outcome("<VALUE.ARRAY><VALUE>" + text + "</VALUE></VALUE.ARRAY>"), "read");
+    EXPECT_EQ(outcome("<VALUE.ARRAY><VALUE>" + text + "</VALUE><VALUE>" + text + "</VALUE></VALUE.ARRAY>"), tooMuch);
+    EXPECT_EQ(outcome("<CLASSNAME NAME=\"" + text + text + "\"/>"), tooMuch);
+}
+
 TEST(RequestDecoder, AnEmptyPropertyListIsNotAnAbsentOne) {
     EXPECT_EQ(decoded(call("")).parameter("P"), nullptr);
     argument<std::monostate>("");

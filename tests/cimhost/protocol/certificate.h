@@ -1,0 +1,11 @@
+// TLS without an authority, for tests on this machine.
+#pragma once
+
+#include <filesystem>
+
+namespace cimhost::testing_support {
+
+/// Writes a certificate for localhost that signs itself, and its key, as PEM files. Valid for an hour.
+void makeCertificate(const std::filesystem::path& certificateFile, const std::filesystem::path& keyFile);
+
+} // namespace cimhost::testing_support

@@ -1,0 +1,83 @@
+// The command cimhost listen at a server that asks for a user.
+#include "program.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+
+namespace cimhost {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using testing_support::cimhost;
+using testing_support::Ended;
+using testing_support::lineCount;
+using testing_support::Process;
+using testing_support::TemporaryFile;
+using testing_support::urlOf;
+
+class Listening : public testing::Test {
+protected:
+    void SetUp() override {
+        url = urlOf(server);
+        ASSERT_NE(url, "") << server.errors();
+    }
+
+    std::vector<std::string> listen(const std::vector<std::string>& more = {}) const {
+        std::vector<std::string> command = {PROGRAM, "listen", "--port", "0", "--subscribe", url};
+        command.insert(command.end(), more.begin(), more.end());
+        return command;
+    }
+
+    /// Subscribes, and takes everything back when it is told to end.
+    void expectSubscription(Process& listener) {
+        EXPECT_TRUE(listener.hasError("subscribed at " + url.substr(7))) << listener.errors();
+        listener.signal(SIGTERM);
+        EXPECT_EQ(listener.wait(), 0);
+        EXPECT_EQ(lineCount(listener.errors()), 1U) << listener.errors();
+    }
+
+    void expectRefusal(const std::vector<std::string>& more, const std::string& message) const {
+        const Ended ended = testing_support::run(listen(more));
+        EXPECT_EQ(ended.status, 2);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_EQ(ended.errors, "cimhost: " + message + "\n");
+    }
+
+    // The password is "secret".
+    TemporaryFile users{"anna:$5$abcdefgh$gruCpC7VkOTspMQTTSAR8mtlO9Upms.fwqE5y16JVM.\n"};
+    Process server{{PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--state", "", "--credentials",
+                    users.path.string()}};
+    std::string url;
+};
+
+TEST_F(Listening, SubscribesAsTheUserThatItIsGivenOrFindsInItsEnvironment) {
+    Process told(listen({"--user", "anna:secret"}));
+    expectSubscription(told);
+    ::setenv("CIMHOST_USER", "anna:secret", 1);
+    Process environment(listen());
+    ::unsetenv("CIMHOST_USER");
+    expectSubscription(environment);
+    const std::string authority = url.substr(7);
+    expectRefusal({}, authority + " asks for a user: give --user");
+    expectRefusal({"--user", "anna:wrong"}, authority + " does not take this user and password");
+    expectRefusal({"--user", "bert:secret"}, authority + " does not take this user and password");
+    expectRefusal({"--user", "anna"}, "--user is written NAME:PASSWORD");
+}
+
+TEST(ListenProgram, AServerThatIsNotThereIsTold) {
+    const Ended ended = cimhost({"listen", "--port", "0", "--subscribe", "http://127.0.0.1:1"});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.output, "");
+    EXPECT_THAT(ended.errors, StartsWith("cimhost: connecting: Connection refused"));
+    EXPECT_EQ(lineCount(ended.errors), 1U);
+    const Ended noUrl = cimhost({"listen", "--port", "0", "--subscribe", "localhost:5988"});
+    EXPECT_EQ(noUrl.status, 2);
+    EXPECT_THAT(noUrl.errors, HasSubstr("--subscribe: \"localhost:5988\" is no URL"));
+}
+
+} // namespace
+} // namespace cimhost

@@ -1,0 +1,56 @@
+// The program cimhost, started as people start it.
+#pragma once
+
+#include "temporary_file.h"
+
+#include <cstddef>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace cimhost::testing_support {
+
+/// A program that runs beside the test; killed at the end if it still does.
+class Process {
+public:
+    explicit Process(std::vector<std::string> command);
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    /// One line of its output, without its end.
+    std::string readLine();
+    /// What is left of its output up to its end.
+    std::string readAll();
+    void signal(int number);
+    /// Its exit status; -1 if a signal ended it.
+    int wait();
+    /// What it has written to standard error so far.
+    std::string errors();
+    /// Waits up to twenty seconds until the text stands there.
+    bool hasError(const std::string& text);
+
+private:
+    TemporaryFile errorFile;
+    pid_t id = -1;
+    int stream = -1;
+};
+
+struct Ended {
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+/// Runs a command to its end; status 127 if there is none of that name.
+Ended run(std::vector<std::string> command);
+
+/// Runs cimhost to its end.
+Ended cimhost(std::vector<std::string> arguments);
+
+/// Waits until a `cimhost serve` serves. @return its URL; empty if it ended before.
+std::string urlOf(Process& server);
+
+std::size_t lineCount(const std::string& text);
+
+} // namespace cimhost::testing_support

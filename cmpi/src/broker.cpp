@@ -14,19 +14,20 @@ CmpiData CmpiContext::getEntry(const char* name) const {
 }
 
 CmpiContext CmpiBroker::prepareAttachThread(const CmpiContext& context) {
-    return CmpiContext(getEnc()->bft->prepareAttachThread(getEnc(), context.getEnc()));
+    const auto prepare = getEnc()->bft->prepareAttachThread;
+    return CmpiContext(prepare ? prepare(getEnc(), context.getEnc()) : nullptr);
 }
 
 void CmpiBroker::attachThread(const CmpiContext& context) {
-    throwOnError(getEnc()->bft->attachThread(getEnc(), context.getEnc()));
+    throwOnError(offered(getEnc()->bft->attachThread)(getEnc(), context.getEnc()));
 }
 
 void CmpiBroker::detachThread(const CmpiContext& context) {
-    throwOnError(getEnc()->bft->detachThread(getEnc(), context.getEnc()));
+    throwOnError(offered(getEnc()->bft->detachThread)(getEnc(), context.getEnc()));
 }
 
 void CmpiBroker::deliverIndication(const CmpiContext& context, const char* nameSpace, const CmpiInstance& indication) {
-    throwOnError(getEnc()->bft->deliverIndication(getEnc(), context.getEnc(), nameSpace, indication.getEnc()));
+    throwOnError(offered(getEnc()->bft->deliverIndication)(getEnc(), context.getEnc(), nameSpace, indication.getEnc()));
 }
 
 CmpiEnumeration CmpiBroker::enumInstanceNames(const CmpiContext& context, const CmpiObjectPath& path) {

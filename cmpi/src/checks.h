@@ -20,6 +20,21 @@ inline void throwOnErrorUnlessAbsent(const CMPIStatus& status, CMPIrc absent, co
     throw CmpiStatus(status.rc, name);
 }
 
+/// A slot of the server's tables, to be called at once. Throws CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED) where the server
+/// left it empty.
+template <typename Function>
+Function offered(Function slot) {
+    if (!slot) throw CmpiStatus(CMPI_RC_ERR_NOT_SUPPORTED);
+    return slot;
+}
+
+/// An object of the server. Throws CmpiStatus(CMPI_RC_ERR_INVALID_HANDLE) where the server gave none.
+template <typename Object>
+Object* given(Object* object) {
+    if (!object) throw CmpiStatus(CMPI_RC_ERR_INVALID_HANDLE);
+    return object;
+}
+
 /// The value argument of the tables: for chars the pointer is the text itself.
 inline const CMPIValue* valueArgument(const CMPIData& data) {
     return data.type == CMPI_chars ? reinterpret_cast<const CMPIValue*>(data.value.chars) : &data.value;

@@ -157,14 +157,14 @@ void* CmpiArgs::makeArgs(CMPIBroker* broker) {
 
 unsigned int CmpiArgs::getArgCount() const {
     CMPIStatus status = noErrorYet;
-    CMPICount count = getEnc()->ft->getArgCount(getEnc(), &status);
+    CMPICount count = given(getEnc())->ft->getArgCount(getEnc(), &status);
     throwOnError(status);
     return count;
 }
 
 CmpiData CmpiArgs::getArg(const char* name) const {
     CMPIStatus status = noErrorYet;
-    CMPIData data = getEnc()->ft->getArg(getEnc(), name, &status);
+    CMPIData data = given(getEnc())->ft->getArg(getEnc(), name, &status);
     throwOnErrorUnlessAbsent(status, CMPI_RC_ERR_NOT_FOUND, name);
     return CmpiData(data);
 }
@@ -172,26 +172,27 @@ CmpiData CmpiArgs::getArg(const char* name) const {
 CmpiData CmpiArgs::getArg(const int pos, CmpiString* name) const {
     CMPIStatus status = noErrorYet;
     CMPIString* argName = nullptr;
-    CMPIData data = getEnc()->ft->getArgAt(getEnc(), static_cast<CMPICount>(pos), namePlace(argName, name), &status);
+    CMPIData data =
+        given(getEnc())->ft->getArgAt(getEnc(), static_cast<CMPICount>(pos), namePlace(argName, name), &status);
     throwOnErrorUnlessAbsent(status, CMPI_RC_ERR_NOT_FOUND, charsOf(argName));
     if (name) *name = CmpiString(argName);
     return CmpiData(data);
 }
 
 void CmpiArgs::setArg(const char* name, const CmpiData& data) {
-    throwOnError(getEnc()->ft->addArg(getEnc(), name, valueArgument(data._data), data._data.type));
+    throwOnError(given(getEnc())->ft->addArg(getEnc(), name, valueArgument(data._data), data._data.type));
 }
 
 void CmpiResult::returnData(const CmpiData& data) {
-    throwOnError(getEnc()->ft->returnData(getEnc(), valueArgument(data._data), data._data.type));
+    throwOnError(given(getEnc())->ft->returnData(getEnc(), valueArgument(data._data), data._data.type));
 }
 
 void CmpiResult::returnData(const CmpiInstance& instance) {
-    throwOnError(getEnc()->ft->returnInstance(getEnc(), instance.getEnc()));
+    throwOnError(given(getEnc())->ft->returnInstance(getEnc(), instance.getEnc()));
 }
 
 void CmpiResult::returnData(const CmpiObjectPath& path) {
-    throwOnError(getEnc()->ft->returnObjectPath(getEnc(), path.getEnc()));
+    throwOnError(given(getEnc())->ft->returnObjectPath(getEnc(), path.getEnc()));
 }
 
-void CmpiResult::returnDone() { throwOnError(getEnc()->ft->returnDone(getEnc())); }
+void CmpiResult::returnDone() { throwOnError(given(getEnc())->ft->returnDone(getEnc())); }

@@ -35,21 +35,21 @@ CmpiDateTime::CmpiDateTime(const CMPIUint64 microseconds, const CmpiBoolean inte
 
 void* CmpiDateTime::makeDateTime(CMPIBroker* broker) {
     CMPIStatus status = noErrorYet;
-    CMPIDateTime* date = broker->eft->newDateTime(broker, &status);
+    CMPIDateTime* date = offered(broker->eft->newDateTime)(broker, &status);
     throwOnError(status);
     return date;
 }
 
 void* CmpiDateTime::makeDateTime(CMPIBroker* broker, const char* text) {
     CMPIStatus status = noErrorYet;
-    CMPIDateTime* date = broker->eft->newDateTimeFromChars(broker, text, &status);
+    CMPIDateTime* date = offered(broker->eft->newDateTimeFromChars)(broker, text, &status);
     throwOnError(status);
     return date;
 }
 
 void* CmpiDateTime::makeDateTime(CMPIBroker* broker, const CMPIUint64 microseconds, const CmpiBoolean interval) {
     CMPIStatus status = noErrorYet;
-    CMPIDateTime* date = broker->eft->newDateTimeFromBinary(broker, microseconds, interval, &status);
+    CMPIDateTime* date = offered(broker->eft->newDateTimeFromBinary)(broker, microseconds, interval, &status);
     throwOnError(status);
     return date;
 }

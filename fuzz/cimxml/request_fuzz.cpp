@@ -112,11 +112,29 @@ void requireXml(std::string_view document) {
     XML_ParserFree(parser);
 }
 
+using Decoded = std::variant<cimxml::Request, cimxml::ProtocolError>;
+
+Decoded decodeInPieces(std::string_view document, std::size_t pieceSize) {
+    cimxml::XmlReader reader;
+    for (; document.size() > pieceSize; document.remove_prefix(pieceSize))
+        reader.read(document.substr(0, pieceSize));
+    reader.read(document);
+    return cimxml::decodeRequest(reader);
+}
+
+void requireSame(const Decoded& one, const Decoded& other) {
+    if (one.index() != other.index()) std::abort();
+    const auto* error = std::get_if<cimxml::ProtocolError>(&one);
+    if (error && error->kind != std::get<cimxml::ProtocolError>(other).kind) std::abort();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     static World world;
-    const auto decoded = cimxml::decodeRequest({reinterpret_cast<const char*>(data), size});
+    const std::string_view document(reinterpret_cast<const char*>(data), size);
+    const Decoded decoded = cimxml::decodeRequest(document);
+    requireSame(decoded, decodeInPieces(document, 1 + size % 97));
     if (const auto* request = std::get_if<cimxml::Request>(&decoded)) {
         requireXml(world.dispatcher.handle(*request, {}).view());
     }

@@ -12,8 +12,9 @@ namespace merolt {
 /// Makes `records` empty records; a null pointer and the count 0 for none.
 template <class Record>
 void allocateRecords(std::int32_t& count, Record*& list, std::int32_t records) {
-    count = records;
+    // In this order: where memory is short there is no count without records.
     list = records > 0 ? new Record[static_cast<std::size_t>(records)]() : nullptr;
+    count = records;
 }
 
 template <class Record>

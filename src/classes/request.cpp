@@ -16,6 +16,8 @@ const char* textOf(const CMPIString* string, CMPIStatus& status) {
 } // namespace
 
 CMPIStatus readClassName(const CmpiObjectPath& path, const char*& text) {
+    text = "";
+    if (path.isNull()) return {CMPI_RC_ERR_INVALID_PARAMETER, nullptr};
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     const CMPIObjectPath* object = path.getEnc();
     const CMPIString* name = object->ft->getClassName(object, &status);

@@ -1,5 +1,6 @@
 #include "configuration/nic_properties.h"
 
+#include "platform/lasting.h"
 #include "text/text.h"
 
 #include <cstdio>
@@ -29,12 +30,12 @@ std::uint8_t flag(const char* text) { return equalsIgnoringCase(text, "true") ||
 } // namespace
 
 Merolt_NIC_Properties& Merolt_NIC_Properties::instance() {
-    static Merolt_NIC_Properties properties = [] {
-        Merolt_NIC_Properties made;
-        made.reload();
-        return made;
+    static platform::Lasting<Merolt_NIC_Properties> properties;
+    [[maybe_unused]] static const bool isRead = [] {
+        properties.value.reload();
+        return true;
     }();
-    return properties;
+    return properties.value;
 }
 
 void Merolt_NIC_Properties::reload() {

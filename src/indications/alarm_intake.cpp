@@ -2,6 +2,7 @@
 
 #include "inventory/poll_thread_context.h"
 #include "log/log.h"
+#include "platform/lasting.h"
 
 #include <cstdio>
 #include <mutex>
@@ -12,12 +13,13 @@ namespace merolt {
 namespace {
 
 std::mutex alarmsMutex;
-std::vector<Alarm> alarms;
+// The library's thread may bring one while the process ends.
+constinit platform::Lasting<std::vector<Alarm>> keptAlarms;
 
 void keep(Alarm alarm) {
     {
         const std::lock_guard guard(alarmsMutex);
-        alarms.push_back(std::move(alarm));
+        keptAlarms.value.push_back(std::move(alarm));
     }
     alarmArrival().notify();
 }
@@ -26,12 +28,12 @@ void keep(Alarm alarm) {
 
 std::vector<Alarm> takeAlarms() {
     const std::lock_guard guard(alarmsMutex);
-    return std::exchange(alarms, {});
+    return std::exchange(keptAlarms.value, {});
 }
 
 platform::Wakeup& alarmArrival() {
-    static platform::Wakeup arrival;
-    return arrival;
+    static platform::Lasting<platform::Wakeup> arrival;
+    return arrival.value;
 }
 
 } // namespace merolt

@@ -130,11 +130,11 @@ void appendFunction(const TAVIK_NicFunction& function) {
     terminateTexts(card->properties);
     auto* port = allocateRecord<CNAPort>();
     if (!port) return;
+    appendPort(*card, port); // first, so that it goes with the card whatever becomes of the rest
     port->portProperties = function.port;
     terminate(port->portProperties.deviceName);
     Initialize_CNA_Port(function, *port);
     copyIPProperties(*port);
-    appendPort(*card, port);
 }
 
 void updateLink(CNAPort& port, Merolt_CNA_Provider* provider, CNACard& card, LinkAlert alert) {

@@ -27,4 +27,9 @@ struct PollThreadContext {
     std::uint8_t threadDead = 0;
     /// Asks the thread to end; read once a second.
     std::uint8_t killThread = 0;
+    /// The system's number of the thread, for servers that cannot join it. Set by the thread before threadDead.
+    std::int32_t threadNumber = 0;
+
+    /// Whether the server made a context to attach the thread with. Only then may the thread make alerts.
+    bool canAttach() const { return context && !context->isNull(); }
 };

@@ -1,5 +1,7 @@
 #include "platform/platform.h"
 
+#include "platform/lasting.h"
+
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -18,8 +20,9 @@ namespace {
 constexpr const char* settingsFile = "/etc/merolt/cim-provider.conf";
 constexpr std::size_t longestLocation = 259;
 
-Services systemServices;
-Services* current = &systemServices;
+// The polling thread may still sleep while the process ends.
+Lasting<Services> systemServices;
+Services* current = &systemServices.value;
 
 std::string locationFromSettings() {
     constexpr std::string_view key = "InstallLocation=";
@@ -116,7 +119,7 @@ int Services::mutexAvailable() { return 0; }
 
 Services& services() { return *current; }
 
-void replaceServices(Services* replacement) { current = replacement ? replacement : &systemServices; }
+void replaceServices(Services* replacement) { current = replacement ? replacement : &systemServices.value; }
 
 void sleepSeconds(unsigned seconds) {
     for (unsigned second = 0; second < seconds; ++second)

@@ -75,19 +75,22 @@ void callFamily(const Request& request, const char* associationClass, const Asso
     if (!family) return;
     if (family->clearLists) family->clearLists();
     if (family->buildLists) family->buildLists();
-    const auto& [operation, context, result, source, named, resultClass, role, resultRole, properties] = request;
-    switch (operation) {
+    const char* className = buffer.text();
+    switch (request.operation) {
     case association::FUNC_ASSOC:
-        family->associators(context, result, source, buffer.text(), resultClass, role, resultRole, properties);
+        family->associators(request.context, request.result, request.source, className, request.resultClass,
+                            request.role, request.resultRole, request.properties);
         break;
     case association::FUNC_ASSOCNAME:
-        family->associatorNames(context, result, source, buffer.text(), resultClass, role, resultRole);
+        family->associatorNames(request.context, request.result, request.source, className, request.resultClass,
+                                request.role, request.resultRole);
         break;
     case association::FUNC_REF:
-        family->references(context, result, source, buffer.text(), role, properties);
+        family->references(request.context, request.result, request.source, className, request.role,
+                           request.properties);
         break;
     case association::FUNC_REFNAME:
-        family->referenceNames(context, result, source, buffer.text(), role);
+        family->referenceNames(request.context, request.result, request.source, className, request.role);
         break;
     }
 }

@@ -1,6 +1,9 @@
 // The four functions by which a CIM server gets the provider's interfaces. All hand out the same object: the first
 // one called makes it, the others only count.
+#include "log/log.h"
+#include "provider/guarded.h"
 #include "provider/merolt_cna_provider.h"
+#include "provider/server_facilities.h"
 
 #include "CmpiProviderBase.h"
 #include "CmpiString.h"
@@ -9,18 +12,31 @@
 #include <memory>
 #include <mutex>
 
+using namespace merolt;
+
 namespace {
 
 constexpr int cmpiVersion = 200;
 
 CmpiProviderBase providerBase;
 
-/// Servers may ask for two interfaces at the same time.
+/// Servers may ask for two interfaces at the same time, and for one while another is cleaned up.
 std::mutex factoryMutex;
+
+/// Writes down what the server lacks. The log's flags still stand as they were loaded, so that on the first load the
+/// line is written whatever the settings say.
+void reportPoorServer(const CMPIBroker* broker, const CmpiContext& context) {
+    const ServerFacilities facilities = facilitiesOf(broker, context.getEnc());
+    if (facilities.canAnswer && facilities.canRunThread && facilities.canAlert) return;
+    initializeLogging();
+    reportMissingFacilities(broker, context.getEnc());
+}
 
 /// Makes the object and connects it. @return null with the reason in the status.
 CmpiBaseMI* makeProvider(const CMPIBroker* broker, const CmpiContext& context, CMPIStatus* status) {
     try {
+        reportPoorServer(broker, context);
+        if (!facilitiesOf(broker, context.getEnc()).canAnswer) throw CmpiStatus(CMPI_RC_ERR_FAILED);
         auto provider = std::make_unique<Merolt_CNA_Provider>(CmpiBroker(const_cast<CMPIBroker*>(broker)), context);
         CmpiBaseMI* base = provider.get();
         base->setProviderBase(&providerBase);
@@ -41,94 +57,105 @@ CmpiBaseMI* makeProvider(const CMPIBroker* broker, const CmpiContext& context, C
     return nullptr;
 }
 
-/// @param interface the static record of this interface. @return the record with the provider in it, or null.
+/// An interface as servers see it: its static record, and how often its factory handed that out.
+template <class Interface>
+struct Offer {
+    Interface record;
+    int uses;
+};
+
+template <class Interface>
+constinit Offer<Interface> offered{};
+
+/// @return the record of this interface with the provider in it, or null.
 template <class Interface, class Table>
-Interface* offer(Interface& interface, Table& table, const CMPIBroker* broker, const CMPIContext* cmpiContext,
-                 CMPIStatus* status) {
+Interface* offer(Table& table, const CMPIBroker* broker, const CMPIContext* cmpiContext, CMPIStatus* status) {
+    const std::lock_guard<std::mutex> guard(factoryMutex);
+    Offer<Interface>& own = offered<Interface>;
     const CmpiContext context(const_cast<CMPIContext*>(cmpiContext));
-    interface.ft = &table;
+    own.record.ft = &table;
     CmpiBaseMI* base = providerBase.getBaseMI();
     if (!base) base = makeProvider(broker, context, status);
     if (!base) return nullptr;
-    interface.hdl = base;
+    own.record.hdl = base;
     providerBase.incUseCount();
-    return &interface;
+    ++own.uses;
+    return &own.record;
 }
 
-/// The wrapper's clean-up takes any interface; each table wants it under its own.
+/// Gives up one use of the interface; with the last use of all the provider goes. An interface that is asked once more
+/// than its factory was called has nothing to give up: it must not take the provider from the others, nor find one that
+/// is gone.
 template <class Interface>
-CMPIStatus driveCleanup(Interface* interface, const CMPIContext* context, CMPIBoolean terminating) {
-    return CmpiBaseMI::driveBaseCleanup(interface, context, terminating);
+CMPIStatus driveCleanup(Interface*, const CMPIContext* context, CMPIBoolean terminating) {
+    const std::lock_guard<std::mutex> guard(factoryMutex);
+    Offer<Interface>& own = offered<Interface>;
+    if (own.uses == 0) return {CMPI_RC_OK, nullptr};
+    const CMPIStatus answer = CmpiBaseMI::driveBaseCleanup(&own.record, context, terminating);
+    if (answer.rc == CMPI_RC_OK && --own.uses == 0) own.record.hdl = nullptr;
+    return answer;
 }
 
 } // namespace
 
 CMPI_EXTERN_C CMPIInstanceMI* Merolt_CNA_Provider_Create_InstanceMI(const CMPIBroker* broker,
                                                                     const CMPIContext* context, CMPIStatus* status) {
-    const std::lock_guard<std::mutex> guard(factoryMutex);
     static CMPIInstanceMIFT table = {
         cmpiVersion,
         cmpiVersion,
         "instanceMerolt_CNA_Provider",
-        driveCleanup<CMPIInstanceMI>,
-        CmpiInstanceMI::driveEnumInstanceNames,
-        CmpiInstanceMI::driveEnumInstances,
-        CmpiInstanceMI::driveGetInstance,
-        CmpiInstanceMI::driveCreateInstance,
-        CmpiInstanceMI::driveSetInstance,
-        CmpiInstanceMI::driveDeleteInstance,
-        CmpiInstanceMI::driveExecQuery,
+        Guarded<driveCleanup<CMPIInstanceMI>>::call,
+        Guarded<CmpiInstanceMI::driveEnumInstanceNames>::call,
+        Guarded<CmpiInstanceMI::driveEnumInstances>::call,
+        Guarded<CmpiInstanceMI::driveGetInstance>::call,
+        Guarded<CmpiInstanceMI::driveCreateInstance>::call,
+        Guarded<CmpiInstanceMI::driveSetInstance>::call,
+        Guarded<CmpiInstanceMI::driveDeleteInstance>::call,
+        Guarded<CmpiInstanceMI::driveExecQuery>::call,
     };
-    static CMPIInstanceMI interface = {nullptr, nullptr};
-    return offer(interface, table, broker, context, status);
+    return offer<CMPIInstanceMI>(table, broker, context, status);
 }
 
 CMPI_EXTERN_C CMPIAssociationMI*
 Merolt_CNA_Provider_Create_AssociationMI(const CMPIBroker* broker, const CMPIContext* context, CMPIStatus* status) {
-    const std::lock_guard<std::mutex> guard(factoryMutex);
     static CMPIAssociationMIFT table = {
         cmpiVersion,
         cmpiVersion,
         "associationMerolt_CNA_Provider",
-        driveCleanup<CMPIAssociationMI>,
-        CmpiAssociationMI::driveAssociators,
-        CmpiAssociationMI::driveAssociatorNames,
-        CmpiAssociationMI::driveReferences,
-        CmpiAssociationMI::driveReferenceNames,
+        Guarded<driveCleanup<CMPIAssociationMI>>::call,
+        Guarded<CmpiAssociationMI::driveAssociators>::call,
+        Guarded<CmpiAssociationMI::driveAssociatorNames>::call,
+        Guarded<CmpiAssociationMI::driveReferences>::call,
+        Guarded<CmpiAssociationMI::driveReferenceNames>::call,
     };
-    static CMPIAssociationMI interface = {nullptr, nullptr};
-    return offer(interface, table, broker, context, status);
+    return offer<CMPIAssociationMI>(table, broker, context, status);
 }
 
 CMPI_EXTERN_C CMPIMethodMI* Merolt_CNA_Provider_Create_MethodMI(const CMPIBroker* broker, const CMPIContext* context,
                                                                 CMPIStatus* status) {
-    const std::lock_guard<std::mutex> guard(factoryMutex);
     static CMPIMethodMIFT table = {
         cmpiVersion,
         cmpiVersion,
         "methodMerolt_CNA_Provider",
-        driveCleanup<CMPIMethodMI>,
-        CmpiMethodMI::driveInvokeMethod,
+        Guarded<driveCleanup<CMPIMethodMI>>::call,
+        Guarded<CmpiMethodMI::driveInvokeMethod>::call,
     };
-    static CMPIMethodMI interface = {nullptr, nullptr};
-    return offer(interface, table, broker, context, status);
+    return offer<CMPIMethodMI>(table, broker, context, status);
 }
 
 CMPI_EXTERN_C CMPIIndicationMI*
 Merolt_CNA_Provider_Create_IndicationMI(const CMPIBroker* broker, const CMPIContext* context, CMPIStatus* status) {
-    const std::lock_guard<std::mutex> guard(factoryMutex);
     static CMPIIndicationMIFT table = {
         cmpiVersion,
         cmpiVersion,
         "indicationMerolt_CNA_Provider",
-        driveCleanup<CMPIIndicationMI>,
-        CmpiIndicationMI::driveAuthorizeFilter,
-        CmpiIndicationMI::driveMustPoll,
-        CmpiIndicationMI::driveActivateFilter,
-        CmpiIndicationMI::driveDeActivateFilter,
-        CmpiIndicationMI::driveEnableIndications,
-        CmpiIndicationMI::driveDisableIndications,
+        Guarded<driveCleanup<CMPIIndicationMI>>::call,
+        Guarded<CmpiIndicationMI::driveAuthorizeFilter>::call,
+        Guarded<CmpiIndicationMI::driveMustPoll>::call,
+        Guarded<CmpiIndicationMI::driveActivateFilter>::call,
+        Guarded<CmpiIndicationMI::driveDeActivateFilter>::call,
+        Guarded<CmpiIndicationMI::driveEnableIndications>::call,
+        Guarded<CmpiIndicationMI::driveDisableIndications>::call,
     };
-    static CMPIIndicationMI interface = {nullptr, nullptr};
-    return offer(interface, table, broker, context, status);
+    return offer<CMPIIndicationMI>(table, broker, context, status);
 }

@@ -78,6 +78,11 @@ void buildListsAtStart() { buildLists(When::atStart); }
 
 void buildListsInRefresh() { buildLists(When::inRefresh); }
 
+void buildListsWithoutAdapters() {
+    server::buildNamespaceList();
+    server::buildObjectManagerList();
+}
+
 void clearLists() {
     for (const ListBuilder& builder : listBuilders) {
         if (builder.clear) builder.clear();

@@ -13,4 +13,7 @@ void buildListsInRefresh();
 
 void clearLists();
 
+/// What is known of the host and the server without looking at adapters.
+void buildListsWithoutAdapters();
+
 } // namespace merolt

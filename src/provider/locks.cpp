@@ -1,6 +1,7 @@
 #include "provider/locks.h"
 
 #include "log/log.h"
+#include "platform/lasting.h"
 
 #include <cstdlib>
 
@@ -8,14 +9,8 @@ namespace merolt {
 
 namespace {
 
-/// Stands until the process is gone: a server may exit without cleaning up, while the polling thread and requests
-/// still take locks.
-union LastingLock {
-    constexpr LastingLock() : mutex() {}
-    ~LastingLock() {}
-
-    std::unique_ptr<platform::Mutex> mutex;
-};
+// The polling thread and requests may still take them while the process ends.
+using LastingLock = platform::Lasting<std::unique_ptr<platform::Mutex>>;
 
 constinit LastingLock providerLock;
 constinit LastingLock enableIndicationsMutex;
@@ -24,10 +19,10 @@ constinit LastingLock adapterUpdateLock;
 
 } // namespace
 
-std::unique_ptr<platform::Mutex>& provider_lock = providerLock.mutex;
-std::unique_ptr<platform::Mutex>& enable_indications_mutex = enableIndicationsMutex.mutex;
-std::unique_ptr<platform::Mutex>& properties_file_lock = propertiesFileLock.mutex;
-std::unique_ptr<platform::Mutex>& adapter_update_lock = adapterUpdateLock.mutex;
+std::unique_ptr<platform::Mutex>& provider_lock = providerLock.value;
+std::unique_ptr<platform::Mutex>& enable_indications_mutex = enableIndicationsMutex.value;
+std::unique_ptr<platform::Mutex>& properties_file_lock = propertiesFileLock.value;
+std::unique_ptr<platform::Mutex>& adapter_update_lock = adapterUpdateLock.value;
 
 namespace {
 

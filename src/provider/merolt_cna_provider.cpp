@@ -1,19 +1,21 @@
 #include "provider/merolt_cna_provider.h"
 
+#include "classes/system_name.h"
 #include "configuration/configuration.h"
-#include "indications/alarm_intake.h"
 #include "indications/port_status_indication.h"
 #include "indications/subscriptions.h"
-#include "inventory/tavik.h"
 #include "log/log.h"
 #include "platform/platform.h"
 #include "provider/list_builders.h"
 #include "provider/locks.h"
 #include "provider/polling_loop.h"
+#include "provider/server_facilities.h"
 
 #include "cmpift.h"
 
+#include <chrono>
 #include <cstdlib>
+#include <cxxabi.h>
 #include <mutex>
 
 using namespace merolt;
@@ -22,11 +24,22 @@ namespace {
 
 using Guard = std::lock_guard<platform::Mutex>;
 
-/// Gives a context back that no thread was attached to. Servers that cannot release one do nothing here.
-void releaseContext(CmpiContext& context) {
-    CMPIContext* object = context.getEnc();
-    if (object && object->ft->release) object->ft->release(object);
+void release(std::unique_ptr<CmpiContext>& context) {
+    CMPIContext* object = context ? context->getEnc() : nullptr;
+    context.reset();
+    releaseContext(object);
 }
+
+/// A context for a thread of our own, or an empty one from a server with which no alerts can be made.
+std::unique_ptr<CmpiContext> makeThreadContext(CmpiBroker& broker, const CmpiContext& context) {
+    if (!facilitiesOf(broker.getEnc(), context.getEnc()).canAlert) return std::make_unique<CmpiContext>(nullptr);
+    auto made = std::make_unique<CmpiContext>(nullptr);
+    *made = broker.prepareAttachThread(context);
+    return made;
+}
+
+/// Far longer than a thread needs for its last steps.
+constexpr std::chrono::milliseconds endOfThreadLimit{2000};
 
 } // namespace
 
@@ -42,8 +55,14 @@ Merolt_CNA_Provider::Merolt_CNA_Provider(const CmpiBroker& providerBroker, const
 
 Merolt_CNA_Provider::~Merolt_CNA_Provider() {
     DEBUG_LOG("***** Merolt_CNA_Provider destructor was called *****");
-    // A clean-up during the first build leaves the thread running; it must not outlive what it uses.
-    if (pollingEnabled && pollThread.thread) stopAndClear();
+    // A clean-up during the first build leaves the thread running; it must not outlive what it uses. Without a thread
+    // there is nothing but what single requests read.
+    if (pollingEnabled && pollThread.thread) {
+        stopAndClear();
+    } else if (pollingEnabled) {
+        clearLists();
+    }
+    release(pollThread.context);
     closeLocks();
     DEBUG_LOG("Merolt_CNA_Provider destructor complete");
 }
@@ -55,7 +74,7 @@ CmpiStatus Merolt_CNA_Provider::initialize(const CmpiContext& context) {
         platform::sleepSeconds(2);
         return CmpiStatus(CMPI_RC_OK);
     }
-    pollThread.context = std::make_unique<CmpiContext>(broker->prepareAttachThread(context));
+    pollThread.context = makeThreadContext(*broker, context);
     startPollingLoop(context);
     // In this time the polling thread normally takes provider_lock, so that the first request waits for the build.
     platform::sleepSeconds(2);
@@ -73,9 +92,7 @@ CmpiStatus Merolt_CNA_Provider::cleanup(CmpiContext&) {
 void Merolt_CNA_Provider::stopAndClear() {
     stopPollingLoop();
     const Guard provider(*provider_lock);
-    clearLists();
-    TAVIK_UnRegisterAlarmNotificationCallback(OSSGenerateHostNotificationAlarm);
-    TAVIK_Uninitialize();
+    endInventory();
     initialized = 0;
 }
 
@@ -91,8 +108,10 @@ void Merolt_CNA_Provider::startPollingLoop(const CmpiContext& context) {
         return;
     }
     pollThread.broker = broker;
-    if (pollThread.context) releaseContext(*pollThread.context);
-    pollThread.context = std::make_unique<CmpiContext>(broker->prepareAttachThread(context));
+    release(pollThread.context);
+    pollThread.context = makeThreadContext(*broker, context);
+    if (!pollThread.canAttach() && facilitiesOf(broker->getEnc(), context.getEnc()).canAlert)
+        reportNoAlerts(broker->getEnc(), "made no context for a thread");
     pollThread.provider = this;
     pollThread.killThread = 0;
     pollThread.threadDead = 0;
@@ -102,10 +121,24 @@ void Merolt_CNA_Provider::startPollingLoop(const CmpiContext& context) {
         ERROR_LOG("Error %d Initializing provider_lock mutex", error);
         std::exit(1);
     }
-    const CMPIBrokerExtFT* threads = broker->getEnc()->xft;
-    if (threads && threads->newThread) pollThread.thread = threads->newThread(AdapterPollingLoop, &pollThread, 0);
+    startThread(context);
     pollingEnabled = 1;
     DEBUG_LOG("Polling Loop Started");
+}
+
+void Merolt_CNA_Provider::startThread(const CmpiContext& context) {
+    const CMPIBroker* server = broker->getEnc();
+    if (facilitiesOf(server, context.getEnc()).canRunThread) {
+        libraryPin.emplace();
+        pollThread.thread = server->xft->newThread(AdapterPollingLoop, &pollThread, 0);
+        if (pollThread.thread) return;
+        libraryPin.reset();
+        reportNoThread(server, "made no thread");
+    }
+    // What the thread finds out first. Its key names the one object that is published whatever the adapters.
+    const Guard guard(*provider_lock);
+    getSystemName(gSystemName, &gSystemNameFormat);
+    buildListsWithoutAdapters();
 }
 
 void Merolt_CNA_Provider::stopPollingLoop() {
@@ -122,14 +155,28 @@ void Merolt_CNA_Provider::stopPollingLoop() {
         guard.lock();
     }
     guard.unlock();
+    joinThread();
+    pollThread.mutex.reset();
+    pollThread.thread = nullptr;
+    libraryPin.reset();
+    pollingEnabled = 0;
+}
+
+void Merolt_CNA_Provider::joinThread() try {
     const CMPIBrokerExtFT* threads = broker->getEnc()->xft;
     if (threads && threads->joinThread) {
         DEBUG_LOG("stopPollingLoop() calling joinThread");
         threads->joinThread(pollThread.thread, nullptr);
         DEBUG_LOG("stopPollingLoop() completed joinThread");
+    } else {
+        // The thread still has to leave its function before the server may close the library.
+        platform::waitForThreadEnd(pollThread.threadNumber, endOfThreadLimit);
     }
-    pollThread.mutex.reset();
-    pollingEnabled = 0;
+} catch (const abi::__forced_unwind&) {
+    throw;
+} catch (...) {
+    ERROR_LOG("Merolt_CNA_Provider: the CIM server failed to join the polling thread");
+    platform::waitForThreadEnd(pollThread.threadNumber, endOfThreadLimit);
 }
 
 void Merolt_CNA_Provider::enableIndications() {

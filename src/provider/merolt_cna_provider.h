@@ -2,6 +2,7 @@
 #pragma once
 
 #include "inventory/poll_thread_context.h"
+#include "platform/threads.h"
 
 #include "CmpiAssociationMI.h"
 #include "CmpiIndicationMI.h"
@@ -10,6 +11,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 
 // enableIndications() and disableIndications() take no context and so hide the interface's operations of that name: a
 // server's enable and disable calls end in the defaults, and the filter operations drive the gate.
@@ -82,12 +84,17 @@ public:
 
 private:
     void startPollingLoop(const CmpiContext& context);
+    /// Leaves the thread unset, and says so, where the server has none to give.
+    void startThread(const CmpiContext& context);
+    void joinThread();
     /// Returns after the thread has ended, without time limit.
     void stopPollingLoop();
     void stopAndClear();
 
     std::uint8_t pollingEnabled = 0;
     PollThreadContext pollThread;
+    /// While the thread runs its code has to stay, also under a server that closes the library without a clean-up.
+    std::optional<merolt::platform::LibraryPin> libraryPin;
 };
 
 #pragma GCC diagnostic pop

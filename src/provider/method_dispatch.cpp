@@ -63,8 +63,10 @@ CmpiStatus Merolt_CNA_Provider::invokeMethod(const CmpiContext& context, CmpiRes
         result.returnDone();
         return status;
     }
-    DEBUG_LOG("Entering Merolt_CNA_Provider invokeMethod: classname = %s, MethodName=%s", className, methodName);
-    runMethod(context, result, cop, methodName, in, out);
+    DEBUG_LOG("Entering Merolt_CNA_Provider invokeMethod: classname = %s, MethodName=%s", className,
+              methodName ? methodName : "");
+    // A name that is missing is that of no method.
+    runMethod(context, result, cop, methodName ? methodName : "", in, out);
     result.returnDone();
     update.unlock();
     provider.unlock();

@@ -107,7 +107,7 @@ void rebuildVersions() {
 }
 
 /// Throws CmpiStatus.
-void install(const CmpiData& uri, const CmpiData& target) {
+std::uint32_t install(const CmpiData& uri, const CmpiData& target) {
     if (isNull(target)) fail(toErrorLog, CMPI_RC_ERR_INVALID_PARAMETER, "Target argument is NULL!");
     if (isNull(uri)) fail(toErrorLog, CMPI_RC_ERR_INVALID_PARAMETER, "URI argument is NULL!");
     const CmpiObjectPath targetPath = target;
@@ -125,6 +125,7 @@ void install(const CmpiData& uri, const CmpiData& target) {
     DEBUG_LOG("****** Successfully updated flash image for Device with serial number %s", deviceID);
     platform::sleepSeconds(settlingSeconds);
     rebuildVersions();
+    return installDone;
 }
 
 std::uint32_t installFromURI(const CmpiArgs& in) {
@@ -132,14 +133,11 @@ std::uint32_t installFromURI(const CmpiArgs& in) {
     const CmpiData uri = in.getArg("URI");
     const CmpiData target = in.getArg("Target");
     logInstallOptions(in.getArg("InstallOptions"));
-    try {
-        install(uri, target);
-    } catch (const CmpiStatus& failure) {
-        DEBUG_LOG("Merolt_FCHBA_Provider INSTALL_FROM_URI exception: %s %s", cmpiRcToString(failure.rc()),
-                  messageOf(failure));
-        return installFailed;
-    }
-    return installDone;
+    return runGuarded([&] { return install(uri, target); },
+                      [](const CmpiStatus& failure) {
+                          DEBUG_LOG("Merolt_FCHBA_Provider INSTALL_FROM_URI exception: %s %s",
+                                    cmpiRcToString(failure.rc()), messageOf(failure));
+                      });
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "CmpiStatus.h"
 
 #include <cstdint>
+#include <new>
 
 namespace merolt::software {
 
@@ -25,6 +26,22 @@ inline bool isNull(const CmpiData& argument) { return argument.isNullValue() || 
 inline const char* messageOf(const CmpiStatus& status) {
     const char* message = status.msg();
     return message ? message : "(null)";
+}
+
+/// Runs the guarded part of a method: whatever fails in it fails the method and nothing else. Memory that cannot be had
+/// is a failure like any other, and must not reach the server's C code.
+/// @param install gives what the method returns.
+/// @param logFailure takes the status.
+template <class Install, class LogFailure>
+std::uint32_t runGuarded(const Install& install, const LogFailure& logFailure) {
+    try {
+        return install();
+    } catch (const CmpiStatus& failure) {
+        logFailure(failure);
+    } catch (const std::bad_alloc&) {
+        logFailure(CmpiStatus(CMPI_RC_ERR_FAILED));
+    }
+    return installFailed;
 }
 
 /// Ends a method with what it returns.

@@ -208,10 +208,13 @@ const SoftwareKind* kindOf(const SoftwareIdentityEntry& entry) {
     return nullptr;
 }
 
-void setReleaseDate(CmpiInstance& instance, const SoftwareIdentityEntry& entry) {
+void setReleaseDate(CmpiInstance& instance, const SoftwareIdentityEntry& entry) try {
     const CMPIUint64 microseconds = makeReleaseDateTime(entry.releaseDay, entry.releaseMonth, entry.releaseYear);
     if (microseconds == 0) return;
     instance.setProperty("ReleaseDate", CmpiData(CmpiDateTime(microseconds, CMPIBoolean{0})));
+} catch (const CmpiStatus& failure) {
+    // A server that makes no dates gets the identity without one.
+    if (failure.rc() != CMPI_RC_ERR_NOT_SUPPORTED) throw;
 }
 
 void setKindProperties(CmpiInstance& instance, const SoftwareIdentityEntry& entry, bool isOem) {

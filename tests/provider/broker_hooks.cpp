@@ -1,5 +1,7 @@
 #include "broker_hooks.h"
 
+#include "provider_host.h"
+
 #include <utility>
 
 namespace {
@@ -46,8 +48,8 @@ struct HookedCalls {
 };
 
 BrokerHooks::BrokerHooks(cimhost::Broker& broker)
-    : threads(*broker.table()->xft), table(const_cast<CMPIBroker&>(*broker.table())), ownObjects(table.eft),
-      ownThreads(table.xft), objects(*table.eft) {
+    : threads(*brokerOfProvider(broker)->xft), table(const_cast<CMPIBroker&>(*brokerOfProvider(broker))),
+      ownObjects(table.eft), ownThreads(table.xft), objects(copyOf(table.eft)) {
     objects.newInstance = HookedCalls::newInstance;
     objects.newObjectPath = HookedCalls::newObjectPath;
     objects.classPathIsA = HookedCalls::classPathIsA;
@@ -68,4 +70,11 @@ std::vector<std::string> BrokerHooks::takeTestedClasses() {
     return std::exchange(testedClasses, {});
 }
 
-void BrokerHooks::joinLastThread() { ownThreads->joinThread(std::exchange(lastThread, nullptr), nullptr); }
+void BrokerHooks::joinLastThread() {
+    void* thread = std::exchange(lastThread, nullptr);
+    if (foreign_server::Server* server = foreign_server::Server::ifAny()) {
+        server->waitForThreads();
+    } else {
+        ownThreads->joinThread(thread, nullptr);
+    }
+}

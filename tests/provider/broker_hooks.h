@@ -6,10 +6,26 @@
 
 #include "cmpift.h"
 
+#include <cstddef>
+#include <cstring>
 #include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
+
+/// The slots of a table up to that size, the others null: servers need not have what came with a later level.
+template <class Table>
+Table firstSlots(const Table* table, std::size_t size) {
+    Table copy{};
+    std::memcpy(&copy, table, size);
+    return copy;
+}
+
+inline CMPIBrokerEncFT copyOf(const CMPIBrokerEncFT* table) {
+    return firstSlots(table, offsetof(CMPIBrokerEncFT, newCMPIError));
+}
+
+inline CMPIResultFT copyOf(const CMPIResultFT* table) { return firstSlots(table, offsetof(CMPIResultFT, returnError)); }
 
 class BrokerHooks {
 public:

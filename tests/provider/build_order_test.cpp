@@ -182,7 +182,7 @@ TEST_F(BuildOrderTest, AfterARefreshPhysicalListsLackWhatTheEthernetSideGaveThem
         EXPECT_EQ(countOf("Merolt_Adapter_PhysicalPort"), 2U);
         EXPECT_EQ(countOf("Merolt_Adapter_Product"), 2U);
         // The card and its port are there, and find nothing any more.
-        cimhost::RequestScope scope(*broker);
+        const ServerScope scope(*broker);
         EXPECT_EQ(tagOf(physical::makePath_Nic_PhysicalPackage(package, implementationNamespace, g_CNAList)),
                   "nothing");
         EXPECT_EQ(tagOf(physical::makePath_Nic_PhysicalConnector(connector, implementationNamespace, g_CNAList,

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "adapters.h"
+#include "provider_call.h"
 #include "provider_host.h"
 #include "test_support.h"
 

@@ -494,12 +494,15 @@ TEST_F(MethodTest, OfAClassWithoutMethodsAnswersWithNothing) {
 TEST_F(MethodTest, GivesUpWaitingForALongFirstBuildAfterTenSecondsAndThenWaitsForTheLock) {
     // The build goes on when the five waits are over.
     constexpr unsigned long startAndWaits = 2000 + 5 * 2000;
+    std::promise<void> begun;
     tavikLibrary.onInitialize = [&] {
+        begun.set_value();
         while (services.sleptHere() < startAndWaits)
             std::this_thread::yield();
     };
     instanceMI = createInstanceMI();
     methodMI = createMethodMI();
+    begun.get_future().wait(); // servers may start a thread late
     EXPECT_TRUE(invokeMethod(computerSystem, "Restart").isOk());
     EXPECT_EQ(services.sleptHere(), startAndWaits);
     EXPECT_EQ(occurrences(logLines(), waiting), 5U);

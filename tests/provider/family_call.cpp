@@ -1,5 +1,7 @@
 #include "family_call.h"
 
+#include "provider_call.h"
+
 #include <utility>
 
 namespace {
@@ -68,17 +70,18 @@ WatchedPath::WatchedPath(cimhost::Broker& owner, std::string ofClass, std::strin
 
 FamilyAnswer callFamily(cimhost::Broker& broker, cimhost::ResultKind kind, WatchedPath& path,
                         const FamilyFunction& function) {
-    cimhost::RequestScope scope(broker);
-    cimhost::ResultCollector collector(scope, kind);
-    Result result(&collector);
+    ProviderCall call(broker, kind);
+    call.begin(&path);
+    Result result(call.result);
     FamilyAnswer answer;
     try {
-        take(answer, function(CmpiContext(cimhost::ContextObject::make(scope.arena())), result, CmpiObjectPath(&path)));
+        take(answer, function(CmpiContext(call.context), result, CmpiObjectPath(call.path)));
     } catch (const CmpiStatus& status) {
         take(answer, status);
         answer.thrown = true;
     }
-    answer.returned = collector.instances.size() + collector.paths.size();
-    answer.doneCount = collector.doneCount();
+    call.end();
+    answer.returned = call.collector.instances.size() + call.collector.paths.size();
+    answer.doneCount = call.collector.doneCount();
     return answer;
 }

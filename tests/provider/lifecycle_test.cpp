@@ -9,6 +9,7 @@
 #include "log/log.h"
 #include "provider/polling_loop.h"
 
+#include <cstdlib>
 #include <stdexcept>
 
 using namespace adapters;
@@ -42,6 +43,17 @@ protected:
         tavikLibrary.onInitialize = [&gate] { gate.pass(); };
     }
 };
+
+/// The run with another server must not be one more with this.
+TEST_F(LifecycleTest, ProviderWorksWithTheServerThatTheEnvironmentNames) {
+    BrokerHooks hooks(*broker);
+    start();
+    onlyInstance(computerSystem);
+    EXPECT_FALSE(hooks.takeTestedClasses().empty()) << "the provider asks another broker";
+    const std::string server = brokerOfProvider(*broker)->bft->brokerName;
+    EXPECT_EQ(server, std::getenv("MEROLT_TEST_SERVER") ? "Foreign server" : "cimhost");
+    stop();
+}
 
 TEST_F(LifecycleTest, FourFactoriesHandOutOneProvider) {
     switchLogsOn();
@@ -139,13 +151,23 @@ TEST_F(LifecycleTest, TheLastOfFourCleanUpsEndsTheProvider) {
     EXPECT_EQ(enumerateInstances("Merolt_FCHBA_Namespace").objects.size(), 2U) << "three of four interfaces are gone";
     EXPECT_FALSE(logHas("***** Merolt_CNA_Provider cleanup was called *****"));
     EXPECT_EQ(cleanUp(instanceMI, serverGoesDown).rc, CMPI_RC_OK);
+    waitForEndedThreads();
     EXPECT_TRUE(inOrder(logLines(), {
                                         "***** Merolt_CNA_Provider cleanup was called *****",
                                         "Stop Polling Loop",
                                         "AdapterPollingLoop() thread has been killed",
-                                        "AdapterPollingLoop() ending...",
-                                        "stopPollingLoop() calling joinThread",
-                                        "stopPollingLoop() completed joinThread",
+                                    }));
+    if (canJoinThreads()) {
+        EXPECT_TRUE(inOrder(logLines(), {
+                                            "AdapterPollingLoop() thread has been killed",
+                                            "AdapterPollingLoop() ending...",
+                                            "stopPollingLoop() calling joinThread",
+                                            "stopPollingLoop() completed joinThread",
+                                            "Entering Clear_CNA_List()",
+                                        }));
+    }
+    EXPECT_TRUE(inOrder(logLines(), {
+                                        "AdapterPollingLoop() thread has been killed",
                                         "Entering Clear_CNA_List()",
                                         "Exiting Clear_CNA_List()",
                                         "***** Merolt_CNA_Provider cleanup done *****",
@@ -154,9 +176,9 @@ TEST_F(LifecycleTest, TheLastOfFourCleanUpsEndsTheProvider) {
                                     }));
     const std::vector<std::string> ending = {"TAVIK_UnRegisterAlarmNotificationCallback", "TAVIK_Uninitialize"};
     EXPECT_EQ(tavikLibrary.calls(), ending);
-    EXPECT_EQ(broker->runningThreads(), 0U);
-    // The start prepares two contexts. The thread gives back its own; this server cannot take back an unused one.
-    EXPECT_EQ(broker->preparedContexts(), 1U);
+    EXPECT_EQ(runningThreads(), 0U);
+    // The start prepares two contexts. The thread gives back its own; not every server can take back an unused one.
+    EXPECT_EQ(preparedContexts(), canReleaseContexts() ? 0U : 1U);
 }
 
 TEST_F(LifecycleTest, AnIdleServerMayUnloadTheProvider) {
@@ -196,16 +218,18 @@ TEST_F(LifecycleTest, CleanUpDuringTheFirstBuildOnlyLogsAndTheProviderGoesWhenIt
                                     }));
     EXPECT_FALSE(logHas("Entering Clear_CNA_List()"));
     EXPECT_EQ(tavikLibrary.callCount("TAVIK_Uninitialize"), 0U);
-    EXPECT_EQ(broker->runningThreads(), 1U);
+    EXPECT_EQ(runningThreads(), 1U);
     build.open();
     ASSERT_EQ(end.wait_for(longEnough), std::future_status::ready);
+    waitForEndedThreads();
     EXPECT_TRUE(inOrder(logLines(), {
                                         "FCPort & PortController classes initialized...",
-                                        "AdapterPollingLoop() ending...",
+                                        "AdapterPollingLoop() thread has been killed",
                                         "Merolt_CNA_Provider destructor complete",
                                     }));
+    EXPECT_TRUE(logHas("AdapterPollingLoop() ending..."));
     EXPECT_EQ(tavikLibrary.callCount("TAVIK_Uninitialize"), 1U);
-    EXPECT_EQ(broker->runningThreads(), 0U);
+    EXPECT_EQ(runningThreads(), 0U);
 }
 
 class BrokenServerTest : public LifecycleTest {
@@ -240,10 +264,7 @@ TEST_F(BrokenServerTest, AStatusThrownAtTheStartIsReportedAsAPlainFailure) {
 
 TEST_F(BrokenServerTest, FactoriesDoWithoutAPlaceForTheStatus) {
     hooks.beforeNewThread = [] { throw std::runtime_error("no thread"); };
-    cimhost::RequestScope scope(*broker);
-    EXPECT_EQ(
-        Merolt_CNA_Provider_Create_InstanceMI(broker->table(), cimhost::ContextObject::make(scope.arena()), nullptr),
-        nullptr);
+    EXPECT_EQ(createInstanceMIWithoutStatus(), nullptr);
 }
 
 TEST_F(BrokenServerTest, WithoutThreadsThereIsNoInventoryAndNoError) {
@@ -329,7 +350,7 @@ TEST_F(MissingContextDeathTest, APollingThreadWithAnEmptyRecordEndsTheProcess) {
 }
 
 TEST_F(MissingContextDeathTest, APollingThreadWithoutProviderEndsTheProcess) {
-    CmpiBroker server(const_cast<CMPIBroker*>(broker->table()));
+    CmpiBroker server(const_cast<CMPIBroker*>(brokerOfProvider(*broker)));
     PollThreadContext record;
     record.broker = &server;
     record.context = std::make_unique<CmpiContext>(nullptr);

@@ -48,7 +48,7 @@ protected:
 
     /// What the Ethernet associations find of a port; the path and the instance tell the same.
     std::string joinedTag(CNAPort* port) {
-        cimhost::RequestScope scope(*broker);
+        const ServerScope scope(*broker);
         const std::string tag =
             tagOf(physical::makePath_Nic_PhysicalConnector(connector, implementationNamespace, g_CNAList, port));
         EXPECT_EQ(tagOf(physical::makeInstance_Nic_PhysicalConnector(connector, implementationNamespace, nullptr,

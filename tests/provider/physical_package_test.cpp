@@ -25,7 +25,7 @@ protected:
 
     /// What the Ethernet associations find of a card; the path and the instance tell the same.
     std::string joinedTag(CNACard* ofCard) {
-        cimhost::RequestScope scope(*broker);
+        const ServerScope scope(*broker);
         const std::string tag = tagOf(physical::makePath_Nic_PhysicalPackage(package, implementationNamespace, ofCard));
         EXPECT_EQ(tagOf(physical::makeInstance_Nic_PhysicalPackage(package, implementationNamespace, nullptr, ofCard)),
                   tag);
@@ -451,7 +451,7 @@ TEST_F(PhysicalPackageTest, JoinIsTold) {
 TEST_F(PhysicalPackageTest, InstanceTrimsTheSerialNumberOfTheRecordAndTheJoinIsLost) {
     startWith({card(" S1 ", {nicFunction(1, 1)})});
     {
-        cimhost::RequestScope scope(*broker);
+        const ServerScope scope(*broker);
         EXPECT_EQ(tagOf(physical::makePath_Nic_PhysicalPackage(package, implementationNamespace, g_CNAList)), " S1 ");
     }
     enumerateInstanceNames(package);

@@ -365,7 +365,7 @@ TEST_F(PollingTest, TheThreadIsAttachedToTheServerAsLongAsItRuns) {
     startWithInterval(0);
     tavikLibrary.setNextFleet(smallFleet(2));
     services.pass(1);
-    EXPECT_EQ(broker->runningThreads(), 1U);
+    EXPECT_EQ(runningThreads(), 1U);
     EXPECT_EQ(broker->fatalUnattachedCalls(), 0U);
     EXPECT_EQ(broker->leakingUnattachedCalls(), 0U);
 }

@@ -7,6 +7,8 @@
 #include "indications/subscriptions.h"
 #include "log/log.h"
 
+#include "foreign_server/violations.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -77,6 +79,22 @@ TestObject describe(const ObjectPathObject& path) {
     return object;
 }
 
+/// Whom the provider works with.
+bool wantsForeignServer() {
+    const char* server = std::getenv("MEROLT_TEST_SERVER");
+    if (!server) return false;
+    if (std::string_view(server) != "foreign") throw std::runtime_error("MEROLT_TEST_SERVER knows only \"foreign\"");
+    return true;
+}
+
+/// The embedded server's side of what the foreign server does on a thread.
+struct HostScope {
+    explicit HostScope(Broker& broker) : scope(broker), context(ContextObject::make(scope.arena())) {}
+
+    RequestScope scope;
+    const CMPIContext* const context;
+};
+
 std::vector<const char*> asPointers(const std::optional<std::vector<std::string>>& names) {
     std::vector<const char*> pointers;
     if (names) {
@@ -88,6 +106,11 @@ std::vector<const char*> asPointers(const std::optional<std::vector<std::string>
 }
 
 } // namespace
+
+const CMPIBroker* brokerOfProvider(const cimhost::Broker& broker) {
+    foreign_server::Server* server = foreign_server::Server::ifAny();
+    return server ? server->broker() : broker.table();
+}
 
 std::string TestObject::operator[](const std::string& name) const {
     const auto found = values.find(name);
@@ -123,13 +146,40 @@ ProviderTest::ProviderTest() {
         return deliveryAnswer;
     };
     broker = std::make_unique<Broker>(classes, std::move(options));
+    if (wantsForeignServer()) startForeignServer();
 }
 
 ProviderTest::~ProviderTest() {
     stop();
+    if (foreignServer) {
+        foreignServer.reset();
+        for (const std::string& violation : foreign_server::takeViolations())
+            ADD_FAILURE() << "the foreign server saw: " << violation;
+    }
     merolt::platform::replaceServices(nullptr);
     std::filesystem::current_path(previousDirectory);
     std::filesystem::remove_all(directory);
+}
+
+void ProviderTest::startForeignServer() {
+    foreignServer = std::make_unique<foreign_server::Server>(
+        foreign_server::Host{broker->table(), [this](const CMPIContext*& context) {
+                                 auto scope = std::make_shared<HostScope>(*broker);
+                                 context = scope->context;
+                                 return std::shared_ptr<void>(std::move(scope));
+                             }});
+}
+
+std::size_t ProviderTest::preparedContexts() const {
+    return foreignServer ? foreignServer->preparedContexts() : broker->preparedContexts();
+}
+
+std::size_t ProviderTest::runningThreads() const {
+    return foreignServer ? foreignServer->runningThreads() : broker->runningThreads();
+}
+
+void ProviderTest::waitForEndedThreads() {
+    if (foreignServer) foreignServer->waitForThreads();
 }
 
 void ProviderTest::forgetEarlierTests() {
@@ -186,19 +236,30 @@ std::vector<std::string> ProviderTest::takeLogLines() {
 }
 
 template <class Factory>
-auto ProviderTest::create(Factory factory) {
+auto ProviderTest::create(Factory factory, CMPIStatus* status) {
     readOwnSettings();
     RequestScope scope(*broker);
-    return factory(broker->table(), ContextObject::make(scope.arena()), &factoryStatus);
+    if (foreignServer) return foreignServer->offer(factory, status);
+    return factory(broker->table(), ContextObject::make(scope.arena()), status);
 }
 
-CMPIInstanceMI* ProviderTest::createInstanceMI() { return create(Merolt_CNA_Provider_Create_InstanceMI); }
+CMPIInstanceMI* ProviderTest::createInstanceMI() {
+    return create(Merolt_CNA_Provider_Create_InstanceMI, &factoryStatus);
+}
 
-CMPIAssociationMI* ProviderTest::createAssociationMI() { return create(Merolt_CNA_Provider_Create_AssociationMI); }
+CMPIInstanceMI* ProviderTest::createInstanceMIWithoutStatus() {
+    return create(Merolt_CNA_Provider_Create_InstanceMI, nullptr);
+}
 
-CMPIMethodMI* ProviderTest::createMethodMI() { return create(Merolt_CNA_Provider_Create_MethodMI); }
+CMPIAssociationMI* ProviderTest::createAssociationMI() {
+    return create(Merolt_CNA_Provider_Create_AssociationMI, &factoryStatus);
+}
 
-CMPIIndicationMI* ProviderTest::createIndicationMI() { return create(Merolt_CNA_Provider_Create_IndicationMI); }
+CMPIMethodMI* ProviderTest::createMethodMI() { return create(Merolt_CNA_Provider_Create_MethodMI, &factoryStatus); }
+
+CMPIIndicationMI* ProviderTest::createIndicationMI() {
+    return create(Merolt_CNA_Provider_Create_IndicationMI, &factoryStatus);
+}
 
 void ProviderTest::start() {
     instanceMI = createInstanceMI();

@@ -1,5 +1,7 @@
 // A CIM server around the provider for tests: the embedded server's broker with its strict types, the classes of mof/,
-// a working directory of its own, and calls through the C tables.
+// a working directory of its own, and calls through the C tables. With MEROLT_TEST_SERVER=foreign in the environment
+// the provider works with another server (tests/foreign_server), and the requests and answers of the tests are copied
+// on their way.
 #pragma once
 
 #include "fake_services.h"
@@ -8,6 +10,7 @@
 #include "cimhost/broker/broker.h"
 #include "cimhost/broker/result_collector.h"
 #include "cimhost/model/class_repository.h"
+#include "foreign_server/server.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -54,6 +57,9 @@ struct Answer {
 
 using KeyValues = std::vector<std::pair<std::string, std::string>>;
 
+/// The broker that the provider is handed: that one's, or the foreign server's.
+const CMPIBroker* brokerOfProvider(const cimhost::Broker& broker);
+
 class ProviderTest : public testing::Test {
 protected:
     static constexpr const char* implementationNamespace = "root/merolt_cmpi";
@@ -78,6 +84,8 @@ protected:
     CMPIAssociationMI* createAssociationMI();
     CMPIMethodMI* createMethodMI();
     CMPIIndicationMI* createIndicationMI();
+    /// The instance factory on a server that has no place for the status.
+    CMPIInstanceMI* createInstanceMIWithoutStatus();
     /// Cleans up every interface that was made, as a server that goes down does.
     void stop();
 
@@ -97,6 +105,16 @@ protected:
 
     /// False if an earlier test of this process had the provider read its settings: they are read once a process.
     static bool isFirstOfProcess() { return !settingsWereRead; }
+
+    // What the server that the provider works with can do, and what it knows of the provider.
+
+    bool canJoinThreads() const { return brokerOfProvider(*broker)->xft->joinThread != nullptr; }
+    /// Whether a context that no thread was attached to can be given back.
+    bool canReleaseContexts() const { return foreignServer != nullptr; }
+    std::size_t preparedContexts() const;
+    std::size_t runningThreads() const;
+    /// Lets the threads end that a server without joinThread does not wait for.
+    void waitForEndedThreads();
 
     /// What the provider delivered so far, with the namespace that it named. Read while the polling thread sleeps.
     struct Indication {
@@ -125,7 +143,8 @@ protected:
 
 private:
     template <class Factory>
-    auto create(Factory factory);
+    auto create(Factory factory, CMPIStatus* status);
+    void startForeignServer();
     template <class Operation>
     void callFilterOperation(Operation operation);
     template <class Call>
@@ -135,6 +154,7 @@ private:
     void forgetEarlierTests();
     void readOwnSettings();
 
+    std::unique_ptr<foreign_server::Server> foreignServer;
     std::size_t logLinesTaken = 0;
     static bool settingsWereRead;
     std::filesystem::path directory;

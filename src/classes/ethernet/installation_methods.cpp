@@ -163,14 +163,10 @@ constexpr MethodRow methodRows[] = {
 // clang-format on
 
 std::uint32_t run(const MethodRow& method, const CmpiArgs& in) {
-    const Installation install = method.prepare(in);
-    try {
-        return install();
-    } catch (const CmpiStatus& failure) {
+    return software::runGuarded(method.prepare(in), [&method](const CmpiStatus& failure) {
         DEBUG_LOG("Merolt_NIC_Provider %s exception: %d %s", method.exceptionName, failure.rc(),
                   software::messageOf(failure));
-        return software::installFailed;
-    }
+    });
 }
 
 } // namespace

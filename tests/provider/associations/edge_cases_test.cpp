@@ -149,26 +149,26 @@ protected:
 
     template <class Function>
     Outcome call(const char* sourceClass, Function function) {
-        cimhost::RequestScope scope(*broker);
-        cimhost::ResultCollector collector(scope, cimhost::ResultKind::instances);
-        cimhost::ObjectPathObject* path = scope.make().path(implementationNamespace, sourceClass);
+        ProviderCall call(*broker, cimhost::ResultKind::instances);
+        cimhost::ObjectPathObject* path = call.host.make().path(implementationNamespace, sourceClass);
         for (const auto& [name, text] : {std::pair("Name", "192.0.2.10"), std::pair("CreationClassName", host)}) {
             CMPIValue value{};
-            value.string = scope.make().string(text);
+            value.string = call.host.make().string(text);
             path->addKey(name, &value, CMPI_string);
         }
-        if (requestHooks) requestHooks->watch(path, &collector);
-        Result result(&collector);
+        if (requestHooks) requestHooks->watch(path, &call.collector);
+        call.begin(path);
+        Result result(call.result);
         Outcome outcome;
         try {
-            const CmpiStatus status =
-                function(CmpiContext(cimhost::ContextObject::make(scope.arena())), result, CmpiObjectPath(path));
+            const CmpiStatus status = function(CmpiContext(call.context), result, CmpiObjectPath(call.path));
             outcome.rc = status.rc();
         } catch (const CmpiStatus& status) {
             outcome.rc = status.rc();
             outcome.message = status.msg() ? status.msg() : "";
         }
-        outcome.rows = collector.instances.size();
+        call.end();
+        outcome.rows = call.collector.instances.size();
         return outcome;
     }
 };

@@ -1,5 +1,8 @@
 #include "request_hooks.h"
 
+#include "broker_hooks.h"
+#include "provider_host.h"
+
 namespace {
 
 // The tables' functions carry nothing but the object, so the hooks in place are found here.
@@ -145,7 +148,7 @@ private:
 };
 
 RequestHooks::RequestHooks(cimhost::Broker& broker)
-    : table(const_cast<CMPIBroker&>(*broker.table())), ownObjects(table.eft), objects(*table.eft) {
+    : table(const_cast<CMPIBroker&>(*brokerOfProvider(broker))), ownObjects(table.eft), objects(copyOf(table.eft)) {
     objects.classPathIsA = WatchedCalls::classPathIsA;
     objects.newInstance = WatchedCalls::newInstance;
     objects.newObjectPath = WatchedCalls::newObjectPath;
@@ -155,6 +158,7 @@ RequestHooks::RequestHooks(cimhost::Broker& broker)
 
 RequestHooks::~RequestHooks() {
     table.eft = ownObjects;
+    if (foreign_server::Server* server = foreign_server::Server::ifAny()) server->beforeNextRequest(nullptr);
     hooks = nullptr;
 }
 
@@ -165,10 +169,18 @@ bool RequestHooks::refuses(unsigned failing, unsigned& count) {
 }
 
 void RequestHooks::watch(CMPIObjectPath* path, CMPIResult* result) {
+    if (foreign_server::Server* server = foreign_server::Server::ifAny()) {
+        server->beforeNextRequest([this](CMPIObjectPath* copy, CMPIResult* own) { watchProviders(copy, own); });
+    } else {
+        watchProviders(path, result);
+    }
+}
+
+void RequestHooks::watchProviders(CMPIObjectPath* path, CMPIResult* result) {
     ownPaths = path->ft;
     ownResults = result->ft;
     watchedPaths = *ownPaths;
-    watchedResults = *ownResults;
+    watchedResults = copyOf(ownResults);
     passOn<&CMPIObjectPathFT::setNameSpace, &CMPIObjectPathFT::setHostname, &CMPIObjectPathFT::getHostname,
            &CMPIObjectPathFT::setClassName, &CMPIObjectPathFT::getKeyAt, &CMPIObjectPathFT::getKeyCount,
            &CMPIObjectPathFT::toString>();

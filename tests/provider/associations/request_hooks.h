@@ -38,6 +38,8 @@ private:
     friend struct WatchedCalls;
 
     bool refuses(unsigned failing, unsigned& count);
+    /// Takes the objects that the provider gets.
+    void watchProviders(CMPIObjectPath* path, CMPIResult* result);
 
     CMPIBroker& table;
     CMPIBrokerEncFT* const ownObjects;

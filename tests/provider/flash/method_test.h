@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <future>
 #include <map>
 #include <string>
 
@@ -150,8 +151,11 @@ protected:
         return std::filesystem::absolute(name).string();
     }
 
-    /// The lock is free, and a request works as before.
+    /// Both locks are free, also for another client, and a request works as before.
     void expectNextRequestWorks() {
+        auto refusal = std::async(std::launch::async, [&] { return modifyInstance("Merolt_FCHBA_PortController").rc; });
+        ASSERT_EQ(refusal.wait_for(longEnough), std::future_status::ready) << "a lock is still held";
+        EXPECT_EQ(refusal.get(), CMPI_RC_ERR_NOT_SUPPORTED);
         EXPECT_EQ(enumerateInstances("Merolt_FCHBA_PortController").objects.size(), 1U);
         EXPECT_EQ(invoke("Merolt_FCHBA_SoftwareInstallationService", "NoSuchMethod"), returned(1));
     }

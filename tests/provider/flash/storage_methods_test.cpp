@@ -133,6 +133,27 @@ TEST_F(StorageMethodTest, AFolderIsTheLibrarysToRefuse) {
     EXPECT_EQ(writtenName, "folder");
 }
 
+TEST_F(StorageMethodTest, AFilesSizeIsTheLibrarysToJudge) {
+    for (const std::uintmax_t size : {0U, 0x1000000U, 0x1000001U}) {
+        writtenName.clear();
+        setText("URI", fileOf("sized.bin", size));
+        EXPECT_EQ(invoke(service, method), returned(0)) << size;
+        EXPECT_EQ(std::filesystem::path(writtenName).filename(), "sized.bin") << size;
+    }
+    EXPECT_FALSE(std::filesystem::exists("flash.bin")) << "this side copies nothing";
+}
+
+TEST_F(StorageMethodTest, AFileThatGoesBetweenTheChecksIsTheLibrarysToMiss) {
+    services.afterFileCheck = [] { std::filesystem::remove("image.bin"); };
+    tavikLibrary.onOptionRomUpdate = [](TAVIK_DeviceRecord*, const char* fileName) {
+        return std::filesystem::exists(fileName) ? 0U : 14U;
+    };
+    EXPECT_EQ(invoke(service, method), returned(2));
+    EXPECT_TRUE(logHas(prefix + "URI=" + image + ".  File exists."));
+    EXPECT_TRUE(logHas(prefix + "Error: Failed to update flash image, ErrorCode=14!"));
+    expectNextRequestWorks();
+}
+
 TEST_F(StorageMethodTest, AMissingTargetOrURIIsNamedInTheLog) {
     arguments.setNull("Target", CMPI_ref);
     arguments.setNull("URI", CMPI_string);

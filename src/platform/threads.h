@@ -1,0 +1,30 @@
+// What the broker's thread functions leave open: when a thread has really ended, and that its code stays in place until
+// then.
+#pragma once
+
+#include <chrono>
+#include <sys/types.h>
+
+namespace merolt::platform {
+
+/// The system's number of the calling thread.
+pid_t threadNumber();
+
+/// Waits until this process has no thread of that number, which is when the last of the thread's instructions is done.
+/// @param limit for a server that keeps its threads for further use. @return whether the thread is gone.
+bool waitForThreadEnd(pid_t number, std::chrono::milliseconds limit);
+
+/// Keeps the shared library that this code is part of loaded while the object lives, even if a server closes it. Does
+/// nothing where the code is part of the program.
+class LibraryPin {
+public:
+    LibraryPin();
+    ~LibraryPin();
+    LibraryPin(const LibraryPin&) = delete;
+    LibraryPin& operator=(const LibraryPin&) = delete;
+
+private:
+    void* handle = nullptr;
+};
+
+} // namespace merolt::platform

@@ -5,24 +5,29 @@
 
 namespace {
 
+thread_local bool (*refusal)(std::size_t bytes) = nullptr;
 thread_local unsigned allocationsLeft = 0;
 thread_local bool failed = false;
 
+bool isTheLast(std::size_t) {
+    if (allocationsLeft == 0 || --allocationsLeft > 0) return false;
+    return failed = true;
+}
+
 void* allocate(std::size_t size) {
-    if (allocationsLeft > 0 && --allocationsLeft == 0) {
-        failed = true;
-        throw std::bad_alloc();
-    }
-    void* block = std::malloc(size > 0 ? size : 1);
+    void* block = refusal && refusal(size) ? nullptr : std::malloc(size > 0 ? size : 1);
     if (!block) throw std::bad_alloc();
     return block;
 }
 
 } // namespace
 
+void refuseAllocations(bool (*isRefused)(std::size_t bytes)) { refusal = isRefused; }
+
 void failAllocation(unsigned n) {
     allocationsLeft = n;
     failed = false;
+    refuseAllocations(isTheLast);
 }
 
 bool allocationFailed() {

@@ -1,5 +1,10 @@
-// Lets memory run out at a chosen allocation of one thread.
+// Lets memory run out for one thread. Replaces the program's new.
 #pragma once
+
+#include <cstddef>
+
+/// Every new of the calling thread asks from now on, and fails where the answer is true. Null: none fails.
+void refuseAllocations(bool (*isRefused)(std::size_t bytes));
 
 /// The n-th allocation of the calling thread from now on fails, once. 0 for none.
 void failAllocation(unsigned n);

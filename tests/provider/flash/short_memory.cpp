@@ -1,7 +1,6 @@
 #include "short_memory.h"
 
-#include <cstdlib>
-#include <new>
+#include "failing_memory.h"
 
 namespace {
 
@@ -19,26 +18,19 @@ bool isRefused(std::size_t size) {
     return true;
 }
 
-void* allocate(std::size_t size) {
-    void* block = isRefused(size) ? nullptr : std::malloc(size > 0 ? size : 1);
-    if (!block) throw std::bad_alloc();
-    return block;
-}
-
 } // namespace
 
-ShortMemory::ShortMemory(std::size_t from, std::size_t below) { refusal = {from, below, 0}; }
+ShortMemory::ShortMemory(std::size_t from, std::size_t below) {
+    refusal = {from, below, 0};
+    refuseAllocations(isRefused);
+}
 
-ShortMemory::~ShortMemory() { refusal = {}; }
+ShortMemory::~ShortMemory() {
+    refuseAllocations(nullptr);
+    refusal = {};
+}
 
 std::size_t ShortMemory::refused() const { return refusal.count; }
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
-void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
 // The linker leads every calloc of the program here.
 extern "C" void* __real_calloc(std::size_t count, std::size_t size);

@@ -3,13 +3,8 @@
 # usage: large_image.sh CIMHOST FLEET
 set -euo pipefail
 
-copy=$(mktemp -d)
-cp "$2" "$copy/fleet.json"
-# shellcheck source=tests/end_to_end/server.sh
-source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --bare-arrays
-trap 'stop; rm -rf "$copy"' EXIT
 # shellcheck source=tests/end_to_end/method_calls.sh
-source "$(dirname "${BASH_SOURCE[0]}")/method_calls.sh"
+source "$(dirname "${BASH_SOURCE[0]}")/method_calls.sh" "$@"
 
 image_kib=16384
 header=128

@@ -1,4 +1,11 @@
-# METHODCALL messages, and what comes back. Sourced behind server.sh, whose `url` it uses.
+# METHODCALL messages, and what comes back, at a server whose fleet, a copy, may be written. Sourced with CIMHOST and FLEET
+# as arguments; sets what server.sh sets, and `copy`, the folder of fleet.json.
+
+copy=$(mktemp -d)
+cp "$2" "$copy/fleet.json"
+# shellcheck source=tests/end_to_end/server.sh
+source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --bare-arrays
+trap 'stop; rm -rf "$copy"' EXIT
 
 storage=Merolt_FCHBA_SoftwareInstallationService
 nic=Merolt_NIC_SoftwareInstallationService

@@ -16,7 +16,7 @@ namespace tavik {
 
 inline constexpr std::size_t flashHeaderSize = 128;
 /** Header and payload together: what the Ethernet side's service takes at most. */
-inline constexpr std::size_t flashImageLimit = 16 * 1024 * 1024;
+inline constexpr std::size_t flashImageLimit = std::size_t{16} << 20;
 /** No path and no text begins with the first of these bytes, and a transfer that changes line ends breaks the last. */
 inline constexpr std::array<std::uint8_t, 8> flashMagic{0x89, 'M', 'L', 'T', 'F', '\r', '\n', 0x1A};
 

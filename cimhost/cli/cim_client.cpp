@@ -37,7 +37,7 @@ std::string basicAuthorization(std::string_view user) {
 
 } // namespace
 
-CimClient::CimClient(http::Url server, std::string operationNamespace, std::string_view user)
+CimClient::CimClient(const http::Url& server, std::string operationNamespace, std::string_view user)
     : client(operationsOf(server)), authority(server.authority()), nameSpace(std::move(operationNamespace)),
       authorization(basicAuthorization(user)) {}
 

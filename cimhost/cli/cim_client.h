@@ -23,7 +23,7 @@ class CimClient {
 public:
     /// The path of the URL is not used: operations go to /cimom.
     /// @param user "name:password" for HTTP Basic authentication; empty: nobody in particular.
-    CimClient(http::Url server, std::string operationNamespace, std::string_view user);
+    CimClient(const http::Url& server, std::string operationNamespace, std::string_view user);
 
     /// The <INSTANCENAME> that the server gave.
     cimxml::XmlElement createInstance(std::string_view className, const std::vector<ClientProperty>& properties);

@@ -43,8 +43,7 @@ CmpiBaseMI* makeProvider(const CMPIBroker* broker, const CmpiContext& context, C
         const CmpiStatus outcome = base->initialize(context);
         if (outcome.rc() == CMPI_RC_OK) {
             providerBase.setBaseMI(base);
-            provider.release();
-            return base;
+            return provider.release();
         }
         const char* message = outcome.msg();
         if (status) {

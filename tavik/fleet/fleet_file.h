@@ -11,7 +11,7 @@
 namespace tavik {
 
 /** A fleet file may be this long, in bytes, and nest its values this deep. */
-inline constexpr std::size_t fleetFileSizeLimit = 16 * 1024 * 1024;
+inline constexpr std::size_t fleetFileSizeLimit = std::size_t{16} << 20;
 inline constexpr std::size_t fleetFileDepthLimit = 32;
 /** Cards, and functions of all cards together, that one file may describe, copies included. */
 inline constexpr std::size_t fleetCardLimit = 4096;

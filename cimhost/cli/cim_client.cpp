@@ -87,7 +87,12 @@ std::vector<cimxml::XmlElement> CimClient::call(std::string_view method, std::st
     return std::move(std::get<std::vector<cimxml::XmlElement>>(content));
 }
 
-cimxml::XmlElement CimClient::create(const ByteBuffer& instance) {
+cimxml::XmlElement CimClient::create(std::string_view className, const ByteBuffer& properties) {
+    ByteBuffer instance;
+    appendOpening(instance, "INSTANCE", "CLASSNAME", className);
+    instance.append(">");
+    instance.append(properties.view());
+    instance.append("</INSTANCE>");
     std::vector<cimxml::XmlElement> values = call("CreateInstance", "NewInstance", instance);
     if (values.size() != 1 || values.front().name != "INSTANCENAME") {
         throw std::runtime_error(authority + " made an instance, but did not say which");
@@ -97,34 +102,28 @@ cimxml::XmlElement CimClient::create(const ByteBuffer& instance) {
 
 cimxml::XmlElement CimClient::createInstance(std::string_view className,
                                              const std::vector<ClientProperty>& properties) {
-    ByteBuffer instance;
-    appendOpening(instance, "INSTANCE", "CLASSNAME", className);
-    instance.append(">");
+    ByteBuffer xml;
     for (const ClientProperty& property : properties) {
-        appendOpening(instance, "PROPERTY", "NAME", property.name);
-        cimxml::appendAttribute(instance, "TYPE", property.type);
-        instance.append("><VALUE>");
-        cimxml::appendText(instance, property.value);
-        instance.append("</VALUE></PROPERTY>");
+        appendOpening(xml, "PROPERTY", "NAME", property.name);
+        cimxml::appendAttribute(xml, "TYPE", property.type);
+        xml.append("><VALUE>");
+        cimxml::appendText(xml, property.value);
+        xml.append("</VALUE></PROPERTY>");
     }
-    instance.append("</INSTANCE>");
-    return create(instance);
+    return create(className, xml);
 }
 
 cimxml::XmlElement CimClient::createAssociation(std::string_view className, const std::vector<Reference>& references) {
-    ByteBuffer instance;
-    appendOpening(instance, "INSTANCE", "CLASSNAME", className);
-    instance.append(">");
+    ByteBuffer xml;
     for (const Reference& reference : references) {
-        appendOpening(instance, "PROPERTY.REFERENCE", "NAME", reference.name);
-        cimxml::appendAttribute(instance, "REFERENCECLASS", reference.className);
-        instance.append("><VALUE.REFERENCE><LOCALINSTANCEPATH>");
-        appendNamespacePath(instance);
-        cimxml::appendElement(instance, reference.target);
-        instance.append("</LOCALINSTANCEPATH></VALUE.REFERENCE></PROPERTY.REFERENCE>");
+        appendOpening(xml, "PROPERTY.REFERENCE", "NAME", reference.name);
+        cimxml::appendAttribute(xml, "REFERENCECLASS", reference.className);
+        xml.append("><VALUE.REFERENCE><LOCALINSTANCEPATH>");
+        appendNamespacePath(xml);
+        cimxml::appendElement(xml, reference.target);
+        xml.append("</LOCALINSTANCEPATH></VALUE.REFERENCE></PROPERTY.REFERENCE>");
     }
-    instance.append("</INSTANCE>");
-    return create(instance);
+    return create(className, xml);
 }
 
 void CimClient::deleteInstance(const cimxml::XmlElement& name) {

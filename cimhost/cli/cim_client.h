@@ -38,7 +38,7 @@ public:
 
 private:
     std::vector<cimxml::XmlElement> call(std::string_view method, std::string_view parameter, const ByteBuffer& value);
-    cimxml::XmlElement create(const ByteBuffer& instance);
+    cimxml::XmlElement create(std::string_view className, const ByteBuffer& properties);
     void appendNamespacePath(ByteBuffer& out) const;
 
     http::Client client;

@@ -288,10 +288,7 @@ private:
     Response answerNow() {
         try {
             if (!bodyReader) return host.handler.answer(std::move(request));
-            const auto reader = std::move(bodyReader);
-            const std::string rest = std::move(request.body);
-            if (std::optional<Response> refusal = reader->read(rest)) return std::move(*refusal);
-            return reader->answer(std::move(request));
+            return std::exchange(bodyReader, nullptr)->finish(std::move(request));
         } catch (const std::exception&) {
             return textResponse(500, "the request could not be answered");
         }

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace cimhost::http {
 
@@ -60,6 +61,13 @@ public:
 
     /// Behind the last bytes. The request is without its body.
     [[nodiscard]] virtual Response answer(Request request) = 0;
+
+    /// The same where the last bytes are the request's body.
+    [[nodiscard]] Response finish(Request request) {
+        const std::string rest = std::exchange(request.body, {});
+        if (std::optional<Response> refusal = read(rest)) return std::move(*refusal);
+        return answer(std::move(request));
+    }
 };
 
 class Handler {

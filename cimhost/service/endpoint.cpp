@@ -161,12 +161,7 @@ std::optional<http::Response> Endpoint::refuse(const http::Request& head) const 
     return std::nullopt;
 }
 
-http::Response Endpoint::answer(http::Request request) {
-    MessageReader reader(dispatcher);
-    const std::string body = std::move(request.body);
-    if (std::optional<http::Response> refused = reader.read(body)) return std::move(*refused);
-    return reader.answer(std::move(request));
-}
+http::Response Endpoint::answer(http::Request request) { return MessageReader(dispatcher).finish(std::move(request)); }
 
 std::unique_ptr<http::BodyReader> Endpoint::readerOfLargeBody(const http::Request&) {
     return std::make_unique<MessageReader>(dispatcher);

@@ -25,8 +25,7 @@ std::mutex factoryMutex;
 
 /// Writes down what the server lacks. The log's flags still stand as they were loaded, so that on the first load the
 /// line is written whatever the settings say.
-void reportPoorServer(const CMPIBroker* broker, const CmpiContext& context) {
-    const ServerFacilities facilities = facilitiesOf(broker, context.getEnc());
+void reportPoorServer(const ServerFacilities& facilities, const CMPIBroker* broker, const CmpiContext& context) {
     if (facilities.canAnswer && facilities.canRunThread && facilities.canAlert) return;
     initializeLogging();
     reportMissingFacilities(broker, context.getEnc());
@@ -35,8 +34,9 @@ void reportPoorServer(const CMPIBroker* broker, const CmpiContext& context) {
 /// Makes the object and connects it. @return null with the reason in the status.
 CmpiBaseMI* makeProvider(const CMPIBroker* broker, const CmpiContext& context, CMPIStatus* status) {
     try {
-        reportPoorServer(broker, context);
-        if (!facilitiesOf(broker, context.getEnc()).canAnswer) throw CmpiStatus(CMPI_RC_ERR_FAILED);
+        const ServerFacilities facilities = facilitiesOf(broker, context.getEnc());
+        reportPoorServer(facilities, broker, context);
+        if (!facilities.canAnswer) throw CmpiStatus(CMPI_RC_ERR_FAILED);
         auto provider = std::make_unique<Merolt_CNA_Provider>(CmpiBroker(const_cast<CMPIBroker*>(broker)), context);
         CmpiBaseMI* base = provider.get();
         base->setProviderBase(&providerBase);

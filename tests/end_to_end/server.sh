@@ -1,5 +1,8 @@
-# What the tests with wbemcli share: a server on the demonstration fleet, checks and their count. Sourced with CIMHOST
+# What the tests with wbemcli share: a server on the demonstration fleet, and checks. Sourced with CIMHOST
 # and FLEET as arguments; sets `url` and `namespace`.
+
+# shellcheck source=tests/checks.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../checks.sh"
 
 cimhost=$1
 fleet=$2
@@ -15,17 +18,6 @@ stop() {
     rm -rf "$folder"
 }
 trap stop EXIT
-
-failures=0
-passed=0
-check() { # check WHAT EXPECTED ACTUAL
-    if [[ $2 == "$3" ]]; then
-        passed=$((passed + 1))
-    else
-        failures=$((failures + 1))
-        printf 'FAILED %s\n  expected: %s\n  actual:   %s\n' "$1" "$2" "$3"
-    fi
-}
 
 url=
 for _ in $(seq 300); do
@@ -55,6 +47,5 @@ finish() {
     local status=0
     wait "$server" || status=$?
     check "the server's status after SIGTERM" 0 "$status"
-    printf '%d passed, %d failed\n' "$passed" "$failures"
-    [[ $failures -eq 0 ]]
+    conclude
 }

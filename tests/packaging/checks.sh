@@ -1,19 +1,11 @@
 # shellcheck shell=bash
-# What the tests of this folder share: a scratch folder that goes away, checks and their count. Sourced.
+# What the tests of this folder share: a scratch folder that goes away, and checks. Sourced.
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-failures=0
-passed=0
-check() { # check WHAT EXPECTED ACTUAL
-    if [[ $2 == "$3" ]]; then
-        passed=$((passed + 1))
-    else
-        failures=$((failures + 1))
-        printf 'FAILED %s\n  expected: %s\n  actual:   %s\n' "$1" "$2" "$3"
-    fi
-}
+# shellcheck source=tests/checks.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../checks.sh"
 
 check_contains() { # check_contains WHAT PART WHOLE
     if [[ $3 == *"$2"* ]]; then
@@ -30,9 +22,4 @@ run() {
     status=0
     # shellcheck disable=SC2034
     output=$("$@" 2>&1) || status=$?
-}
-
-finish() {
-    printf '%d passed, %d failed\n' "$passed" "$failures"
-    [[ $failures -eq 0 ]]
 }

@@ -42,7 +42,7 @@ if available systemd-analyze; then
     if [[ $status -ne 0 ]]; then tail -3 <<<"$output"; fi
 fi
 
-finish
+conclude
 if [[ ${#missing[@]} -gt 0 ]]; then
     printf 'not checked, as these are not installed: %s\n' "${missing[*]}"
     exit 77

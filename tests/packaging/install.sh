@@ -17,4 +17,4 @@ check "keys within comments" "" \
     "$(grep '^#' "$properties" | grep -Ei '(^|[[:space:]])(ErrorLog|DebugLog|LinkStatusPollIntervalSeconds|InteropNamespace)' || true)"
 check "lines too long for a reader" "" "$(grep -E '^.{255}' "$properties" || true)"
 check "settings" 7 "$(grep -c '^[A-Za-z]*=' "$properties")"
-finish
+conclude

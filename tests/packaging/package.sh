@@ -37,7 +37,7 @@ check "calls at a removal" \
     "$(xargs <"$scratch/calls")"
 
 if [[ $(id -u) -ne 0 ]]; then
-    finish
+    conclude
     printf 'not root: the package was not installed into a scratch root\n'
     exit 77
 fi
@@ -57,4 +57,4 @@ check "installing again" 0 "$status"
 in_scratch_root --purge merolt-cna-provider
 check "removing" 0 "$status"
 check "files left" "" "$(find "$scratch/system" -path "$scratch/system/var" -prune -o ! -type d -print)"
-finish
+conclude

@@ -407,4 +407,4 @@ test_missing_schema_is_named
 test_a_stopped_server_is_told_and_its_repository_can_be_written
 test_another_library_of_that_name_is_left_alone
 test_wrong_calls_are_told
-finish
+conclude

@@ -34,4 +34,4 @@ if [[ $status -ne 0 ]]; then printf '%s\n' "$output" | tail -40; fi
 check "sources compiled against our own folder" 0 "$(grep -c "$source_folder/cmpi/include" "$with/build.ninja" || true)"
 check "factories" 4 \
     "$(nm -D --defined-only "$with/lib/libMerolt_CNA_Provider.so" | grep -c ' T Merolt_CNA_Provider_Create_')"
-finish
+conclude

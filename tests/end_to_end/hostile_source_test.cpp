@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <ostream>
 
 namespace cimhost {
 namespace {
@@ -18,6 +19,8 @@ struct WrongKey {
     cimxml::KeyType type;
     std::string text;
 };
+
+void PrintTo(const WrongKey& key, std::ostream* out) { *out << key.name; }
 
 std::vector<WrongKey> wrongKeys() {
     return {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <ostream>
 
 namespace cimhost {
 namespace {
@@ -18,6 +19,8 @@ struct NamedOperation {
     std::string name;
     Operation operation;
 };
+
+void PrintTo(const NamedOperation& named, std::ostream* out) { *out << named.name; }
 
 class TwoWays : public testing::TestWithParam<NamedOperation> {};
 

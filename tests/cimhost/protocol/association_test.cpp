@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <ostream>
 
 namespace cimhost {
 namespace {
@@ -183,6 +184,8 @@ struct LinkForm {
     std::string key;
 };
 
+void PrintTo(const LinkForm& form, std::ostream* out) { *out << form.name; }
+
 class AssociationPath : public AssociationTest, public testing::WithParamInterface<LinkForm> {};
 
 TEST_P(AssociationPath, LeadsToTheAssociation) {
@@ -247,6 +250,8 @@ struct RefusedCall {
     int code;
     std::string nameSpace = "root/ns";
 };
+
+void PrintTo(const RefusedCall& call, std::ostream* out) { *out << call.name; }
 
 std::vector<RefusedCall> refusedCalls() {
     const std::string port = object("T_FibrePort", "a");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <ostream>
 #include <sstream>
 #include <thread>
 
@@ -219,6 +220,8 @@ struct RefusedCall {
     int code;
     std::string nameSpace = "root/ns";
 };
+
+void PrintTo(const RefusedCall& call, std::ostream* out) { *out << call.name; }
 
 std::vector<RefusedCall> refusedCalls() {
     const std::string port = className("T_Port");

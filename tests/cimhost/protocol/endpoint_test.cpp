@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <ostream>
 
 namespace cimhost {
 namespace {
@@ -30,6 +31,8 @@ struct Exchange {
     unsigned status;
     std::string cimError;
 };
+
+void PrintTo(const Exchange& exchange, std::ostream* out) { *out << exchange.name; }
 
 const std::string associatorNames =
     "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"

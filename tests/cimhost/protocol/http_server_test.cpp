@@ -11,6 +11,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <ostream>
 #include <thread>
 #include <vector>
 
@@ -206,6 +207,8 @@ struct BadRequest {
     std::string request;
     int status;
 };
+
+void PrintTo(const BadRequest& bad, std::ostream* out) { *out << bad.name; }
 
 class RefusedRequest : public HttpServer, public testing::WithParamInterface<BadRequest> {};
 

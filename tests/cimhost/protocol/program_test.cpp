@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -141,6 +142,8 @@ struct BadStart {
     std::vector<std::string> arguments;
     std::string message;
 };
+
+void PrintTo(const BadStart& bad, std::ostream* out) { *out << bad.name; }
 
 class RefusedStart : public testing::TestWithParam<BadStart> {};
 

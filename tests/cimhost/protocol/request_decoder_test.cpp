@@ -1,6 +1,7 @@
 #include "cimhost/cimxml/request.h"
 
 #include <gtest/gtest.h>
+#include <ostream>
 
 namespace cimhost::cimxml {
 namespace {
@@ -286,6 +287,8 @@ struct BadDocument {
     std::string document;
     ErrorKind kind;
 };
+
+void PrintTo(const BadDocument& bad, std::ostream* out) { *out << bad.name; }
 
 std::string repeated(const std::string& text, int count) {
     std::string all;

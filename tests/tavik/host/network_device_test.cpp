@@ -4,6 +4,9 @@
 #include <linux/rtnetlink.h>
 
 #include <gtest/gtest.h>
+#include <ostream>
+#include <string>
+#include <string_view>
 
 #include "scratch_tree.h"
 #include "tavik/host/text_forms.h"
@@ -51,11 +54,22 @@ TEST(Addresses, withoutAnIndexOrAnAnswerThereIsNoConfiguration) {
     EXPECT_FALSE(selectAddresses(Absence{"refused"}, std::uint32_t{2}));
 }
 
+/// What a file holds, without the end of its line.
+std::string shown(const char* text) {
+    if (!text) return "no file";
+    const std::string_view line = text;
+    return std::string(line.substr(0, line.find('\n')));
+}
+
 struct LinkCase {
     const char* operationalState; ///< null: no such file, here and below
     const char* carrier;
     std::uint32_t state;
 };
+
+void PrintTo(const LinkCase& row, std::ostream* out) {
+    *out << "operstate " << shown(row.operationalState) << ", carrier " << shown(row.carrier);
+}
 
 class LinkStates : public testing::TestWithParam<LinkCase> {};
 
@@ -84,6 +98,8 @@ struct SpeedCase {
     const char* text;
     std::uint32_t speed; ///< 0: absent
 };
+
+void PrintTo(const SpeedCase& row, std::ostream* out) { *out << "speed '" << shown(row.text) << '\''; }
 
 class Speeds : public testing::TestWithParam<SpeedCase> {};
 

@@ -1,3 +1,4 @@
+#include <ostream>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -82,6 +83,8 @@ struct NumberCase {
     std::uint64_t largest;
     const char* expected; ///< the number, or the reason against it
 };
+
+void PrintTo(const NumberCase& row, std::ostream* out) { *out << '"' << row.text << "\" up to " << row.largest; }
 
 class Numbers : public testing::TestWithParam<NumberCase> {};
 

@@ -7,6 +7,8 @@
 #include "log/log.h"
 #include "text/fixed_text.h"
 
+#include <cxxabi.h>
+
 namespace merolt {
 
 namespace {
@@ -97,6 +99,8 @@ bool makeAndDeliver(const PollThreadContext& thread, const LinkAlertTexts& texts
     deliverAlert(thread, alert);
     DEBUG_LOG("Merolt_CNA_HBAProvider::generatePortAlertIndication: Delivered\n");
     return true;
+} catch (const abi::__forced_unwind&) {
+    throw; // the server ends its thread
 } catch (...) {
     return false;
 }

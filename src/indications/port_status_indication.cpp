@@ -8,6 +8,8 @@
 #include "log/log.h"
 #include "text/fixed_text.h"
 
+#include <cxxabi.h>
+
 namespace merolt {
 
 namespace {
@@ -110,6 +112,8 @@ void deliver(const PollThreadContext& thread, const CmpiInstance& alert) try {
     DEBUG_LOG("Merolt_CNA_Provider::m_generateIndication: Delivering...");
     deliverAlert(thread, alert);
     DEBUG_LOG("Merolt_CNA_Provider::m_generateIndication: Delivered");
+} catch (const abi::__forced_unwind&) {
+    throw; // the server ends its thread
 } catch (...) {
     DEBUG_LOG("Merolt_CNA_Provider::m_generateIndication: Error delivering indication");
 }

@@ -16,6 +16,7 @@
 
 #include "CmpiString.h"
 
+#include <cxxabi.h>
 #include <mutex>
 #include <string>
 
@@ -208,6 +209,8 @@ CmpiStatus dispatch(const Request& request) {
                   message ? message : "(null)");
         request.result.returnDone();
         return failure;
+    } catch (const abi::__forced_unwind&) {
+        throw; // the server ends its thread
     } catch (...) {
         return unknownException(request, guard);
     }

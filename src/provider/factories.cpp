@@ -9,6 +9,7 @@
 #include "CmpiString.h"
 #include "cmpift.h"
 
+#include <cxxabi.h>
 #include <memory>
 #include <mutex>
 
@@ -50,6 +51,8 @@ CmpiBaseMI* makeProvider(const CMPIBroker* broker, const CmpiContext& context, C
             status->rc = outcome.rc();
             status->msg = message ? broker->eft->newString(broker, message, nullptr) : nullptr;
         }
+    } catch (const abi::__forced_unwind&) {
+        throw; // the server ends its thread
     } catch (...) {
         if (status) *status = {CMPI_RC_ERR_FAILED, nullptr};
     }

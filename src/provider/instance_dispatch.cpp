@@ -5,6 +5,7 @@
 #include "provider/locks.h"
 #include "provider/merolt_cna_provider.h"
 
+#include <cxxabi.h>
 #include <mutex>
 
 using namespace merolt;
@@ -71,6 +72,8 @@ CmpiStatus dispatch(const InstanceOperation& operation, CmpiResult& result, cons
                   message ? message : "(null)");
         result.returnDone();
         return failure;
+    } catch (const abi::__forced_unwind&) {
+        throw; // the server ends its thread
     } catch (...) {
         if (operation.reportsUnknownException) return unknownException(operation, guard, result);
     }

@@ -101,7 +101,8 @@ public:
             releaseContext(prepared);
         }
     }
-    ~BatchScope() {
+    /// Lets through the end of the thread, should the server cancel it here.
+    ~BatchScope() noexcept(false) {
         if (context) tryStep("detachThread", [&] { broker->bft->detachThread(broker, context); });
     }
     BatchScope(const BatchScope&) = delete;
@@ -232,6 +233,11 @@ void pollUntilStopped(PollThreadContext& record) {
     }
 }
 
+void noteThreadEnd(PollThreadContext& record) {
+    const Guard guard(*record.mutex);
+    record.threadDead = 1;
+}
+
 } // namespace
 
 void endInventory() {
@@ -241,7 +247,7 @@ void endInventory() {
     takeAlarms(); // what still waits tells of ports that nobody publishes any more
 }
 
-CMPI_THREAD_RETURN CMPI_THREAD_CDECL AdapterPollingLoop(void* argument) {
+CMPI_THREAD_RETURN CMPI_THREAD_CDECL AdapterPollingLoop(void* argument) try {
     DEBUG_LOG("AdapterPollingLoop() starting");
     auto* record = static_cast<PollThreadContext*>(argument);
     requireContext(record);
@@ -252,12 +258,13 @@ CMPI_THREAD_RETURN CMPI_THREAD_CDECL AdapterPollingLoop(void* argument) {
     if (record->provider->initialized) pollUntilStopped(*record);
     DEBUG_LOG("AdapterPollingLoop() thread has been killed");
     detach(*record);
-    {
-        const Guard guard(*record->mutex);
-        record->threadDead = 1;
-    }
+    noteThreadEnd(*record);
     DEBUG_LOG("AdapterPollingLoop() ending...\n");
     return nullptr;
+} catch (const abi::__forced_unwind&) {
+    // The server ends its thread; the clean-up does not wait for it in vain.
+    noteThreadEnd(*static_cast<PollThreadContext*>(argument));
+    throw;
 }
 
 } // namespace merolt

@@ -52,6 +52,11 @@ void FakeServices::moveClock(std::time_t seconds) {
     time += seconds;
 }
 
+void FakeServices::dismissThisThread() {
+    const std::lock_guard guard(mutex);
+    testThreads.erase(std::this_thread::get_id());
+}
+
 void FakeServices::adoptThisThread() {
     const std::lock_guard guard(mutex);
     testThreads.insert(std::this_thread::get_id());

@@ -44,6 +44,8 @@ public:
     void moveClock(std::time_t seconds);
     /// Lets the calling thread sleep as the test's own thread does.
     void adoptThisThread();
+    /// Ends that, before the thread does: a later one may get its number.
+    void dismissThisThread();
     /// Milliseconds that the test's own threads have slept so far.
     unsigned long sleptHere();
     /// Called after each sleep of the test's own threads, if set.

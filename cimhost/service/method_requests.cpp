@@ -32,6 +32,16 @@ cimxml::Value asReference(RequestScope& scope, std::string_view nameSpace, const
     return reference;
 }
 
+/// Says which argument it is whose text does not fit.
+CMPIData makeTyped(RequestScope& scope, std::string_view nameSpace, const ParameterDeclaration& declared,
+                   const cimxml::Value& given) {
+    try {
+        return makeValue(scope, nameSpace, declared.type, given);
+    } catch (const CimFailure& failure) {
+        refuseParameter(declared.name, failure.what());
+    }
+}
+
 CMPIData makeArgument(RequestScope& scope, std::string_view nameSpace, const ParameterDeclaration& declared,
                       const cimxml::Value& given) {
     if (given.isNull) return ObjectMaker::null(declared.type);
@@ -40,7 +50,7 @@ CMPIData makeArgument(RequestScope& scope, std::string_view nameSpace, const Par
     if (declared.isReference() && given.type != CMPI_ref)
         return makeArgument(scope, nameSpace, declared, asReference(scope, nameSpace, declared, given));
     if (given.type == CMPI_ref && !declared.isReference()) refuseParameter(declared.name, "no reference");
-    return makeValue(scope, nameSpace, declared.type, given);
+    return makeTyped(scope, nameSpace, declared, given);
 }
 
 void appendArgument(cimxml::Encoder& encoder, std::string_view element, std::string_view name, const CMPIData& data) {
@@ -74,6 +84,7 @@ const ArgsObject& makeArguments(RequestScope& scope, std::string_view nameSpace,
     for (const NamedValue& value : values) {
         const ParameterDeclaration* declared = method.parameter(value.name);
         if (!declared || !declared->isIn) refuseParameter(value.name, "method " + method.name + " does not take it");
+        if (arguments.argument(declared->name)) refuseParameter(declared->name, "given twice");
         CMPIData data = makeArgument(scope, nameSpace, *declared, *value.value);
         if (form == ArrayArguments::bare && declared->isArray()) data.type = CMPI_ARRAY;
         arguments.list.setNamed(scope.arena(), declared->name, data);

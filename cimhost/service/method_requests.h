@@ -14,8 +14,9 @@ struct NamedValue {
 };
 
 /// The arguments in their declared types, as a provider gets them; what is left out stays out. A client may write a
-/// reference as a text, and one value where an array stands. Throws CimFailure with CIM_ERR_INVALID_PARAMETER for an
-/// argument that the method does not take or that does not fit.
+/// reference as a text, and one value where an array stands; the type that it names beside a value is not looked at,
+/// since some clients call everything a string. Throws CimFailure with CIM_ERR_INVALID_PARAMETER for an argument that
+/// the method does not take, that is given twice or that does not fit.
 const ArgsObject& makeArguments(RequestScope& scope, std::string_view nameSpace, const MethodDeclaration& method,
                                 const std::vector<NamedValue>& values, ArrayArguments form);
 

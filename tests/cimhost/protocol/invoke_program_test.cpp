@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <ostream>
 
 namespace cimhost {
 namespace {
@@ -51,6 +52,8 @@ struct BadCall {
     std::string message;
 };
 
+void PrintTo(const BadCall& bad, std::ostream* out) { *out << bad.name; }
+
 class RefusedCall : public testing::TestWithParam<BadCall> {};
 
 TEST_P(RefusedCall, SaysWhyAndPrintsNothing) {
@@ -74,7 +77,14 @@ std::vector<BadCall> badCalls() {
          1,
          "CIM_ERR_INVALID_PARAMETER (4): parameter Color: method InstallFromURI does not take it"},
         {"TargetIsNoPath", {nic, "InstallFromURI", "Target=card 1"}, 1, "CIM_ERR_INVALID_PARAMETER (4)"},
-        {"NoByte", {nic, "InstallFromByteStream", "Image=1,256"}, 1, "CIM_ERR_INVALID_PARAMETER (4)"},
+        {"NoByte",
+         {nic, "InstallFromByteStream", "Image=1,256"},
+         1,
+         "CIM_ERR_INVALID_PARAMETER (4): parameter Image: \"256\" is no uint8"},
+        {"GivenTwice",
+         {nic, "InstallFromURI", "URI=/tmp/one.bin", "uri=/tmp/two.bin"},
+         1,
+         "CIM_ERR_INVALID_PARAMETER (4): parameter URI: given twice"},
         {"NoFile",
          {nic, "InstallFromByteStream", "Image=@/nonexistent/image.bin"},
          2,

@@ -25,7 +25,7 @@ constexpr std::chrono::seconds stopGrace{5};
 
 asio::ip::address parseAddress(const std::string& text) {
     error_code error;
-    const asio::ip::address address = asio::ip::make_address(text, error);
+    asio::ip::address address = asio::ip::make_address(text, error);
     if (error) throw std::runtime_error(text + ": no numeric address such as 127.0.0.1 or ::1");
     return address;
 }

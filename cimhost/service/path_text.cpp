@@ -28,7 +28,7 @@ void dropHost(std::string_view& text) {
 std::string takePrefix(std::string_view& text, std::string_view separator) {
     const std::size_t end = text.substr(0, text.find_first_of("=\"")).find(separator);
     if (end == std::string_view::npos) return {};
-    const std::string prefix(text.substr(0, end));
+    std::string prefix(text.substr(0, end));
     text.remove_prefix(end + 1);
     return prefix;
 }
@@ -48,7 +48,7 @@ std::string takeQuoted(std::string_view& text) {
 
 std::string takeValue(std::string_view& text) {
     if (!text.empty() && text.front() == '"') return takeQuoted(text);
-    const std::string value(text.substr(0, text.find(',')));
+    std::string value(text.substr(0, text.find(',')));
     text.remove_prefix(value.size());
     return value;
 }

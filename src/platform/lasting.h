@@ -7,7 +7,7 @@ namespace merolt::platform {
 template <class Value>
 union Lasting {
     constexpr Lasting() : value() {}
-    ~Lasting() {}
+    ~Lasting() {} // NOLINT(modernize-use-equals-default): that of a union would be deleted
 
     Value value;
 };

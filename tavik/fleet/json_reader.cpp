@@ -208,7 +208,7 @@ ObjectReader::ObjectReader(const Place& object, const std::optional<Place>& defa
 }
 
 std::optional<Place> ObjectReader::find(const char* key) {
-    if (std::find(known_.begin(), known_.end(), key) == known_.end()) known_.push_back(key);
+    if (std::find(known_.begin(), known_.end(), key) == known_.end()) known_.emplace_back(key);
     if (object_.value().contains(key)) return object_.child(key);
     if (defaults_ && defaults_->value().contains(key)) return defaults_->child(key);
     return std::nullopt;

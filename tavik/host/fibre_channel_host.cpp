@@ -88,7 +88,7 @@ Attribute<Transceiver> splitPages(const Bytes& memory) {
 
 Attribute<Bytes> parseUnitIdentifier(const std::string& text) {
     if (!text.starts_with("naa.") && !text.starts_with("eui.")) return Absence{"no binary identifier: " + text};
-    const auto bytes = parseHex(std::string_view(text).substr(4));
+    auto bytes = parseHex(std::string_view(text).substr(4));
     if (!bytes || (bytes->size() != 8 && bytes->size() != 16)) return Absence{"no binary identifier: " + text};
     return bytes;
 }

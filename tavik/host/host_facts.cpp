@@ -119,7 +119,7 @@ std::string chooseSerialNumber(const HostCard& card, std::set<std::string>& take
     }
     for (std::size_t number = 2;; ++number) {
         const auto suffix = "-" + std::to_string(number);
-        const auto candidate = candidates.back().substr(0, longestSerialNumber - suffix.size()) + suffix;
+        auto candidate = candidates.back().substr(0, longestSerialNumber - suffix.size()) + suffix;
         if (taken.insert(candidate).second) return candidate;
     }
 }

@@ -127,7 +127,7 @@ Attribute<std::uint32_t> NetworkDeviceReader::index(const std::string& name) con
 
 Attribute<MacAddress> NetworkDeviceReader::currentAddress(const std::string& name) const {
     return tree_.text(place(name, "address")).then([](const std::string& text) -> Attribute<MacAddress> {
-        const auto address = parseMac(text);
+        auto address = parseMac(text);
         if (address && *address == MacAddress{}) return Absence{"all zeros"};
         return address;
     });
@@ -136,7 +136,7 @@ Attribute<MacAddress> NetworkDeviceReader::currentAddress(const std::string& nam
 Attribute<std::string> NetworkDeviceReader::devicePath(const std::string& name) const {
     const auto link = place(name, "device");
     if (!tree_.exists(link)) return Absence{"virtual: no device link"};
-    const auto path = tree_.resolve(link);
+    auto path = tree_.resolve(link);
     if (!path) return Absence{"virtual: the device link leads nowhere (" + path.absence().reason + ")"};
     return path;
 }

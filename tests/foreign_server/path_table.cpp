@@ -94,35 +94,38 @@ CMPIStatus addKey(CMPIObjectPath* path, const char* name, const CMPIValue* value
     return answer(CMPI_RC_OK);
 }
 
+CMPIData unsignedKey(CMPIUint64 number) {
+    CMPIData data{CMPI_uint64, CMPI_goodValue, {}};
+    data.value.uint64 = number;
+    return data;
+}
+
+CMPIData signedKey(CMPISint64 number) {
+    CMPIData data{CMPI_sint64, CMPI_goodValue, {}};
+    data.value.sint64 = number;
+    return data;
+}
+
 /// Integers go out as the widest of their sign, and the state says nothing of keys.
 CMPIData keyData(const Value& value, const char* function) {
-    CMPIData data = handOut(value, function);
+    const CMPIData data = handOut(value, function);
     if (data.state != CMPI_goodValue) return data;
     switch (data.type) {
     case CMPI_uint8:
-        data.value.uint64 = data.value.uint8;
-        break;
+        return unsignedKey(data.value.uint8);
     case CMPI_uint16:
-        data.value.uint64 = data.value.uint16;
-        break;
+        return unsignedKey(data.value.uint16);
     case CMPI_uint32:
-        data.value.uint64 = data.value.uint32;
-        break;
+        return unsignedKey(data.value.uint32);
     case CMPI_sint8:
-        data.value.sint64 = data.value.sint8;
-        break;
+        return signedKey(data.value.sint8); // NOLINT(bugprone-signed-char-misuse): a number, not a character
     case CMPI_sint16:
-        data.value.sint64 = data.value.sint16;
-        break;
+        return signedKey(data.value.sint16);
     case CMPI_sint32:
-        data.value.sint64 = data.value.sint32;
-        break;
+        return signedKey(data.value.sint32);
     default:
         return data;
     }
-    const bool isUnsigned = (data.type & CMPI_SINT) != CMPI_SINT;
-    data.type = isUnsigned ? CMPI_uint64 : CMPI_sint64;
-    return data;
 }
 
 CMPIData getKey(const CMPIObjectPath* path, const char* name, CMPIStatus* status) {

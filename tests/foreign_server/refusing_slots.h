@@ -50,9 +50,9 @@ struct RefusingSlot<name, code, isBreach, Returned (*)(Arguments...)> {
 
 /// A slot of something that is gone.
 #define FOREIGN_DEAD_SLOT(table, slot)                                                                                 \
-    table.slot = RefusingSlot<#table "." #slot, CMPI_RC_ERR_INVALID_HANDLE, true, decltype(table.slot)>::call
+    (table).slot = RefusingSlot<#table "." #slot, CMPI_RC_ERR_INVALID_HANDLE, true, decltype((table).slot)>::call
 /// A slot that is there and serves nothing.
 #define FOREIGN_UNSERVED_SLOT(table, slot)                                                                             \
-    table.slot = RefusingSlot<#slot, CMPI_RC_ERR_NOT_SUPPORTED, false, decltype(table.slot)>::call
+    (table).slot = RefusingSlot<#slot, CMPI_RC_ERR_NOT_SUPPORTED, false, decltype((table).slot)>::call
 
 } // namespace foreign_server

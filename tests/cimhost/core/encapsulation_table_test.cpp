@@ -12,7 +12,7 @@ protected:
     }
     std::string typeOf(const void* object) {
         CMPIStatus status{CMPI_RC_ERROR, nullptr};
-        const std::string type = textOf(cmpi->eft->getType(cmpi, object, &status));
+        std::string type = textOf(cmpi->eft->getType(cmpi, object, &status));
         EXPECT_EQ(status.rc, CMPI_RC_OK);
         EXPECT_EQ(cmpi->eft->isOfType(cmpi, object, type.c_str(), &status), 1);
         EXPECT_EQ(cmpi->eft->isOfType(cmpi, object, "CMPIBroker", &status), 0);

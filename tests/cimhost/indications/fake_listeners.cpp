@@ -1,10 +1,12 @@
 #include "fake_listeners.h"
 
 #include <arpa/inet.h>
+#include <cerrno>
 #include <chrono>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace cimhost::testing_support {
@@ -72,8 +74,8 @@ RawListener::RawListener(std::string endlessBytes)
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t length = sizeof address;
-    ::bind(socket, reinterpret_cast<const sockaddr*>(&address), length);
-    ::listen(socket, 16);
+    if (::bind(socket, reinterpret_cast<const sockaddr*>(&address), length) != 0 || ::listen(socket, 16) != 0)
+        throw std::system_error(errno, std::generic_category(), "no listening socket");
     ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length);
     port = ntohs(address.sin_port);
     thread = std::thread([this] { run(); });

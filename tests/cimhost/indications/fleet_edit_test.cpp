@@ -91,7 +91,7 @@ protected:
         start(card, place, "linkState", [this, card, place](int round) -> std::string {
             const LinkState state = round % 2 == 0 ? LinkState::up : LinkState::down;
             const auto number = static_cast<unsigned>(place + 1);
-            const std::string error = errorOf("S" + std::to_string(card), number, state);
+            std::string error = errorOf("S" + std::to_string(card), number, state);
             if (!error.empty()) return error;
             return round % 2 == 0 ? "up" : "down";
         });

@@ -241,7 +241,7 @@ std::string FakeHost::handle(const std::string& document) {
 }
 
 std::string FakeHost::call(const std::string& method, const std::string& parameters, const std::string& nameSpace) {
-    const std::string answer =
+    std::string answer =
         handle("<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
                "<SIMPLEREQ><IMETHODCALL NAME=\"" +
                method + "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"" + nameSpace + "\"/></LOCALNAMESPACEPATH>" +

@@ -22,6 +22,9 @@ if available groff; then
     page=$(sed 's/\\-/-/g' "$source_folder/packaging/man/merolt-cna-register.8")
     while read -r option; do check_contains "merolt-cna-register.8" "$option" "$page"; done < <(
         "$source_folder/scripts/merolt-cna-register" --help | grep -o '^  --[a-z-]*')
+    page=$(sed 's/\\-/-/g' "$source_folder/packaging/man/tavik_host_dump.1")
+    while read -r option; do check_contains "tavik_host_dump.1" "$option" "$page"; done < <(
+        "$3" --help | grep -o -- '--[a-z-]*')
     page=$(sed 's/\\-/-/g' "$source_folder/packaging/man/cimhost.1")
     while read -r word; do check_contains "cimhost.1" "$word" "$page"; done < <(
         for command in '' serve enumerate associators listen; do
@@ -30,7 +33,8 @@ if available groff; then
 fi
 if available shellcheck; then
     run shellcheck -x -P SCRIPTDIR "$source_folder/scripts/merolt-cna-register" \
-        "$source_folder/packaging/debian/prerm" "$here/stand_in" "$here"/{documents,install,package,register,system_cmpi}.sh
+        "$source_folder"/packaging/debian/{postinst,postrm,prerm} "$here/stand_in" \
+        "$here"/{documents,install,package,register,register_library,system_cmpi}.sh
     check "shellcheck" "0 " "$status $output"
 fi
 if available systemd-analyze; then

@@ -1,11 +1,52 @@
 # shellcheck shell=bash
 # What a tree has to do wherever it was unpacked. Sourced behind checks.sh.
 
+# serve PREFIX [OPTION...]: the cimhost of a tree, with its own fleet; its address ends up in `url`, which is empty if
+# it did not start, and its process in `server`.
+url='' server=''
+serve() {
+    mkdir -p "$scratch/run"
+    printf '%s\n' ErrorLog=1 LinkStatusPollIntervalSeconds=0 >"$scratch/run/meroltcna.properties"
+    : >"$scratch/output"
+    (cd "$scratch/run" && exec "$1/bin/cimhost" --fleet "$1/share/merolt-cna-provider/fleets/demo.json" \
+        serve --listen 127.0.0.1:0 --state "" "${@:2}") >"$scratch/output" 2>"$scratch/errors" &
+    server=$!
+    for _ in $(seq 300); do
+        url=$(sed -n 's|.*listening on \(https*://[^, ]*\).*|\1|p' "$scratch/output")
+        [[ -z $url ]] || return 0
+        kill -0 "$server" 2>/dev/null || break
+        sleep 0.1
+    done
+    cat "$scratch/errors"
+}
+
+stop_serving() {
+    kill "$server"
+    wait "$server" || true
+}
+
+# check_documents PREFIX: what the documents and pages refer to is installed.
+check_documents() {
+    local documents=$1/share/doc/merolt-cna-provider page link program
+    for page in "$documents"/docs/*.md; do
+        while read -r link; do
+            check "$link in ${page##*/}" yes "$([[ -e ${page%/*}/$link ]] && echo yes || echo no)"
+        done < <(grep -oE '\]\([^)#]+' "$page" | sed 's/^](//' | grep -v '^https*:')
+    done
+    check "what only the sources have" "" "$(cd "$documents" && grep -rE '\./(demo|check)\>|tests/|tavik/host|README' . |
+        grep -v 'In the sources' || true)"
+    for program in bin/cimhost bin/tavik_host_dump sbin/merolt-cna-register share/merolt-cna-provider/record-host.sh; do
+        check "$program" yes "$([[ -x $1/$program ]] && echo yes || echo no)"
+    done
+    check "manual pages" \
+        "man1/cimhost.1 man1/tavik_host_dump.1 man5/meroltcna.properties.5 man8/merolt-cna-register.8" \
+        "$(cd "$1/share/man" && find . -type f | sed 's|^\./||; s/\.gz$//' | sort | xargs)"
+}
+
 # check_installed ROOT: a tree with the prefix /usr answers out of its own files, for the fleet that came with it.
 check_installed() {
-    local usr=$1/usr library fleet registration classes asked
+    local usr=$1/usr library registration classes asked
     library=$(find "$usr" -name libMerolt_CNA_Provider.so)
-    fleet=$usr/share/merolt-cna-provider/fleets/demo.json
     check "the folder of CMPI providers" cmpi "$(basename "$(dirname "$library")")"
     check "exported names" \
         "Merolt_CNA_Provider_Create_AssociationMI Merolt_CNA_Provider_Create_IndicationMI Merolt_CNA_Provider_Create_InstanceMI Merolt_CNA_Provider_Create_MethodMI" \
@@ -13,6 +54,10 @@ check_installed() {
     check "management library that is loaded" "$(readlink -f "$(dirname "$(dirname "$library")")/libtavik.so.1")" \
         "$(readlink -f "$(ldd "$library" | awk '$1 == "libtavik.so.1" { print $3 }')")"
     check "libraries that are not there" "" "$(ldd "$library" "$usr/bin/cimhost" | grep 'not found' || true)"
+    # The loader knows the folders of this prefix by itself.
+    check "folders that the library looks in" "[\$ORIGIN/..]" \
+        "$(readelf -d "$library" | awk '/RUNPATH|RPATH/ { print $NF }')"
+    check_documents "$usr"
     check "unit" "ExecStart=/usr/bin/cimhost serve --state /var/lib/merolt-cimhost/subscriptions \$CIMHOST_OPTIONS" \
         "$(grep ^ExecStart= "$usr/lib/systemd/system/merolt-cimhost.service")"
     # What is served in two namespaces is asked for in both; what is told by indications cannot be asked for.
@@ -22,22 +67,10 @@ check_installed() {
     check "registrations" "$classes $classes" \
         "$(grep -c '^instance of PG_ProviderCapabilities' "$usr"/share/merolt-cna-provider/registration/*.mof) $(grep -c '^\[' "$usr"/share/merolt-cna-provider/registration/*.reg)"
 
-    mkdir -p "$scratch/run"
-    printf '%s\n' ErrorLog=1 LinkStatusPollIntervalSeconds=0 >"$scratch/run/meroltcna.properties"
-    (cd "$scratch/run" && exec "$usr/bin/cimhost" --fleet "$fleet" serve --listen 127.0.0.1:0 --state "") \
-        >"$scratch/output" 2>"$scratch/errors" &
-    local server=$! url=''
-    for _ in $(seq 300); do
-        url=$(sed -n 's|.*listening on \(http://[^, ]*\).*|\1|p' "$scratch/output")
-        [[ -z $url ]] || break
-        kill -0 "$server" 2>/dev/null || break
-        sleep 0.1
-    done
-    if [[ -z $url ]]; then cat "$scratch/errors"; fi
+    serve "$usr"
     run "$usr/sbin/merolt-cna-register" check openpegasus --url "$url"
     check "every class answers" "0 $asked answer, 0 have nothing to show, 0 fail" "$status $(tail -n 1 <<<"$output")"
-    kill "$server"
-    wait "$server" || true
+    stop_serving
     run "$usr/sbin/merolt-cna-register" check openpegasus --url "$url"
     check "a server that is gone" 1 "$status"
     check_contains "a server that is gone" "does not answer: Http Exception" "$output"

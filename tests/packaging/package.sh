@@ -21,20 +21,52 @@ dpkg-deb -x "$package" "$scratch/root"
 dpkg-deb -e "$package" "$scratch/control"
 check_installed "$scratch/root"
 
-# The script before removal, with a register script of its own in PATH that always fails.
-mkdir "$scratch/path"
-printf '#!/bin/sh\necho "$@" >>%s/calls\nexit 1\n' "$scratch" >"$scratch/path/merolt-cna-register"
-chmod 755 "$scratch/path/merolt-cna-register"
-before_removal() { run env PATH="$scratch/path:$PATH" "${@:2}" dash "$scratch/control/prerm" "$1"; }
-touch "$scratch/calls"
-before_removal upgrade
-before_removal remove DPKG_ROOT="$scratch"
-check "calls at an upgrade, and for another root" "" "$(cat "$scratch/calls")"
-before_removal remove
-check "removal" 0 "$status"
-check "calls at a removal" \
-    "unregister openpegasus --if-registered --maintainer-script unregister sfcb --if-registered --maintainer-script" \
-    "$(xargs <"$scratch/calls")"
+check "recommendations" pci.ids "$(field Recommends)"
+documents=$scratch/root/usr/share/doc/merolt-cna-provider
+check "pages that are not compressed" "" "$(find "$scratch/root/usr/share/man" -type f ! -name '*.gz')"
+check "a page" ".TH CIMHOST 1" "$(zcat "$scratch/root/usr/share/man/man1/cimhost.1.gz" | head -1 | cut -c 1-13)"
+check "version in the changelog" "$(field Version)" "$(dpkg-parsechangelog -l "$documents/changelog.gz" -S Version)"
+check "who is asked for a licence" "$(field Maintainer)." \
+    "$(grep -o 'Merolt Corporation <[^>]*>\.' "$documents/copyright")"
+check_contains "libraries for other packages" "libtavik 1 merolt-cna-provider" "$(cat "$scratch/control/shlibs")"
+check_contains "triggers" "activate-noawait ldconfig" "$(cat "$scratch/control/triggers")"
+
+# The maintainer scripts as dash runs them, on a machine with or without systemd, with recording programs in PATH. What
+# unregisters fails and so does systemd, which nothing may hang on.
+mkdir "$scratch/path" "$scratch/scripts" "$scratch/systemd"
+for program in merolt-cna-register systemctl deb-systemd-invoke deb-systemd-helper; do
+    printf '#!/bin/sh\necho %s "$@" >>%s/calls\nexit 1\n' "$program" "$scratch" >"$scratch/path/$program"
+    chmod 755 "$scratch/path/$program"
+done
+check_script() { # check_script WHAT EXPECTED-CALLS [SETTING...] SCRIPT ARGUMENT...
+    local what=$1 calls=$2 settings=()
+    shift 2
+    while [[ $1 == *=* ]]; do settings+=("$1") && shift; done
+    sed "s|/run/systemd/system|$running|g" "$scratch/control/$1" >"$scratch/scripts/$1"
+    : >"$scratch/calls"
+    run env "${settings[@]}" PATH="$scratch/path:$PATH" dash "$scratch/scripts/$1" "${@:2}"
+    check "$what" "0 $calls" "$status $(paste -sd '|' "$scratch/calls")"
+}
+unit=merolt-cimhost.service
+unregister='--if-registered --maintainer-script'
+unregistrations="merolt-cna-register unregister openpegasus $unregister|merolt-cna-register unregister sfcb $unregister"
+known="deb-systemd-helper update-state $unit"
+reload='systemctl --system daemon-reload'
+running=$scratch/systemd
+check_script "installing" "$known|$reload" postinst configure ""
+check_script "before an upgrade" "" prerm upgrade 2.0
+check_script "the old one's end at an upgrade" "" postrm upgrade 2.0
+check_script "upgrading" "$known|$reload|deb-systemd-invoke try-restart $unit" postinst configure 1.0
+check_script "before removal" "deb-systemd-invoke stop $unit|$unregistrations" prerm remove
+check_script "removal" "$reload" postrm remove
+check_script "purging" "deb-systemd-helper purge $unit|$reload" postrm purge
+check_script "installing in another root" "$known" DPKG_ROOT="$scratch" postinst configure 1.0
+check_script "before removal from another root" "" DPKG_ROOT="$scratch" prerm remove
+check_script "removal from another root" "" DPKG_ROOT="$scratch" postrm remove
+running=$scratch/nowhere
+check_script "upgrading without systemd" "$known" postinst configure 1.0
+check_script "before removal without systemd" "$unregistrations" prerm remove
+check_script "removal without systemd" "" postrm remove
 
 if [[ $(id -u) -ne 0 ]]; then
     conclude
@@ -52,8 +84,12 @@ check "installing" 0 "$status"
 check "status" "install ok installed" \
     "$(dpkg-query --admindir="$scratch/system/var/lib/dpkg" -W -f '${Status}' merolt-cna-provider)"
 check "files as in the package" "" "$(diff -rq "$scratch/root" "$scratch/system" | grep -v '^Only in .*system: var$' || true)"
+wants=$scratch/system/etc/systemd/system/multi-user.target.wants
+mkdir -p "$wants"
+ln -s /lib/systemd/system/merolt-cimhost.service "$wants/"
 in_scratch_root -i "$package"
 check "installing again" 0 "$status"
+check "the service, enabled by the administrator" merolt-cimhost.service "$(ls "$wants")"
 in_scratch_root --purge merolt-cna-provider
 check "removing" 0 "$status"
 check "files left" "" "$(find "$scratch/system" -path "$scratch/system/var" -prune -o ! -type d -print)"

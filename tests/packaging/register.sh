@@ -5,52 +5,8 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source_folder=$1
 # shellcheck source=checks.sh
 source "$here/checks.sh"
-
-export STATE=$scratch/state TMPDIR=$scratch/tmp
-mkdir -p "$scratch"/{prefix/{sbin,lib/cmpi,share/merolt-cna-provider},tools,tmp,outside}
-cp "$source_folder/scripts/merolt-cna-register" "$scratch/prefix/sbin/"
-ln -s "$source_folder/mof" "$scratch/prefix/share/merolt-cna-provider/mof"
-touch "$scratch/prefix/lib/cmpi/libMerolt_CNA_Provider.so"
-for tool in cimmof cimmofl cimprovider cimcli cimconfig sfcbstage sfcbunstage sfcbrepos; do
-    ln -s "$here/stand_in" "$scratch/tools/$tool"
-done
-
-forget_calls() {
-    : >"$STATE/calls"
-    echo 0 >"$STATE/count"
-}
-
-fresh() {
-    rm -rf "$STATE"
-    mkdir -p "$STATE/providers" "$STATE/stage"
-    forget_calls
-    FAIL_AT=0 FAIL_FOR='' FAIL_TEXT=''
-    SIGNAL_AT=0 SIGNAL='' SIGNAL_TO=''
-    export FAIL_AT FAIL_FOR FAIL_TEXT SIGNAL_AT SIGNAL SIGNAL_TO
-}
-
-# As an administrator calls it, with the stand-ins as the installed server. In a session of its own: who interrupts it
-# leaves the test alone.
-register() {
-    local options=(--tools "$scratch/tools")
-    if [[ $2 == sfcb ]]; then options+=(--staging "$STATE/stage" --provider-folder "$STATE/providers"); fi
-    run setsid --wait dash "$scratch/prefix/sbin/merolt-cna-register" "$@" "${options[@]}"
-    check "temporary files left by $1 $2" "" "$(ls -A "$TMPDIR")"
-}
-
-calls_of() { grep -c "^$1 " "$STATE/calls" || true; }
-
-is_registered() {
-    if [[ $1 == openpegasus ]]; then [[ -e $STATE/module ]]; else [[ -e $STATE/stage/regs/merolt_cna_provider.reg ]]; fi
-}
-
-state_of() { if is_registered "$1"; then echo registered; else echo not registered; fi; }
-
-# Whatever a registration brings: module, classes, staged files, links.
-left_in() { # left_in SERVER
-    if is_registered "$1"; then echo "the registration"; fi
-    find "$STATE/providers" "$STATE/stage" "$STATE/classes" ! -type d 2>/dev/null || true
-}
+# shellcheck source=registering.sh
+source "$here/registering.sh"
 
 mapfile -t kinds < <(grep -Ev '^(#|$)' "$source_folder/mof/cimhost.registration")
 count=${#kinds[@]}
@@ -138,7 +94,7 @@ test_openpegasus_forgets_everything() {
     register unregister openpegasus
     check "unregister" 0 "$status"
     check "state" "not registered" "$(state_of openpegasus)"
-    check "deleted classes" $((count + 2)) "$(calls_of 'cimcli dc')"
+    check "deleted classes" $((count + 2 * 3)) "$(calls_of 'cimcli dc')"
     check "left" "" "$(left_in openpegasus)"
     check "first to go" "$(sed -n 's/^class \([A-Za-z0-9_]*\).*/\1/p' "$source_folder/mof/merolt_indications.mof" | tail -1)" \
         "$(sed -n 's/^cimcli dc \([A-Za-z0-9_]*\) .*/\1/p' "$STATE/calls" | head -1)"
@@ -235,8 +191,8 @@ test_a_signal_in_a_second_registration_leaves_the_first_or_nothing() {
             register register "$server"
             forget_calls
             interrupt "$server" TERM 143 parent "$number"
-            # Until the first change, which asks for none where the server is asked what it has.
-            if [[ $server == openpegasus && $number == 1 ]]; then
+            # Until the first change, which asks for none where the server is asked what it has and where it looks.
+            if [[ $server == openpegasus && $number -le 2 ]]; then
                 check "the first registration" registered "$(state_of "$server")"
             else
                 check "$server, second registration, call $number: left" "" "$(left_in "$server")"
@@ -273,6 +229,67 @@ test_a_failing_unregistration_is_told_and_can_be_repeated() { # SERVER
     check "$server: steps that were tried" yes "$([[ $number -gt 2 ]] && echo yes)"
 }
 
+# What cannot be removed goes on as before the attempt.
+test_an_earlier_registration_that_cannot_be_removed_stays() {
+    local before
+    fresh
+    register register openpegasus
+    FAIL_FOR='cimprovider -r'
+    register register openpegasus
+    check "openpegasus" 1 "$status"
+    check_contains "openpegasus" "the earlier registration stays" "$output"
+    check "the module" "Merolt_CNA_ProviderModule OK" "$(cat "$STATE/module")"
+    FAIL_FOR='cimprovider -[re]'
+    register register openpegasus
+    check_contains "a module that cannot be enabled" "cimprovider -e -m Merolt_CNA_ProviderModule" "$output"
+    register register openpegasus
+    check "a module that was disabled before" "Merolt_CNA_ProviderModule Stopped" "$(cat "$STATE/module")"
+
+    fresh
+    register register sfcb
+    before=$(cd "$STATE/stage" && find . -type f -exec cksum {} +)
+    FAIL_FOR='sfcbunstage .*-r '
+    register register sfcb --interop-namespace interop
+    check "sfcb" 1 "$status"
+    check_contains "sfcb" "the earlier registration stays" "$output"
+    check "what is staged" "$before" "$(cd "$STATE/stage" && find . -type f -exec cksum {} +)"
+}
+
+test_unregistering_finds_the_interop_namespace() {
+    local server space
+    for server in openpegasus sfcb; do
+        for space in interop root/interop root/PG_InterOp; do
+            fresh
+            register register "$server" --interop-namespace "$space"
+            register unregister "$server"
+            check "$server, $space" "0 " "$status $(left_in "$server")"
+        done
+        fresh
+        register register "$server" --interop-namespace interop
+        register register "$server"
+        register unregister "$server"
+        check "$server, registered for two namespaces" "0 " "$status $(left_in "$server")"
+    done
+}
+
+test_options_for_certificates_reach_the_client() {
+    fresh
+    touch "$scratch/outside/ca.pem"
+    register check openpegasus
+    check "without an option" "$(wc -l <"$STATE/calls")" "$(grep -c '^wbemcli \(ein\|gi\) http://' "$STATE/calls")"
+    forget_calls
+    register check openpegasus --cacert "$scratch/outside/ca.pem" --url https://localhost:5989
+    check "a certificate" "$(wc -l <"$STATE/calls")" \
+        "$(grep -c "^wbemcli \(ein\|gi\) -cacert $scratch/outside/ca.pem https://" "$STATE/calls")"
+    forget_calls
+    register check openpegasus --no-verify --url https://localhost:5989
+    check "any certificate" "$(wc -l <"$STATE/calls")" \
+        "$(grep -c '^wbemcli \(ein\|gi\) -noverify https://' "$STATE/calls")"
+    check "calls were made" yes "$([[ -s $STATE/calls ]] && echo yes)"
+    register check openpegasus --cacert "$scratch/outside/none.pem"
+    check "a file that is not there" 2 "$status"
+}
+
 test_missing_tools_are_named() {
     local tool server
     for tool in cimmof:openpegasus cimprovider:openpegasus sfcbstage:sfcb sfcbunstage:sfcb sfcbrepos:sfcb; do
@@ -285,7 +302,7 @@ test_missing_tools_are_named() {
         check "without $tool, calls" "" "$(cat "$STATE/calls")"
         register register "$server" --maintainer-script
         check "without $tool in a maintainer script" 0 "$status"
-        ln -s "$here/stand_in" "$scratch/tools/$tool"
+        ln -s "$stand_in" "$scratch/tools/$tool"
     done
 }
 
@@ -331,7 +348,7 @@ test_missing_schema_is_named() {
     check "incomplete schema, calls" "" "$(cat "$STATE/calls")"
 
     cp "$source_folder"/mof/ancestors/*.mof "$scratch/schema/"
-    FAIL_AT=2 FAIL_TEXT='CIM_ERR_INVALID_SUPERCLASS'
+    FAIL_AT=3 FAIL_TEXT='CIM_ERR_INVALID_SUPERCLASS'
     register register openpegasus --schema "$scratch/schema"
     check "schema given" 0 "$status"
     check "schema loaded" 1 "$(grep -c "^cimmof .*-I $scratch/schema -n root/merolt_cmpi $scratch/schema/CIM_Schema.mof" "$STATE/calls")"
@@ -353,16 +370,6 @@ test_a_stopped_server_is_told_and_its_repository_can_be_written() {
     check "calls of tools that need the server" 0 "$(calls_of '\(cimmof\|cimprovider\)')"
     register register openpegasus --offline
     check "offline without a repository" 2 "$status"
-}
-
-test_another_library_of_that_name_is_left_alone() {
-    fresh
-    echo theirs >"$STATE/providers/libMerolt_CNA_Provider.so"
-    register register openpegasus
-    check "status" 1 "$status"
-    check_contains "told" "is another library" "$output"
-    check "theirs" theirs "$(cat "$STATE/providers/libMerolt_CNA_Provider.so")"
-    check "state" "not registered" "$(state_of openpegasus)"
 }
 
 test_wrong_calls_are_told() {
@@ -400,11 +407,13 @@ test_a_signal_at_each_step_is_told_and_leaves_nothing sfcb HUP 129 group
 test_a_signal_in_a_second_registration_leaves_the_first_or_nothing
 test_a_failing_unregistration_is_told_and_can_be_repeated openpegasus
 test_a_failing_unregistration_is_told_and_can_be_repeated sfcb
+test_an_earlier_registration_that_cannot_be_removed_stays
+test_unregistering_finds_the_interop_namespace
+test_options_for_certificates_reach_the_client
 test_missing_tools_are_named
 test_unregister_where_it_cannot_work_never_fails_a_maintainer_script
 test_classes_that_cannot_be_deleted_are_told
 test_missing_schema_is_named
 test_a_stopped_server_is_told_and_its_repository_can_be_written
-test_another_library_of_that_name_is_left_alone
 test_wrong_calls_are_told
 conclude

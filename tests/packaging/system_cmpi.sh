@@ -34,4 +34,12 @@ if [[ $status -ne 0 ]]; then printf '%s\n' "$output" | tail -40; fi
 check "sources compiled against our own folder" 0 "$(grep -c "$source_folder/cmpi/include" "$with/build.ninja" || true)"
 check "factories" 4 \
     "$(nm -D --defined-only "$with/lib/libMerolt_CNA_Provider.so" | grep -c ' T Merolt_CNA_Provider_Create_')"
+DESTDIR=$scratch/root run cmake --install "$with" --prefix /usr --component provider
+check "installing the provider alone" 0 "$status"
+if [[ $status -ne 0 ]]; then printf '%s\n' "$output" | tail -5; fi
+check "programs" merolt-cna-register "$(find "$scratch/root" -type f -path '*bin/*' -printf '%f\n' | xargs)"
+for file in lib/cmpi/libMerolt_CNA_Provider.so lib/libtavik.so.1 share/merolt-cna-provider/mof/cimhost.registration \
+    share/merolt-cna-provider/registration/merolt_cna_provider.reg share/man/man8/merolt-cna-register.8; do
+    check "$file" yes "$([[ -s $scratch/root/usr/$file ]] && echo yes || echo no)"
+done
 conclude

@@ -1,0 +1,12 @@
+# Run by cpack before it packs: what Debian wants in a package and no other installation needs.
+
+if(NOT CPACK_GENERATOR STREQUAL "DEB")
+    return()
+endif()
+
+set(share ${CPACK_TEMPORARY_INSTALL_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX}/share)
+set(documents ${share}/doc/merolt-cna-provider)
+file(COPY_FILE ${CPACK_MEROLT_DEBIAN_FOLDER}/copyright ${documents}/copyright)
+file(COPY_FILE ${CPACK_MEROLT_DEBIAN_FOLDER}/changelog ${documents}/changelog)
+file(GLOB pages ${share}/man/man*/*)
+execute_process(COMMAND gzip -9n ${documents}/changelog ${pages} COMMAND_ERROR_IS_FATAL ANY)

@@ -1,0 +1,52 @@
+# shellcheck shell=bash
+# merolt-cna-register as it was installed, and recording stand-ins for the tools of CIM servers. Sourced behind
+# checks.sh; the caller has set `source_folder`.
+: "${source_folder:?}"
+
+stand_in=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)/stand_in
+export STATE=$scratch/state TMPDIR=$scratch/tmp
+mkdir -p "$scratch"/{prefix/{sbin,lib/cmpi,share/merolt-cna-provider},tools,tmp,outside}
+cp "$source_folder/scripts/merolt-cna-register" "$scratch/prefix/sbin/"
+ln -s "$source_folder/mof" "$scratch/prefix/share/merolt-cna-provider/mof"
+touch "$scratch/prefix/lib/cmpi/libMerolt_CNA_Provider.so"
+for tool in cimmof cimmofl cimprovider cimcli cimconfig sfcbstage sfcbunstage sfcbrepos wbemcli; do
+    ln -s "$stand_in" "$scratch/tools/$tool"
+done
+
+forget_calls() {
+    : >"$STATE/calls"
+    echo 0 >"$STATE/count"
+}
+
+fresh() {
+    rm -rf "$STATE"
+    mkdir -p "$STATE/providers" "$STATE/stage"
+    forget_calls
+    FAIL_AT=0 FAIL_FOR='' FAIL_TEXT=''
+    SIGNAL_AT=0 SIGNAL='' SIGNAL_TO=''
+    export FAIL_AT FAIL_FOR FAIL_TEXT SIGNAL_AT SIGNAL SIGNAL_TO
+}
+
+# As an administrator calls it, with the stand-ins as the installed server. In a session of its own: who interrupts it
+# leaves the test alone.
+register() {
+    local options=(--tools "$scratch/tools")
+    if [[ $2 == sfcb ]]; then options+=(--staging "$STATE/stage" --provider-folder "$STATE/providers"); fi
+    run setsid --wait dash "$scratch/prefix/sbin/merolt-cna-register" "$@" "${options[@]}"
+    check "temporary files left by $1 $2" "" "$(ls -A "$TMPDIR")"
+}
+
+calls_of() { grep -c "^$1 " "$STATE/calls" || true; }
+
+is_registered() {
+    if [[ $1 == openpegasus ]]; then [[ -e $STATE/module ]]; else [[ -e $STATE/stage/regs/merolt_cna_provider.reg ]]; fi
+}
+
+state_of() { if is_registered "$1"; then echo registered; else echo not registered; fi; }
+
+# Whatever a registration brings: module, classes, staged files, links.
+left_in() { # left_in SERVER
+    if is_registered "$1"; then echo "the registration"; fi
+    find "$STATE/providers" "$STATE/stage" "$STATE/classes" ! -type d 2>/dev/null || true
+}
+

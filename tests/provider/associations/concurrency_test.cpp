@@ -53,7 +53,7 @@ protected:
 TEST_F(AssociationConcurrencyTest, RequestsAndRefreshesGoTogether) {
     std::atomic<bool> isOver = false;
     std::atomic<unsigned> answered = 0;
-    const auto askOn = [&](Path source) {
+    const auto askOn = [&](const Path& source) {
         while (!isOver) {
             for (const Operation operation : allOperations) {
                 const Reply reply = ask(operation, source);

@@ -280,14 +280,19 @@ std::uint32_t TAVIK_GetMBIVersionString(TAVIK_DeviceRecord* device, char** text,
 
 std::uint32_t TAVIK_UpdateFlash(std::uint32_t adapterId, const void* image, std::uintptr_t) {
     return asked(
-        "TAVIK_UpdateFlash", [&](Source& source) { return source.updateFlash(adapterId, image); }, image);
+        "TAVIK_UpdateFlash",
+        [&](Source& source) {
+            return source.updateFlash(adapterId, library().serialNumberOfAdapter(adapterId), image);
+        },
+        image);
 }
 
 std::uint32_t TAVIK_doOptionROMUpdate(TAVIK_DeviceRecord* device, const char* fileName, std::uintptr_t) {
     return asked(
         "TAVIK_doOptionROMUpdate",
         [&](Source& source) {
-            const Status status = source.updateOptionRom(device->handle, fileName);
+            const Status status =
+                source.updateOptionRom(device->handle, library().serialNumberOfStorage(device->handle), fileName);
             if (status == tavik::statusOk) library().showVersions(device->handle);
             return status;
         },

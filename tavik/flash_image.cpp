@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 #include <fcntl.h>
@@ -81,8 +82,9 @@ bool isTerminated(const char (&field)[width]) {
 }
 
 bool isDate(const ReleaseDate& date) {
-    return date.year >= 1970 && date.year <= 9999 && date.month >= 1 && date.month <= 12 && date.day >= 1 &&
-           date.day <= 31;
+    const std::chrono::year_month_day day(std::chrono::year(date.year), std::chrono::month(date.month),
+                                          std::chrono::day(date.day));
+    return date.year >= 1970 && date.year <= 9999 && day.ok();
 }
 
 bool isVersion(const std::array<std::uint8_t, 3>& version) {

@@ -84,7 +84,19 @@ Status Library::swapBackup() {
     return statusOk;
 }
 
+std::optional<std::string> Library::serialNumberOfStorage(std::uint32_t handle) {
+    const std::lock_guard lock(mutex_);
+    return main_ ? main_->serialNumberOfStorage(handle) : std::nullopt;
+}
+
+std::optional<std::string> Library::serialNumberOfAdapter(std::uint32_t adapterId) {
+    const std::lock_guard lock(mutex_);
+    return main_ ? main_->serialNumberOfAdapter(adapterId) : std::nullopt;
+}
+
 void Library::showVersions(std::uint32_t handle) {
+    // A second tree that is being filled meanwhile may be of a reading before the update.
+    const std::lock_guard updateLock(updateMutex_);
     const auto current = source();
     if (!current) return;
     const auto loaded = current->load();
@@ -94,9 +106,10 @@ void Library::showVersions(std::uint32_t handle) {
                                    [handle](const Card& candidate) { return hasStorage(candidate, handle); });
     if (card == fleet->cards->end()) return;
     const std::lock_guard lock(mutex_);
-    if (!main_) return;
-    for (const StorageFunction* function : storageFunctions(*card))
-        if (auto* record = main_->device(function->handle)) storeOptionRom(function->optionRom, *record);
+    for (Tree* tree : {main_.get(), backup_.get()})
+        for (const StorageFunction* function : storageFunctions(*card))
+            if (tree && tree->serialNumberOfStorage(function->handle) == card->serialNumber)
+                storeOptionRom(function->optionRom, *tree->device(function->handle));
 }
 
 std::shared_ptr<Source> Library::source() {

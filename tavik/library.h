@@ -32,8 +32,12 @@ public:
     std::shared_ptr<Source> source();
     std::shared_ptr<AlarmDispatcher> alarms();
 
-    /** Writes what a flash update brought into the main tree's records of the card with this storage function, so that
-     *  it shows before the next update of the trees. */
+    /** The serial number under which the main tree shows the card with this number; nothing if it has none. */
+    std::optional<std::string> serialNumberOfStorage(std::uint32_t handle);
+    std::optional<std::string> serialNumberOfAdapter(std::uint32_t adapterId);
+
+    /** Writes what a flash update brought into the records of the card with this storage function, so that it shows
+     *  before the next update of the trees, and stays after the swap of one that is under way. */
     void showVersions(std::uint32_t handle);
 
     HandOuts& handOuts() { return handOuts_; }
@@ -42,7 +46,8 @@ private:
     std::unique_ptr<Tree> buildTree(Source& source);
     bool isStarted();
 
-    std::mutex updateMutex_; ///< one start, end or update at a time; taken before mutex_, and by no other call
+    std::mutex updateMutex_; ///< one start, end, update or show of versions at a time; taken before mutex_, and by no
+                             ///< other call
     std::optional<FleetError> lastLoadError_;
 
     std::mutex mutex_; ///< guards what follows, and is held for moments only

@@ -1,5 +1,5 @@
 // What the library writes to standard error: the log, which TAVIK_Initialize switches on, and reports, which always
-// appear. Whole lines that begin with "tavik: ".
+// appear. Whole lines that begin with "tavik: ". Texts can be what clients sent: control characters appear as \x1B.
 #pragma once
 
 #include <string>

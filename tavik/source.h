@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -65,6 +66,7 @@ public:
 
     /** True if adapters changed since the last reset (or since the source was made). */
     virtual bool changed() = 0;
+    /** Takes up what the last question saw; what comes between the two is told by the next question. */
     virtual void resetChanged() = 0;
 
     /** From here on, state changes of storage ports go to the sink. Called once, before everything else. The sink may
@@ -85,9 +87,14 @@ public:
     virtual Answer<std::vector<FCoELinkage>> fcoeLinkage(std::string_view deviceName) = 0;
     virtual Answer<Transceiver> nicTransceiver(std::string_view deviceName) = 0;
 
+    // Numbers can go over to another card while the caller still knows the old one. The serial number is that of the
+    // card that the caller means, or nothing if it was never shown one with this number; no other card is written.
+
     /** @param image the name of a file or the bytes of an image: the caller does not tell which, nor its length. */
-    virtual Status updateFlash(std::uint32_t adapterId, const void* image) = 0;
-    virtual Status updateOptionRom(std::uint32_t handle, std::string_view fileName) = 0;
+    virtual Status updateFlash(std::uint32_t adapterId, const std::optional<std::string>& serialNumber,
+                               const void* image) = 0;
+    virtual Status updateOptionRom(std::uint32_t handle, const std::optional<std::string>& serialNumber,
+                                   std::string_view fileName) = 0;
 };
 
 } // namespace tavik

@@ -8,10 +8,12 @@ namespace tavik {
 
 namespace {
 
-/** Copies as much of the text as leaves room for its terminator; the rest of the field stays zero. */
+/** Copies as much of the text as leaves room for its terminator; the rest of the field is zero. */
 template <std::size_t width>
 void storeText(char (&field)[width], const std::string& text) {
-    std::memcpy(field, text.data(), std::min(text.size(), width - 1));
+    const std::size_t length = std::min(text.size(), width - 1);
+    std::memcpy(field, text.data(), length);
+    std::memset(field + length, 0, width - length);
 }
 
 /** Copies into a field that may be full to its last byte. */
@@ -117,6 +119,11 @@ Entry* nth(Entry* entry, std::size_t place) {
     while (entry && place-- > 0)
         entry = entry->next;
     return entry;
+}
+
+std::optional<std::string> valueAt(const std::map<std::uint32_t, std::string>& texts, std::uint32_t number) {
+    const auto found = texts.find(number);
+    return found == texts.end() ? std::nullopt : std::optional(found->second);
 }
 
 } // namespace
@@ -233,6 +240,7 @@ TAVIK_ProtocolEntry* Tree::addFunction(const Card& card, const StorageFunction& 
     auto& record = entry.storage.device;
     storeDevice(card, function, record);
     devices_.emplace(function.handle, &record);
+    storageCards_.emplace(function.handle, card.serialNumber);
     record.targetCount = function.targetCount.value_or(countOf(function.targets.size()));
     chainUp(
         function.targets, [this](const Target& target) { return addTarget(target); },
@@ -244,6 +252,7 @@ TAVIK_ProtocolEntry* Tree::addFunction(const Card& card, const NicFunction& func
     auto& entry = functions_.emplace_back();
     entry.type = function.protocolType;
     entry.nic.adapterId = function.adapterId;
+    adapterCards_.emplace(function.adapterId, card.serialNumber);
     storeCard(card, function.card, entry.nic.card);
     storeVpdItems(function, entry.nic.functionData);
     storePort(function, entry.nic.port);
@@ -288,6 +297,14 @@ TAVIK_ProtocolEntry* Tree::function(std::size_t card, std::size_t port, std::siz
 TAVIK_DeviceRecord* Tree::device(std::uint32_t handle) {
     const auto found = devices_.find(handle);
     return found == devices_.end() ? nullptr : found->second;
+}
+
+std::optional<std::string> Tree::serialNumberOfStorage(std::uint32_t handle) const {
+    return valueAt(storageCards_, handle);
+}
+
+std::optional<std::string> Tree::serialNumberOfAdapter(std::uint32_t adapterId) const {
+    return valueAt(adapterCards_, adapterId);
 }
 
 } // namespace tavik

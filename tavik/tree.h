@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <optional>
+#include <string>
 
 #include "inventory/tavik.h"
 #include "tavik/model.h"
@@ -30,7 +32,13 @@ public:
     /** The record of the storage function with this handle, or null. */
     TAVIK_DeviceRecord* device(std::uint32_t handle);
 
+    /** The serial number of the card with this storage function, or nothing; so below. */
+    std::optional<std::string> serialNumberOfStorage(std::uint32_t handle) const;
+    std::optional<std::string> serialNumberOfAdapter(std::uint32_t adapterId) const;
+
 private:
+    using SerialNumbers = std::map<std::uint32_t, std::string>;
+
     TAVIK_AdapterEntry* addCard(const Card& card);
     TAVIK_PhyPortEntry* addPort(const Card& card, const Port& port);
     TAVIK_ProtocolEntry* addFunction(const Card& card, const StorageFunction& function);
@@ -49,6 +57,8 @@ private:
     std::deque<TAVIK_TargetEntry> targets_;
     std::deque<TAVIK_LunEntry> luns_;
     std::map<std::uint32_t, TAVIK_DeviceRecord*> devices_; ///< by handle; the first of equal handles
+    SerialNumbers storageCards_;                           ///< by handle, likewise
+    SerialNumbers adapterCards_;                           ///< by adapter ID, likewise
 };
 
 // Single blocks, as the tree holds them and the calls deliver them.

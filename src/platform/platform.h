@@ -51,8 +51,9 @@ public:
     virtual bool fileExists(const char* path);
     /// Where the server runs; empty if the system cannot tell.
     virtual std::string workingDirectory();
-    /// Makes target a copy of source, which is a local file's name, perhaps behind "file://". False for a folder or a
-    /// device, another scheme, or a copy that could not be finished.
+    /// Makes target a copy of source, which is a local file's name, perhaps behind "file://". The copy is this user's
+    /// alone, whatever the rights of the source; it takes the place of an earlier file or link of that name. False for
+    /// a folder or a device, another scheme, or a copy that could not be finished; no part of one is left behind.
     virtual bool copyFile(const char* source, const char* target);
 
     /// @return 0, or the error number of a system that cannot make another mutex.

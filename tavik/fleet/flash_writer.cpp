@@ -111,7 +111,7 @@ std::variant<Json*, FlashFault> entryOf(Json& document, std::size_t place) {
             return &entry;
         }
     }
-    return FlashFault{statusNoSuchDevice, "no such card"};
+    return noSuchCard();
 }
 
 std::string textOf(const Json& document) {
@@ -123,14 +123,16 @@ FlashFault badFleet(const FleetError& error) { return {statusSourceFailed, error
 
 } // namespace
 
+FlashFault noSuchCard() { return {statusNoSuchDevice, "the fleet has no such card, or another one in its place"}; }
+
 std::variant<std::string, FlashFault> flashedFleet(std::string_view text, const CardTest& isWanted,
                                                    const FlashImage& image) {
     const auto parsed = parseFleet(text, "fleet");
     if (const auto* error = std::get_if<FleetError>(&parsed)) return badFleet(*error);
     const auto& fleet = std::get<Fleet>(parsed);
-    if (!fleet.cards) return FlashFault{statusNoSuchDevice, "no such card"};
+    if (!fleet.cards) return noSuchCard();
     const auto card = std::find_if(fleet.cards->begin(), fleet.cards->end(), isWanted);
-    if (card == fleet.cards->end()) return FlashFault{statusNoSuchDevice, "no such card"};
+    if (card == fleet.cards->end()) return noSuchCard();
     if (card->modelName != image.cardModel)
         return FlashFault{statusForeignImage, "the image is for cards of model \"" + image.cardModel + "\", not \"" +
                                                   card->modelName + '"'};

@@ -14,6 +14,9 @@ namespace tavik::fleet {
 /** Tells the card that is to be written from the others. */
 using CardTest = std::function<bool(const Card&)>;
 
+/** The refusal of a test that takes none of the cards. */
+FlashFault noSuchCard();
+
 /** The fleet's text with the image's versions in all functions of the card that the test takes first. The rest keeps
  *  its meaning and its order, but not its spacing.
  *  @param text a good fleet. */

@@ -1,5 +1,6 @@
 #include "tavik/fleet/fleet_source.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <functional>
@@ -41,6 +42,11 @@ Statistics advanced(Statistics counters, const Statistics& step, std::uint32_t r
     return counters;
 }
 
+Status refuse(const FlashFault& fault) {
+    report("flash update refused: " + fault.reason);
+    return fault.status;
+}
+
 } // namespace
 
 /** One good reading of the file, with its functions by what calls find them by. */
@@ -65,6 +71,10 @@ public:
     const NicFunction* nic(std::string_view deviceName) const {
         const auto found = nics_.find(deviceName);
         return found == nics_.end() ? nullptr : found->second;
+    }
+
+    bool has(const CardTest& isWanted) const {
+        return fleet_.cards && std::any_of(fleet_.cards->begin(), fleet_.cards->end(), isWanted);
     }
 
     /** Any function of the card. */
@@ -102,12 +112,13 @@ FleetOrError FleetSource::load() {
 
 bool FleetSource::changed() {
     const std::lock_guard lock(mutex_);
-    return changed_;
+    changes_.tell(generation_);
+    return changes_.isOther(generation_);
 }
 
 void FleetSource::resetChanged() {
     const std::lock_guard lock(mutex_);
-    changed_ = false;
+    if (!changes_.reset()) changes_.resetTo(generation_);
 }
 
 void FleetSource::watch(AlarmSink sink) {
@@ -157,7 +168,7 @@ void FleetSource::adopt(Fleet fleet) {
         const std::lock_guard lock(mutex_);
         newest_ = reading;
         const bool hasSameShape = before && withoutStates(before->fleet()) == withoutStates(reading->fleet());
-        changed_ = changed_ || (loaded_ && !hasSameShape);
+        if (loaded_ && !hasSameShape) ++generation_;
     }
     log(path_ + ": read");
     if (!before || !sink_) return;
@@ -242,31 +253,32 @@ Answer<Transceiver> FleetSource::nicTransceiver(std::string_view deviceName) {
     return ofNic<Transceiver>(deviceName, &NicFailures::transceiver, std::mem_fn(&NicFunction::transceiver));
 }
 
-Status FleetSource::updateFlash(std::uint32_t adapterId, const void* image) {
+Status FleetSource::updateFlash(std::uint32_t adapterId, const std::optional<std::string>& serialNumber,
+                                const void* image) {
+    const CardTest isWanted = [&](const Card& card) {
+        return card.serialNumber == serialNumber && hasAdapter(card, adapterId);
+    };
     const auto reading = newest();
-    const auto* function = reading ? reading->adapter(adapterId) : nullptr;
-    if (!function) return statusNoSuchDevice;
-    if (const Status status = function->failures.flashUpdate) return status;
-    return flash(readFlashImage(image), [adapterId](const Card& card) { return hasAdapter(card, adapterId); });
+    if (!reading || !reading->has(isWanted)) return refuse(noSuchCard());
+    if (const Status status = reading->adapter(adapterId)->failures.flashUpdate) return status;
+    return flash(readFlashImage(image), isWanted);
 }
 
-Status FleetSource::updateOptionRom(std::uint32_t handle, std::string_view fileName) {
+Status FleetSource::updateOptionRom(std::uint32_t handle, const std::optional<std::string>& serialNumber,
+                                    std::string_view fileName) {
+    const CardTest isWanted = [&](const Card& card) {
+        return card.serialNumber == serialNumber && hasStorage(card, handle);
+    };
     const auto reading = newest();
-    const auto* function = reading ? reading->storage(handle) : nullptr;
-    if (!function) return statusNoSuchDevice;
-    if (const Status status = function->failures.flashUpdate) return status;
-    return flash(readFlashImageFile(std::string(fileName)),
-                 [handle](const Card& card) { return hasStorage(card, handle); });
+    if (!reading || !reading->has(isWanted)) return refuse(noSuchCard());
+    if (const Status status = reading->storage(handle)->failures.flashUpdate) return status;
+    return flash(readFlashImageFile(std::string(fileName)), isWanted);
 }
 
 Status FleetSource::flash(const std::variant<FlashImage, FlashFault>& image, const CardTest& isWanted) {
-    const auto fail = [](const FlashFault& fault) {
-        report("flash update refused: " + fault.reason);
-        return fault.status;
-    };
-    if (const auto* fault = std::get_if<FlashFault>(&image)) return fail(*fault);
+    if (const auto* fault = std::get_if<FlashFault>(&image)) return refuse(*fault);
     const auto written = flashFleetFile(path_, isWanted, std::get<FlashImage>(image));
-    if (const auto* fault = std::get_if<FlashFault>(&written)) return fail(*fault);
+    if (const auto* fault = std::get_if<FlashFault>(&written)) return refuse(*fault);
     if (const auto error = readAgain()) report(error->message);
     return statusOk;
 }

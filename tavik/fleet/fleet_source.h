@@ -10,6 +10,7 @@
 #include "tavik/fleet/file_watcher.h"
 #include "tavik/fleet/flash_writer.h"
 #include "tavik/source.h"
+#include "tavik/told_changes.h"
 
 namespace tavik::fleet {
 
@@ -35,8 +36,10 @@ public:
     Answer<std::vector<FCoELinkage>> fcoeLinkage(std::string_view deviceName) override;
     Answer<Transceiver> nicTransceiver(std::string_view deviceName) override;
 
-    Status updateFlash(std::uint32_t adapterId, const void* image) override;
-    Status updateOptionRom(std::uint32_t handle, std::string_view fileName) override;
+    Status updateFlash(std::uint32_t adapterId, const std::optional<std::string>& serialNumber,
+                       const void* image) override;
+    Status updateOptionRom(std::uint32_t handle, const std::optional<std::string>& serialNumber,
+                           std::string_view fileName) override;
 
 private:
     class Reading;
@@ -60,8 +63,9 @@ private:
 
     std::mutex mutex_; ///< guards what follows
     std::shared_ptr<const Reading> newest_;
-    bool loaded_ = false; ///< somebody has a fleet, or an error, that a new reading changes
-    bool changed_ = false;
+    bool loaded_ = false;          ///< somebody has a fleet, or an error, that a new reading changes
+    std::uint64_t generation_ = 0; ///< counts the readings that brought something to fetch
+    ToldChanges<std::uint64_t> changes_{0};
     std::map<std::uint32_t, std::uint32_t> refreshes_; ///< of the statistics, by handle
 
     std::unique_ptr<FileWatcher> watcher_; // last: its thread uses all of the above

@@ -14,6 +14,7 @@
 #include "tavik/host/host_facts.h"
 #include "tavik/host/pci_names.h"
 #include "tavik/log.h"
+#include "tavik/told_changes.h"
 
 namespace tavik {
 
@@ -78,7 +79,7 @@ class HostSource : public Source {
 public:
     HostSource(const SysTree& tree, std::unique_ptr<KernelQueries> queries, std::chrono::milliseconds watchInterval)
         : tree_(tree), queries_(std::move(queries)), network_(tree_, *queries_), fibreChannel_(tree_),
-          watchInterval_(watchInterval), atLastReset_(fingerprint(tree_, *queries_)) {}
+          watchInterval_(watchInterval), changes_(fingerprint(tree_, *queries_)) {}
 
     FleetOrError load() override {
         if (const auto classes = tree_.resolve("sys/class/net"); !classes)
@@ -96,24 +97,23 @@ public:
         auto now = fingerprint(tree_, *queries_);
         const bool isLinkUntold = hasUntoldLink();
         const std::lock_guard lock(mutex_);
-        const bool isOther = now != atLastReset_;
+        const bool isOther = changes_.isOther(now);
         isPutOff_ = isOther && isLinkUntold && !isPutOff_;
-        lastSeen_ = isPutOff_ ? atLastReset_ : std::move(now);
+        if (isPutOff_) {
+            changes_.tellNothing();
+        } else {
+            changes_.tell(std::move(now));
+        }
         return isOther && !isPutOff_;
     }
 
-    /** What comes between the question and the reset is told by the next question. */
     void resetChanged() override {
         std::unique_lock lock(mutex_);
-        if (!lastSeen_) {
-            lock.unlock();
-            auto now = fingerprint(tree_, *queries_);
-            lock.lock();
-            atLastReset_ = std::move(now);
-            return;
-        }
-        atLastReset_ = std::move(*lastSeen_);
-        lastSeen_.reset();
+        if (changes_.reset()) return;
+        lock.unlock();
+        auto now = fingerprint(tree_, *queries_);
+        lock.lock();
+        changes_.resetTo(std::move(now));
     }
 
     void watch(AlarmSink sink) override { watch_.emplace(tree_, std::move(sink), watchInterval_); }
@@ -173,8 +173,10 @@ public:
         return answer(network_.transceiver(std::string(deviceName)));
     }
 
-    Status updateFlash(std::uint32_t, const void*) override { return refuseFlash(); }
-    Status updateOptionRom(std::uint32_t, std::string_view) override { return refuseFlash(); }
+    Status updateFlash(std::uint32_t, const std::optional<std::string>&, const void*) override { return refuseFlash(); }
+    Status updateOptionRom(std::uint32_t, const std::optional<std::string>&, std::string_view) override {
+        return refuseFlash();
+    }
 
 private:
     static Status refuseFlash() {
@@ -237,11 +239,10 @@ private:
     const std::chrono::milliseconds watchInterval_;
 
     std::mutex mutex_; // guards what follows
-    std::vector<std::string> atLastReset_;
-    std::optional<std::vector<std::string>> lastSeen_; ///< by changed() since the last reset
-    bool isPutOff_ = false;                            ///< the last question's change
-    std::map<std::string, std::uint32_t> interfaces_;  ///< of the load, with the link state that was told last
-    std::map<std::uint32_t, Bytes> vpdOfHandle_;       ///< a card's memory is read once a load, because that is slow
+    ToldChanges<std::vector<std::string>> changes_;
+    bool isPutOff_ = false;                           ///< the last question's change
+    std::map<std::string, std::uint32_t> interfaces_; ///< of the load, with the link state that was told last
+    std::map<std::uint32_t, Bytes> vpdOfHandle_;      ///< a card's memory is read once a load, because that is slow
 
     std::optional<StateWatch> watch_; // last: its thread ends first
 };

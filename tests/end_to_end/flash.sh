@@ -14,6 +14,10 @@ make_image() { # make_image MODEL VERSION FIRMWARE
 # What a method returned; wbemcli prints it behind the path.
 returned() { sed -n 's/^.*[^0-9]\([0-9]*\)$/\1/p' <<<"$1" | tail -1; }
 path_of() { wbemcli ein "http://$namespace:$1" | sed "s|^[^:/]*:[0-9]*/||" | grep -m1 "${2:-.}"; }
+rom_versions() { wbemcli ei -nl "http://$namespace:Merolt_FCHBA_FCPort" | sed -n 's/^-OptionROMVersions="\(.*\)"$/\1/p'; }
+rom_of() { # rom_of BIOS EFI FCODE FIRMWARE
+    printf 'OptionROM BIOS Version:%s;OptionROM EFI Version:%s;OptionROM FCode Version:%s;OptionROM Firmware Version:%s' "$@"
+}
 versions_of() { wbemcli ei -nl "http://$namespace:$1" | sed -n 's/^-VersionString="\(.*\)"$/\1/p'; }
 
 eventually() { # eventually TEXT COMMAND...: whether the text is a line of what the command prints within 20 seconds
@@ -27,9 +31,15 @@ eventually() { # eventually TEXT COMMAND...: whether the text is a line of what 
 }
 
 # The storage side shows the new versions when the method returns.
+old_rom=$(rom_of 3.31 5.30 3.24 7.02.04)
+new_rom=$(rom_of 3.41 N/A N/A 8.01.00)
+before=$(rom_versions)
+check "both ports of the card show its option ROM before the update" 2 "$(grep -cxF "$old_rom" <<<"$before")"
 make_image MC1020 2.2.3 8.1.0
 answer=$(call $storage InstallFromURI "$(text_parameter URI "FILE://$image")$(target_parameter Merolt_FCHBA_PortController MC1020R4K00317)$no_options")
 check "the storage side's update" 0 "$(value_of "$answer")"
+check "its ports show what the image brings and leaves out, others what they had" "${before//"$old_rom"/"$new_rom"}" \
+    "$(rom_versions)"
 check "its software identities show the image's firmware at once" 8.01.00 \
     "$(versions_of Merolt_FCHBA_SoftwareIdentity | grep -m1 -x 8.01.00)"
 check "its software identities show the image's version at once" 2.2.3 \

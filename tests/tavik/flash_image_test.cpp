@@ -128,6 +128,27 @@ TEST(FlashImage, WithFieldsThatMakeNoSenseIsNotMade) {
     EXPECT_FALSE(refused([](auto& image) { image.payload.resize(flashImageLimit - flashHeaderSize); }));
 }
 
+TEST(FlashImage, IsOfADayThatTheCalendarHas) {
+    const auto isTaken = [](std::uint16_t year, std::uint8_t month, std::uint8_t day) {
+        FlashImage image = sample();
+        image.releaseDate = {year, month, day};
+        return statusOf(encodeFlashImage(image)) == statusOk;
+    };
+    EXPECT_TRUE(isTaken(1970, 1, 1));
+    EXPECT_TRUE(isTaken(9999, 12, 31));
+    EXPECT_FALSE(isTaken(1969, 12, 31));
+    EXPECT_FALSE(isTaken(10000, 1, 1));
+    constexpr std::array<std::uint8_t, 12> lastDays{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    for (std::uint8_t month = 1; month <= 12; ++month) {
+        EXPECT_TRUE(isTaken(2013, month, lastDays[month - 1])) << int(month);
+        EXPECT_FALSE(isTaken(2013, month, static_cast<std::uint8_t>(lastDays[month - 1] + 1))) << int(month);
+        EXPECT_FALSE(isTaken(2013, month, 0)) << int(month);
+    }
+    EXPECT_TRUE(isTaken(2012, 2, 29));
+    EXPECT_TRUE(isTaken(2000, 2, 29));
+    EXPECT_FALSE(isTaken(2100, 2, 29));
+}
+
 TEST(FlashImageInMemory, IsTakenUpToTheLastByteThatCanBeRead) {
     const EndOfMemory memory(bytesOf(sample()));
     EXPECT_EQ(std::get<FlashImage>(readFlashImage(memory.bytes())), sample());

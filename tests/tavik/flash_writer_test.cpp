@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <sstream>
-#include <thread>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -103,6 +103,17 @@ protected:
         return text.str();
     }
 
+    /** Whether somebody waits for the lock on the folder, as the kernel lists those who wait. */
+    bool isAwaited() const {
+        struct stat status {};
+        stat(folder_.c_str(), &status);
+        const std::string inode = ':' + std::to_string(status.st_ino) + ' ';
+        std::ifstream locks("/proc/locks");
+        for (std::string lock; std::getline(locks, lock);)
+            if (lock.find("-> FLOCK") != std::string::npos && lock.find(inode) != std::string::npos) return true;
+        return false;
+    }
+
     /** In a process of its own that ends at its so-many-th system call. @return false if it came to its own end. */
     bool dieAtCall(int number) {
         const pid_t writer = fork();
@@ -177,12 +188,21 @@ TEST_F(FlashedFleetOnDisk, IsLeftAsItWasWhenItCannotBeWritten) {
 TEST_F(FlashedFleetOnDisk, HasOneWriterAtATime) {
     auto lock = std::make_optional<FolderLock>(folder_);
     ASSERT_TRUE(lock->isHeld());
-    std::thread writer([this] { flashFleetFile(file_, first, imageFor("M")); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(isAwaited());
+    auto writer = std::async(std::launch::async, [this] { flashFleetFile(file_, first, imageFor("M")); });
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!isAwaited() && writer.wait_for(std::chrono::milliseconds(2)) != std::future_status::ready)
+        ASSERT_LT(std::chrono::steady_clock::now(), end) << "the writer neither waits nor ends";
+    EXPECT_TRUE(isAwaited()) << "the writer came to its end beside another one";
     EXPECT_EQ(text(), before);
+
+    std::ofstream(file_)
+        << R"({"cards": [{"modelName": "M", "version": "by the first", "ports": [{"ethernet": {}}]}]})";
     lock.reset();
-    writer.join();
-    EXPECT_NE(text(), before);
+    writer.get();
+    auto card = Json::parse(text())["cards"][0];
+    EXPECT_EQ(card["version"], "by the first") << "who waits reads the file afterwards";
+    EXPECT_EQ(card["ports"][0]["ethernet"]["flashVersion"], "02.02.03");
 }
 
 } // namespace

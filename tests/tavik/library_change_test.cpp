@@ -121,6 +121,26 @@ TEST_F(LibraryChange, AChangeIsToldUntilItIsReset) {
     EXPECT_EQ(library.DidConfigChange(), 0U);
 }
 
+// Pollers ask and reset in two calls, with nothing that keeps writers out in between.
+TEST_F(LibraryChange, AChangeBetweenTheQuestionAndTheResetIsToldByTheNextQuestion) {
+    start(healthy);
+    ASSERT_EQ(library.DidConfigChange(), 0U);
+    replaceFleet(exchanged);
+    ASSERT_EQ(library.UpdateBackupAdapterList(), 0U) << "reads the file if nobody has yet";
+    EXPECT_EQ(library.ResetConfigChange(), 0U);
+    EXPECT_NE(library.DidConfigChange(), 0U);
+    EXPECT_EQ(library.ResetConfigChange(), 0U);
+    EXPECT_EQ(library.DidConfigChange(), 0U);
+}
+
+TEST_F(LibraryChange, AResetBeforeAnyQuestionTakesUpWhatHasChangedSoFar) {
+    start(healthy);
+    replaceFleet(exchanged);
+    ASSERT_EQ(library.UpdateBackupAdapterList(), 0U);
+    EXPECT_EQ(library.ResetConfigChange(), 0U);
+    EXPECT_EQ(library.DidConfigChange(), 0U);
+}
+
 TEST_F(LibraryChange, AFileThatSaysTheSameInOtherWordsIsNoChange) {
     start(healthy);
     replaceFleet("\n\n" + healthy);

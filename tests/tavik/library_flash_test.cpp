@@ -85,6 +85,58 @@ TEST_F(LibraryFlashTest, OfAStorageFunctionShowsAtOnceInTheRecordsOfTheWholeCard
     EXPECT_EQ(+other->optionRomFlags, 0);
 }
 
+TEST_F(LibraryFlashTest, OfAStorageFunctionThatComesBeforeASwapShowsBehindItToo) {
+    start(twoPorts);
+    ASSERT_EQ(library.UpdateBackupAdapterList(), statusOk);
+    ASSERT_EQ(library.doOptionROMUpdate(device(), imageFile(image()).c_str(), 0), statusOk);
+    EXPECT_EQ(+device()->firmwareVersion[0], 8);
+    ASSERT_EQ(library.SwapBackupToMainAdapterList(), statusOk);
+    for (const auto* record : {device(), &port()->next->protocols->first->storage.device}) {
+        EXPECT_EQ(+record->firmwareVersion[0], 8);
+        EXPECT_STREQ(record->optionRomBiosVersion, "3.40");
+    }
+}
+
+TEST_F(LibraryFlashTest, LeavesNothingOfALongerVersion) {
+    start(R"({"cards": [{"modelName": "MC1020", "ports": [
+        {"storage": {"optionRom": {"biosVersion": "3.39.7 of an earlier image", "efi": "6.2"}}}]}]})");
+    ASSERT_EQ(library.doOptionROMUpdate(device(), imageFile(image()).c_str(), 0), statusOk);
+    EXPECT_STREQ(device()->optionRomBiosVersion, "3.40");
+    EXPECT_EQ(+device()->optionRomFlags, 1);
+}
+
+// Numbers that a file leaves to the library move when a card goes.
+TEST_F(LibraryFlashTest, OfACardWhoseNumbersAnotherOneHasTakenIsRefusedUntilTheSwap) {
+    const auto card = [](const std::string& serialNumber) {
+        return R"({"modelName": "MC1020", "serialNumber": ")" + serialNumber +
+               R"(", "ports": [{"storage": {}, "ethernet": {}}]})";
+    };
+    const std::string left = R"({"cards": [)" + card("B") + "]}";
+    start(R"({"cards": [)" + card("A") + ", " + card("B") + "]}");
+    const auto file = imageFile(image());
+    const StandardError log(folder_ / "log");
+    replaceFleet(left);
+    for (const char* moment : {"whether it was read or not", "after the update of the second tree"}) {
+        EXPECT_EQ(library.doOptionROMUpdate(device(), file.c_str(), 0), statusNoSuchDevice) << moment;
+        EXPECT_EQ(library.UpdateFlash(1, image().data(), 0), statusNoSuchDevice) << moment;
+        EXPECT_EQ(library.UpdateFlash(1, file.c_str(), 0), statusNoSuchDevice) << moment;
+        ASSERT_EQ(library.UpdateBackupAdapterList(), statusOk);
+    }
+    EXPECT_EQ(fleetText(), left);
+    EXPECT_EQ(log.count("tavik: flash update refused: the fleet has no such card, or another one in its place\n"), 6);
+    ASSERT_EQ(library.SwapBackupToMainAdapterList(), statusOk);
+    EXPECT_EQ(library.doOptionROMUpdate(device(), file.c_str(), 0), statusOk);
+    EXPECT_EQ(library.UpdateFlash(1, image().data(), 0), statusOk);
+}
+
+TEST_F(LibraryFlashTest, ThatIsRefusedIsOneLineWhateverTheClientNamed) {
+    start(twoPorts);
+    const StandardError log(folder_ / "log");
+    EXPECT_EQ(library.UpdateFlash(100, "/no\ntavik: such\r\x1b[31m\x7f\tf\xC3\xBCr", 0), statusUnreadableFile);
+    EXPECT_EQ(log.text(), "tavik: flash update refused: /no\\x0Atavik: such\\x0D\\x1B[31m\\x7F\\x09f\xC3\xBCr: No such "
+                          "file or directory\n");
+}
+
 TEST_F(LibraryFlashTest, WithAnImageThatDoesNotFitAnswersItsOwnStatusAndChangesNothing) {
     start(twoPorts);
     const StandardError log(folder_ / "log");

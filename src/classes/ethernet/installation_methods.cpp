@@ -100,7 +100,8 @@ std::uint32_t installFromByteStream(const CmpiData& image, const CmpiData& targe
     const CmpiArray array = image;
     const CMPICount size = array.size();
     if (size == 0 || size > software::largestImage) throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
-    const Bytes bytes(static_cast<CMPIUint8*>(CoreAlloc(size)));
+    // The library takes bytes that begin with a slash for a path, and finds its end in the zero behind them.
+    const Bytes bytes(static_cast<CMPIUint8*>(CoreAlloc(std::size_t{size} + 1)));
     if (!bytes) throw CmpiStatus(CMPI_RC_ERR_FAILED);
     for (CMPICount index = 0; index < size; ++index)
         bytes.get()[index] = array[index];

@@ -3,6 +3,10 @@
 
 #include "software/flash_update.h"
 
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
 namespace {
 
 constexpr const char* service = "Merolt_NIC_SoftwareInstallationService";
@@ -55,6 +59,26 @@ TEST_F(EthernetMethodTest, AnUnknownMethodGivesOne) {
                                          "Exiting  Merolt_CNA_Provider invokeMethod"}));
 }
 
+/// While it lives, no file of this process grows beyond that size.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) : signalBefore(signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit tight{bytes, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &tight);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &before);
+        signal(SIGXFSZ, signalBefore);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    sighandler_t signalBefore;
+    rlimit before{};
+};
+
 class EthernetURITest : public EthernetMethodTest {
 protected:
     static constexpr const char* method = "InstallFromURI";
@@ -67,6 +91,21 @@ protected:
         localCopy = std::filesystem::absolute("flash.bin").string();
         bytesToKeep = localCopy.size();
         setText("URI", image);
+    }
+
+    static mode_t rightsOf(const char* file) {
+        struct stat status {};
+        stat(file, &status);
+        return status.st_mode & 07777;
+    }
+
+    /// Makes a directory whose path has that many characters and moves there. @return the path.
+    static std::string enterDirectoryOf(std::size_t size) {
+        const std::string before = std::filesystem::current_path().string();
+        const std::filesystem::path deep = before + '/' + std::string(size - before.size() - 1, 'd');
+        std::filesystem::create_directory(deep);
+        std::filesystem::current_path(deep);
+        return deep.string();
     }
 
     std::string image;
@@ -146,14 +185,78 @@ TEST_F(EthernetURITest, AFileThatGoesBetweenTheChecksDoesNotPassTheSizeCheck) {
     expectRefusal(method, {prefix + "URI=" + image + ".  File exists.", prefix + "Image did not pass the size check"});
 }
 
-TEST_F(EthernetURITest, AWorkingDirectoryOfMoreThan260CharactersHoldsNoCopy) {
-    const std::filesystem::path before = std::filesystem::current_path();
-    const std::filesystem::path deep = std::filesystem::path(std::string(200, 'a')) / std::string(100, 'b');
-    std::filesystem::create_directories(deep);
-    std::filesystem::current_path(deep);
+// The next ones fail on a server without root's rights if the copy takes over the source's.
+TEST_F(EthernetURITest, TheCopyIsOfTheServersUserAloneWhateverTheRightsOfTheSource) {
+    for (const mode_t rights : {0444U, 0400U, 06755U, 0666U}) {
+        chmod(image.c_str(), rights);
+        EXPECT_EQ(invoke(service, method), returned(0)) << std::oct << rights;
+        EXPECT_EQ(rightsOf("flash.bin"), 0600U) << std::oct << rights;
+    }
+    EXPECT_EQ(rightsOf("image.bin"), 0666U);
+}
+
+TEST_F(EthernetURITest, ACopyThatCannotBeWrittenIsReplaced) {
+    writeFile("flash.bin", "a longer image of an earlier update");
+    chmod("flash.bin", 0444);
+    EXPECT_EQ(invoke(service, method), returned(0));
+    EXPECT_EQ(readFile("flash.bin"), "image");
+    EXPECT_EQ(rightsOf("flash.bin"), 0600U);
+}
+
+TEST_F(EthernetURITest, ALinkInThePlaceOfTheCopyIsReplacedAndItsOtherEndStays) {
+    writeFile("precious", "precious");
+    std::filesystem::create_symlink("precious", "flash.bin");
+    EXPECT_EQ(invoke(service, method), returned(0));
+    std::filesystem::remove("flash.bin");
+    std::filesystem::create_hard_link("precious", "flash.bin");
+    EXPECT_EQ(invoke(service, method), returned(0));
+    EXPECT_EQ(readFile("precious"), "precious");
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status("flash.bin")));
+    EXPECT_EQ(readFile("flash.bin"), "image");
+}
+
+TEST_F(EthernetURITest, AFolderInThePlaceOfTheCopyFailsTheUpdateAndStays) {
+    std::filesystem::create_directory("flash.bin");
+    expectRefusal(method, {prefix + "imageSize = 0, localFile= " + localCopy});
+    EXPECT_TRUE(std::filesystem::is_directory("flash.bin"));
+}
+
+TEST_F(EthernetURITest, ACopyThatDoesNotFitLeavesNoPartAndTheSourceAsItWas) {
+    setText("URI", fileOf("larger.bin", 100'000));
+    {
+        const FullDisk disk(50'000);
+        EXPECT_EQ(invoke(service, method), returned(2));
+    }
+    EXPECT_FALSE(std::filesystem::exists("flash.bin"));
+    EXPECT_EQ(std::filesystem::file_size("larger.bin"), 100'000U);
+    EXPECT_EQ(tavikLibrary.callCount("TAVIK_UpdateFlash"), 0U);
+}
+
+TEST_F(EthernetURITest, ACopyThatIsTheSourceStaysWholeWhereThereIsNoRoomForAnother) {
+    fileOf("flash.bin", 100'000);
+    std::filesystem::create_symlink("flash.bin", "link");
+    for (const char* uri : {"flash.bin", "link"}) {
+        setText("URI", uri);
+        const FullDisk disk(50'000);
+        EXPECT_EQ(invoke(service, method), returned(0)) << uri;
+        EXPECT_EQ(std::filesystem::file_size("flash.bin"), 100'000U) << uri;
+    }
+}
+
+TEST_F(EthernetURITest, AWorkingDirectoryOf260CharactersHoldsTheCopy) {
+    localCopy = enterDirectoryOf(260) + "/flash.bin";
+    bytesToKeep = localCopy.size();
+    EXPECT_EQ(invoke(service, method), returned(0));
+    EXPECT_EQ(written, localCopy);
+    EXPECT_EQ(readFile(localCopy), "image");
+}
+
+TEST_F(EthernetURITest, AWorkingDirectoryOf261CharactersHoldsNoCopy) {
+    enterDirectoryOf(261);
     EXPECT_EQ(invoke(service, method), returned(2));
     EXPECT_FALSE(std::filesystem::exists("flash.bin"));
-    std::filesystem::current_path(before);
+    EXPECT_TRUE(inOrder(logLines(std::filesystem::absolute("Merolt_CNA_Provider.log").string()),
+                        {prefix + "imageSize = 0, localFile= ", prefix + "Image did not pass the size check"}));
     EXPECT_EQ(tavikLibrary.callCount("TAVIK_UpdateFlash"), 0U);
 }
 
@@ -216,6 +319,20 @@ TEST_F(ByteStreamTest, HandsTheLibraryTheBytesOfABareArray) {
     EXPECT_EQ(writtenAdapter, 7U);
     EXPECT_EQ(written, "bytes");
     EXPECT_EQ(invoke(service, "INSTALLFROMBYTESTREAM"), returned(0));
+}
+
+// The library reads such bytes up to a zero, and there is none of the client's.
+TEST_F(ByteStreamTest, BytesThatReadAsAPathEndWithTheArray) {
+    for (const CMPICount size : {24U, 40U, 56U}) {
+        const std::string path = '/' + std::string(size - 1, 'A');
+        tavikLibrary.onUpdateFlash = [this](std::uint32_t, const void* image) {
+            written = static_cast<const char*>(image);
+            return 0U;
+        };
+        setBytes("Image", size, CMPI_ARRAY, path);
+        EXPECT_EQ(invoke(service, method), returned(0));
+        EXPECT_EQ(written, path);
+    }
 }
 
 TEST_F(ByteStreamTest, AnArrayThatTheServerTagsWithItsElementTypeIsRefused) {

@@ -280,8 +280,8 @@ TEST(HostSource, unknownAndVanishedDevicesAreNone) {
 TEST(HostSource, flashCallsAreRefusedAsReadOnly) {
     const auto source = sourceOf(SysTree(ScratchTree::recorded("fibre-channel")));
     load(*source);
-    EXPECT_EQ(source->updateFlash(1, "flash.bin"), statusReadOnly);
-    EXPECT_EQ(source->updateOptionRom(8, "flash.bin"), statusReadOnly);
+    EXPECT_EQ(source->updateFlash(1, "any", "flash.bin"), statusReadOnly);
+    EXPECT_EQ(source->updateOptionRom(8, "any", "flash.bin"), statusReadOnly);
 }
 
 TEST(HostSource, linkIsReadAnewAtEveryQuestion) {

@@ -198,10 +198,12 @@ FlashFault unreadable(const std::string& fileName, const std::string& reason) {
     return {statusUnreadableFile, fileName + ": " + reason};
 }
 
+FlashFault notAFile(const std::string& fileName) { return unreadable(fileName, "not a regular file"); }
+
 std::variant<Bytes, FlashFault> readAll(int file, const std::string& fileName) {
     struct stat status {};
     if (fstat(file, &status) != 0) return unreadable(fileName, std::strerror(errno));
-    if (!S_ISREG(status.st_mode)) return unreadable(fileName, "not a regular file");
+    if (!S_ISREG(status.st_mode)) return notAFile(fileName);
     if (status.st_size > static_cast<off_t>(flashImageLimit)) return damaged(fileName + ": larger than 16 MiB");
     // A file that grows meanwhile does not count for more.
     Bytes bytes(static_cast<std::size_t>(status.st_size));
@@ -282,6 +284,9 @@ std::variant<FlashImage, FlashFault> readFlashImage(const void* memory) {
 }
 
 std::variant<FlashImage, FlashFault> readFlashImageFile(const std::string& fileName) {
+    // Opening a device can do things, so it is not even tried.
+    struct stat status {};
+    if (stat(fileName.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return notAFile(fileName);
     const int file = open(fileName.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (file < 0) return unreadable(fileName, std::strerror(errno));
     auto bytes = readAll(file, fileName);

@@ -1,12 +1,15 @@
 // The format of flash images, and how the library takes one out of memory whose end it does not know.
 #include "tavik/flash_image.h"
 
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tavik {
@@ -190,6 +193,17 @@ TEST_F(FlashImageFileTest, ThatIsNoFileCannotBeRead) {
     EXPECT_EQ(status("/"), statusUnreadableFile);
     EXPECT_EQ(status("/dev/zero"), statusUnreadableFile);
     EXPECT_EQ(std::get<FlashFault>(readFlashImageFile(file_)).reason, file_ + ": No such file or directory");
+}
+
+TEST_F(FlashImageFileTest, ThatIsNoFileIsNotOpened) {
+    ASSERT_EQ(mkfifo(file_.c_str(), 0600), 0);
+    const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(inotify_add_watch(watch, file_.c_str(), IN_OPEN), 0);
+    inotify_event event{};
+    EXPECT_EQ(std::get<FlashFault>(readFlashImageFile(file_)).reason, file_ + ": not a regular file");
+    EXPECT_LT(read(watch, &event, sizeof event), 0);
+    EXPECT_EQ(errno, EAGAIN);
+    close(watch);
 }
 
 TEST_F(FlashImageFileTest, IsJudgedLikeAnImageInMemory) {

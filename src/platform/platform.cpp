@@ -11,7 +11,6 @@
 #include <netdb.h>
 #include <string_view>
 #include <strings.h>
-#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -63,13 +62,25 @@ private:
     const int descriptor;
 };
 
+bool writeAll(const File& target, const char* bytes, std::size_t count) {
+    while (count > 0) {
+        const ssize_t written = write(target.number(), bytes, count);
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return false;
+        bytes += written;
+        count -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
 /// Appends all that source holds.
-bool sendAll(const File& source, const File& target) {
-    constexpr std::size_t atOnce = 0x1000000;
+bool copyAll(const File& source, const File& target) {
+    char bytes[0x10000];
     for (;;) {
-        const ssize_t sent = sendfile(target.number(), source.number(), nullptr, atOnce);
-        if (sent == 0) return true;
-        if (sent < 0 && errno != EINTR) return false;
+        const ssize_t taken = read(source.number(), bytes, sizeof bytes);
+        if (taken == 0) return true;
+        if (taken < 0 && errno == EINTR) continue;
+        if (taken < 0 || !writeAll(target, bytes, static_cast<std::size_t>(taken))) return false;
     }
 }
 
@@ -81,7 +92,7 @@ bool replaceByCopy(const char* source, const char* target) {
     unlink(target);
     const File to(open(target, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!to) return false;
-    if (sendAll(from, to)) return true;
+    if (copyAll(from, to)) return true;
     unlink(target);
     return false;
 }

@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <dlfcn.h>
+#include <pthread.h>
 #include <thread>
 #include <unistd.h>
 
@@ -27,5 +28,13 @@ LibraryPin::LibraryPin() {
 LibraryPin::~LibraryPin() {
     if (handle) dlclose(handle);
 }
+
+CancelState::CancelState(int state) { pthread_setcancelstate(state, &former); }
+
+CancelState::~CancelState() { pthread_setcancelstate(former, nullptr); }
+
+CancellationDelay::CancellationDelay() : CancelState(PTHREAD_CANCEL_DISABLE) {}
+
+CancellationPermit::CancellationPermit() : CancelState(PTHREAD_CANCEL_ENABLE) {}
 
 } // namespace merolt::platform

@@ -1,5 +1,5 @@
-// What the broker's thread functions leave open: when a thread has really ended, and that its code stays in place until
-// then.
+// What the broker's thread functions leave open: when a thread has really ended, that its code stays in place until
+// then, and where it may be cancelled.
 #pragma once
 
 #include <chrono>
@@ -25,6 +25,33 @@ public:
 
 private:
     void* handle = nullptr;
+};
+
+/// Whether a cancellation of the calling thread takes effect (pthread_setcancelstate) while the object lives.
+class CancelState {
+public:
+    ~CancelState();
+    CancelState(const CancelState&) = delete;
+    CancelState& operator=(const CancelState&) = delete;
+
+protected:
+    explicit CancelState(int state);
+
+private:
+    int former = 0;
+};
+
+/// Lets cancellations wait: the provider's code, the wrapper's and the management library's cannot be left at every
+/// place where the system would end a thread.
+class CancellationDelay : public CancelState {
+public:
+    CancellationDelay();
+};
+
+/// Lets them take effect, where a thread sleeps and holds nothing.
+class CancellationPermit : public CancelState {
+public:
+    CancellationPermit();
 };
 
 } // namespace merolt::platform

@@ -1,6 +1,7 @@
 // The four functions by which a CIM server gets the provider's interfaces. All hand out the same object: the first
 // one called makes it, the others only count.
 #include "log/log.h"
+#include "platform/threads.h"
 #include "provider/guarded.h"
 #include "provider/merolt_cna_provider.h"
 #include "provider/server_facilities.h"
@@ -72,6 +73,7 @@ constinit Offer<Interface> offered{};
 /// @return the record of this interface with the provider in it, or null.
 template <class Interface, class Table>
 Interface* offer(Table& table, const CMPIBroker* broker, const CMPIContext* cmpiContext, CMPIStatus* status) {
+    const platform::CancellationDelay delay;
     const std::lock_guard<std::mutex> guard(factoryMutex);
     Offer<Interface>& own = offered<Interface>;
     const CmpiContext context(const_cast<CMPIContext*>(cmpiContext));

@@ -1,8 +1,9 @@
 // The outermost layer of the provider's functions that a CIM server calls: servers may be written in C, and an
-// exception that leaves a function of a table would end them.
+// exception that leaves a function of a table would end them. A thread that a server cancels finishes its call first.
 #pragma once
 
 #include "log/log.h"
+#include "platform/threads.h"
 
 #include "cmpidt.h"
 
@@ -19,6 +20,7 @@ struct Guarded;
 template <class... Arguments, CMPIStatus (*Driver)(Arguments...)>
 struct Guarded<Driver> {
     static CMPIStatus call(Arguments... arguments) {
+        const platform::CancellationDelay delay;
         try {
             return Driver(arguments...);
         } catch (const abi::__forced_unwind&) {

@@ -23,7 +23,9 @@
 #include <cstdlib>
 #include <cxxabi.h>
 #include <exception>
+#include <memory>
 #include <mutex>
+#include <utility>
 
 Merolt_CNA_Provider* g_Merolt_CNA_Provider = nullptr;
 
@@ -73,15 +75,14 @@ void attach(PollThreadContext& record) {
 }
 
 void detach(PollThreadContext& record) {
-    if (record.canAttach()) {
-        const CMPIBroker* broker = record.broker->getEnc();
-        const void* context = record.context->getEnc();
-        DEBUG_LOG("AdapterPollingLoop() calling detachThread(%p)", context);
-        tryStep("detachThread", [&] { broker->bft->detachThread(broker, record.context->getEnc()); });
-        DEBUG_LOG("AdapterPollingLoop() returned from detachThread(%p)", context);
-    }
-    // Detaching ended the server's object behind it.
-    record.context.reset();
+    // Detaching ends the server's object behind it, whether or not the call comes back.
+    const std::unique_ptr<CmpiContext> attached = std::move(record.context);
+    if (!attached || attached->isNull()) return;
+    const CMPIBroker* broker = record.broker->getEnc();
+    CMPIContext* context = attached->getEnc();
+    DEBUG_LOG("AdapterPollingLoop() calling detachThread(%p)", static_cast<const void*>(context));
+    tryStep("detachThread", [&] { broker->bft->detachThread(broker, context); });
+    DEBUG_LOG("AdapterPollingLoop() returned from detachThread(%p)", static_cast<const void*>(context));
 }
 
 /// A server keeps what a thread makes until the thread detaches. What a batch of alerts makes is given back at its end,
@@ -101,7 +102,7 @@ public:
             releaseContext(prepared);
         }
     }
-    /// Lets through the end of the thread, should the server cancel it here.
+    /// Lets through the end of the thread, should the server end it here.
     ~BatchScope() noexcept(false) {
         if (context) tryStep("detachThread", [&] { broker->bft->detachThread(broker, context); });
     }
@@ -144,7 +145,11 @@ bool isToStop(PollThreadContext& record) {
     return record.killThread != 0;
 }
 
-void sleepUntilNextPass() { platform::services().sleepUntilNotified(alarmArrival(), 1000); }
+/// The one place where the server may cancel its thread.
+void sleepUntilNextPass() {
+    const platform::CancellationPermit permit;
+    platform::services().sleepUntilNotified(alarmArrival(), 1000);
+}
 
 void firstBuild(PollThreadContext& record) {
     while (!tryStep("first build", [&] { buildInventory(record); })) {
@@ -248,6 +253,7 @@ void endInventory() {
 }
 
 CMPI_THREAD_RETURN CMPI_THREAD_CDECL AdapterPollingLoop(void* argument) try {
+    const platform::CancellationDelay delay;
     DEBUG_LOG("AdapterPollingLoop() starting");
     auto* record = static_cast<PollThreadContext*>(argument);
     requireContext(record);

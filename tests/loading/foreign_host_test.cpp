@@ -104,6 +104,30 @@ TEST_F(ForeignHostTest, AServerThatCannotJoinThreadsMayCloseTheLibraryAtOnce) {
     EXPECT_LE(threadsAtRest(ownThreads), ownThreads);
 }
 
+#ifndef __SANITIZE_ADDRESS__ // which does not know how a cancelled thread is unwound
+
+TEST_F(ForeignHostTest, AServerMayCancelTheProvidersThread) {
+    static pthread_t thread;
+    plainBroker.threads.newThread = [](void* (*function)(void*), void* argument, int) -> void* {
+        return pthread_create(&thread, nullptr, function, argument) == 0 ? &thread : nullptr;
+    };
+    plainBroker.threads.joinThread = [](void*, void**) { return 0; };
+    ProviderLibrary library(MEROLT_PROVIDER_LIBRARY);
+    auto* instances = makeInterface<CMPIInstanceMI>(library, "Instance");
+    ASSERT_NE(instances, nullptr);
+    ASSERT_TRUE(waitForInstances(instances, fcPort));
+    ASSERT_EQ(pthread_cancel(thread), 0);
+    void* end = nullptr;
+    ASSERT_EQ(pthread_join(thread, &end), 0);
+    EXPECT_EQ(end, PTHREAD_CANCELED);
+    EXPECT_EQ(countInstances(instances, fcPort), 1);
+    EXPECT_EQ(cleanUp(instances, serverGoesDown), CMPI_RC_OK);
+    library.close();
+    EXPECT_FALSE(isMappedNow());
+}
+
+#endif
+
 TEST_F(ForeignHostTest, WithoutACleanUpTheThreadKeepsItsCodeUntilTheProviderIsCleanedUpLater) {
     ProviderLibrary first(MEROLT_PROVIDER_LIBRARY);
     auto* instances = makeInterface<CMPIInstanceMI>(first, "Instance");

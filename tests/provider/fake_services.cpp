@@ -17,11 +17,15 @@ void FakeServices::sleepMilliseconds(unsigned milliseconds) {
         if (afterSleep) afterSleep();
         return;
     }
-    sleeping = true;
+    // Also when it is cancelled in here.
+    struct Sleep {
+        explicit Sleep(bool& is) : isSleeping(is) { isSleeping = true; }
+        ~Sleep() { isSleeping = false; }
+        bool& isSleeping;
+    } sleep(sleeping);
     changed.notify_all();
     changed.wait(guard, [&] { return wakeUps > 0; });
     --wakeUps;
-    sleeping = false;
 }
 
 void FakeServices::waitUntilIdle() {

@@ -33,6 +33,10 @@ void PoorServerTest::loadAndBuild() {
 
 void PoorServerTest::unload() {
     plainBroker.before = nullptr;
+    cleanUpAll();
+}
+
+void PoorServerTest::cleanUpAll() {
     if (instances) cleanUp(std::exchange(instances, nullptr));
     if (associations) cleanUp(std::exchange(associations, nullptr));
     if (methods) cleanUp(std::exchange(methods, nullptr));

@@ -42,6 +42,8 @@ protected:
     /// load, and the wait for the first build.
     void loadAndBuild();
     /// Cleans up each interface that was made.
+    void cleanUpAll();
+    /// The same in a server that is well again.
     void unload();
 
     template <class Interface>

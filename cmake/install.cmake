@@ -16,6 +16,14 @@ set_source_files_properties(${PROJECT_SOURCE_DIR}/cimhost/cli/installation.cpp
 set(to_provider COMPONENT provider)
 set(to_tools COMPONENT tools)
 
+# A relative prefix starts where `cmake --install` is called; what is written into files has to hold everywhere. The
+# root folder comes as an empty text.
+install(CODE [[
+    if(CMAKE_INSTALL_PREFIX)
+        cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_PREFIX NORMALIZE)
+    endif()
+]] ALL_COMPONENTS)
+
 include(${CMAKE_CURRENT_LIST_DIR}/provider_library.cmake)
 install(TARGETS tavik LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP ${to_provider})
 install(PROGRAMS scripts/merolt-cna-register DESTINATION ${CMAKE_INSTALL_SBINDIR} ${to_provider})

@@ -10,7 +10,13 @@ set(CPACK_PACKAGE_DESCRIPTION
 CIM server that speaks CMPI 2.0. Comes with an adapter management library, a
 small CIM server for a first look, and what registers the provider with
 OpenPegasus and sfcb.")
+# Files that name the prefix, and the search path of a library, get this one and not that of cpack's own folder.
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_INSTALL_PREFIX /usr)
+set(CPACK_SET_DESTDIR ON)
+# Whoever packs, every user can enter the folders.
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)

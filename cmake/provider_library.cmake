@@ -15,7 +15,7 @@ endif()
 # The prefix is known only now. The loader knows the system's own folders by itself.
 string(CONFIGURE [[
     set(folder "@merolt_provider_folder@")
-    cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" NORMALIZE)
+    cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}/" NORMALIZE)
     cmake_path(GET folder PARENT_PATH libraries)
     set(path "$ORIGIN/..:${libraries}")
     string(LENGTH "${path}" length)
@@ -24,7 +24,7 @@ string(CONFIGURE [[
         message(WARNING "${libraries} is too long a path to be written into the provider. "
                         "If its library is reached through a link, the loader has to know that folder.")
     endif()
-    if(length GREATER most OR libraries MATCHES "^/(usr/)?lib")
+    if(length GREATER most OR libraries MATCHES "^/(usr/)?lib(/@CMAKE_LIBRARY_ARCHITECTURE@)?$")
         set(path "$ORIGIN/..")
     endif()
     file(RPATH_CHANGE

@@ -6,7 +6,9 @@ endif()
 
 set(share ${CPACK_TEMPORARY_INSTALL_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX}/share)
 set(documents ${share}/doc/merolt-cna-provider)
-file(COPY_FILE ${CPACK_MEROLT_DEBIAN_FOLDER}/copyright ${documents}/copyright)
-file(COPY_FILE ${CPACK_MEROLT_DEBIAN_FOLDER}/changelog ${documents}/changelog)
+# In the sources they may be closed to others.
+file(COPY ${CPACK_MEROLT_DEBIAN_FOLDER}/copyright ${CPACK_MEROLT_DEBIAN_FOLDER}/changelog
+    DESTINATION ${documents}
+    FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 file(GLOB pages ${share}/man/man*/*)
 execute_process(COMMAND gzip -9n ${documents}/changelog ${pages} COMMAND_ERROR_IS_FATAL ANY)

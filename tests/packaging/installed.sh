@@ -35,12 +35,20 @@ check_documents() {
     done
     check "what only the sources have" "" "$(cd "$documents" && grep -rE '\./(demo|check)\>|tests/|tavik/host|README' . |
         grep -v 'In the sources' || true)"
+    check "files that are named as if there were one prefix" "" \
+        "$(cd "$1" && find "$documents" share/man -type f -exec zgrep -lE '/usr/share/(doc/)?merolt' {} + || true)"
     for program in bin/cimhost bin/tavik_host_dump sbin/merolt-cna-register share/merolt-cna-provider/record-host.sh; do
         check "$program" yes "$([[ -x $1/$program ]] && echo yes || echo no)"
     done
     check "manual pages" \
         "man1/cimhost.1 man1/tavik_host_dump.1 man5/meroltcna.properties.5 man8/merolt-cna-register.8" \
         "$(cd "$1/share/man" && find . -type f | sed 's|^\./||; s/\.gz$//' | sort | xargs)"
+}
+
+# check_unit TREE PREFIX: the service starts what is installed to that prefix.
+check_unit() {
+    check "unit" "ExecStart=$2/bin/cimhost serve --state /var/lib/merolt-cimhost/subscriptions \$CIMHOST_OPTIONS" \
+        "$(grep ^ExecStart= "$1/lib/systemd/system/merolt-cimhost.service")"
 }
 
 # check_installed ROOT: a tree with the prefix /usr answers out of its own files, for the fleet that came with it.
@@ -55,11 +63,9 @@ check_installed() {
         "$(readlink -f "$(ldd "$library" | awk '$1 == "libtavik.so.1" { print $3 }')")"
     check "libraries that are not there" "" "$(ldd "$library" "$usr/bin/cimhost" | grep 'not found' || true)"
     # The loader knows the folders of this prefix by itself.
-    check "folders that the library looks in" "[\$ORIGIN/..]" \
-        "$(readelf -d "$library" | awk '/RUNPATH|RPATH/ { print $NF }')"
+    check "folders that the library looks in" "\$ORIGIN/.." "$(folders_of "$library")"
     check_documents "$usr"
-    check "unit" "ExecStart=/usr/bin/cimhost serve --state /var/lib/merolt-cimhost/subscriptions \$CIMHOST_OPTIONS" \
-        "$(grep ^ExecStart= "$usr/lib/systemd/system/merolt-cimhost.service")"
+    check_unit "$usr" /usr
     # What is served in two namespaces is asked for in both; what is told by indications cannot be asked for.
     registration=$usr/share/merolt-cna-provider/mof/cimhost.registration
     classes=$(grep -c '^[A-Za-z]' "$registration")

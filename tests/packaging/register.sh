@@ -255,6 +255,46 @@ test_an_earlier_registration_that_cannot_be_removed_stays() {
     check "what is staged" "$before" "$(cd "$STATE/stage" && find . -type f -exec cksum {} +)"
 }
 
+# What is staged is copied before it is touched, wherever temporary files lie.
+test_what_is_staged_is_kept_or_the_registration_stays() {
+    local before
+    fresh
+    register register sfcb
+    staged() { (cd "$STATE/stage" && find . -type f -exec cksum {} +); }
+    before=$(staged)
+    forget_calls
+    printf '#!/bin/sh\nexit 1\n' >"$scratch/tools/cp"
+    chmod 755 "$scratch/tools/cp"
+    register register sfcb
+    check "copies that fail" 1 "$status"
+    check_contains "copies that fail" "the staging area cannot be read" "$output"
+    check "copies that fail: calls" "" "$(cat "$STATE/calls")"
+    rm "$scratch/tools/cp"
+
+    cd "$scratch"
+    FAIL_FOR='sfcbunstage .*-r '
+    TMPDIR=tmp register register sfcb
+    cd "$OLDPWD"
+    check_contains "a relative folder of temporary files" "the earlier registration stays" "$output"
+    check "what is staged" "$before" "$(staged)"
+}
+
+test_paths_may_hold_blanks() {
+    local state=$STATE
+    export STATE="$scratch/a state"
+    fresh
+    cp -r "$source_folder/mof" "$STATE/class definitions"
+    register register openpegasus --data "$STATE/class definitions"
+    check "register" "0 registered" "$status $(state_of openpegasus)"
+    check_contains "told" "registered $count classes" "$output"
+    check "link" "$scratch/prefix/lib/cmpi/libMerolt_CNA_Provider.so" \
+        "$(readlink "$STATE/providers/libMerolt_CNA_Provider.so")"
+    register unregister openpegasus --data "$STATE/class definitions"
+    check "unregister" "0 " "$status $(left_in openpegasus)"
+    rm -r "$STATE"
+    export STATE=$state
+}
+
 test_unregistering_finds_the_interop_namespace() {
     local server space
     for server in openpegasus sfcb; do
@@ -408,6 +448,8 @@ test_a_signal_in_a_second_registration_leaves_the_first_or_nothing
 test_a_failing_unregistration_is_told_and_can_be_repeated openpegasus
 test_a_failing_unregistration_is_told_and_can_be_repeated sfcb
 test_an_earlier_registration_that_cannot_be_removed_stays
+test_what_is_staged_is_kept_or_the_registration_stays
+test_paths_may_hold_blanks
 test_unregistering_finds_the_interop_namespace
 test_options_for_certificates_reach_the_client
 test_missing_tools_are_named

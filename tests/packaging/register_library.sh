@@ -85,6 +85,19 @@ test_several_folders_of_providers_are_looked_at_in_their_order() {
     register register openpegasus
     check "another library behind it" "0 theirs" "$status $(cat "$second/$library")"
 
+    # Whether what it leads to is there or gone.
+    local earlier=$scratch/prefix/lib64/cmpi/$library
+    mkdir -p "${earlier%/*}"
+    touch "$earlier"
+    for earlier in "$earlier" "$scratch/prefix/lib/gone/$library"; do
+        two_folders
+        ln -s "$earlier" "$first/$library"
+        ln -s "$ours" "$second/$library"
+        register register openpegasus
+        check "a link of an earlier installation in the first" "0 $ours" "$status $(readlink "$first/$library")"
+    done
+    rm -r "$scratch/prefix/lib64"
+
     two_folders
     rmdir "$first"
     register register openpegasus

@@ -167,8 +167,10 @@ TEST_P(EndedThreadTest, InAFactoryLeavesAWholeProviderOrNone) {
     EXPECT_GT(n, 1U);
 }
 
-/// A clean-up sleeps while the polling thread ends, and joins it: there a cancellation would come in.
+/// A clean-up sleeps while the polling thread ends, joins it, and writes to its log: there a cancellation would come
+/// in.
 TEST_F(PoorServerTest, ACleanUpThatTheServerCancelsIsDoneAllTheSame) {
+    switchLogsOn(); // writing a file is such a place, too
     loadAndBuild();
     services.afterSleep = [] { pthread_cancel(pthread_self()); };
     EXPECT_TRUE(isThreadEndedBy([&] {

@@ -14,9 +14,6 @@ OpenPegasus and sfcb.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_SET_DESTDIR ON)
-# Whoever packs, every user can enter the folders.
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -30,6 +27,6 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(debian ${PROJECT_SOURCE_DIR}/packaging/debian)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${debian}/postinst ${debian}/prerm ${debian}/postrm ${debian}/triggers)
 # Copyright, changelog and compressed manual pages, where Debian wants them.
-set(CPACK_PRE_BUILD_SCRIPTS ${debian}/documents.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/folders.cmake ${debian}/documents.cmake)
 set(CPACK_MEROLT_DEBIAN_FOLDER ${debian})
 include(CPack)

@@ -54,6 +54,9 @@ check "folders that the archive's library looks in" "\$ORIGIN/.." \
 check_unit "$archived/usr" /usr
 check "files of the archive that name the folder of packing" "" "$(grep -rlF "$scratch" "$archived" || true)"
 
+check "the archive's folders that not everybody can enter" "" "$(tar -tvzf "$scratch"/cpack/*.tar.gz | grep '^d' |
+    grep -v '^drwxr-xr-x' || true)"
+
 # The maintainer scripts as dash runs them, on a machine with or without systemd, with recording programs in PATH. What
 # unregisters fails and so does systemd, which nothing may hang on.
 mkdir "$scratch/path" "$scratch/scripts" "$scratch/systemd"

@@ -44,26 +44,40 @@ std::optional<std::uint8_t> byteOf(std::string_view text) {
 
 } // namespace
 
-void TextList::append(std::string_view text) {
-    if (ends.empty()) {
-        if (const std::optional<std::uint8_t> number = byteOf(text)) return numbers.push_back(*number);
-        spellOutNumbers();
-    }
-    bytes.append(text);
-    ends.push_back(static_cast<std::uint32_t>(bytes.size()));
+bool TextList::append(std::string_view text, std::size_t mostBytes) {
+    const std::optional<std::uint8_t> number = ends.empty() ? byteOf(text) : std::nullopt;
+    if (!number) return appendEntry(text, 0, mostBytes);
+    if (numbers.size() >= mostBytes) return false;
+    numbers.push_back(*number);
+    digits += text.size();
+    return true;
 }
 
-void TextList::appendNull() {
+bool TextList::appendNull(std::size_t mostBytes) { return appendEntry({}, nullFlag, mostBytes); }
+
+// A number takes up to seven times its room when it is spelt out: that is asked for before it is taken.
+bool TextList::appendEntry(std::string_view text, std::uint32_t flag, std::size_t mostBytes) {
+    if (spelledOutBytes() + text.size() + sizeof(ends[0]) > mostBytes) return false;
     spellOutNumbers();
-    ends.push_back(static_cast<std::uint32_t>(bytes.size()) | nullFlag);
+    bytes.append(text);
+    ends.push_back(static_cast<std::uint32_t>(bytes.size()) | flag);
+    return true;
+}
+
+std::size_t TextList::spelledOutBytes() const noexcept {
+    return numbers.empty() ? heldBytes() : digits + numbers.size() * sizeof(ends[0]);
 }
 
 void TextList::spellOutNumbers() {
+    if (numbers.empty()) return;
+    bytes.reserve(digits);
+    ends.reserve(numbers.size());
     for (const std::uint8_t number : numbers) {
         bytes.append(byteTexts[number]);
         ends.push_back(static_cast<std::uint32_t>(bytes.size()));
     }
     numbers = {};
+    digits = 0;
 }
 
 std::string_view TextList::operator[](std::size_t index) const {

@@ -17,8 +17,9 @@ namespace cimhost::cimxml {
 // as one writes it, the list takes a byte for each.
 class TextList {
 public:
-    void append(std::string_view text);
-    void appendNull();
+    /// False, and nothing is changed, if the entries would then take more than that many bytes.
+    bool append(std::string_view text, std::size_t mostBytes = SIZE_MAX);
+    bool appendNull(std::size_t mostBytes = SIZE_MAX);
 
     [[nodiscard]] std::size_t size() const noexcept { return numbers.size() + ends.size(); }
     [[nodiscard]] bool empty() const noexcept { return size() == 0; }
@@ -34,10 +35,14 @@ public:
 private:
     static constexpr std::uint32_t nullFlag = 0x80000000U;
 
+    /// Bytes that the entries take when the numbers are spelt out.
+    [[nodiscard]] std::size_t spelledOutBytes() const noexcept;
     void spellOutNumbers();
+    bool appendEntry(std::string_view text, std::uint32_t flag, std::size_t mostBytes);
 
     // One of the two forms is empty.
     std::vector<std::uint8_t> numbers;
+    std::size_t digits = 0; // of all numbers
     std::string bytes;
     std::vector<std::uint32_t> ends; // of each text in bytes, with the flag for null
 };

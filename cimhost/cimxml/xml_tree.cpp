@@ -177,8 +177,10 @@ private:
 
     void hold(std::size_t bytes) {
         held += bytes;
-        if (held > limits.heldBytes) refuse("the message holds too much");
+        if (held > limits.heldBytes) refuseTooMuch();
     }
+
+    void refuseTooMuch() { refuse("the message holds too much"); }
 
     void start(std::string_view name, const XML_Char** attributes) {
         if (error) return;
@@ -243,14 +245,11 @@ private:
     void endArrayEntry() {
         TextList& values = open.back()->values;
         const std::size_t before = values.heldBytes();
-        if (entryIsNull) {
-            values.appendNull();
-        } else {
-            values.append(entryText);
-        }
         inArrayEntry = false;
         held -= entryText.size();
-        hold(values.heldBytes() - before);
+        const std::size_t most = before + limits.heldBytes - held;
+        if (!(entryIsNull ? values.appendNull(most) : values.append(entryText, most))) return refuseTooMuch();
+        held += values.heldBytes() - before;
     }
 
     void characters(std::string_view text) {

@@ -1,8 +1,8 @@
 #include "cimhost/cli/labels.h"
 
-#include "cimhost/cli/table.h"
 #include "cimhost/cli/values_text.h"
 #include "cimhost/model/names.h"
+#include "cimhost/model/printable.h"
 
 #include <string_view>
 #include <vector>

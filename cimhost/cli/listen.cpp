@@ -9,11 +9,13 @@
 #include "cimhost/service/cim_failure.h"
 
 #include <chrono>
+#include <functional>
 #include <iostream>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <unistd.h>
+#include <utility>
 
 namespace cimhost::cli {
 
@@ -54,22 +56,35 @@ public:
         const auto decoded = cimxml::decodeExport(request.body);
         if (const auto* error = std::get_if<cimxml::ProtocolError>(&decoded)) return refusal(*error);
         const auto& message = std::get<cimxml::ExportRequest>(decoded);
-        print(message.indication);
-        return taken(message.messageId);
+        if (print(message.indication)) return taken(message.messageId);
+        if (onLostOutput) onLostOutput();
+        return http::textResponse(503, "the indication could not be printed");
+    }
+
+    /// Called, perhaps repeatedly, when an indication could not be printed.
+    void callOnLostOutput(std::function<void()> function) { onLostOutput = std::move(function); }
+
+    [[nodiscard]] bool hasLostOutput() const {
+        const std::lock_guard lock(mutex);
+        return !std::cout;
     }
 
 private:
-    void print(const cimxml::Instance& indication) {
+    // False, now and from then on, if standard output does not take it.
+    bool print(const cimxml::Instance& indication) {
         const std::lock_guard lock(mutex);
+        if (!std::cout) return false;
         if (const std::string odd = sequence.judge(indication); !odd.empty()) {
             std::cerr << "cimhost: " << odd << std::endl;
         }
         std::cout << (json ? jsonLineOf(indication) : textOf(indication) + "\n") << std::flush;
+        return static_cast<bool>(std::cout);
     }
 
     const bool json;
-    std::mutex mutex;
+    mutable std::mutex mutex;
     SequenceWatch sequence;
+    std::function<void()> onLostOutput;
 };
 
 std::string uniqueName() {
@@ -141,6 +156,8 @@ void listen(const ListenOptions& options) {
     Listener listener(options.json);
     http::Server listening(settings, listener);
     listening.stopOnSignals();
+    // Who sends keeps what was not taken, and sends it again to whoever listens next.
+    listener.callOnLostOutput([&listening] { listening.stop(); });
     const std::string url =
         "http://" + http::Url{false, options.address, std::to_string(listening.port()), "/"}.authority();
     std::optional<Subscription> subscription;
@@ -149,6 +166,7 @@ void listen(const ListenOptions& options) {
               << (server ? ", subscribed at " + server->authority() : "") << std::endl;
     listening.run();
     if (subscription) subscription->remove();
+    if (listener.hasLostOutput()) throw std::runtime_error("standard output takes no more indications");
 }
 
 } // namespace cimhost::cli

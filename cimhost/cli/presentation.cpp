@@ -3,6 +3,7 @@
 #include "cimhost/cli/table.h"
 #include "cimhost/cli/values_text.h"
 #include "cimhost/model/names.h"
+#include "cimhost/model/printable.h"
 
 #include <algorithm>
 

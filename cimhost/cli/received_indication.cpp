@@ -3,6 +3,7 @@
 #include "cimhost/cli/instance_json.h"
 #include "cimhost/model/cim_type.h"
 #include "cimhost/model/names.h"
+#include "cimhost/model/printable.h"
 
 #include <algorithm>
 #include <optional>
@@ -11,15 +12,6 @@
 namespace cimhost::cli {
 
 namespace {
-
-// A listener's terminal is no place for what a sender likes to do with it.
-std::string printable(std::string_view text) {
-    std::string shown(text);
-    std::replace_if(
-        shown.begin(), shown.end(),
-        [](char character) { return static_cast<unsigned char>(character) < ' ' || character == 0x7f; }, '?');
-    return shown;
-}
 
 const cimxml::Value* find(const cimxml::Instance& indication, std::string_view name) {
     for (const cimxml::Property& property : indication.properties) {
@@ -43,12 +35,15 @@ std::string listed(const cimxml::Value& value) {
     return text;
 }
 
+// What is no value of its type stays the text that was sent.
 Json jsonOf(CMPIType type, std::string_view text) {
-    if (type == CMPI_boolean) return equalNames(text, "true");
+    if (type == CMPI_boolean && equalNames(text, "true")) return true;
+    if (type == CMPI_boolean && equalNames(text, "false")) return false;
     const std::optional<IntegerValue> number = isIntegerType(type) ? parseInteger(text) : std::nullopt;
-    if (number && number->isNegative) return -static_cast<std::int64_t>(number->magnitude);
-    if (number) return number->magnitude;
-    return std::string(text);
+    if (!number || !fitsInteger(type, *number)) return std::string(text);
+    // Negated as unsigned: the smallest sint64 has no positive counterpart.
+    if (number->isNegative) return static_cast<std::int64_t>(0 - number->magnitude);
+    return number->magnitude;
 }
 
 Json jsonOf(const cimxml::Value& value) {

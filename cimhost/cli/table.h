@@ -14,9 +14,6 @@ using Row = std::vector<std::string>;
 /// Columns that do not fit at all are left out, the last ones first.
 std::string renderTable(const Row& headers, const std::vector<Row>& rows, std::size_t width);
 
-/// The text with blanks in place of control characters: what a device calls itself must not steer a terminal.
-std::string printable(std::string_view text);
-
 /// Characters of a UTF-8 text.
 std::size_t length(std::string_view text);
 

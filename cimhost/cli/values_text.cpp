@@ -1,8 +1,8 @@
 #include "cimhost/cli/values_text.h"
 
-#include "cimhost/cli/table.h"
 #include "cimhost/model/cim_type.h"
 #include "cimhost/model/names.h"
+#include "cimhost/model/printable.h"
 
 #include <algorithm>
 #include <optional>

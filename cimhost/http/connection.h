@@ -225,7 +225,8 @@ private:
 
     void onBodyBytes() {
         const std::string& body = parser->get().body();
-        if (!holdBytes(readerBytes + body.capacity())) {
+        // Whoever holds no more than a piece is not to blame, and need not wait for whoever is.
+        if (!holdBytes(readerBytes + body.capacity()) && readerBytes + body.size() > pieceSize) {
             return refuse(textResponse(503, "too many large requests at this moment"));
         }
         if (body.size() < pieceSize || parser->is_done()) return readMoreBody();

@@ -21,7 +21,7 @@ namespace cimhost::http {
 struct Limits {
     std::size_t headerBytes = std::size_t{16} << 10;   // then 431
     std::size_t bodyBytes = std::size_t{32} << 20;     // then 413
-    std::size_t allBodyBytes = std::size_t{128} << 20; // of all requests being read or answered; then 503
+    std::size_t allBodyBytes = std::size_t{128} << 20; // of all requests at the moment; then a large one gets 503
     std::size_t connections = 64;                      // then an idle one is closed, or else the new one gets 503
     std::chrono::milliseconds header{10'000};          // from the first byte to the last of a header; TLS handshake
     std::chrono::milliseconds bodyProgress{10'000};    // without any byte

@@ -4,6 +4,7 @@
 #include "cimhost/cimxml/answer.h"
 #include "cimhost/cimxml/encoder.h"
 #include "cimhost/cimxml/xml_text.h"
+#include "cimhost/model/printable.h"
 
 #include <algorithm>
 #include <utility>
@@ -27,17 +28,13 @@ std::string countOf(std::uint64_t count) {
 }
 
 // What a listener sends goes to a log that people read.
-std::string printable(std::string_view text) {
-    std::string shown(text.substr(0, longestReason));
-    std::replace_if(
-        shown.begin(), shown.end(), [](char character) { return static_cast<unsigned char>(character) < ' '; }, ' ');
-    return shown;
-}
+std::string shownReason(std::string_view text) { return printable(text.substr(0, longestReason)); }
 
 } // namespace
 
-Delivery::Delivery(http::Url url, std::string name, std::string sequenceContext, DeliveryOptions options, LogSink sink)
-    : listener(std::move(name)), context(std::move(sequenceContext)), settings(options), log(std::move(sink)),
+Delivery::Delivery(http::Url url, std::string_view name, std::string sequenceContext, DeliveryOptions options,
+                   LogSink sink)
+    : listener(printable(name)), context(std::move(sequenceContext)), settings(options), log(std::move(sink)),
       client(std::move(url), options.limits), pause(options.firstPause), thread([this] { run(); }) {}
 
 Delivery::~Delivery() {
@@ -170,15 +167,15 @@ Delivery::Attempt Delivery::attempt(const Waiting& waiting, std::string& reason)
         }
         const auto decoded = cimxml::decodeAnswer(answer.body);
         if (const auto* garbage = std::get_if<cimxml::ProtocolError>(&decoded)) {
-            reason = "the answer is no CIM-XML: " + printable(garbage->message);
+            reason = "the answer is no CIM-XML: " + shownReason(garbage->message);
             return Attempt::failed;
         }
         const auto* error = std::get_if<CimError>(&std::get<cimxml::Answer>(decoded));
         if (!error) return Attempt::taken;
-        reason = "status " + std::to_string(error->code) + " " + printable(error->description);
+        reason = "status " + std::to_string(error->code) + " " + shownReason(error->description);
         return Attempt::refused;
     } catch (const std::exception& error) {
-        reason = printable(error.what());
+        reason = shownReason(error.what());
         return Attempt::failed;
     }
 }

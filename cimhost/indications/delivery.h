@@ -39,8 +39,8 @@ using OpenInstance = std::shared_ptr<const std::string>;
 
 class Delivery {
 public:
-    /// name is what reports call the listener; the context is sent as SequenceContext.
-    Delivery(http::Url url, std::string name, std::string sequenceContext, DeliveryOptions options, LogSink log);
+    /// name is what reports call the listener, made printable; the context is sent as SequenceContext.
+    Delivery(http::Url url, std::string_view name, std::string sequenceContext, DeliveryOptions options, LogSink log);
     /// Stops at once, unless stop() was called.
     ~Delivery();
     Delivery(const Delivery&) = delete;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <utility>
 
 namespace cimhost {
@@ -41,7 +42,7 @@ std::shared_ptr<Delivery> Router::deliveryFor(const Route& route) {
     return delivery;
 }
 
-void Router::retireUnused(const Targets& used) {
+std::vector<std::shared_ptr<Delivery>> Router::retireUnused(const Targets& used) {
     for (auto place = deliveries.begin(); place != deliveries.end();) {
         const auto isUsing = [&](const Target& target) { return target.delivery == place->second; };
         if (std::any_of(used.begin(), used.end(), isUsing)) {
@@ -51,17 +52,24 @@ void Router::retireUnused(const Targets& used) {
         retired.push_back(std::move(place->second));
         place = deliveries.erase(place);
     }
-    std::erase_if(retired, [](const std::shared_ptr<Delivery>& delivery) { return delivery->abandon(); });
+    const auto end = std::stable_partition(
+        retired.begin(), retired.end(), [](const std::shared_ptr<Delivery>& delivery) { return !delivery->abandon(); });
+    std::vector<std::shared_ptr<Delivery>> ended(std::make_move_iterator(end), std::make_move_iterator(retired.end()));
+    retired.erase(end, retired.end());
+    return ended;
 }
 
 void Router::setRoutes(std::vector<Route> routes) {
     auto made = std::make_shared<Targets>();
+    // Goes behind the lock: the end of a delivery waits for a name that is being resolved, however long that takes, and
+    // the indications of all others would wait too.
+    std::vector<std::shared_ptr<Delivery>> ended;
     const std::lock_guard lock(mutex);
     for (Route& route : routes) {
         auto delivery = deliveryFor(route);
         made->push_back({std::move(route), std::move(delivery)});
     }
-    retireUnused(*made);
+    ended = retireUnused(*made);
     targets = std::move(made);
 }
 

@@ -48,7 +48,8 @@ private:
     using Targets = std::vector<Target>;
 
     std::shared_ptr<Delivery> deliveryFor(const Route& route);
-    void retireUnused(const Targets& used);
+    /// Those that have ended, to be destroyed without the lock.
+    std::vector<std::shared_ptr<Delivery>> retireUnused(const Targets& used);
     OpenInstance render(const InstanceObject& indication) const;
 
     const cimxml::TagTable tags;

@@ -21,6 +21,7 @@ std::string stateText(const std::vector<const InstanceObject*>& instances);
 void readState(const std::filesystem::path& file, std::string_view text, const ClassRepository& repository,
                std::string_view nameSpace, const std::function<void(const cimxml::Instance&)>& take);
 
+/// Bytes of a state file that is written or read.
 constexpr std::size_t longestStateFile = std::size_t{16} << 20;
 
 } // namespace cimhost

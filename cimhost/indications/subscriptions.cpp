@@ -382,6 +382,11 @@ void Subscriptions::save() {
     std::string text = stateText(lasting);
     if (text == lastState) return;
     try {
+        // What is longer would be refused at the next reading, and then neither changes nor a restart would succeed.
+        if (text.size() > longestStateFile) {
+            throw std::runtime_error("together they would take more than " + std::to_string(longestStateFile) +
+                                     " bytes; remove others first");
+        }
         if (readWholeFile(settings.stateFile, longestStateFile).value_or("") != lastState) {
             throw std::runtime_error(settings.stateFile.string() + ": somebody else has changed it");
         }

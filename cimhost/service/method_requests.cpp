@@ -23,10 +23,11 @@ cimxml::Value asReference(RequestScope& scope, std::string_view nameSpace, const
     reference.type = CMPI_ref;
     reference.isArray = text.isArray;
     try {
+        requireEntries(CMPI_ref, text);
         for (std::size_t index = 0; index < text.texts.size(); ++index) {
             reference.references.push_back(parsePath(text.texts[index], nameSpace, scope.broker().repository()));
         }
-    } catch (const PathTextError& error) {
+    } catch (const std::runtime_error& error) {
         refuseParameter(declared.name, error.what());
     }
     return reference;

@@ -5,12 +5,15 @@
 #include "cimhost/service/cim_failure.h"
 #include "cimhost/service/path_text.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
 
 namespace cimhost {
 
 namespace {
+
+constexpr std::string_view blanks = " \t\r\n"; // of XML
 
 std::string shown(std::string_view text) { return "\"" + std::string(text.substr(0, 64)) + "\""; }
 
@@ -37,11 +40,9 @@ cimxml::KeyType kindOf(CMPIType type) {
 std::string_view trimmedNumber(const cimxml::KeyBinding& key) {
     std::string_view text = key.text;
     if (key.type == cimxml::KeyType::text) return text;
-    while (!text.empty() && text.front() <= ' ')
-        text.remove_prefix(1);
-    while (!text.empty() && text.back() <= ' ')
-        text.remove_suffix(1);
-    return text;
+    const std::size_t begin = text.find_first_not_of(blanks);
+    if (begin == std::string_view::npos) return {};
+    return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
 }
 
 // A reference without a namespace points into that of the path which holds it.
@@ -92,7 +93,13 @@ CMPIData makeScalar(RequestScope& scope, CMPIType type, std::string_view text) {
     return *data;
 }
 
+// An entry takes a byte or two of the request, but an object as an element.
+constexpr std::size_t mostEntries = 65536;
+
+bool isByteType(CMPIType type) { return type == CMPI_uint8 || type == CMPI_sint8; }
+
 CMPIData makeArray(RequestScope& scope, std::string_view nameSpace, CMPIType elementType, const cimxml::Value& value) {
+    requireEntries(elementType, value);
     const std::size_t size = elementType == CMPI_ref ? value.references.size() : value.texts.size();
     ArrayObject* array = ArrayObject::make(scope.arena(), static_cast<CMPICount>(size), elementType);
     if (!array) throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, "there are no arrays of this type");
@@ -119,6 +126,7 @@ void setProperty(RequestScope& scope, InstanceObject& instance, const cimxml::Pr
                          "property " + declared->name + " of class " + instance.declaration()->name() + " is " +
                              std::string(typeName(declared->type)) + (declared->isArray() ? "[]" : ""));
     }
+    if (declared->isArray()) requireEntries(elementOf(declared->type), property.value, "property " + declared->name);
     const CMPIData data = makeValue(scope, instance.nameSpace(), declared->type, property.value);
     if (instance.setProperty(declared->name, data) != CMPI_RC_OK) {
         throw CimFailure(CMPI_RC_ERR_TYPE_MISMATCH, "property " + declared->name);
@@ -138,6 +146,14 @@ ObjectPathObject& makePath(RequestScope& scope, std::string_view nameSpace, cons
         made.keyBindings.set(scope.arena(), name, data);
     }
     return made;
+}
+
+void requireEntries(CMPIType elementType, const cimxml::Value& value, std::string_view whose) {
+    const std::size_t count = std::max(value.texts.size(), value.references.size());
+    if (isByteType(elementType) || count <= mostEntries) return;
+    throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, std::string(whose) + (whose.empty() ? "" : ": ") + "an array of " +
+                                                        std::string(typeName(elementType)) + " has at most " +
+                                                        std::to_string(mostEntries) + " entries");
 }
 
 CMPIData makeValue(RequestScope& scope, std::string_view nameSpace, CMPIType type, const cimxml::Value& value) {

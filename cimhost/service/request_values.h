@@ -18,6 +18,10 @@ ObjectPathObject& makePath(RequestScope& scope, std::string_view nameSpace, cons
 /// CIM_ERR_INVALID_PARAMETER for a text that is no value of its type.
 InstanceObject& makeInstance(RequestScope& scope, const ObjectPathObject& path, const cimxml::Instance& instance);
 
+/// Bytes may be as many as a message holds, entries of other types 65536. Throws CimFailure with
+/// CIM_ERR_INVALID_PARAMETER if there are more, its text beginning with whose they are where that is given.
+void requireEntries(CMPIType elementType, const cimxml::Value& value, std::string_view whose = {});
+
 /// A value as a property or an argument of that type. Throws as above.
 CMPIData makeValue(RequestScope& scope, std::string_view nameSpace, CMPIType type, const cimxml::Value& value);
 

@@ -136,6 +136,13 @@ TEST_F(Delivering, AListenerGetsWhatItsFilterSelectsWithNumbers) {
     EXPECT_THAT(bodies[1], HasSubstr("<INSTANCE CLASSNAME=\"" + linkUp + "\">"));
 }
 
+TEST_F(Delivering, ANameWritesNoLinesOfItsOwnIntoTheLog) {
+    world.subscribe(world.filter("f", alerts),
+                    world.destination("a\nlistener b: answers\x7f\xc2\x85 again", "http://127.0.0.1:1/"));
+    world.deliver(linkUp);
+    EXPECT_TRUE(isLogged("listener a listener b: answers    again at 127.0.0.1:1: "));
+}
+
 TEST_F(Delivering, ASubclassIsWhatItsSuperclassIs) {
     FakeListener listener;
     subscribe("SELECT * FROM CIM_Indication", listener.url());

@@ -27,10 +27,10 @@ Instance numbered(const std::string& context, const std::string& number) {
 } // namespace
 
 TEST(ReceivedIndication, IsShownWithoutWhatATerminalWouldObey) {
-    EXPECT_EQ(
-        cimhost::cli::textOf(received("<PROPERTY NAME=\"Message\" TYPE=\"string\"><VALUE>a&#10;b</VALUE></PROPERTY>"
-                                      "<PROPERTY NAME=\"Empty\" TYPE=\"string\"/>")),
-        "T_Alert\n  Message  a?b\n");
+    EXPECT_EQ(cimhost::cli::textOf(received("<PROPERTY NAME=\"Message\" TYPE=\"string\"><VALUE>a&#10;b\x7f\xc2\x9b"
+                                            "3</VALUE></PROPERTY>"
+                                            "<PROPERTY NAME=\"Empty\" TYPE=\"string\"/>")),
+              "T_Alert\n  Message  a b   3\n");
 }
 
 TEST(ReceivedIndication, IsOneLineOfJsonForTools) {
@@ -43,6 +43,22 @@ TEST(ReceivedIndication, IsOneLineOfJsonForTools) {
                   "</PROPERTY.ARRAY>")),
               "{\"class\":\"T_Alert\",\"properties\":{\"N\":18446744073709551615,\"S\":-3,\"B\":true,\"Null\":null,"
               "\"A\":[\"x\",null]}}\n");
+}
+
+TEST(ReceivedIndication, WhatIsNoValueOfItsTypeStaysText) {
+    const auto jsonOf = [](const std::string& type, const std::string& text) {
+        const std::string line = cimhost::cli::jsonLineOf(
+            received("<PROPERTY NAME=\"P\" TYPE=\"" + type + "\"><VALUE>" + text + "</VALUE></PROPERTY>"));
+        const std::size_t begin = line.find("\"P\":") + 4;
+        return line.substr(begin, line.size() - begin - 3);
+    };
+    EXPECT_EQ(jsonOf("sint64", "-9223372036854775808"), "-9223372036854775808");
+    EXPECT_EQ(jsonOf("sint64", "-18446744073709551615"), "\"-18446744073709551615\"");
+    EXPECT_EQ(jsonOf("uint8", "255"), "255");
+    EXPECT_EQ(jsonOf("uint8", "999"), "\"999\"");
+    EXPECT_EQ(jsonOf("uint16", "-1"), "\"-1\"");
+    EXPECT_EQ(jsonOf("boolean", "FALSE"), "false");
+    EXPECT_EQ(jsonOf("boolean", "maybe"), "\"maybe\"");
 }
 
 TEST(ReceivedIndication, GapsAndRepetitionsAreTold) {

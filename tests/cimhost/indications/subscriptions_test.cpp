@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+using cimhost::testing_support::Properties;
 using cimhost::testing_support::World;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -215,6 +216,45 @@ TEST(Subscriptions, AFileThatSomebodyElseChangedIsNotOverwritten) {
     EXPECT_EQ(World::statusOf([&] { world.filter("g", alerts); }), CMPI_RC_ERR_FAILED);
     EXPECT_EQ(contentOf(file), "mine");
     EXPECT_THAT(world.names("CIM_IndicationFilter"), SizeIs(1));
+}
+
+TEST(Subscriptions, WhatCouldNotBeReadAgainIsRefusedAndLocksNobodyOut) {
+    const TemporaryFolder folder;
+    const auto file = folder.path / "state.json";
+    std::string escaped;
+    for (int count = 0; count < 16384; ++count)
+        escaped += "\\u0001";
+    const std::vector<std::string> longProperties = {"SystemName", "Caption", "Description", "ElementName"};
+    {
+        // Almost as long as may be.
+        std::ofstream stream(file);
+        stream << R"({"format": "cimhost subscriptions 1", "instances": [)";
+        for (int number = 0; number < 42; ++number) {
+            stream << (number > 0 ? ",\n" : "") << R"({"class": "CIM_IndicationFilter", "properties": {"Name": ")"
+                   << number << R"(", "Query": ")" << alerts << '"';
+            for (const std::string& name : longProperties)
+                stream << ", \"" << name << "\": \"" << escaped << '"';
+            stream << "}}";
+        }
+        stream << "]}\n";
+    }
+    World world(file);
+    world.server->subscriptions().restore();
+    const std::string before = contentOf(file);
+    Properties next = {{"Name", "next"}, {"Query", alerts}};
+    for (const std::string& name : longProperties)
+        next.emplace_back(name, std::string(16384, '\1'));
+    try {
+        world.create("CIM_IndicationFilter", next);
+        ADD_FAILURE();
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(), HasSubstr("more than 16777216 bytes"));
+    }
+    EXPECT_TRUE(contentOf(file) == before);
+    const std::vector<std::string> made = world.names("CIM_IndicationFilter");
+    EXPECT_THAT(made, SizeIs(42));
+    world.remove(made.front());
+    EXPECT_LT(std::filesystem::file_size(file), before.size());
 }
 
 TEST(Subscriptions, AFolderThatCannotBeWrittenRefusesWhatCannotBeRemembered) {

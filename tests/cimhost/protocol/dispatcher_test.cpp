@@ -261,6 +261,13 @@ std::vector<RefusedCall> refusedCalls() {
          get("<INSTANCENAME CLASSNAME=\"T_Counter\"><KEYVALUE "
              "VALUETYPE=\"numeric\">4294967296</KEYVALUE></INSTANCENAME>"),
          4},
+        {"NumberKeyBetweenBlanks", "GetInstance",
+         get("<INSTANCENAME CLASSNAME=\"T_Counter\"><KEYVALUE VALUETYPE=\"numeric\">\t 5 \n</KEYVALUE></INSTANCENAME>"),
+         6},
+        {"NumberKeyBetweenLetters", "GetInstance",
+         get("<INSTANCENAME CLASSNAME=\"T_Counter\"><KEYVALUE "
+             "VALUETYPE=\"numeric\">\u00E95\u00E9</KEYVALUE></INSTANCENAME>"),
+         4},
         {"ClassNameForInstance", "GetInstance", get("<CLASSNAME NAME=\"T_FibrePort\"/>"), 4},
         {"InstanceOfNoProvider", "GetInstance",
          get("<INSTANCENAME CLASSNAME=\"T_Counter\"><KEYVALUE VALUETYPE=\"numeric\">1</KEYVALUE></INSTANCENAME>"), 6},

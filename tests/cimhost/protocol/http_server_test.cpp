@@ -295,6 +295,14 @@ TEST_F(HttpServer, LargeRequestsTogetherAreBounded) {
     EXPECT_EQ(firstStatus + secondStatus, 200 + 503);
 }
 
+TEST_F(HttpServer, WhoHoldsLittleIsServedHoweverMuchOthersHold) {
+    options.limits.allBodyBytes = 100;
+    start();
+    const std::string small(10'000, 'x');
+    EXPECT_EQ(bodyOf(ask(post(small))), small);
+    EXPECT_EQ(statusOf(ask(post(std::string(150'000, 'x')))), 503);
+}
+
 std::string largeBody(std::size_t size) {
     std::string body(size, 'a');
     for (std::size_t index = 0; index < size; ++index)

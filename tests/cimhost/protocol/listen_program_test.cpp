@@ -1,6 +1,8 @@
 // The command cimhost listen at a server that asks for a user.
 #include "program.h"
 
+#include "cimhost/http/client.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -66,6 +68,24 @@ TEST_F(Listening, SubscribesAsTheUserThatItIsGivenOrFindsInItsEnvironment) {
     expectRefusal({"--user", "anna:wrong"}, authority + " does not take this user and password");
     expectRefusal({"--user", "bert:secret"}, authority + " does not take this user and password");
     expectRefusal({"--user", "anna"}, "--user is written NAME:PASSWORD");
+}
+
+TEST(ListenProgram, WhatCannotBePrintedIsNotConfirmed) {
+    Process listener({"/bin/sh", "-c", "exec \"$0\" listen --port 0 >/dev/full", PROGRAM});
+    ASSERT_TRUE(listener.hasError("listening for indications on http://127.0.0.1:")) << listener.errors();
+    const std::string line = listener.errors();
+    const auto url = http::parseUrl(line.substr(line.find("http://"), line.find('\n') - line.find("http://")));
+    ASSERT_TRUE(url);
+    http::Client client(*url, {});
+    const http::ClientAnswer answer = client.post(
+        {{"Content-Type", "application/xml"}, {"CIMExport", "MethodRequest"}},
+        "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\"><SIMPLEEXPREQ>"
+        "<EXPMETHODCALL NAME=\"ExportIndication\"><EXPPARAMVALUE NAME=\"NewIndication\"><INSTANCE "
+        "CLASSNAME=\"T_Alert\"/></EXPPARAMVALUE></EXPMETHODCALL></SIMPLEEXPREQ></MESSAGE></CIM>");
+    EXPECT_EQ(answer.status, 503);
+    EXPECT_EQ(listener.wait(), 2);
+    EXPECT_EQ(lineCount(listener.errors()), 2U) << listener.errors();
+    EXPECT_THAT(listener.errors(), HasSubstr("cimhost: standard output takes no more indications\n"));
 }
 
 TEST(ListenProgram, AServerThatIsNotThereIsTold) {

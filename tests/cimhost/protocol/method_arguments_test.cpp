@@ -16,7 +16,7 @@ Qualifier Out : boolean = false, Scope(parameter);
 class T_Card { [Key] string Id; };
 class T_Service {
     [Key] string Name;
-    uint32 Install([In] uint8 Image[], [In] T_Card REF Target, [In] T_Card REF Others[], [In] string URI,
+    uint32 Install([In] uint8 Image[], [In] T_Card REF Target, [In] T_Card REF Others[], [In] string URI, [In] string Names[],
                    [In(false), Out] uint16 Progress);
 };
 )";
@@ -114,6 +114,26 @@ TEST_F(MethodArgumentsTest, WhatDoesNotFitIsAnInvalidParameter) {
     EXPECT_EQ(refusal("URI", reference), CMPI_RC_ERR_INVALID_PARAMETER);
     EXPECT_EQ(refusal("Image", reference), CMPI_RC_ERR_INVALID_PARAMETER);
     EXPECT_EQ(refusal("Target", texts({"no path"}, false)), CMPI_RC_ERR_INVALID_PARAMETER);
+}
+
+TEST_F(MethodArgumentsTest, OnlyBytesMayBeMoreThanAnArgumentNeeds) {
+    const std::vector<std::string> most(65536, "7");
+    const std::vector<std::string> tooMany(65537, "7");
+    EXPECT_EQ(refusal("Names", texts(most, true)), CMPI_RC_OK);
+    EXPECT_EQ(refusal("Image", texts(tooMany, true)), CMPI_RC_OK);
+    EXPECT_EQ(refusal("Names", texts(tooMany, true)), CMPI_RC_ERR_INVALID_PARAMETER);
+    for (const auto& [name, type] : {std::pair{"Names", "string"}, std::pair{"Others", "reference"}}) {
+        try {
+            argument(name, texts(tooMany, true));
+            ADD_FAILURE() << name;
+        } catch (const CimFailure& failure) {
+            const std::string message = failure.what();
+            EXPECT_NE(message.find(name), std::string::npos) << message;
+            EXPECT_NE(message.find(std::string("an array of ") + type + " has at most 65536 entries"),
+                      std::string::npos)
+                << message;
+        }
+    }
 }
 
 } // namespace

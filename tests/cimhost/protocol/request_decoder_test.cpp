@@ -161,6 +161,38 @@ TEST(RequestDecoder, AMessageThatHoldsTooMuchIsRefused) {
     EXPECT_EQ(outcome("<CLASSNAME NAME=\"" + text + text + "\"/>"), tooMuch);
 }
 
+TEST(RequestDecoder, BytesAreNotSpeltOutBeyondWhatAMessageMayHold) {
+    XmlLimits limits;
+    limits.heldBytes = 10'000;
+    std::string numbers = xmlHeader + "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><VALUE.ARRAY>";
+    for (int index = 0; index < 5000; ++index)
+        numbers += "<VALUE>255</VALUE>";
+    for (const std::string odd : {"<VALUE>x</VALUE>", "<VALUE.NULL/>"}) {
+        XmlReader reader(limits);
+        ASSERT_EQ(reader.read(numbers), std::nullopt);
+        const std::size_t before = reader.heldBytes();
+        const auto error = reader.read(odd);
+        ASSERT_NE(error, std::nullopt) << odd;
+        EXPECT_EQ(error->message, "line 1: the message holds too much");
+        EXPECT_LE(reader.heldBytes(), before) << odd;
+    }
+}
+
+TEST(RequestDecoder, AListThatMayNotGrowStaysAsItIs) {
+    TextList texts;
+    for (const std::string number : {"0", "10", "200"})
+        EXPECT_TRUE(texts.append(number, 3));
+    EXPECT_FALSE(texts.append("1", 3));
+    EXPECT_FALSE(texts.append("x", 22));
+    EXPECT_FALSE(texts.appendNull(21));
+    EXPECT_EQ(texts.heldBytes(), 3U);
+    EXPECT_TRUE(texts.append("x", 23));
+    EXPECT_EQ(texts.heldBytes(), 23U);
+    EXPECT_EQ(all(texts), (std::vector<std::string>{"0", "10", "200", "x"}));
+    EXPECT_FALSE(texts.appendNull(26));
+    EXPECT_TRUE(texts.appendNull(27));
+}
+
 TEST(RequestDecoder, AnEmptyPropertyListIsNotAnAbsentOne) {
     EXPECT_EQ(decoded(call("")).parameter("P"), nullptr);
     argument<std::monostate>("");

@@ -1,5 +1,6 @@
 #include "cimhost/cli/table.h"
 #include "cimhost/cli/values_text.h"
+#include "cimhost/model/printable.h"
 
 #include <gtest/gtest.h>
 

@@ -254,7 +254,18 @@ TEST_F(Delivering, RemovingASubscriptionDoesNotWaitForItsListener) {
     EXPECT_EQ(world.deliver(linkUp), CMPI_RC_ERR_FAILED);
 }
 
-TEST_F(Delivering, AServerThatEndsBringsWhatWaits) {
+/// Its end is given time for all, on a slow machine too.
+class LongEnding : public Delivering {
+protected:
+    static DeliveryOptions options() {
+        DeliveryOptions made = quick();
+        made.stopGrace = 60s;
+        return made;
+    }
+    LongEnding() : Delivering(options()) {}
+};
+
+TEST_F(LongEnding, AServerThatEndsBringsWhatWaits) {
     FakeListener listener;
     subscribe(alerts, listener.url());
     for (int number = 0; number < 50; ++number)

@@ -189,15 +189,14 @@ TEST_P(EndedThreadTest, OfTheProviderAnswersFromItsListsAndEndsWithTheCleanUp) {
     unsigned n = 0;
     for (bool isEnded = true; isEnded && !HasFailure();) {
         tavikLibrary.storage(1).property.state = tavik::PortOperational;
-        const unsigned delivered = plainBroker.deliveredCount;
         loadAndBuild();
         subscribe();
         tavikLibrary.storage(1).property.state = tavik::PortLoopDown;
         tavikLibrary.raiseAlarm(1, 0, 0, "port state");
         arm(Victim::pollingThread, ++n);
         services.wake(1);
-        while (!wasReached && plainBroker.deliveredCount == delivered)
-            usleep(100);
+        while (!wasReached && !services.becomesIdle(std::chrono::milliseconds(1))) {
+        }
         EXPECT_EQ(enumerate(fcPort), oneObject) << "after call " << n;
         cleanUpAll();
         isEnded = wasReached;

@@ -53,7 +53,8 @@ static void fail(CMPIStatus* status, CMPIrc rc) {
 }
 
 static void enter(const char* function) {
-    if (plainBroker.before) plainBroker.before(function);
+    const PlainHook hook = plainBroker.before;
+    if (hook) hook(function);
 }
 
 static void* make(size_t size) {

@@ -8,7 +8,16 @@
 #include "cmpift.h"
 
 #ifdef __cplusplus
+#include <atomic>
 extern "C" {
+#endif
+
+/* A test sets it while the provider's thread calls. */
+typedef void (*PlainHook)(const char* function);
+#ifdef __cplusplus
+typedef std::atomic<PlainHook> PlainHookSlot;
+#else
+typedef _Atomic(PlainHook) PlainHookSlot;
 #endif
 
 typedef struct PlainBroker {
@@ -18,7 +27,7 @@ typedef struct PlainBroker {
     CMPIBrokerEncFT objects;
     CMPIBrokerExtFT threads;
     /* Called at the beginning of every function of the tables, objects' included, if set. May throw. */
-    void (*before)(const char* function);
+    PlainHookSlot before;
     /* What the provider wrote to the server's log. */
     unsigned messageCount;
     CMPISeverity lastSeverity;

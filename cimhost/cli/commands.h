@@ -19,7 +19,8 @@ struct ServeOptions {
     std::string certificate;
     std::string key;
     std::string credentials;
-    std::string state; ///< file that remembers subscriptions; empty: nothing does
+    bool anonymousWrites = false; ///< whoever can connect may change something
+    std::string state;            ///< file that remembers subscriptions; empty: nothing does
     std::size_t connections = 64;
     std::size_t workers = 4;
     std::size_t largestRequestMebibytes = 400; ///< a flash image takes up to twenty times its size

@@ -74,6 +74,8 @@ CLI::App* addServe(CLI::App& app, Arguments& arguments) {
     command->add_option("--key", arguments.serve.key, "TLS key, PEM");
     command->add_option("--credentials", arguments.serve.credentials,
                         "Users, as lines user:hash with hashes made by: openssl passwd -6");
+    command->add_flag("--anonymous-writes", arguments.serve.anonymousWrites,
+                      "Without users, let whoever can connect call methods and make, change and delete instances");
     command->add_option("--connections", arguments.serve.connections, "Clients at the same moment")
         ->check(CLI::Range(1, 10000))
         ->capture_default_str();

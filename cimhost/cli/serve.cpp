@@ -57,6 +57,10 @@ http::Options serverOptions(const ServeOptions& options) {
     if (!options.credentials.empty()) {
         server.credentials = std::make_shared<http::Credentials>(http::Credentials::load(options.credentials));
     }
+    if (options.anonymousWrites && server.credentials) {
+        throw std::runtime_error("--anonymous-writes is for servers without users: with --credentials every request "
+                                 "needs one");
+    }
     if (!http::isLoopback(server.address) && !server.credentials) {
         throw std::runtime_error("listening on " + server.address +
                                  " needs authentication: give --credentials FILE with lines user:hash, each hash made "
@@ -128,9 +132,13 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     host.warmUp();
     indications->subscriptions().restore();
     Dispatcher dispatcher(host.operations(), host.broker());
-    handler.endpoint = std::make_unique<Endpoint>(dispatcher);
+    handler.endpoint =
+        std::make_unique<Endpoint>(dispatcher, options.anonymousWrites ? Writers::everybody : Writers::users);
     std::cout << "cimhost: listening on " << urlOf(settings, server.port()) << ", namespace " << hostOptions.nameSpace
               << std::endl;
+    if (options.anonymousWrites) {
+        std::cerr << "cimhost: --anonymous-writes: whoever can connect may change adapters and subscriptions\n";
+    }
     server.run();
     host.shutdown();
     indications->router().stop();

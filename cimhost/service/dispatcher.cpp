@@ -127,6 +127,7 @@ enum class Returns { nothing, value };
 
 struct OperationRow {
     std::string_view name;
+    Access needs;
     Returns returns;
     void (*run)(const Call&);
     std::string_view parameters; // parted by blanks
@@ -134,19 +135,19 @@ struct OperationRow {
 
 // clang-format off
 constexpr OperationRow operationRows[] = {
-    {"EnumerateInstances",     Returns::value,   enumerateInstances,     "ClassName LocalOnly DeepInheritance IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"EnumerateInstanceNames", Returns::value,   enumerateInstanceNames, "ClassName"},
-    {"GetInstance",            Returns::value,   getInstance,            "InstanceName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"CreateInstance",         Returns::value,   createInstance,         "NewInstance"},
-    {"ModifyInstance",         Returns::nothing, modifyInstance,         "ModifiedInstance IncludeQualifiers PropertyList"},
-    {"DeleteInstance",         Returns::nothing, deleteInstance,         "InstanceName"},
-    {"GetClass",               Returns::value,   getClass,               "ClassName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"EnumerateClasses",       Returns::value,   enumerateClasses,       "ClassName DeepInheritance LocalOnly IncludeQualifiers IncludeClassOrigin"},
-    {"EnumerateClassNames",    Returns::value,   enumerateClassNames,    "ClassName DeepInheritance"},
-    {"Associators",            Returns::value,   associators,            "ObjectName AssocClass ResultClass Role ResultRole IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"AssociatorNames",        Returns::value,   associatorNames,        "ObjectName AssocClass ResultClass Role ResultRole"},
-    {"References",             Returns::value,   references,             "ObjectName ResultClass Role IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"ReferenceNames",         Returns::value,   referenceNames,         "ObjectName ResultClass Role"},
+    {"EnumerateInstances",     Access::read,   Returns::value,   enumerateInstances,     "ClassName LocalOnly DeepInheritance IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"EnumerateInstanceNames", Access::read,   Returns::value,   enumerateInstanceNames, "ClassName"},
+    {"GetInstance",            Access::read,   Returns::value,   getInstance,            "InstanceName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"CreateInstance",         Access::change, Returns::value,   createInstance,         "NewInstance"},
+    {"ModifyInstance",         Access::change, Returns::nothing, modifyInstance,         "ModifiedInstance IncludeQualifiers PropertyList"},
+    {"DeleteInstance",         Access::change, Returns::nothing, deleteInstance,         "InstanceName"},
+    {"GetClass",               Access::read,   Returns::value,   getClass,               "ClassName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"EnumerateClasses",       Access::read,   Returns::value,   enumerateClasses,       "ClassName DeepInheritance LocalOnly IncludeQualifiers IncludeClassOrigin"},
+    {"EnumerateClassNames",    Access::read,   Returns::value,   enumerateClassNames,    "ClassName DeepInheritance"},
+    {"Associators",            Access::read,   Returns::value,   associators,            "ObjectName AssocClass ResultClass Role ResultRole IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"AssociatorNames",        Access::read,   Returns::value,   associatorNames,        "ObjectName AssocClass ResultClass Role ResultRole"},
+    {"References",             Access::read,   Returns::value,   references,             "ObjectName ResultClass Role IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"ReferenceNames",         Access::read,   Returns::value,   referenceNames,         "ObjectName ResultClass Role"},
 };
 // clang-format on
 
@@ -157,9 +158,21 @@ const OperationRow& rowFor(const Request& request) {
     throw CimFailure(CMPI_RC_ERR_NOT_SUPPORTED, "this server has no operation " + request.methodName.substr(0, 64));
 }
 
+void require(Access needed, const Caller& caller) {
+    if (needed == Access::read || caller.access == Access::change) return;
+    throw CimFailure(CMPI_RC_ERR_ACCESS_DENIED,
+                     "this server lets nobody change anything without name and password, and it has no users: start it "
+                     "with --credentials FILE (cimhost user add FILE NAME makes one), or with --anonymous-writes where "
+                     "whoever can connect may make changes");
+}
+
 void runOperation(const Call& call) {
-    if (call.request.kind == Request::Kind::extrinsic) return invokeMethod(call);
+    if (call.request.kind == Request::Kind::extrinsic) {
+        require(Access::change, call.caller);
+        return invokeMethod(call);
+    }
     const OperationRow& row = rowFor(call.request);
+    require(row.needs, call.caller);
     refuseUnknownParameters(call.request, row.parameters);
     if (row.returns == Returns::nothing) return row.run(call);
     call.encoder.raw("<IRETURNVALUE>");

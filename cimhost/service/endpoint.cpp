@@ -115,7 +115,7 @@ std::optional<ProtocolError> compareWithHeader(const http::Request& head, const 
 // One message, as it comes.
 class MessageReader final : public http::BodyReader {
 public:
-    explicit MessageReader(Dispatcher& behind) : dispatcher(behind) {}
+    MessageReader(Dispatcher& behind, Writers changers) : dispatcher(behind), writers(changers) {}
 
     std::optional<http::Response> read(std::string_view bytes) override {
         const std::optional<ProtocolError> error = document.read(bytes);
@@ -130,6 +130,7 @@ public:
         const auto& message = std::get<cimxml::Request>(decoded);
         if (const std::optional<ProtocolError> error = compareWithHeader(request, message)) return refusal(*error);
         Caller caller;
+        if (request.user.empty() && writers == Writers::users) caller.access = Access::read;
         caller.principal = std::move(request.user);
         if (const std::string* language = request.field("Accept-Language")) caller.acceptLanguage = *language;
         if (const std::string* host = request.field("Host")) caller.host = *host;
@@ -143,6 +144,7 @@ public:
 
 private:
     Dispatcher& dispatcher;
+    Writers writers;
     cimxml::XmlReader document;
 };
 
@@ -161,10 +163,12 @@ std::optional<http::Response> Endpoint::refuse(const http::Request& head) const 
     return std::nullopt;
 }
 
-http::Response Endpoint::answer(http::Request request) { return MessageReader(dispatcher).finish(std::move(request)); }
+http::Response Endpoint::answer(http::Request request) {
+    return MessageReader(dispatcher, writers).finish(std::move(request));
+}
 
 std::unique_ptr<http::BodyReader> Endpoint::readerOfLargeBody(const http::Request&) {
-    return std::make_unique<MessageReader>(dispatcher);
+    return std::make_unique<MessageReader>(dispatcher, writers);
 }
 
 } // namespace cimhost

@@ -7,10 +7,13 @@
 
 namespace cimhost {
 
+/// Who may change something: call methods, make, modify and delete instances.
+enum class Writers { users, everybody };
+
 class Endpoint final : public http::Handler {
 public:
     /// The dispatcher outlives the endpoint.
-    explicit Endpoint(Dispatcher& behind) : dispatcher(behind) {}
+    explicit Endpoint(Dispatcher& behind, Writers changers = Writers::users) : dispatcher(behind), writers(changers) {}
 
     /// A POST of XML to / or /cimom with the field CIMOperation: MethodCall goes on. That field is required: without it
     /// a web page could make a visitor's browser post requests to a server on his own machine.
@@ -23,6 +26,7 @@ public:
 
 private:
     Dispatcher& dispatcher;
+    Writers writers;
 };
 
 } // namespace cimhost

@@ -14,12 +14,19 @@
 
 namespace cimhost {
 
-/// Who asks, and what he says about the answer he wants.
+/// What somebody may ask for.
+enum class Access {
+    read,
+    change, ///< reading included
+};
+
+/// Who asks, what he may do, and what he says about the answer he wants.
 struct Caller {
     std::string principal;
     std::string acceptLanguage;
     CMPIFlags flags = 0; ///< CMPI_FLAG_LocalOnly and so on, as the request gives them
     std::string host;    ///< what he calls this server, as "name:port"; empty: unknown
+    Access access = Access::change;
 };
 
 /// How a method finds its array arguments typed: servers differ, and some providers take only the one or the other.

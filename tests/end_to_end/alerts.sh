@@ -7,7 +7,8 @@ set -euo pipefail
 copy=$(mktemp -d)
 cp "$2" "$copy/fleet.json"
 # shellcheck source=tests/end_to_end/server.sh
-source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --state "$copy/state.json"
+source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --state "$copy/state.json" \
+    --anonymous-writes
 listener=
 clean() {
     if [[ -n $listener ]]; then kill "$listener" 2>/dev/null || true; fi
@@ -115,7 +116,8 @@ check "the filter is there" "$interop:$filter" "$(wbemcli ein "http://$interop:C
 
 kill -TERM "$server"
 wait "$server" || true
-"$cimhost" serve --fleet "$copy/fleet.json" --listen "${url}" --state "$copy/state.json" >again 2>>errors &
+"$cimhost" serve --fleet "$copy/fleet.json" --listen "${url}" --state "$copy/state.json" \
+    --anonymous-writes >again 2>>errors &
 server=$!
 for _ in $(seq 300); do
     grep -q listening again && break

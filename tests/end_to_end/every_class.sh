@@ -4,7 +4,7 @@
 set -euo pipefail
 
 # shellcheck source=tests/end_to_end/server.sh
-source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$2"
+source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$2" --anonymous-writes
 registration=$3
 
 ask_for() { # ask_for PLACE CLASS

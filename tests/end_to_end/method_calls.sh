@@ -4,7 +4,7 @@
 copy=$(mktemp -d)
 cp "$2" "$copy/fleet.json"
 # shellcheck source=tests/end_to_end/server.sh
-source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --bare-arrays
+source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --bare-arrays --anonymous-writes
 trap 'stop; rm -rf "$copy"' EXIT
 
 storage=Merolt_FCHBA_SoftwareInstallationService

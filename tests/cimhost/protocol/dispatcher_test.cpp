@@ -205,6 +205,17 @@ TEST_F(DispatcherTest, ClientsAreServedAtTheSameTime) {
     EXPECT_EQ(host.provider.calls.size(), 2U * (1 + 4 * 50));
 }
 
+TEST_F(DispatcherTest, WhoMayOnlyReadIsRefusedEveryChangeBeforeTheProviderHearsOfIt) {
+    host.access = Access::read;
+    const std::string path = parameter("InstanceName", instanceName("T_FibrePort", "System=s,Id=a"));
+    for (const char* change : {"CreateInstance", "ModifyInstance", "DeleteInstance"}) {
+        EXPECT_THAT(host.call(change, path), HasSubstr(error(2))) << change;
+    }
+    EXPECT_TRUE(host.provider.calls.empty());
+    EXPECT_THAT(host.call("GetInstance", path), HasSubstr("<INSTANCE "));
+    EXPECT_THAT(host.call("EnumerateInstances", className("T_Element")), Not(HasSubstr("<ERROR")));
+}
+
 TEST_F(DispatcherTest, AMethodThatItsClassLacksIsNotFound) {
     const std::string answer = host.handle(
         "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"

@@ -10,6 +10,7 @@ namespace cimhost {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using testing_support::FakeHost;
 
 const std::string enumerateNames =
@@ -106,6 +107,17 @@ TEST_F(EndpointTest, AMessageIsRefusedAtThePieceThatIsWrong) {
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->status, 400U);
     EXPECT_EQ(fieldOf(*refusal, "CIMError"), "request-not-valid");
+}
+
+TEST_F(EndpointTest, WhoeverIsNobodyChangesNothing) {
+    http::Request request{"POST", "/cimom", {{"CIMOperation", "MethodCall"}}, start, ""};
+    const auto answer = [&request](Endpoint& asked) { return std::string(asked.answer(request).body.view()); };
+    EXPECT_THAT(answer(endpoint), HasSubstr("<ERROR CODE=\"2\""));
+    EXPECT_THAT(answer(endpoint), HasSubstr("--anonymous-writes"));
+    Endpoint open(*host.dispatcher, Writers::everybody);
+    EXPECT_THAT(answer(open), Not(HasSubstr("<ERROR CODE=\"2\"")));
+    request.user = "anna";
+    EXPECT_THAT(answer(endpoint), Not(HasSubstr("<ERROR CODE=\"2\"")));
 }
 
 std::vector<Exchange> exchanges() {

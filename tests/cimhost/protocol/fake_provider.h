@@ -86,6 +86,7 @@ public:
     /// Handles a whole document.
     std::string handle(const std::string& document);
 
+    Access access = Access::change; // of whoever asks
     ClassRepository repository;
     Registration registration;
     FakeProvider provider;

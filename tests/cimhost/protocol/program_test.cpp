@@ -25,7 +25,7 @@ using testing_support::TemporaryFile;
 using testing_support::urlOf;
 
 TEST(Program, ServesAClientAndEndsWhenTold) {
-    Process server({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0"});
+    Process server({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--anonymous-writes"});
     const std::string url = urlOf(server);
     ASSERT_NE(url, "") << server.errors();
     const std::string ports = url + "/root/merolt_cmpi:Merolt_FCHBA_FCPort";
@@ -51,6 +51,31 @@ TEST(Program, ServesAClientAndEndsWhenTold) {
 
     server.signal(SIGTERM);
     EXPECT_EQ(server.wait(), 0);
+}
+
+// As a newcomer starts it: whoever is on the machine may look, and nobody may change anything.
+TEST(Program, WithoutUsersNothingCanBeChanged) {
+    Process server({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--state", ""});
+    const std::string url = urlOf(server);
+    ASSERT_NE(url, "") << server.errors();
+    if (run({"wbemcli", "--help"}).status == 127) GTEST_SKIP() << "wbemcli is not installed";
+    const std::string filter = url +
+                               "/root/PG_InterOp:CIM_IndicationFilter.SystemCreationClassName=\"CIM_ComputerSystem\","
+                               "SystemName=\"h\",CreationClassName=\"CIM_IndicationFilter\",Name=\"f\"";
+    const std::string service = url + "/root/merolt_cmpi:Merolt_NIC_SoftwareInstallationService";
+    const Ended names = run({"wbemcli", "ein", url + "/root/merolt_cmpi:Merolt_FCHBA_FCPort"});
+    EXPECT_EQ(names.status, 0) << names.errors;
+    const std::string port = "http://" + names.output.substr(0, names.output.find('\n'));
+    for (const std::vector<std::string>& change : std::vector<std::vector<std::string>>{
+             {"wbemcli", "cm", service, "InstallFromURI"},
+             {"wbemcli", "ci", filter,
+              "SystemCreationClassName=CIM_ComputerSystem,SystemName=h,CreationClassName=CIM_IndicationFilter,Name=f"},
+             {"wbemcli", "mi", port, "Description=x"},
+             {"wbemcli", "di", port}}) {
+        const Ended refused = run(change);
+        EXPECT_THAT(refused.errors + refused.output, HasSubstr("CIM_ERR_ACCESS_DENIED")) << change[1];
+        EXPECT_THAT(refused.errors + refused.output, HasSubstr("--credentials FILE")) << change[1];
+    }
 }
 
 TEST(Program, ToolsGetJsonAndNothingElse) {
@@ -173,6 +198,7 @@ std::vector<BadStart> badStarts() {
         {"Everywhere", {"serve", "--listen", "0.0.0.0:0"}, "--credentials"},
         {"NoAddress", {"serve", "--listen", "example.com:1"}, "example.com"},
         {"NoPort", {"serve", "--listen", "127.0.0.1:99999"}, "99999"},
+        {"WritesWithUsers", {"serve", "--listen", "127.0.0.1:0", "--anonymous-writes", "--credentials", FLEET}, FLEET},
         {"CertificateAlone", {"serve", "--certificate", FLEET}, "--key"},
         {"NoCredentials", {"serve", "--credentials", "/nonexistent/users"}, "/nonexistent/users"},
     };

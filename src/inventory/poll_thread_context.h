@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/mutex.h"
+#include "platform/platform.h"
 
 #include "CmpiBroker.h"
 #include "CmpiContext.h"
@@ -29,6 +30,10 @@ struct PollThreadContext {
     std::uint8_t killThread = 0;
     /// The system's number of the thread, for servers that cannot join it. Set by the thread before threadDead.
     std::int32_t threadNumber = 0;
+    /// Notified when the thread holds provider_lock, or ends without.
+    merolt::platform::Wakeup begun;
+    /// Notified after threadDead was set.
+    merolt::platform::Wakeup ended;
 
     /// Whether the server made a context to attach the thread with. Only then may the thread make alerts.
     bool canAttach() const { return context && !context->isNull(); }

@@ -117,6 +117,11 @@ void Wakeup::waitFor(unsigned milliseconds) {
 
 void Services::sleepUntilNotified(Wakeup& wakeup, unsigned milliseconds) { wakeup.waitFor(milliseconds); }
 
+bool Services::waitsForEvents() {
+    const char* variable = std::getenv("MEROLT_CNA_WAITS");
+    return variable && std::string_view(variable) == "events";
+}
+
 void Services::sleepMilliseconds(unsigned milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }

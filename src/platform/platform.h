@@ -34,6 +34,9 @@ public:
     virtual void sleepMilliseconds(unsigned milliseconds);
     /// Sleeps until the time is over or somebody notifies.
     virtual void sleepUntilNotified(Wakeup& wakeup, unsigned milliseconds);
+    /// Whether the fixed sleeps at the provider's start and end give way to what they stand for, as MEROLT_CNA_WAITS
+    /// asks with "events". For a process that starts the provider for one question, and for tests.
+    virtual bool waitsForEvents();
 
     /// The host's name as the system reports it, short or qualified; nothing if the system gives none.
     virtual std::optional<std::string> hostName();

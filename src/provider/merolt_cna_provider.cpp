@@ -2,6 +2,7 @@
 
 #include "classes/system_name.h"
 #include "configuration/configuration.h"
+#include "indications/alarm_intake.h"
 #include "indications/port_status_indication.h"
 #include "indications/subscriptions.h"
 #include "log/log.h"
@@ -40,6 +41,8 @@ std::unique_ptr<CmpiContext> makeThreadContext(CmpiBroker& broker, const CmpiCon
 
 /// Far longer than a thread needs for its last steps.
 constexpr std::chrono::milliseconds endOfThreadLimit{2000};
+/// In milliseconds; far longer than a thread needs for its first steps on a host with much else to do.
+constexpr unsigned beginOfThreadLimit = 60000;
 
 } // namespace
 
@@ -71,13 +74,12 @@ CmpiStatus Merolt_CNA_Provider::initialize(const CmpiContext& context) {
     DEBUG_LOG("***** Merolt_CNA_Provider initialize was called *****");
     if (initialized) {
         DEBUG_LOG("***** Merolt_CNA_Provider already initialized *****\n\n");
-        platform::sleepSeconds(2);
+        if (!platform::services().waitsForEvents()) platform::sleepSeconds(2);
         return CmpiStatus(CMPI_RC_OK);
     }
     pollThread.context = makeThreadContext(*broker, context);
     startPollingLoop(context);
-    // In this time the polling thread normally takes provider_lock, so that the first request waits for the build.
-    platform::sleepSeconds(2);
+    waitForBuildToBegin();
     DEBUG_LOG("***** Merolt_CNA_Provider initialize done *****\n\n");
     return CmpiStatus(CMPI_RC_OK);
 }
@@ -141,6 +143,19 @@ void Merolt_CNA_Provider::startThread(const CmpiContext& context) {
     buildListsWithoutAdapters();
 }
 
+/// In this time the polling thread normally takes provider_lock, so that the first request waits for the build.
+void Merolt_CNA_Provider::waitForBuildToBegin() {
+    if (!platform::services().waitsForEvents()) return platform::sleepSeconds(2);
+    if (pollThread.thread) platform::services().sleepUntilNotified(pollThread.begun, beginOfThreadLimit);
+}
+
+/// Lets the polling thread see that it is to end, and end.
+void Merolt_CNA_Provider::waitForPollingThread() {
+    if (!platform::services().waitsForEvents()) return platform::services().sleepMilliseconds(1000);
+    alarmArrival().notify(); // it may sleep between two passes
+    platform::services().sleepUntilNotified(pollThread.ended, 1000);
+}
+
 void Merolt_CNA_Provider::stopPollingLoop() {
     DEBUG_LOG("Stop Polling Loop");
     if (!pollingEnabled) {
@@ -151,7 +166,7 @@ void Merolt_CNA_Provider::stopPollingLoop() {
     pollThread.killThread = 1;
     while (!pollThread.threadDead) {
         guard.unlock();
-        platform::services().sleepMilliseconds(1000);
+        waitForPollingThread();
         guard.lock();
     }
     guard.unlock();

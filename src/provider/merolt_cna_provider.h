@@ -87,6 +87,8 @@ private:
     /// Leaves the thread unset, and says so, where the server has none to give.
     void startThread(const CmpiContext& context);
     void joinThread();
+    void waitForBuildToBegin();
+    void waitForPollingThread();
     /// Returns after the thread has ended, without time limit.
     void stopPollingLoop();
     void stopAndClear();

@@ -27,11 +27,18 @@ constexpr MethodRow methodRows[] = {
     {"Merolt_NIC_SoftwareInstallationService", ethernet::invokeMethod_SoftwareInstallationService},
 };
 
+/// The first build holds the lock from before the provider was handed out.
+void waitForLock() { const RequestGuard provider(*provider_lock); }
+
 void waitForFirstBuild(const std::atomic<std::uint8_t>& initialized) {
     for (int test = 0; test < 5; ++test) {
         if (initialized) continue;
         DEBUG_LOG("invokeMethod is waiting for the provider to initialize...");
-        platform::sleepSeconds(2);
+        if (platform::services().waitsForEvents()) {
+            waitForLock();
+        } else {
+            platform::sleepSeconds(2);
+        }
     }
 }
 

@@ -121,6 +121,7 @@ void alertOfLinkChange(Merolt_CNA_Provider* provider, int alarmType, CNACard* ca
 
 void buildInventory(PollThreadContext& record) {
     const Guard provider(*provider_lock);
+    record.begun.notify();
     const Guard indications(*enable_indications_mutex);
     DEBUG_LOG("Merolt CNA CMPI provider, version: %s", providerVersion);
     const std::time_t start = platform::services().now();
@@ -241,6 +242,8 @@ void pollUntilStopped(PollThreadContext& record) {
 void noteThreadEnd(PollThreadContext& record) {
     const Guard guard(*record.mutex);
     record.threadDead = 1;
+    record.begun.notify();
+    record.ended.notify();
 }
 
 } // namespace

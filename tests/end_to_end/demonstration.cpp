@@ -14,6 +14,7 @@ namespace {
 
 HostOptions demonstrationOptions() {
     ::setenv("TAVIK_SOURCE", "fleet:" FLEET, 1);
+    ::setenv("MEROLT_CNA_WAITS", "events", 1);
     HostOptions options;
     options.mofDirectory = MOF;
     options.provider = PROVIDER;

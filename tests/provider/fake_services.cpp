@@ -28,6 +28,12 @@ void FakeServices::sleepMilliseconds(unsigned milliseconds) {
     --wakeUps;
 }
 
+void FakeServices::sleepUntilNotified(merolt::platform::Wakeup& wakeup, unsigned milliseconds) {
+    constexpr unsigned untilATestGivesUp = 60000;
+    if (waitsByEvents) return wakeup.waitFor(untilATestGivesUp);
+    sleepMilliseconds(milliseconds);
+}
+
 void FakeServices::waitUntilIdle() {
     std::unique_lock guard(mutex);
     changed.wait(guard, [&] { return idle(); });

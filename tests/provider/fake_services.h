@@ -16,9 +16,8 @@ public:
 
     std::time_t now() override;
     void sleepMilliseconds(unsigned milliseconds) override;
-    void sleepUntilNotified(merolt::platform::Wakeup&, unsigned milliseconds) override {
-        sleepMilliseconds(milliseconds);
-    }
+    void sleepUntilNotified(merolt::platform::Wakeup& wakeup, unsigned milliseconds) override;
+    bool waitsForEvents() override { return waitsByEvents; }
     std::optional<std::string> hostName() override { return name; }
     std::optional<std::vector<std::uint8_t>> firstAddress(const std::string& hostName) override {
         lookedUpNames.push_back(hostName);
@@ -59,6 +58,8 @@ public:
     /// What was asked of firstAddress, by whoever builds the lists.
     std::vector<std::string> lookedUpNames;
     std::string location;
+    /// Then a notification is all that ends a sleep which could have one, for as long as a test may take.
+    bool waitsByEvents = false;
     int mutexesLeft = 1000;
     int mutexError = 12;
 

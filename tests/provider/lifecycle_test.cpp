@@ -7,9 +7,12 @@
 #include "indications/subscriptions.h"
 #include "inventory/poll_thread_context.h"
 #include "log/log.h"
+#include "provider/locks.h"
 #include "provider/polling_loop.h"
 
 #include <cstdlib>
+#include <future>
+#include <mutex>
 #include <stdexcept>
 
 using namespace adapters;
@@ -292,6 +295,95 @@ TEST_F(BrokenServerTest, AServerThatCannotJoinThreadsGetsTheProviderStoppedAllTh
                                      "Merolt_CNA_Provider destructor complete"}));
     EXPECT_FALSE(logHas("stopPollingLoop() calling joinThread"));
     hooks.joinLastThread();
+}
+
+/// A process that starts the provider for one question waits for what the fixed sleeps stand for.
+class EventWaitsTest : public LifecycleTest {
+protected:
+    EventWaitsTest() { services.waitsByEvents = true; }
+
+    /// Runs on a thread of its own, so that a wait that does not end fails one test alone.
+    template <class Call>
+    auto start(Call call) {
+        return std::async(std::launch::async, [this, call] {
+            services.adoptThisThread();
+            call();
+            services.dismissThisThread();
+        });
+    }
+
+    BrokerHooks hooks{*broker};
+};
+
+TEST_F(EventWaitsTest, AStartWaitsUntilTheBuildHasTheLockAndNotForTheBuild) {
+    Gate lock;
+    Gate build;
+    holdFirstBuild(build);
+    std::future<void> holder;
+    hooks.beforeNewThread = [&] {
+        holder = std::async(std::launch::async, [&] {
+            const std::lock_guard guard(*merolt::provider_lock);
+            lock.pass();
+        });
+        lock.waitForArrival();
+    };
+    const auto creation = start([&] { instanceMI = createInstanceMI(); });
+    EXPECT_EQ(creation.wait_for(aMoment), std::future_status::timeout);
+    lock.open();
+    ASSERT_EQ(creation.wait_for(longEnough), std::future_status::ready);
+    const auto request = start([&] { onlyInstance(computerSystem); });
+    EXPECT_EQ(request.wait_for(aMoment), std::future_status::timeout) << "a request comes before the build";
+    build.open();
+    EXPECT_EQ(request.wait_for(longEnough), std::future_status::ready);
+    EXPECT_EQ(services.sleptHere(), 0U);
+}
+
+TEST_F(EventWaitsTest, AStopWakesTheThreadAndGoesOnWhenItHasEnded) {
+    switchLogsOn();
+    instanceMI = createInstanceMI();
+    onlyInstance(computerSystem);
+    const auto end = start([&] { stop(); });
+    ASSERT_EQ(end.wait_for(longEnough), std::future_status::ready);
+    EXPECT_TRUE(inOrder(logLines(), {"Stop Polling Loop", "AdapterPollingLoop() thread has been killed",
+                                     "***** Merolt_CNA_Provider cleanup done *****"}));
+    EXPECT_EQ(tavikLibrary.callCount("TAVIK_Uninitialize"), 1U);
+    EXPECT_EQ(services.sleptHere(), 0U);
+}
+
+TEST_F(EventWaitsTest, AMethodWaitsForTheFirstBuildThroughTheLock) {
+    Gate build;
+    holdFirstBuild(build);
+    instanceMI = createInstanceMI();
+    const auto method = start([&] { invokeMethod("Merolt_FCHBA_SoftwareInstallationService", "None"); });
+    EXPECT_EQ(method.wait_for(aMoment), std::future_status::timeout);
+    build.open();
+    EXPECT_EQ(method.wait_for(longEnough), std::future_status::ready);
+    EXPECT_EQ(services.sleptHere(), 0U);
+}
+
+TEST_F(EventWaitsTest, WithoutAThreadThereIsNothingToWaitFor) {
+    hooks.threads.newThread = nullptr;
+    const auto creation = start([&] { instanceMI = createInstanceMI(); });
+    ASSERT_EQ(creation.wait_for(longEnough), std::future_status::ready);
+    EXPECT_EQ(services.sleptHere(), 0U);
+}
+
+/// What the variable of the environment asks for, as the system's own services read it.
+class WaitsVariableTest : public testing::Test {
+protected:
+    bool areEvents(const char* value) {
+        setenv("MEROLT_CNA_WAITS", value, 1);
+        const bool answer = merolt::platform::Services().waitsForEvents();
+        unsetenv("MEROLT_CNA_WAITS");
+        return answer;
+    }
+};
+
+TEST_F(WaitsVariableTest, OnlyEventsTakeTheClocksPlace) {
+    EXPECT_TRUE(areEvents("events"));
+    EXPECT_FALSE(areEvents("clock"));
+    EXPECT_FALSE(areEvents(""));
+    EXPECT_FALSE(merolt::platform::Services().waitsForEvents());
 }
 
 /// A mutex that cannot be made takes the process down.

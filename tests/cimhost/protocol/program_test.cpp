@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <ostream>
 #include <string>
@@ -93,6 +95,17 @@ TEST(Program, PeopleGetATableThatFitsTheirTerminal) {
     std::istringstream lines(ended.output);
     for (std::string line; std::getline(lines, line);)
         EXPECT_LE(line.size(), 100U) << line;
+}
+
+TEST(Program, AQuestionDoesNotTakeTheSecondsThatTheProviderSleepsForServers) {
+    using Clock = std::chrono::steady_clock;
+    Clock::duration shortest = Clock::duration::max();
+    for (int tries = 0; tries < 5 && shortest > std::chrono::seconds(1); ++tries) { // others may keep the host busy
+        const Clock::time_point start = Clock::now();
+        EXPECT_EQ(cimhost({"--fleet", FLEET, "names", "Merolt_FCHBA_FCPort"}).status, 0);
+        shortest = std::min(shortest, Clock::now() - start);
+    }
+    EXPECT_LT(shortest, std::chrono::seconds(1));
 }
 
 TEST(Program, AnInstanceThatDoesNotExistIsACimError) {

@@ -1,0 +1,41 @@
+#include "cimhost/cli/command_line.h"
+#include "cimhost/indications/indication_server.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace cimhost::cli {
+
+void addServe(CommandLine& line) {
+    const auto options = std::make_shared<ServeOptions>();
+    options->state = defaultStateFile().string();
+    CLI::App& command = line.add("serve", "Serve CIM-XML clients until stopped");
+    command.add_option("--listen", options->listen,
+                       "Address and port; 127.0.0.1:5988, or 5989 with TLS, unless told otherwise");
+    command.add_option("--certificate", options->certificate, "TLS certificate with its chain, PEM");
+    command.add_option("--key", options->key, "TLS key, PEM");
+    command.add_option("--credentials", options->credentials,
+                       "Users, as lines user:hash with hashes made by: openssl passwd -6");
+    command.add_flag("--anonymous-writes", options->anonymousWrites,
+                     "Without users, let whoever can connect call methods and make, change and delete instances");
+    command.add_option("--connections", options->connections, "Clients at the same moment")
+        ->check(CLI::Range(1, 10000))
+        ->capture_default_str();
+    command
+        .add_option("--largest-request", options->largestRequestMebibytes,
+                    "MiB; a flash image sent as bytes takes up to twenty times its size")
+        ->check(CLI::Range(1, 1024))
+        ->capture_default_str();
+    command.add_option("--workers", options->workers, "Requests answered at the same moment")
+        ->check(CLI::Range(1, 64))
+        ->capture_default_str();
+    command.add_option("--state", options->state, "File that remembers subscriptions; \"\" for none")
+        ->capture_default_str();
+    line.onRun(command, [options](const Settings& settings) {
+        serve(settings.host, *options);
+        return ok;
+    });
+}
+
+} // namespace cimhost::cli

@@ -12,7 +12,7 @@
 namespace cimhost::cli {
 
 /// Exit status of the program.
-enum ExitStatus : int { ok = 0, cimError = 1, cannotStart = 2 };
+enum ExitStatus : int { ok = 0, cimError = 1, cannotStart = 2, cutShort = 3 };
 
 struct ServeOptions {
     std::string listen; ///< "127.0.0.1:5988", "[::1]:5988"; the port may be left out
@@ -23,6 +23,7 @@ struct ServeOptions {
     std::string state;            ///< file that remembers subscriptions; empty: nothing does
     std::size_t connections = 64;
     std::size_t workers = 4;
+    unsigned deadlineSeconds = 30;             ///< until a request is answered that the provider has not answered
     std::size_t largestRequestMebibytes = 400; ///< a flash image takes up to twenty times its size
 };
 

@@ -1,8 +1,10 @@
 #include "cimhost/cli/commands.h"
+#include "cimhost/cli/stop_limit.h"
 #include "cimhost/indications/indication_server.h"
 #include "cimhost/service/endpoint.h"
 
 #include <charconv>
+#include <chrono>
 #include <iostream>
 #include <malloc.h>
 #include <stdexcept>
@@ -13,6 +15,7 @@ namespace {
 
 constexpr std::uint16_t httpPort = 5988;
 constexpr std::uint16_t httpsPort = 5989;
+constexpr std::chrono::milliseconds longestStop{9'500};
 
 struct ListenAddress {
     std::string address;
@@ -78,6 +81,9 @@ class LateHandler final : public http::Handler {
 public:
     std::optional<http::Response> refuse(const http::Request& head) const override { return endpoint->refuse(head); }
     http::Response answer(http::Request request) override { return endpoint->answer(std::move(request)); }
+    void answerTo(http::Request request, const std::shared_ptr<http::Reply>& reply) override {
+        endpoint->answerTo(std::move(request), reply);
+    }
     std::unique_ptr<http::BodyReader> readerOfLargeBody(const http::Request& head) override {
         return endpoint->readerOfLargeBody(head);
     }
@@ -107,6 +113,13 @@ IndicationOptions indicationOptions(const HostOptions& host, const ServeOptions&
     return made;
 }
 
+CallQueueOptions queueOptions(const ServeOptions& options) {
+    CallQueueOptions made;
+    made.workers = options.workers;
+    made.deadline = std::chrono::seconds(options.deadlineSeconds);
+    return made;
+}
+
 // The C library gives large blocks back to the system, but takes the size of what was freed as the size from which a
 // block is large: after one flash image it would keep the memory of every later one.
 void giveLargeBlocksBack() {
@@ -118,7 +131,13 @@ void giveLargeBlocksBack() {
 
 void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     giveLargeBlocksBack();
-    const http::Options settings = serverOptions(options);
+    http::Options settings = serverOptions(options);
+    StopLimit stopLimit(longestStop);
+    CallQueue queue(queueOptions(options));
+    settings.onStop = [&] {
+        stopLimit.begin();
+        queue.stop();
+    };
     LateHandler handler;
     http::Server server(settings, handler);
     server.stopOnSignals();
@@ -132,14 +151,15 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     host.warmUp();
     indications->subscriptions().restore();
     Dispatcher dispatcher(host.operations(), host.broker());
-    handler.endpoint =
-        std::make_unique<Endpoint>(dispatcher, options.anonymousWrites ? Writers::everybody : Writers::users);
+    const Writers writers = options.anonymousWrites ? Writers::everybody : Writers::users;
+    handler.endpoint = std::make_unique<Endpoint>(dispatcher, writers, &queue);
     std::cout << "cimhost: listening on " << urlOf(settings, server.port()) << ", namespace " << hostOptions.nameSpace
               << std::endl;
     if (options.anonymousWrites) {
         std::cerr << "cimhost: --anonymous-writes: whoever can connect may change adapters and subscriptions\n";
     }
     server.run();
+    queue.finish();
     host.shutdown();
     indications->router().stop();
 }

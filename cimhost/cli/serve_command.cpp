@@ -30,6 +30,12 @@ void addServe(CommandLine& line) {
     command.add_option("--workers", options->workers, "Requests answered at the same moment")
         ->check(CLI::Range(1, 64))
         ->capture_default_str();
+    command
+        .add_option("--deadline", options->deadlineSeconds,
+                    "Seconds until a request that still waits for the provider is answered with an error; a flash "
+                    "update that has begun is waited for")
+        ->check(CLI::Range(1, 3600))
+        ->capture_default_str();
     command.add_option("--state", options->state, "File that remembers subscriptions; \"\" for none")
         ->capture_default_str();
     line.onRun(command, [options](const Settings& settings) {

@@ -2,6 +2,7 @@
 // and leaves it only to be answered on a worker.
 #pragma once
 
+#include "cimhost/http/reply.h"
 #include "cimhost/http/server.h"
 #include "cimhost/http/wire.h"
 
@@ -9,6 +10,7 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/ssl/context.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/thread_pool.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
@@ -18,6 +20,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <exception>
 #include <list>
 #include <memory>
@@ -31,7 +35,14 @@ class Connection;
 // What connections share with the server that accepted them.
 struct ConnectionHost {
     explicit ConnectionHost(Options settings, Handler& requestHandler)
-        : options(std::move(settings)), handler(requestHandler), workers(options.workers), verifier(1) {}
+        : options(std::move(settings)), handler(requestHandler), mailbox(std::make_shared<Mailbox>(io)), watch(io),
+          workers(options.workers), verifier(1) {}
+    ~ConnectionHost() { mailbox->close(); }
+    ConnectionHost(const ConnectionHost&) = delete;
+    ConnectionHost& operator=(const ConnectionHost&) = delete;
+
+    // Nothing is read from a client whose request is being answered, so that it has left is looked for now and then.
+    void watchForLeaving();
 
     Options options;
     Handler& handler;
@@ -40,12 +51,15 @@ struct ConnectionHost {
     bool stopping = false;
     std::function<void()> onLastConnectionGone;
     boost::asio::io_context io;
+    std::shared_ptr<Mailbox> mailbox;
+    boost::asio::steady_timer watch;
+    bool isWatching = false;
     boost::asio::thread_pool workers;
     // Guessing passwords costs whoever guesses: one at a time, and never a worker's time.
     boost::asio::thread_pool verifier;
 };
 
-class Connection {
+class Connection : public Addressee {
 public:
     // Closed at once when the server stops or needs the room: waiting and reading, not the others.
     enum class Phase { waiting, reading, answering, writing };
@@ -53,7 +67,7 @@ public:
     explicit Connection(ConnectionHost& server) : host(server) {
         position = host.connections.insert(host.connections.end(), this);
     }
-    virtual ~Connection() {
+    ~Connection() override {
         host.bodyBytes -= heldBytes;
         host.connections.erase(position);
         if (host.connections.empty() && host.onLastConnectionGone) host.onLastConnectionGone();
@@ -62,6 +76,8 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     virtual void close() = 0;
+    // While it is answered: tells whoever works on the answer if nobody waits for it any more.
+    virtual void noteIfLeft() = 0;
     [[nodiscard]] Phase phase() const { return currentPhase; }
     [[nodiscard]] std::chrono::steady_clock::time_point waitingSince() const { return waitStart; }
 
@@ -88,6 +104,22 @@ private:
     Phase currentPhase = Phase::waiting;
     std::chrono::steady_clock::time_point waitStart = std::chrono::steady_clock::now();
 };
+
+inline void ConnectionHost::watchForLeaving() {
+    if (isWatching) return;
+    isWatching = true;
+    watch.expires_after(std::chrono::milliseconds(100));
+    watch.async_wait([this](boost::system::error_code) {
+        isWatching = false;
+        bool isAnswering = false;
+        for (Connection* connection : connections) {
+            if (connection->phase() != Connection::Phase::answering) continue;
+            isAnswering = true;
+            connection->noteIfLeft();
+        }
+        if (isAnswering) watchForLeaving();
+    });
+}
 
 template <class Stream>
 class Session final : public Connection, public std::enable_shared_from_this<Session<Stream>> {
@@ -116,6 +148,21 @@ public:
     void close() override {
         error_code ignored;
         socket().close(ignored);
+        if (!awaited) return;
+        *awaited = false;
+        // Whoever closes all connections goes through a list of them, which the last share of this one leaves.
+        boost::asio::post(host.io, [self = this->shared_from_this()] { self->endWaiting(); });
+    }
+
+    void noteIfLeft() override {
+        if (awaited && isClosedByPeer(socket().native_handle())) *awaited = false;
+    }
+
+    void takeAnswer(Response finished) override {
+        if (!awaited) return;
+        const bool isLost = !*awaited;
+        endWaiting();
+        write(std::move(finished), closesBehindAnswer || isLost);
     }
 
 private:
@@ -266,14 +313,24 @@ private:
 
     void answer() {
         enter(Phase::answering);
-        const bool closes = !parser->keep_alive();
+        closesBehindAnswer = !parser->keep_alive();
         request.body = std::move(parser->get().body());
-        boost::asio::post(host.workers, [self = this->shared_from_this(), keep = keepRunning(), closes]() mutable {
-            Response finished = self->answerNow();
-            handBack(std::move(self), [closes, finished = std::move(finished)](Session& session) mutable {
-                session.write(std::move(finished), closes);
-            });
+        awaited = std::make_shared<std::atomic<bool>>(true);
+        waiting = this->shared_from_this();
+        running.emplace(keepRunning());
+        host.watchForLeaving();
+        auto reply = std::make_shared<ConnectionReply>(host.mailbox, this->weak_from_this(), awaited);
+        boost::asio::post(host.workers, [&handler = host.handler, reader = std::move(bodyReader),
+                                         given = std::move(request), to = std::move(reply)]() mutable {
+            answerNow(handler, std::move(reader), std::move(given), to);
         });
+    }
+
+    // The answer has come, or nobody waits for it any more.
+    void endWaiting() {
+        awaited.reset();
+        running.reset();
+        waiting.reset();
     }
 
     // From a worker to the server's own thread. The worker keeps no share of the connection: its end touches what
@@ -285,17 +342,20 @@ private:
                           [self = std::move(session), next = std::forward<Continue>(next)]() mutable { next(*self); });
     }
 
-    // On a worker.
-    Response answerNow() {
+    // On a worker, which knows nothing of the connection: that may end before the answer comes.
+    static void answerNow(Handler& handler, std::unique_ptr<BodyReader> reader, Request given,
+                          const std::shared_ptr<Reply>& to) {
         try {
-            if (!bodyReader) return host.handler.answer(std::move(request));
-            return std::exchange(bodyReader, nullptr)->finish(std::move(request));
+            if (!reader) return handler.answerTo(std::move(given), to);
+            reader->finish(std::move(given), to);
         } catch (const std::exception&) {
-            return textResponse(500, "the request could not be answered");
+            to->send(textResponse(500, "the request could not be answered"));
         }
     }
 
-    auto keepRunning() { return boost::asio::make_work_guard(host.io); }
+    using WorkGuard = boost::asio::executor_work_guard<boost::asio::io_context::executor_type>;
+
+    WorkGuard keepRunning() { return boost::asio::make_work_guard(host.io); }
 
     // Answers a request whose rest nobody will read.
     void refuse(Response refusal) {
@@ -356,6 +416,10 @@ private:
     Request request;
     std::unique_ptr<BodyReader> bodyReader; // a worker's while a piece or the request is on it
     std::size_t readerBytes = 0;
+    std::shared_ptr<std::atomic<bool>> awaited; // set while the request is answered, as are the next two
+    std::shared_ptr<Session> waiting;           // itself: nothing is read or written meanwhile
+    std::optional<WorkGuard> running;
+    bool closesBehindAnswer = false;
     std::string head;
     Response response;
     bool closing = false;

@@ -21,7 +21,7 @@ using TlsSession = Session<boost::beast::ssl_stream<boost::beast::tcp_stream>>;
 namespace {
 
 constexpr std::chrono::milliseconds acceptRetry{100};
-constexpr std::chrono::seconds stopGrace{5};
+constexpr std::chrono::seconds stopGrace{7};
 
 asio::ip::address parseAddress(const std::string& text) {
     error_code error;
@@ -132,6 +132,7 @@ void Server::State::closeIf(bool (*condition)(Connection::Phase)) {
 void Server::State::beginStop() {
     if (stopping) return;
     stopping = true;
+    if (options.onStop) options.onStop();
     error_code ignored;
     acceptor.close(ignored);
     signals.cancel(ignored);

@@ -45,6 +45,19 @@ struct Options {
     std::shared_ptr<Credentials> credentials; // null: everybody who can connect
     std::size_t workers = 4;                  // requests answered at the same moment
     Limits limits;
+    std::function<void()> onStop; // called once, on the network thread, when the server begins to stop
+};
+
+/// The way back to the client of one request. Any thread may keep and use it for as long as it likes.
+class Reply {
+public:
+    virtual ~Reply() = default;
+
+    /// The first answer is sent to the client, later ones are dropped.
+    virtual void send(Response answer) = 0;
+
+    /// False once nobody waits for the answer: the client has closed its side, or the server has ended.
+    [[nodiscard]] virtual bool isAwaited() const = 0;
 };
 
 /// Takes a request's body piece by piece, so that nobody holds it as a whole. Called on workers, one call at a time,
@@ -59,14 +72,14 @@ public:
     /// What it keeps of what it was given.
     [[nodiscard]] virtual std::size_t heldBytes() const = 0;
 
-    /// Behind the last bytes. The request is without its body.
-    [[nodiscard]] virtual Response answer(Request request) = 0;
+    /// Behind the last bytes. The request is without its body. Answers at once, or later from another thread.
+    virtual void answerTo(Request request, const std::shared_ptr<Reply>& reply) = 0;
 
     /// The same where the last bytes are the request's body.
-    [[nodiscard]] Response finish(Request request) {
+    void finish(Request request, const std::shared_ptr<Reply>& reply) {
         const std::string rest = std::exchange(request.body, {});
-        if (std::optional<Response> refusal = read(rest)) return std::move(*refusal);
-        return answer(std::move(request));
+        if (std::optional<Response> refusal = read(rest)) return reply->send(std::move(*refusal));
+        answerTo(std::move(request), reply);
     }
 };
 
@@ -79,6 +92,11 @@ public:
 
     /// Called on a worker, with the body. May block. An exception becomes a 500.
     [[nodiscard]] virtual Response answer(Request request) = 0;
+
+    /// The same for whoever answers later, from another thread, so that a worker is not held until then.
+    virtual void answerTo(Request request, const std::shared_ptr<Reply>& reply) {
+        reply->send(answer(std::move(request)));
+    }
 
     /// Called on the network thread for a body of more than a piece. Null: the body is held and given to answer().
     [[nodiscard]] virtual std::unique_ptr<BodyReader> readerOfLargeBody(const Request&) { return nullptr; }
@@ -94,7 +112,8 @@ public:
 
     [[nodiscard]] std::uint16_t port() const;
 
-    /// Serves until stop(). Requests under way are answered, idle connections closed.
+    /// Serves until stop(). Requests under way are answered if that takes no longer than seven seconds, idle
+    /// connections closed. Answers that come later go nowhere.
     void run();
 
     /// From any thread; may be called before run().

@@ -125,45 +125,66 @@ void enumerateClassNames(const Call& call) {
 
 enum class Returns { nothing, value };
 
+// What an operation is about: declarations; the instances of a class, or what they are associated with.
+enum class About { classes, instances, associations };
+
 struct OperationRow {
     std::string_view name;
     Access needs;
     Returns returns;
+    About about;
     void (*run)(const Call&);
     std::string_view parameters; // parted by blanks
 };
 
 // clang-format off
 constexpr OperationRow operationRows[] = {
-    {"EnumerateInstances",     Access::read,   Returns::value,   enumerateInstances,     "ClassName LocalOnly DeepInheritance IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"EnumerateInstanceNames", Access::read,   Returns::value,   enumerateInstanceNames, "ClassName"},
-    {"GetInstance",            Access::read,   Returns::value,   getInstance,            "InstanceName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"CreateInstance",         Access::change, Returns::value,   createInstance,         "NewInstance"},
-    {"ModifyInstance",         Access::change, Returns::nothing, modifyInstance,         "ModifiedInstance IncludeQualifiers PropertyList"},
-    {"DeleteInstance",         Access::change, Returns::nothing, deleteInstance,         "InstanceName"},
-    {"GetClass",               Access::read,   Returns::value,   getClass,               "ClassName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"EnumerateClasses",       Access::read,   Returns::value,   enumerateClasses,       "ClassName DeepInheritance LocalOnly IncludeQualifiers IncludeClassOrigin"},
-    {"EnumerateClassNames",    Access::read,   Returns::value,   enumerateClassNames,    "ClassName DeepInheritance"},
-    {"Associators",            Access::read,   Returns::value,   associators,            "ObjectName AssocClass ResultClass Role ResultRole IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"AssociatorNames",        Access::read,   Returns::value,   associatorNames,        "ObjectName AssocClass ResultClass Role ResultRole"},
-    {"References",             Access::read,   Returns::value,   references,             "ObjectName ResultClass Role IncludeQualifiers IncludeClassOrigin PropertyList"},
-    {"ReferenceNames",         Access::read,   Returns::value,   referenceNames,         "ObjectName ResultClass Role"},
+    {"EnumerateInstances",     Access::read,   Returns::value,   About::instances,    enumerateInstances,     "ClassName LocalOnly DeepInheritance IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"EnumerateInstanceNames", Access::read,   Returns::value,   About::instances,    enumerateInstanceNames, "ClassName"},
+    {"GetInstance",            Access::read,   Returns::value,   About::instances,    getInstance,            "InstanceName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"CreateInstance",         Access::change, Returns::value,   About::instances,    createInstance,         "NewInstance"},
+    {"ModifyInstance",         Access::change, Returns::nothing, About::instances,    modifyInstance,         "ModifiedInstance IncludeQualifiers PropertyList"},
+    {"DeleteInstance",         Access::change, Returns::nothing, About::instances,    deleteInstance,         "InstanceName"},
+    {"GetClass",               Access::read,   Returns::value,   About::classes,      getClass,               "ClassName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"EnumerateClasses",       Access::read,   Returns::value,   About::classes,      enumerateClasses,       "ClassName DeepInheritance LocalOnly IncludeQualifiers IncludeClassOrigin"},
+    {"EnumerateClassNames",    Access::read,   Returns::value,   About::classes,      enumerateClassNames,    "ClassName DeepInheritance"},
+    {"Associators",            Access::read,   Returns::value,   About::associations, associators,            "ObjectName AssocClass ResultClass Role ResultRole IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"AssociatorNames",        Access::read,   Returns::value,   About::associations, associatorNames,        "ObjectName AssocClass ResultClass Role ResultRole"},
+    {"References",             Access::read,   Returns::value,   About::associations, references,             "ObjectName ResultClass Role IncludeQualifiers IncludeClassOrigin PropertyList"},
+    {"ReferenceNames",         Access::read,   Returns::value,   About::associations, referenceNames,         "ObjectName ResultClass Role"},
 };
 // clang-format on
 
-const OperationRow& rowFor(const Request& request) {
+const OperationRow* findRow(const Request& request) {
     for (const OperationRow& row : operationRows) {
-        if (equalNames(row.name, request.methodName)) return row;
+        if (equalNames(row.name, request.methodName)) return &row;
     }
+    return nullptr;
+}
+
+const OperationRow& rowFor(const Request& request) {
+    if (const OperationRow* row = findRow(request)) return *row;
     throw CimFailure(CMPI_RC_ERR_NOT_SUPPORTED, "this server has no operation " + request.methodName.substr(0, 64));
 }
 
+bool mayDo(Access needed, const Caller& caller) { return needed == Access::read || caller.access == Access::change; }
+
 void require(Access needed, const Caller& caller) {
-    if (needed == Access::read || caller.access == Access::change) return;
+    if (mayDo(needed, caller)) return;
     throw CimFailure(CMPI_RC_ERR_ACCESS_DENIED,
                      "this server lets nobody change anything without name and password, and it has no users: start it "
                      "with --credentials FILE (cimhost user add FILE NAME makes one), or with --anonymous-writes where "
                      "whoever can connect may make changes");
+}
+
+// The class whose objects a request is about, as far as a client's request can be understood: its own error otherwise.
+std::string_view subjectOf(const Request& request) {
+    for (const std::string_view name : {"ClassName", "InstanceName", "ObjectName"}) {
+        const cimxml::Argument* argument = request.parameter(name);
+        const auto* path = argument ? std::get_if<cimxml::ObjectPath>(argument) : nullptr;
+        if (path) return path->className;
+    }
+    return {};
 }
 
 void runOperation(const Call& call) {
@@ -190,29 +211,82 @@ CimError errorOf(const std::exception& failure) {
 Dispatcher::Dispatcher(Operations& behind, Broker& owner)
     : operations(behind), broker(owner), tags(behind.repository()) {}
 
+namespace {
+
+// What stands around the answer to one operation.
+class Message {
+public:
+    Message(ByteBuffer& target, const Request& request)
+        : document(target), element(request.kind == Request::Kind::intrinsic ? "IMETHODRESPONSE" : "METHODRESPONSE") {
+        document.append("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">"
+                        "<MESSAGE");
+        cimxml::appendAttribute(document, "ID", request.messageId);
+        cimxml::appendAttribute(document, "PROTOCOLVERSION", "1.0");
+        document.append("><SIMPLERSP><");
+        document.append(element);
+        cimxml::appendAttribute(document, "NAME", request.methodName);
+        document.append(">");
+        begin = document.size();
+    }
+
+    // Takes back what stands between begin and here.
+    void clear() { document.truncate(begin); }
+
+    void end() {
+        document.append("</");
+        document.append(element);
+        document.append("></SIMPLERSP></MESSAGE></CIM>\n");
+    }
+
+private:
+    ByteBuffer& document;
+    std::string_view element;
+    std::size_t begin = 0;
+};
+
+} // namespace
+
 ByteBuffer Dispatcher::handle(const Request& request, Caller caller) {
     ByteBuffer document;
     document.reserve(std::min(largestReserve, lastSize.load(std::memory_order_relaxed)));
+    Message message(document, request);
     Encoder encoder(document, tags);
-    encoder.raw("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE");
-    cimxml::appendAttribute(document, "ID", request.messageId);
-    cimxml::appendAttribute(document, "PROTOCOLVERSION", "1.0");
-    const bool isIntrinsic = request.kind == Request::Kind::intrinsic;
-    encoder.raw(isIntrinsic ? "><SIMPLERSP><IMETHODRESPONSE" : "><SIMPLERSP><METHODRESPONSE");
-    cimxml::appendAttribute(document, "NAME", request.methodName);
-    encoder.raw(">");
-    const std::size_t begin = document.size();
     try {
         RequestScope scope(broker);
         runOperation({operations, scope, request, caller, encoder});
     } catch (const std::exception& failure) {
-        document.truncate(begin);
+        message.clear();
         encoder.error(errorOf(failure));
     }
-    encoder.raw(isIntrinsic ? "</IMETHODRESPONSE>" : "</METHODRESPONSE>");
-    encoder.raw("</SIMPLERSP></MESSAGE></CIM>\n");
+    message.end();
     lastSize.store(document.size() + document.size() / 8, std::memory_order_relaxed);
     return document;
+}
+
+ByteBuffer Dispatcher::refuse(const Request& request, const CimError& error) const {
+    ByteBuffer document;
+    Message message(document, request);
+    Encoder(document, tags).error(error);
+    message.end();
+    return document;
+}
+
+bool Dispatcher::needsProvider(const Request& request, const Caller& caller) const {
+    if (request.kind == Request::Kind::extrinsic) return mayDo(Access::change, caller);
+    const OperationRow* row = findRow(request);
+    if (!row || row->about == About::classes || !mayDo(row->needs, caller)) return false;
+    // A subscription is the server's own, but the provider hears of it.
+    if (row->needs == Access::change) return true;
+    const ClassDeclaration* subject = operations.repository().find(request.nameSpace, subjectOf(request));
+    if (!subject) return false;
+    return row->about == About::associations ? operations.asksProviderAbout(*subject)
+                                             : operations.asksProviderFor(*subject);
+}
+
+std::string_view Dispatcher::aloneAs(const Request& request) const {
+    if (request.kind != Request::Kind::extrinsic) return {};
+    const ClassDeclaration* target = operations.repository().find(request.nameSpace, request.target.className);
+    return target ? operations.registration().aloneAs(*target) : std::string_view();
 }
 
 } // namespace cimhost

@@ -18,6 +18,15 @@ public:
     /// does. caller.flags are set from the request's parameters.
     ByteBuffer handle(const cimxml::Request& request, Caller caller);
 
+    /// The response message where the request is not carried out, or no longer waited for.
+    [[nodiscard]] ByteBuffer refuse(const cimxml::Request& request, const CimError& error) const;
+
+    /// False if the request is answered from what the server itself holds, or refused, and so at once.
+    [[nodiscard]] bool needsProvider(const cimxml::Request& request, const Caller& caller) const;
+
+    /// What the request is, such as "flash update", if no two of that may be under way; or empty.
+    [[nodiscard]] std::string_view aloneAs(const cimxml::Request& request) const;
+
 private:
     Operations& operations;
     Broker& broker;

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
+#include <variant>
 
 namespace cimhost {
 
@@ -112,10 +114,53 @@ std::optional<ProtocolError> compareWithHeader(const http::Request& head, const 
     return std::nullopt;
 }
 
+// A message that is understood.
+struct Message {
+    cimxml::Request request;
+    Caller caller;
+};
+
+http::Response responseWith(ByteBuffer document) {
+    http::Response response;
+    response.fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
+                       {"Cache-Control", "no-cache"},
+                       {"CIMOperation", "MethodResponse"}};
+    response.body = std::move(document);
+    return response;
+}
+
+// A message for the provider. Keeps the message until the last thread is done with it.
+class ProviderMessage final : public QueuedCall {
+public:
+    ProviderMessage(Dispatcher& behind, Message given, std::shared_ptr<http::Reply> to)
+        : dispatcher(behind), message(std::move(given)), reply(std::move(to)) {}
+
+    void carryOut() override {
+        try {
+            reply->send(responseWith(dispatcher.handle(message.request, message.caller)));
+        } catch (const std::exception&) {
+            reply->send(http::textResponse(500, "the request could not be answered"));
+        }
+    }
+
+    void answerInstead(const std::string& reason) override {
+        reply->send(responseWith(dispatcher.refuse(message.request, {CMPI_RC_ERR_FAILED, reason})));
+    }
+
+    bool isAwaited() const override { return reply->isAwaited(); }
+    std::string_view aloneAs() const override { return dispatcher.aloneAs(message.request); }
+
+private:
+    Dispatcher& dispatcher;
+    const Message message;
+    const std::shared_ptr<http::Reply> reply;
+};
+
 // One message, as it comes.
 class MessageReader final : public http::BodyReader {
 public:
-    MessageReader(Dispatcher& behind, Writers changers) : dispatcher(behind), writers(changers) {}
+    MessageReader(Dispatcher& behind, Writers changers, CallQueue* calls)
+        : dispatcher(behind), writers(changers), queue(calls) {}
 
     std::optional<http::Response> read(std::string_view bytes) override {
         const std::optional<ProtocolError> error = document.read(bytes);
@@ -124,28 +169,45 @@ public:
 
     std::size_t heldBytes() const override { return document.heldBytes(); }
 
-    http::Response answer(http::Request request) override {
-        const auto decoded = cimxml::decodeRequest(document);
-        if (const auto* error = std::get_if<ProtocolError>(&decoded)) return refusal(*error);
-        const auto& message = std::get<cimxml::Request>(decoded);
-        if (const std::optional<ProtocolError> error = compareWithHeader(request, message)) return refusal(*error);
-        Caller caller;
-        if (request.user.empty() && writers == Writers::users) caller.access = Access::read;
-        caller.principal = std::move(request.user);
-        if (const std::string* language = request.field("Accept-Language")) caller.acceptLanguage = *language;
-        if (const std::string* host = request.field("Host")) caller.host = *host;
-        http::Response response;
-        response.fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
-                           {"Cache-Control", "no-cache"},
-                           {"CIMOperation", "MethodResponse"}};
-        response.body = dispatcher.handle(message, std::move(caller));
-        return response;
+    void answerTo(http::Request request, const std::shared_ptr<http::Reply>& reply) override {
+        auto understood = understand(std::move(request));
+        if (auto* refused = std::get_if<http::Response>(&understood)) return reply->send(std::move(*refused));
+        auto& message = std::get<Message>(understood);
+        if (!queue || !dispatcher.needsProvider(message.request, message.caller)) {
+            return reply->send(responseWith(dispatcher.handle(message.request, std::move(message.caller))));
+        }
+        queue->submit(std::make_shared<ProviderMessage>(dispatcher, std::move(message), reply));
     }
 
 private:
+    std::variant<Message, http::Response> understand(http::Request request) {
+        auto decoded = cimxml::decodeRequest(document);
+        if (const auto* error = std::get_if<ProtocolError>(&decoded)) return refusal(*error);
+        Message message{std::move(std::get<cimxml::Request>(decoded)), {}};
+        if (const auto error = compareWithHeader(request, message.request)) return refusal(*error);
+        if (request.user.empty() && writers == Writers::users) message.caller.access = Access::read;
+        message.caller.principal = std::move(request.user);
+        if (const std::string* language = request.field("Accept-Language")) message.caller.acceptLanguage = *language;
+        if (const std::string* host = request.field("Host")) message.caller.host = *host;
+        return message;
+    }
+
     Dispatcher& dispatcher;
     Writers writers;
+    CallQueue* queue;
     cimxml::XmlReader document;
+};
+
+// For whoever waits for the answer himself.
+class KeptReply final : public http::Reply {
+public:
+    explicit KeptReply(http::Response& place) : kept(place) {}
+
+    void send(http::Response answer) override { kept = std::move(answer); }
+    bool isAwaited() const override { return true; }
+
+private:
+    http::Response& kept;
 };
 
 } // namespace
@@ -164,11 +226,17 @@ std::optional<http::Response> Endpoint::refuse(const http::Request& head) const 
 }
 
 http::Response Endpoint::answer(http::Request request) {
-    return MessageReader(dispatcher, writers).finish(std::move(request));
+    http::Response response;
+    MessageReader(dispatcher, writers, nullptr).finish(std::move(request), std::make_shared<KeptReply>(response));
+    return response;
+}
+
+void Endpoint::answerTo(http::Request request, const std::shared_ptr<http::Reply>& reply) {
+    MessageReader(dispatcher, writers, queue).finish(std::move(request), reply);
 }
 
 std::unique_ptr<http::BodyReader> Endpoint::readerOfLargeBody(const http::Request&) {
-    return std::make_unique<MessageReader>(dispatcher, writers);
+    return std::make_unique<MessageReader>(dispatcher, writers, queue);
 }
 
 } // namespace cimhost

@@ -3,6 +3,7 @@
 
 #include "cimhost/cimxml/protocol_error.h"
 #include "cimhost/http/server.h"
+#include "cimhost/service/call_queue.h"
 #include "cimhost/service/dispatcher.h"
 
 namespace cimhost {
@@ -12,8 +13,9 @@ enum class Writers { users, everybody };
 
 class Endpoint final : public http::Handler {
 public:
-    /// The dispatcher outlives the endpoint.
-    explicit Endpoint(Dispatcher& behind, Writers changers = Writers::users) : dispatcher(behind), writers(changers) {}
+    /// Dispatcher and queue outlive the endpoint. Without a queue the provider is called on the thread that asks.
+    explicit Endpoint(Dispatcher& behind, Writers changers = Writers::users, CallQueue* calls = nullptr)
+        : dispatcher(behind), writers(changers), queue(calls) {}
 
     /// A POST of XML to / or /cimom with the field CIMOperation: MethodCall goes on. That field is required: without it
     /// a web page could make a visitor's browser post requests to a server on his own machine.
@@ -21,12 +23,16 @@ public:
 
     [[nodiscard]] http::Response answer(http::Request request) override;
 
+    /// What needs the provider goes to the queue; all else is answered here and now.
+    void answerTo(http::Request request, const std::shared_ptr<http::Reply>& reply) override;
+
     /// A flash image is up to twenty times as long in XML as in its arguments, and is read as it comes.
     [[nodiscard]] std::unique_ptr<http::BodyReader> readerOfLargeBody(const http::Request& head) override;
 
 private:
     Dispatcher& dispatcher;
     Writers writers;
+    CallQueue* queue;
 };
 
 } // namespace cimhost

@@ -219,6 +219,16 @@ std::vector<const ObjectPathObject*> Operations::referenceNames(RequestScope& sc
         .paths;
 }
 
+bool Operations::asksProviderFor(const ClassDeclaration& declaration) const {
+    const std::vector<const ClassDeclaration*> served = servedClasses(declaration);
+    return std::any_of(served.begin(), served.end(),
+                       [&](const ClassDeclaration* candidate) { return !calls.isAtHand(*candidate); });
+}
+
+bool Operations::asksProviderAbout(const ClassDeclaration& source) const {
+    return servesAssociations(source.nameSpace()) && !calls.isAtHand(source);
+}
+
 const MethodDeclaration& Operations::findMethod(const ClassDeclaration& declaration, std::string_view name) {
     if (const MethodDeclaration* method = declaration.method(name)) return *method;
     throw CimFailure(CMPI_RC_ERR_METHOD_NOT_FOUND,

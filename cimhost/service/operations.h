@@ -100,6 +100,11 @@ public:
     Outcome invokeMethod(RequestScope& scope, const Caller& caller, const ObjectPathObject& path,
                          const MethodDeclaration& method, const ArgsObject& arguments);
 
+    /// True if a provider is asked for the instances of a class, or for what is associated with one of them. What the
+    /// server answers from its own objects and declarations never waits for a provider.
+    [[nodiscard]] bool asksProviderFor(const ClassDeclaration& declaration) const;
+    [[nodiscard]] bool asksProviderAbout(const ClassDeclaration& source) const;
+
     /// Set before the first operation.
     ArrayArguments arrayArguments = ArrayArguments::tagged;
 

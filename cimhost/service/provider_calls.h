@@ -12,6 +12,9 @@ class ProviderCalls {
 public:
     virtual ~ProviderCalls() = default;
 
+    /// True if what is read of the class is known at once, without a provider that may take its time.
+    [[nodiscard]] virtual bool isAtHand(const ClassDeclaration&) const { return false; }
+
     virtual Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
                                            const ObjectPathObject& classPath) = 0;
     virtual Outcome enumerateInstances(RequestScope& scope, const CallContext& context,

@@ -50,12 +50,28 @@ ProviderKind kindOf(std::string_view name) {
     throw std::runtime_error("\"" + std::string(name) + "\" is none of instance, association, method, indication");
 }
 
-std::vector<std::string_view> namespacesOf(std::string_view option) {
-    constexpr std::string_view name = "namespaces=";
-    if (option.substr(0, name.size()) != name) {
-        throw std::runtime_error("\"" + std::string(option) + "\" is not namespaces=first,second");
+// What follows the kinds of a line.
+struct LineOptions {
+    std::vector<std::string_view> namespaces;
+    std::string_view alone;
+};
+
+LineOptions optionsOf(std::string_view text) {
+    constexpr std::string_view namespaces = "namespaces=";
+    constexpr std::string_view alone = "alone=";
+    LineOptions options;
+    for (const std::string_view part : split(text, ";")) {
+        const std::string_view option = trim(part);
+        if (option.starts_with(namespaces)) {
+            options.namespaces = split(option.substr(namespaces.size()), ", ");
+        } else if (option.starts_with(alone) && option.size() > alone.size()) {
+            options.alone = option.substr(alone.size());
+        } else {
+            throw std::runtime_error("\"" + std::string(option) +
+                                     "\" is neither namespaces=first,second nor alone=what");
+        }
     }
-    return split(option.substr(name.size()), ", ");
+    return options;
 }
 
 } // namespace
@@ -84,12 +100,11 @@ void Registration::addLine(std::string_view line, const ClassRepository& reposit
     if (colon == std::string_view::npos) throw std::runtime_error("a line reads Class: kinds");
     const std::string_view className = trim(line.substr(0, colon));
     std::string_view rest = line.substr(colon + 1);
-    std::vector<std::string_view> served = {namespaces.implementation};
-    if (const std::size_t semicolon = rest.find(';'); semicolon != std::string_view::npos) {
-        served = namespacesOf(trim(rest.substr(semicolon + 1)));
-        rest = rest.substr(0, semicolon);
-    }
-    for (std::string_view nameSpace : served) {
+    const std::size_t kindsEnd = std::min(rest.find(';'), rest.size());
+    LineOptions options = optionsOf(rest.substr(kindsEnd));
+    rest = rest.substr(0, kindsEnd);
+    if (options.namespaces.empty()) options.namespaces = {namespaces.implementation};
+    for (std::string_view nameSpace : options.namespaces) {
         if (equalNames(nameSpace, Namespaces().interop)) nameSpace = namespaces.interop;
         const ClassDeclaration* declaration = repository.find(nameSpace, className);
         if (!declaration) {
@@ -97,6 +112,7 @@ void Registration::addLine(std::string_view line, const ClassRepository& reposit
         }
         for (const std::string_view kind : split(rest, blanks))
             add(*declaration, kindOf(kind));
+        if (!options.alone.empty()) alone[declaration] = options.alone;
     }
 }
 
@@ -123,6 +139,11 @@ void Registration::add(const ClassDeclaration& declaration, ProviderKind kind) {
 bool Registration::serves(const ClassDeclaration& declaration, ProviderKind kind) const {
     const auto known = kinds.find(&declaration);
     return known != kinds.end() && (known->second & bitOf(kind)) != 0;
+}
+
+std::string_view Registration::aloneAs(const ClassDeclaration& declaration) const {
+    const auto known = alone.find(&declaration);
+    return known == alone.end() ? std::string_view() : std::string_view(known->second);
 }
 
 } // namespace cimhost

@@ -18,10 +18,11 @@ struct Namespaces {
 
 class Registration {
 public:
-    /// Reads lines `Class: kinds [; namespaces=first,second]` (kinds: instance, association, method, indication);
-    /// # begins a comment. Without namespaces a class is served in the implementation namespace; root/PG_InterOp stands
-    /// for the interop namespace, whatever that is called here. Throws std::runtime_error with file, line and what is
-    /// wrong: a class or namespace that the repository lacks, an unknown kind.
+    /// Reads lines `Class: kinds [; namespaces=first,second] [; alone=what]` (kinds: instance, association, method,
+    /// indication); # begins a comment. Without namespaces a class is served in the implementation namespace;
+    /// root/PG_InterOp stands for the interop namespace, whatever that is called here. Of all methods of classes with
+    /// the same words behind alone= only one is called at a time. Throws std::runtime_error with file, line and what is
+    /// wrong: a class or namespace that the repository lacks, an unknown kind or option.
     static Registration load(const std::filesystem::path& file, const ClassRepository& repository,
                              const Namespaces& namespaces);
 
@@ -31,11 +32,14 @@ public:
 
     void add(const ClassDeclaration& declaration, ProviderKind kind);
     [[nodiscard]] bool serves(const ClassDeclaration& declaration, ProviderKind kind) const;
+    /// What a method call of the class is, such as "flash update", if no two of that may be under way; or empty.
+    [[nodiscard]] std::string_view aloneAs(const ClassDeclaration& declaration) const;
 
 private:
     void addLine(std::string_view line, const ClassRepository& repository, const Namespaces& namespaces);
 
     std::unordered_map<const ClassDeclaration*, unsigned> kinds; // a bit for each ProviderKind
+    std::unordered_map<const ClassDeclaration*, std::string> alone;
 };
 
 } // namespace cimhost

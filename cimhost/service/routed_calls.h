@@ -19,6 +19,10 @@ public:
         ownClasses.insert(classes.begin(), classes.end());
     }
 
+    [[nodiscard]] bool isAtHand(const ClassDeclaration& declaration) const override {
+        return ownClasses.count(&declaration) != 0;
+    }
+
     Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
                                    const ObjectPathObject& classPath) override {
         return of(classPath).enumerateInstanceNames(scope, context, classPath);

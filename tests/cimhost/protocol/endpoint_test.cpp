@@ -1,4 +1,5 @@
 #include "fake_provider.h"
+#include "test_reply.h"
 
 #include "cimhost/service/endpoint.h"
 
@@ -12,6 +13,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 using testing_support::FakeHost;
+using testing_support::TestReply;
 
 const std::string enumerateNames =
     "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
@@ -94,7 +96,9 @@ TEST_F(EndpointTest, AMessageInPiecesIsAnsweredAsAWholeOne) {
         for (std::size_t begin = 0; begin < request.body.size(); begin += size)
             EXPECT_FALSE(reader->read(std::string_view(request.body).substr(begin, size)));
         EXPECT_GT(reader->heldBytes(), 0U);
-        const http::Response response = reader->answer(head);
+        http::Response response;
+        reader->answerTo(head,
+                         std::make_shared<TestReply>([&](http::Response answer) { response = std::move(answer); }));
         EXPECT_EQ(response.status, 200U);
         EXPECT_EQ(response.body.view(), whole.body.view());
     }

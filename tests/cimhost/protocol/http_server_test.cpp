@@ -78,11 +78,11 @@ private:
             return std::nullopt;
         }
         std::size_t heldBytes() const override { return held; }
-        Response answer(Request request) override {
+        void answerTo(Request request, const std::shared_ptr<Reply>& reply) override {
             EXPECT_EQ(request.body, "");
             Response response;
             response.body.append(summary(pieces > 1, size, sum));
-            return response;
+            reply->send(std::move(response));
         }
 
         static std::string summary(bool inPieces, std::size_t size, std::uint64_t sum) {

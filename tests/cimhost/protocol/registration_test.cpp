@@ -33,10 +33,20 @@ TEST(RegistrationTest, TheInteropNamespaceIsFoundUnderItsNameHere) {
     EXPECT_FALSE(registration.serves(*host.repository.find("root/io", "T_EtherPort"), ProviderKind::instance));
 }
 
+TEST(RegistrationTest, AClassCanHaveMethodsThatRunAlone) {
+    FakeHost host;
+    const TemporaryFile file("T_FibrePort: method; alone=flash update ; namespaces=root/io\nT_EtherPort: method\n");
+    const Registration registration = Registration::load(file.path, host.repository, {"root/ns", "root/io"});
+    EXPECT_EQ(registration.aloneAs(*host.repository.find("root/io", "T_FibrePort")), "flash update");
+    EXPECT_EQ(registration.aloneAs(*host.repository.find("root/ns", "T_FibrePort")), "");
+    EXPECT_EQ(registration.aloneAs(*host.repository.find("root/ns", "T_EtherPort")), "");
+}
+
 TEST(RegistrationTest, ABadLineIsNamed) {
     FakeHost host;
-    for (const char* line : {"T_FibrePort", "T_None: instance", "T_FibrePort: instances",
-                             "T_FibrePort: instance; namespaces=root/other", "T_FibrePort: instance; colour=red"}) {
+    for (const char* line :
+         {"T_FibrePort", "T_None: instance", "T_FibrePort: instances", "T_FibrePort: instance; namespaces=root/other",
+          "T_FibrePort: instance; colour=red", "T_FibrePort: instance; alone="}) {
         const TemporaryFile file(std::string("# first\n") + line + "\n");
         try {
             Registration::load(file.path, host.repository, {"root/ns", "root/io"});

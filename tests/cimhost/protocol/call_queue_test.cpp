@@ -1,0 +1,180 @@
+// Calls that hang, that nobody waits for any more, and that must not meet.
+#include "cimhost/service/call_queue.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+namespace cimhost {
+namespace {
+
+bool becomesTrue(const std::function<bool()>& condition) {
+    const auto until = std::chrono::steady_clock::now() + 30s;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > until) return false;
+        std::this_thread::sleep_for(1ms);
+    }
+    return true;
+}
+
+// Hangs until it is released; remembers what became of it.
+class TestCall final : public QueuedCall {
+public:
+    explicit TestCall(std::string kindOfCall = "") : kind(std::move(kindOfCall)) {}
+
+    void carryOut() override {
+        hasBegun = true;
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [this] { return isReleased; });
+        hasEnded = true;
+    }
+    void answerInstead(const std::string& reason) override {
+        const std::lock_guard lock(mutex);
+        said = reason;
+    }
+    bool isAwaited() const override { return hasClient; }
+    std::string_view aloneAs() const override { return kind; }
+
+    void release() {
+        const std::lock_guard lock(mutex);
+        isReleased = true;
+        changed.notify_all();
+    }
+    std::string answer() {
+        const std::lock_guard lock(mutex);
+        return said;
+    }
+    bool isAnswered() { return !answer().empty(); }
+
+    std::atomic<bool> hasBegun = false;
+    std::atomic<bool> hasEnded = false;
+    std::atomic<bool> hasClient = true;
+
+private:
+    const std::string kind;
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool isReleased = false;
+    std::string said;
+};
+
+class CallQueueTest : public testing::Test {
+protected:
+    ~CallQueueTest() override {
+        for (const auto& call : calls)
+            call->release();
+    }
+
+    void open(std::size_t workers, std::chrono::milliseconds deadline, std::size_t mostOverdue = 32) {
+        queue = std::make_unique<CallQueue>(CallQueueOptions{workers, deadline, mostOverdue});
+    }
+    TestCall& submit(const std::string& kind = "") {
+        calls.push_back(std::make_shared<TestCall>(kind));
+        queue->submit(calls.back());
+        return *calls.back();
+    }
+    TestCall& begun(const std::string& kind = "") {
+        TestCall& call = submit(kind);
+        EXPECT_TRUE(becomesTrue([&] { return call.hasBegun.load(); }));
+        return call;
+    }
+
+    std::unique_ptr<CallQueue> queue;
+    std::vector<std::shared_ptr<TestCall>> calls; // let go before the queue waits for them
+};
+
+TEST_F(CallQueueTest, AsManyAsThereAreWorkersRunAtTheSameMoment) {
+    open(2, 1h);
+    TestCall& first = begun();
+    begun();
+    TestCall& third = submit();
+    std::this_thread::sleep_for(20ms);
+    EXPECT_FALSE(third.hasBegun);
+    first.release();
+    EXPECT_TRUE(becomesTrue([&] { return third.hasBegun.load(); }));
+}
+
+TEST_F(CallQueueTest, ACallThatHangsIsAnsweredAtItsDeadlineAndGivesItsPlaceToOthers) {
+    open(1, 50ms);
+    TestCall& hanging = begun();
+    EXPECT_TRUE(becomesTrue([&] { return hanging.isAnswered(); }));
+    EXPECT_THAT(hanging.answer(), HasSubstr("no answer of the provider within 50 milliseconds"));
+    TestCall& next = begun();
+    next.release();
+    EXPECT_TRUE(becomesTrue([&] { return next.hasEnded.load(); }));
+    EXPECT_FALSE(hanging.hasEnded);
+}
+
+TEST_F(CallQueueTest, CallsThatHangAreBounded) {
+    open(1, 20ms, 2);
+    for (int number = 0; number < 3; ++number)
+        begun();
+    TestCall& next = submit();
+    EXPECT_TRUE(becomesTrue([&] { return next.isAnswered(); }));
+    EXPECT_THAT(next.answer(), HasSubstr("not begun within 20 milliseconds, nothing was done"));
+    EXPECT_FALSE(next.hasBegun);
+    calls.front()->release();
+    EXPECT_TRUE(becomesTrue([&] { return calls.front()->hasEnded.load(); }));
+    begun();
+}
+
+TEST_F(CallQueueTest, ACallWhoseClientHasLeftIsNotBegun) {
+    open(1, 1h);
+    TestCall& first = begun();
+    TestCall& left = submit();
+    TestCall& patient = submit();
+    left.hasClient = false;
+    EXPECT_TRUE(becomesTrue([&] { return left.isAnswered(); }));
+    first.release();
+    EXPECT_TRUE(becomesTrue([&] { return patient.hasBegun.load(); }));
+    EXPECT_FALSE(left.hasBegun);
+}
+
+TEST_F(CallQueueTest, ASecondCallOfAKindThatRunsAloneIsToldSoAtOnce) {
+    open(4, 1h);
+    TestCall& first = begun("flash update");
+    TestCall& second = submit("flash update");
+    EXPECT_EQ(second.answer(), "a flash update is under way already, nothing was done: try again when that has ended");
+    EXPECT_FALSE(second.hasBegun);
+    begun("other");
+    begun();
+    first.release();
+    EXPECT_TRUE(becomesTrue([&] { return !submit("flash update").isAnswered(); }));
+}
+
+TEST_F(CallQueueTest, ACallThatRunsAloneHasNoDeadlineOnceItHasBegun) {
+    open(1, 50ms);
+    TestCall& update = begun("flash update");
+    TestCall& other = begun();
+    EXPECT_TRUE(becomesTrue([&] { return other.isAnswered(); }));
+    EXPECT_FALSE(update.isAnswered());
+}
+
+TEST_F(CallQueueTest, AStopBeginsNothingMoreAndSaysSo) {
+    open(1, 1h);
+    TestCall& first = begun();
+    TestCall& second = submit();
+    queue->stop();
+    EXPECT_EQ(second.answer(), "the server is being stopped, nothing was done");
+    EXPECT_EQ(submit().answer(), "the server is being stopped, nothing was done");
+    first.release();
+    queue->finish();
+    EXPECT_TRUE(first.hasEnded);
+    EXPECT_FALSE(first.isAnswered());
+    EXPECT_FALSE(second.hasBegun);
+}
+
+} // namespace
+} // namespace cimhost

@@ -33,6 +33,7 @@ class Attack:
     processes = 1  # how many run attack() at the same time
     idle_clients = 4  # well-behaved clients that keep a connection and ask now and then
     limits = Limits()
+    statuses = (0,)  # with which the server may end after SIGTERM
 
     def prepare(self, server):
         """Before the server starts: files in server.folder (its fleet is server.fleet), additions to server.options

@@ -139,7 +139,7 @@ def run(name, attack, arguments):
         if not server.is_running():
             row.problems.append(f"the server ended by itself, status {server.process.returncode}")
         row.stop = server.stop(3 * attack.limits.stop_seconds)
-        if server.process.returncode != 0:
+        if server.process.returncode not in attack.statuses:
             row.problems.append(f"status {server.process.returncode} after SIGTERM")
         judge(attack, row, not arguments.no_times)
         print(row.cells(), flush=True)

@@ -155,7 +155,7 @@ TEST_F(CallQueueTest, ASecondCallOfAKindThatRunsAloneIsToldSoAtOnce) {
 }
 
 TEST_F(CallQueueTest, ACallThatRunsAloneHasNoDeadlineOnceItHasBegun) {
-    open(1, 50ms);
+    open(2, 50ms);
     TestCall& update = begun("flash update");
     TestCall& other = begun();
     EXPECT_TRUE(becomesTrue([&] { return other.isAnswered(); }));

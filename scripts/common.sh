@@ -2,8 +2,6 @@
 # What ./demo and ./check share: messages, Debian packages, builds. Sourced; the caller has set `root`.
 : "${root:?}"
 
-export CMAKE_BUILD_PARALLEL_LEVEL="${JOBS:-$(nproc)}"
-
 # Another clone of the same sources finds its objects in the cache, wherever it lies.
 export CCACHE_BASEDIR="$root"
 export CCACHE_NOHASHDIR=1
@@ -14,6 +12,13 @@ fail() {
     printf '%s: %s\n' "${0##*/}" "$*" >&2
     exit 1
 }
+
+# How many programs build or test at the same moment; JOBS in the environment says otherwise.
+if [[ ! ${JOBS:-1} =~ ^[1-9][0-9]{0,3}$ ]]; then
+    printf '%s: JOBS=%s: not a number of jobs from 1 to 9999\n' "${0##*/}" "$JOBS" >&2
+    exit 2
+fi
+export CMAKE_BUILD_PARALLEL_LEVEL="${JOBS:-$(nproc)}"
 
 # is_installed PACKAGE
 is_installed() { [[ $(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null) == installed ]]; }

@@ -34,7 +34,7 @@ fi
 if available shellcheck; then
     run shellcheck -x -P SCRIPTDIR "$source_folder/scripts/merolt-cna-register" \
         "$source_folder"/packaging/debian/{postinst,postrm,prerm} "$here/stand_in" \
-        "$here"/{documents,install,package,register,register_library,system_cmpi}.sh
+        "$here"/{documents,install,package,register,register_library,scripts,system_cmpi}.sh
     check "shellcheck" "0 " "$status $output"
 fi
 if available systemd-analyze; then

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace merolt {
 
@@ -51,6 +52,16 @@ inline std::int32_t countStorageFunctions(TAVIK_AdapterList* adapters) {
     return functions;
 }
 
+/// Calls create with each storage function and its index, as far as there is room: the chains are the library's, and
+/// may have grown since they were counted.
+inline void createPerStorageFunction(TAVIK_AdapterList* adapters, std::int32_t capacity,
+                                     void (*create)(TAVIK_DeviceRecord* device, int index)) {
+    int index = 0;
+    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) {
+        if (index < capacity) create(device, index++);
+    });
+}
+
 /// One record per storage function, in the order of the tree. Without a tree the list stays as it was.
 /// @param create fills the record at the index from the device.
 template <class Record>
@@ -59,8 +70,7 @@ void buildPerStorageFunction(std::int32_t& count, Record*& list,
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
     allocateRecords(count, list, countStorageFunctions(adapters));
-    int index = 0;
-    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { create(device, index++); });
+    createPerStorageFunction(adapters, count, create);
 }
 
 /// The same for a list that create adds to by itself: the count starts at 0 and every function has room.
@@ -70,9 +80,8 @@ void buildRoomPerStorageFunction(std::int32_t& count, Record*& list,
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
     allocateRecords(count, list, countStorageFunctions(adapters));
-    count = 0;
-    int index = 0;
-    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { create(device, index++); });
+    const std::int32_t capacity = std::exchange(count, 0);
+    createPerStorageFunction(adapters, capacity, create);
 }
 
 } // namespace merolt

@@ -1,11 +1,13 @@
 #include "indications/alarm_intake.h"
 
+#include "inventory/library_text.h"
 #include "inventory/poll_thread_context.h"
 #include "log/log.h"
 #include "platform/lasting.h"
 
 #include <cstdio>
 #include <mutex>
+#include <string>
 #include <utility>
 
 namespace merolt {
@@ -41,7 +43,8 @@ platform::Wakeup& alarmArrival() {
 extern "C" int OSSGenerateHostNotificationAlarm(std::uint32_t deviceNumber, std::uint32_t coreAlarmType,
                                                 std::uint32_t rsltParam, const char* stringParameter) try {
     const int alarmType = static_cast<int>(coreAlarmType);
-    const char* text = stringParameter ? stringParameter : "";
+    const std::string copy(merolt::libraryText(stringParameter ? stringParameter : ""));
+    const char* text = copy.c_str();
     DEBUG_LOG("Alarm generated: Device Number: %u; coreAlarmType: %d, stringParameter: %s", deviceNumber, alarmType,
               text);
     // Flushed per line: the server may be killed before its buffers are written.
@@ -55,7 +58,7 @@ extern "C" int OSSGenerateHostNotificationAlarm(std::uint32_t deviceNumber, std:
     DEBUG_LOG("OSSGenerateHostNotificationAlarm: Calling m_generateIndication: Device Number: %u; coreAlarmType: %d, "
               "stringParameter: %s",
               deviceNumber, alarmType, text);
-    merolt::keep({deviceNumber, coreAlarmType, rsltParam, text});
+    merolt::keep({deviceNumber, coreAlarmType, rsltParam, copy});
     return 0;
 } catch (...) {
     // Out of memory: nothing may propagate into the library.

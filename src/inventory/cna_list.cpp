@@ -36,17 +36,35 @@ void readTransceiver(CNAPort& port) {
     DEBUG_LOG("Transceiver on portID %u", port.portProperties.portId);
 }
 
+/// The most entries that a list of one port can have. A number above it is none, and its list is not read.
+constexpr std::uint32_t mostListEntries = 1U << 12;
+
+bool isListCount(std::uint32_t count, const char* entries) {
+    if (count <= mostListEntries) return true;
+    ERROR_LOG("Error: TAVIK tells %u %s for one port; none is taken", count, entries);
+    return false;
+}
+
+/// Our own copy of an array of the library; null if memory is short.
+template <class Entry>
+Entry* copyArray(const Entry* array, std::uint32_t count) {
+    const std::size_t size = std::size_t{count} * sizeof(Entry);
+    auto* copy = static_cast<Entry*>(CoreAlloc(size));
+    if (copy) std::memcpy(copy, array, size);
+    return copy;
+}
+
 void copyLinkage(CNAPort& port) {
     TAVIK_FCoELinkage* linkage = nullptr;
     std::uint32_t count = 0;
     if (TAVIK_GetFCoELinkage(port.portProperties.deviceName, &linkage, &count) != 0 || count == 0 || !linkage) return;
-    const std::size_t size = std::size_t{count} * sizeof(TAVIK_FCoELinkage);
-    port.fcoeLinkage = static_cast<TAVIK_FCoELinkage*>(CoreAlloc(size));
-    if (port.fcoeLinkage) {
-        port.fcoeLinkageCount = count;
-        std::memcpy(port.fcoeLinkage, linkage, size);
-    } else {
-        DEBUG_LOG("Memory allocation for FCoE linkage failed!");
+    if (isListCount(count, "FCoE linkages")) {
+        port.fcoeLinkage = copyArray(linkage, count);
+        if (port.fcoeLinkage) {
+            port.fcoeLinkageCount = count;
+        } else {
+            DEBUG_LOG("Memory allocation for FCoE linkage failed!");
+        }
     }
     TAVIK_FreeMem(linkage);
 }
@@ -58,13 +76,10 @@ void Initialize_CNA_Port(const TAVIK_NicFunction& function, CNAPort& port) {
     std::memcpy(port.functionData, function.functionData, sizeof(port.functionData));
 }
 
-/// Our own copy of a list of the library; null if the list is empty or memory is short.
+/// Our own copy of a list of the library; null if there is none, the list is empty or memory is short.
 TAVIK_IPAddress* copyAddresses(const TAVIK_IPAddress* list, std::uint32_t count) {
-    if (count == 0) return nullptr;
-    const std::size_t size = std::size_t{count} * sizeof(TAVIK_IPAddress);
-    auto* copy = static_cast<TAVIK_IPAddress*>(CoreAlloc(size));
-    if (copy && list) std::memcpy(copy, list, size);
-    return copy;
+    if (count == 0 || !list || !isListCount(count, "addresses")) return nullptr;
+    return copyArray(list, count);
 }
 
 void copyIPProperties(CNAPort& port) {

@@ -2,49 +2,75 @@
 // order. The order of all lists follows from it.
 #pragma once
 
+#include "inventory/chain.h"
 #include "inventory/tavik.h"
 
 namespace merolt {
 
-/// Calls the visitor with each port of the adapter; one without a port list has none.
+/// One walk over the tree. What it visits is bounded as a whole, whatever the chains in it do.
+class TreeWalk {
+public:
+    explicit TreeWalk(const TAVIK_AdapterList* adapters) : list(adapters) {}
+    TreeWalk(const TreeWalk&) = delete;
+    TreeWalk& operator=(const TreeWalk&) = delete;
+
+    Chain<TAVIK_AdapterEntry> adapters() { return {list->first, adaptersLeft}; }
+    /// An adapter without a port list has none.
+    Chain<TAVIK_PhyPortEntry> portsOf(const TAVIK_AdapterEntry& adapter) {
+        return {adapter.phyPorts ? adapter.phyPorts->first : nullptr, portsLeft};
+    }
+    /// A port without a function list has none.
+    Chain<TAVIK_ProtocolEntry> functionsOf(const TAVIK_PhyPortEntry& port) {
+        return {port.protocols ? port.protocols->first : nullptr, functionsLeft};
+    }
+    Chain<TAVIK_TargetEntry> targetsOf(const TAVIK_DeviceRecord& device) { return {device.firstTarget, targetsLeft}; }
+    Chain<TAVIK_LunEntry> unitsOf(const TAVIK_TargetEntry& target) { return {target.firstLun, unitsLeft}; }
+
+private:
+    const TAVIK_AdapterList* list;
+    ChainAllowance adaptersLeft{ChainKind::adapters};
+    ChainAllowance portsLeft{ChainKind::ports};
+    ChainAllowance functionsLeft{ChainKind::functions};
+    ChainAllowance targetsLeft{ChainKind::targets};
+    ChainAllowance unitsLeft{ChainKind::logicalUnits};
+};
+
+/// Calls the visitor with each port and its adapter.
 template <class Visitor>
-void forEachPhyPort(TAVIK_AdapterEntry& adapter, Visitor&& visitor) {
-    if (!adapter.phyPorts) return;
-    for (TAVIK_PhyPortEntry* port = adapter.phyPorts->first; port; port = port->next)
-        visitor(*port);
+void forEachPhyPort(const TAVIK_AdapterList* adapters, Visitor&& visitor) {
+    TreeWalk walk(adapters);
+    for (TAVIK_AdapterEntry& adapter : walk.adapters()) {
+        for (TAVIK_PhyPortEntry& port : walk.portsOf(adapter))
+            visitor(adapter, port);
+    }
 }
 
-/// Calls the visitor with each function of the port; one without a function list has none.
-template <class Visitor>
-void forEachFunction(TAVIK_PhyPortEntry& port, Visitor&& visitor) {
-    if (!port.protocols) return;
-    for (TAVIK_ProtocolEntry* entry = port.protocols->first; entry; entry = entry->next)
-        visitor(*entry);
-}
-
-inline std::int32_t countPhyPorts(TAVIK_AdapterList* adapters) {
+inline std::int32_t countPhyPorts(const TAVIK_AdapterList* adapters) {
     std::int32_t count = 0;
-    for (TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next)
-        forEachPhyPort(*adapter, [&](TAVIK_PhyPortEntry&) { ++count; });
+    forEachPhyPort(adapters, [&](TAVIK_AdapterEntry&, TAVIK_PhyPortEntry&) { ++count; });
     return count;
 }
 
 /// Calls the visitor with each function, its port and its adapter, until it returns false.
 template <class Visitor>
-void walkProtocolEntries(TAVIK_AdapterList* adapters, Visitor&& visitor) {
-    for (TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next) {
-        TAVIK_PhyPortEntry* port = adapter->phyPorts ? adapter->phyPorts->first : nullptr;
-        for (; port; port = port->next) {
-            TAVIK_ProtocolEntry* entry = port->protocols ? port->protocols->first : nullptr;
-            for (; entry; entry = entry->next)
-                if (!visitor(*adapter, *port, *entry)) return;
+void walkProtocolEntries(TreeWalk& walk, Visitor&& visitor) {
+    for (TAVIK_AdapterEntry& adapter : walk.adapters()) {
+        for (TAVIK_PhyPortEntry& port : walk.portsOf(adapter)) {
+            for (TAVIK_ProtocolEntry& entry : walk.functionsOf(port))
+                if (!visitor(adapter, port, entry)) return;
         }
     }
 }
 
+template <class Visitor>
+void walkProtocolEntries(const TAVIK_AdapterList* adapters, Visitor&& visitor) {
+    TreeWalk walk(adapters);
+    walkProtocolEntries(walk, visitor);
+}
+
 /// Calls the visitor with each function, its port and its adapter.
 template <class Visitor>
-void forEachProtocolEntry(TAVIK_AdapterList* adapters, Visitor&& visitor) {
+void forEachProtocolEntry(const TAVIK_AdapterList* adapters, Visitor&& visitor) {
     walkProtocolEntries(adapters,
                         [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
                             visitor(adapter, port, entry);
@@ -52,10 +78,17 @@ void forEachProtocolEntry(TAVIK_AdapterList* adapters, Visitor&& visitor) {
                         });
 }
 
+/// Calls the visitor with each adapter.
+template <class Visitor>
+void forEachAdapter(const TAVIK_AdapterList* adapters, Visitor&& visitor) {
+    TreeWalk walk(adapters);
+    for (TAVIK_AdapterEntry& adapter : walk.adapters())
+        visitor(adapter);
+}
+
 inline std::int32_t countAdapters(const TAVIK_AdapterList* adapters) {
     std::int32_t count = 0;
-    for (const TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next)
-        ++count;
+    forEachAdapter(adapters, [&](const TAVIK_AdapterEntry&) { ++count; });
     return count;
 }
 
@@ -70,15 +103,22 @@ inline bool isKnownFunction(const TAVIK_ProtocolEntry& entry) {
 
 /// Calls the visitor with the device record of each storage function.
 template <class Visitor>
-void forEachStorageFunction(TAVIK_AdapterList* adapters, Visitor&& visitor) {
-    forEachProtocolEntry(adapters, [&](TAVIK_AdapterEntry&, TAVIK_PhyPortEntry&, TAVIK_ProtocolEntry& entry) {
+void forEachStorageFunction(TreeWalk& walk, Visitor&& visitor) {
+    walkProtocolEntries(walk, [&](TAVIK_AdapterEntry&, TAVIK_PhyPortEntry&, TAVIK_ProtocolEntry& entry) {
         if (isStorageFunction(entry)) visitor(&entry.storage.device);
+        return true;
     });
+}
+
+template <class Visitor>
+void forEachStorageFunction(const TAVIK_AdapterList* adapters, Visitor&& visitor) {
+    TreeWalk walk(adapters);
+    forEachStorageFunction(walk, visitor);
 }
 
 /// Calls the visitor with each Ethernet function.
 template <class Visitor>
-void forEachNicFunction(TAVIK_AdapterList* adapters, Visitor&& visitor) {
+void forEachNicFunction(const TAVIK_AdapterList* adapters, Visitor&& visitor) {
     forEachProtocolEntry(adapters, [&](TAVIK_AdapterEntry&, TAVIK_PhyPortEntry&, TAVIK_ProtocolEntry& entry) {
         if (entry.type == TAVIK_ProtocolNic) visitor(entry.nic);
     });

@@ -1,5 +1,6 @@
 #include "log/log.h"
 
+#include "log/printable.h"
 #include "platform/platform.h"
 
 #include <cerrno>
@@ -22,7 +23,6 @@ namespace {
 constexpr const char* logFile = "Merolt_CNA_Provider.log";
 constexpr const char* previousLogFile = "Merolt_CNA_Provider_prev.log";
 constexpr long long rotationSize = 0x100000;
-constexpr std::size_t messageSize = 512;
 
 void appendLine(const char* message) {
     std::FILE* file = std::fopen(gLogFileName, "ae");
@@ -38,7 +38,7 @@ void appendLine(const char* message) {
 // The line about a failed rename comes before the line that was to be written. It does not rotate by itself: with the
 // file still oversized it would only fail again.
 void reportFailedRename(int result, int error) {
-    char message[messageSize];
+    char message[logMessageSize];
     std::snprintf(message, sizeof(message), "Merolt_FC_Utils Error renaming log file, result=%d, errno=%d", result,
                   error);
     appendLine(message);
@@ -54,9 +54,12 @@ void rotateIfFull() {
 
 void writeLine(const char* format, va_list arguments) {
     rotateIfFull();
-    char message[messageSize];
-    std::vsnprintf(message, sizeof(message), format, arguments);
-    appendLine(message);
+    char message[logMessageSize];
+    const int length = std::vsnprintf(message, sizeof(message), format, arguments);
+    if (length < 0) return;
+    char line[logMessageSize];
+    copyPrintable(message, outsideLength(format, message, static_cast<std::size_t>(length)), line);
+    appendLine(line);
 }
 
 void useInstallLocation(const std::string& location) {

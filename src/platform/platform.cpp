@@ -2,6 +2,7 @@
 
 #include "platform/lasting.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -73,28 +74,42 @@ bool writeAll(const File& target, const char* bytes, std::size_t count) {
     return true;
 }
 
-/// Appends all that source holds.
-bool copyAll(const File& source, const File& target) {
+/// Appends what source holds, up to one byte behind the limit: a file may grow, and some have no end.
+/// @return the bytes that were appended; nothing if source or target failed.
+std::optional<std::uint64_t> copyUpTo(std::uint64_t most, const File& source, const File& target) {
     char bytes[0x10000];
-    for (;;) {
-        const ssize_t taken = read(source.number(), bytes, sizeof bytes);
-        if (taken == 0) return true;
+    std::uint64_t copied = 0;
+    while (copied <= most) {
+        const std::uint64_t wanted = std::min<std::uint64_t>(sizeof bytes, most + 1 - copied);
+        const ssize_t taken = read(source.number(), bytes, static_cast<std::size_t>(wanted));
+        if (taken == 0) break;
         if (taken < 0 && errno == EINTR) continue;
-        if (taken < 0 || !writeAll(target, bytes, static_cast<std::size_t>(taken))) return false;
+        if (taken < 0 || !writeAll(target, bytes, static_cast<std::size_t>(taken))) return std::nullopt;
+        copied += static_cast<std::uint64_t>(taken);
     }
+    return copied;
 }
 
 /// Puts a new file, for this user alone, in the place of target, so that neither the rights of what stands there nor
 /// the other end of a link matter.
-bool replaceByCopy(const char* source, const char* target) {
-    const File from(open(source, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (!from) return false;
+std::optional<std::uint64_t> replaceByCopy(const File& from, const char* target, std::uint64_t most) {
     unlink(target);
     const File to(open(target, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!to) return false;
-    if (copyAll(from, to)) return true;
-    unlink(target);
-    return false;
+    if (!to) return std::nullopt;
+    const std::optional<std::uint64_t> copied = copyUpTo(most, from, to);
+    if (!copied || *copied > most) unlink(target);
+    return copied;
+}
+
+/// For reading. What a place names cannot be exchanged between the look and this.
+int openPlace(const File& place) {
+    const std::string name = "/proc/self/fd/" + std::to_string(place.number());
+    return open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+}
+
+bool isSameFile(const struct stat& file, const char* path) {
+    struct stat other {};
+    return stat(path, &other) == 0 && other.st_dev == file.st_dev && other.st_ino == file.st_ino;
 }
 
 } // namespace
@@ -165,15 +180,19 @@ std::string Services::workingDirectory() {
     return std::filesystem::current_path(error).string();
 }
 
-bool Services::copyFile(const char* source, const char* target) {
+std::optional<std::uint64_t> Services::copyFile(const char* source, const char* target, std::uint64_t most) {
     const std::optional<std::string> name = localFileName(source);
-    if (!name) return false;
-    std::error_code error;
-    // Opening a device can do things.
-    if (!std::filesystem::is_regular_file(*name, error)) return false;
+    if (!name) return std::nullopt;
+    // Opening a device can do things. A place is opened without opening what is there.
+    const File place(open(name->c_str(), O_PATH | O_CLOEXEC));
+    struct stat status {};
+    if (!place || fstat(place.number(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    const File from(openPlace(place));
+    if (!from) return std::nullopt;
+    const auto size = static_cast<std::uint64_t>(status.st_size);
     // The copy of an earlier update can be the source of the next.
-    if (std::filesystem::equivalent(*name, target, error)) return true;
-    return replaceByCopy(name->c_str(), target);
+    if (size > most || isSameFile(status, target)) return size;
+    return replaceByCopy(from, target, most);
 }
 
 int Services::mutexAvailable() { return 0; }

@@ -55,9 +55,12 @@ public:
     /// Where the server runs; empty if the system cannot tell.
     virtual std::string workingDirectory();
     /// Makes target a copy of source, which is a local file's name, perhaps behind "file://". The copy is this user's
-    /// alone, whatever the rights of the source; it takes the place of an earlier file or link of that name. False for
-    /// a folder or a device, another scheme, or a copy that could not be finished; no part of one is left behind.
-    virtual bool copyFile(const char* source, const char* target);
+    /// alone, whatever the rights of the source; it takes the place of an earlier file or link of that name. The source
+    /// is opened once: what is copied is what was looked at.
+    /// @param most the bytes of the largest file that is copied. Of a larger one nothing is written.
+    /// @return the bytes of the source; above most, as far as it was looked at. Nothing for a folder or a device,
+    /// another scheme, or a copy that could not be finished; no part of one is left behind.
+    virtual std::optional<std::uint64_t> copyFile(const char* source, const char* target, std::uint64_t most);
 
     /// @return 0, or the error number of a system that cannot make another mutex.
     virtual int mutexAvailable();

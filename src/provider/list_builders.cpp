@@ -17,6 +17,7 @@
 #include "classes/storage/scsi_protocol_endpoint_target.h"
 #include "classes/storage/storage_extent.h"
 #include "configuration/configuration.h"
+#include "inventory/chain.h"
 #include "inventory/cna_list.h"
 #include "software/software_identity.h"
 
@@ -67,6 +68,7 @@ constexpr ListBuilder listBuilders[] = {
 // clang-format on
 
 void buildLists(When occasion) {
+    forgetCutChains();
     for (const ListBuilder& builder : listBuilders) {
         if (builder.build && (builder.when == When::always || builder.when == occasion)) builder.build();
     }

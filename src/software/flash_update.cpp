@@ -21,8 +21,7 @@ unsigned long long downloadFlashFile(const char* source, char* localName) {
     const std::string directory = platform::services().workingDirectory();
     if (directory.empty() || directory.size() > longestDirectory) return 0;
     std::snprintf(localName, localNameRoom, "%s/flash.bin", directory.c_str());
-    if (!platform::services().copyFile(source, localName)) return 0;
-    return static_cast<unsigned long long>(platform::services().fileSize(localName));
+    return platform::services().copyFile(source, localName, largestImage).value_or(0);
 }
 
 std::uint32_t UpdateCNAFlashImage(CNACard* card, const void* image, unsigned long long size) {

@@ -15,10 +15,11 @@ constexpr std::size_t localNameRoom = longestDirectory + sizeof("/flash.bin");
 /// The text behind a leading "file://" in any letter case; null if there is none.
 const char* behindFileScheme(const char* uri);
 
-/// Copies a file to flash.bin in the working directory, where it stays until the next update.
+/// Copies a file to flash.bin in the working directory, where it stays until the next update. A file above largestImage
+/// is not copied, so that no call fills the disk while all others wait.
 /// @param source the name of a local file.
 /// @param localName localNameRoom bytes; receives the copy's name, or nothing if there is no such directory.
-/// @return the copy's size in bytes, or 0 on any failure.
+/// @return the file's size in bytes, or 0 on any failure.
 unsigned long long downloadFlashFile(const char* source, char* localName);
 
 /// Writes an image to the card and returns when that is done. Lists are left as they are: new versions show after the

@@ -7,6 +7,7 @@
 #include "classes/storage/vital_product_data.h"
 #include "classes/system_name.h"
 #include "inventory/chip.h"
+#include "inventory/library_text.h"
 #include "log/log.h"
 #include "provider_version.h"
 #include "text/text.h"
@@ -102,8 +103,10 @@ void readMultiBootVersion(TAVIK_DeviceRecord* device, SoftwareIdentityEntry& com
     std::uint32_t length = 0;
     if (TAVIK_GetMBIVersionString(device, &text, &length) != 0 || !text) return;
     DEBUG_LOG("Getting I2C TAVIK_GetMBIVersionString is successful\n");
-    DEBUG_LOG("I2C TAVIK_GetMBIVersionString Buffer = %s\n", text);
-    std::sscanf(text, "V:%d.%02d.%02d,D:%02d%02d%4d,A:Y,T:M", &common.majorVersion, &common.minorVersion,
+    FixedText<512> version;
+    version.assign(libraryText(text, length));
+    DEBUG_LOG("I2C TAVIK_GetMBIVersionString Buffer = %s\n", version.text());
+    std::sscanf(version.text(), "V:%d.%02d.%02d,D:%02d%02d%4d,A:Y,T:M", &common.majorVersion, &common.minorVersion,
                 &common.subminorVersion, &common.releaseMonth, &common.releaseDay, &common.releaseYear);
     DEBUG_LOG("MBI Version = %d.%d.%d\n", common.majorVersion, common.minorVersion, common.subminorVersion);
     DEBUG_LOG("MBI Version Release Date = %d/%d/%d\n", common.releaseMonth, common.releaseDay, common.releaseYear);

@@ -18,6 +18,9 @@ void FakeTavik::reset() {
     blocks.clear();
     onGetLinkProperties = nullptr;
     onGetOSName = nullptr;
+    afterGetIPProperties = nullptr;
+    afterGetFCoELinkage = nullptr;
+    onGetText = nullptr;
     onGetTransceiver = nullptr;
     onGetVpd = nullptr;
     onUpdateFlash = nullptr;
@@ -146,6 +149,7 @@ struct FakeTavikCalls {
     }
 
     static std::uint32_t text(const std::optional<std::string>& value, char** out, std::uint32_t* size) {
+        if (const auto& onGetText = FakeTavik::instance().onGetText) return onGetText(out, size);
         if (!value) return 1;
         *out = static_cast<char*>(FakeTavik::instance().handOut(value->size() + 1));
         std::memcpy(*out, value->c_str(), value->size() + 1);
@@ -191,6 +195,7 @@ struct FakeTavikCalls {
         block->firstList = lists[0];
         block->secondList = lists[1];
         block->thirdList = lists[2];
+        if (self.afterGetIPProperties) self.afterGetIPProperties(*block);
         *properties = block;
         return 0;
     }
@@ -211,6 +216,7 @@ struct FakeTavikCalls {
             std::copy(from.eNodeMac.begin(), from.eNodeMac.end(), list[index].eNodeMac);
         }
         *linkage = list;
+        if (self.afterGetFCoELinkage) self.afterGetFCoELinkage(*linkage, *count);
         return 0;
     }
 

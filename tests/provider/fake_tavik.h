@@ -42,6 +42,11 @@ public:
     /// Called in place of the answer if set; the lock of this object is not held.
     std::function<std::uint32_t(const char* deviceName, TAVIK_LinkProperties*)> onGetLinkProperties;
     std::function<std::uint32_t(char* buffer, std::uint32_t* size)> onGetOSName;
+    /// Called behind the answer, which it may bend.
+    std::function<void(TAVIK_IPProperties&)> afterGetIPProperties;
+    std::function<void(TAVIK_FCoELinkage*& linkage, std::uint32_t& count)> afterGetFCoELinkage;
+    /// In place of the answers of both calls that hand out a text.
+    std::function<std::uint32_t(char** text, std::uint32_t* length)> onGetText;
     std::function<std::uint32_t(const char* deviceName, std::uint32_t* size, void* buffer)> onGetTransceiver;
     std::function<std::uint32_t(std::uint32_t handle, void* buffer, std::uint32_t* size)> onGetVpd;
     /// Flash calls fail with 1 unless set.

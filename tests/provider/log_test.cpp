@@ -57,6 +57,43 @@ TEST_P(LogTest, AMessageThatEndsInANewlineLeavesAnEmptyLine) {
     EXPECT_EQ(readFile(current), timeText() + " hello\n\n");
 }
 
+struct PrintableRow {
+    std::string value;
+    std::string shown;
+};
+
+TEST_P(LogTest, ControlCharactersOfAValueAreShownAsText) {
+    for (const PrintableRow& row :
+         {PrintableRow{"a\nb", "a\\nb"}, PrintableRow{"\n", "\\n"}, PrintableRow{"\r\t", "\\r\\t"},
+          PrintableRow{"\x1b[2J", "\\x1B[2J"}, PrintableRow{"\x7f\x01", "\\x7F\\x01"},
+          PrintableRow{"\xC2\x9B", "\\xC2\\x9B"}, PrintableRow{"\xC3\xA9", "\xC3\xA9"},
+          PrintableRow{"back\\slash", "back\\slash"}, PrintableRow{"\xC2", "\xC2"}}) {
+        GetParam().write("key=%s!", row.value.c_str());
+        GetParam().write("key=%s", row.value.c_str());
+        GetParam().write("%5d%%, key=%-3s\n", 7, row.value.c_str());
+        const std::string padded = row.shown + std::string(row.value.size() < 3 ? 3 - row.value.size() : 0, ' ');
+        const std::vector<std::string> wanted = {"key=" + row.shown + "!", "key=" + row.shown, "    7%, key=" + padded,
+                                                 ""};
+        EXPECT_EQ(takeLogLines(), wanted);
+    }
+}
+
+TEST_P(LogTest, AnEndOfTheFormatStaysAsItIs) {
+    GetParam().write("makeInstance was called\n.");
+    GetParam().write("%s done\n\n", "a\nb");
+    GetParam().write("100%%\n");
+    const std::vector<std::string> wanted = {"makeInstance was called", ".", "a\\nb done", "", "", "100%", ""};
+    EXPECT_EQ(takeLogLines(), wanted);
+}
+
+TEST_P(LogTest, ALongValueOfControlCharactersIsCutAsAnyOther) {
+    GetParam().write("%s!\n", std::string(600, '\n').c_str());
+    std::string shown;
+    while (shown.size() < 511)
+        shown += "\\n";
+    EXPECT_EQ(takeLogLines(), std::vector<std::string>{shown.substr(0, 511)});
+}
+
 TEST_P(LogTest, AMessageOf511CharactersIsWhole) {
     write(std::string(511, 'm').c_str());
     EXPECT_EQ(logLines(), std::vector<std::string>{std::string(511, 'm')});

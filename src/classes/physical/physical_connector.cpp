@@ -187,7 +187,7 @@ void buildPhysicalConnectorList() {
     int index = 0;
     forEachProtocolEntry(adapters,
                          [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& phyPort, TAVIK_ProtocolEntry& entry) {
-                             if (addFunction(&adapter, &phyPort, entry, index)) ++index;
+                             if (index < functions && addFunction(&adapter, &phyPort, entry, index)) ++index;
                          });
     keepValidRecords(g_physicalConnectorCount, g_physicalConnectorList);
 }

@@ -207,15 +207,16 @@ void buildPhysicalPackageList() {
     capacity = g_physicalPackageCount;
     g_physicalPackageCount = 0;
     int index = 0;
-    for (TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next) {
+    TreeWalk walk(adapters);
+    for (TAVIK_AdapterEntry& adapter : walk.adapters()) {
         DEBUG_LOG("buildPhysicalPackageList(): Processing an adapter entry.");
-        forEachPhyPort(*adapter, [&](TAVIK_PhyPortEntry& port) {
+        for (TAVIK_PhyPortEntry& port : walk.portsOf(adapter)) {
             DEBUG_LOG("buildPhysicalPackageList(): Processing an phyport entry.");
-            forEachFunction(port, [&](TAVIK_ProtocolEntry& entry) {
+            for (TAVIK_ProtocolEntry& entry : walk.functionsOf(port)) {
                 DEBUG_LOG("buildPhysicalPackageList(): Processing an protocol entry.");
-                if (isKnownFunction(entry) && addPhysicalPackage(adapter, &entry, index)) ++index;
-            });
-        });
+                if (isKnownFunction(entry) && addPhysicalPackage(&adapter, &entry, index)) ++index;
+            }
+        }
     }
 }
 

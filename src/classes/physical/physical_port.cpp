@@ -9,6 +9,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace merolt::physical {
 
@@ -98,13 +99,11 @@ void buildPhysicalPortList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
     allocateRecords(g_physicalPortCount, g_physicalPortList, countPhyPorts(adapters));
-    g_physicalPortCount = 0;
+    const std::int32_t capacity = std::exchange(g_physicalPortCount, 0);
     int index = 0;
-    for (TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next) {
-        forEachPhyPort(*adapter, [&](TAVIK_PhyPortEntry& port) {
-            if (createPhysicalPort(adapter, &port, index)) ++index;
-        });
-    }
+    forEachPhyPort(adapters, [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& port) {
+        if (index < capacity && createPhysicalPort(&adapter, &port, index)) ++index;
+    });
     keepValidRecords(g_physicalPortCount, g_physicalPortList);
 }
 

@@ -6,6 +6,8 @@
 #include "classes/record_list.h"
 #include "log/log.h"
 
+#include <utility>
+
 namespace merolt::physical {
 
 std::int32_t g_productCount = 0;
@@ -44,10 +46,10 @@ void buildProductList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
     allocateRecords(g_productCount, g_productList, countAdapters(adapters));
-    g_productCount = 0;
-    int index = 0;
-    for (const TAVIK_AdapterEntry* adapter = adapters->first; adapter; adapter = adapter->next)
-        addProduct(*adapter, index++);
+    const std::int32_t capacity = std::exchange(g_productCount, 0);
+    forEachAdapter(adapters, [&](const TAVIK_AdapterEntry& adapter) {
+        if (g_productCount < capacity) addProduct(adapter, g_productCount);
+    });
 }
 
 void clearProductList() { freeRecords(g_productCount, g_productList); }

@@ -25,7 +25,7 @@ const ListClass descriptor = {
 };
 
 void fillRecord(const TAVIK_DeviceRecord& device, const TAVIK_TargetEntry& target, int index) {
-    if (index >= g_scsiEndpointTargetCount) return;
+    if (index < 0 || index >= g_scsiEndpointTargetCount) return;
     SCSIEndpointEntry& endpoint = g_scsiEndpointTargetList[index];
     endpoint.name.format("%s_%s", formatWorldWideName(device.portProperty.portName).text(),
                          formatWorldWideName(target.portName).text());
@@ -37,8 +37,9 @@ void fillRecord(const TAVIK_DeviceRecord& device, const TAVIK_TargetEntry& targe
 void buildSCSIProtocolEndpointTargetList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    RecordSum targets(1U << 16);
+    RecordSum targets(ChainKind::targets);
     forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { targets.add(device->targetCount); });
+    forEachTarget(adapters, [&](TAVIK_DeviceRecord&, TAVIK_TargetEntry&) { targets.addEntry(); });
     allocateRecords(g_scsiEndpointTargetCount, g_scsiEndpointTargetList, targets.capacity());
     int index = 0;
     forEachTarget(adapters,

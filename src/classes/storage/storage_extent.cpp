@@ -61,8 +61,9 @@ void createStorageExtent(TAVIK_DeviceRecord* device, TAVIK_TargetEntry* target, 
 void buildStorageExtentList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    RecordSum units(1U << 20);
+    RecordSum units(ChainKind::logicalUnits);
     forEachTarget(adapters, [&](TAVIK_DeviceRecord&, TAVIK_TargetEntry& target) { units.add(target.lunCount); });
+    forEachLun(adapters, [&](TAVIK_DeviceRecord&, TAVIK_TargetEntry&, TAVIK_LunEntry&) { units.addEntry(); });
     allocateRecords(g_storageExtentCount, g_storageExtentList, units.capacity());
     int index = 0;
     forEachLun(adapters, [&](TAVIK_DeviceRecord& device, TAVIK_TargetEntry& target, TAVIK_LunEntry& lun) {

@@ -3,41 +3,56 @@
 
 #include "inventory/tree_walk.h"
 
-#include <algorithm>
 #include <cstdint>
 
 namespace merolt::storage {
 
 /// Calls the visitor with each storage function and each of its targets, along the chains.
 template <class Visitor>
-void forEachTarget(TAVIK_AdapterList* adapters, Visitor&& visitor) {
-    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) {
-        for (TAVIK_TargetEntry* target = device->firstTarget; target; target = target->next)
-            visitor(*device, *target);
+void forEachTarget(TreeWalk& walk, Visitor&& visitor) {
+    forEachStorageFunction(walk, [&](TAVIK_DeviceRecord* device) {
+        for (TAVIK_TargetEntry& target : walk.targetsOf(*device))
+            visitor(*device, target);
     });
+}
+
+template <class Visitor>
+void forEachTarget(const TAVIK_AdapterList* adapters, Visitor&& visitor) {
+    TreeWalk walk(adapters);
+    forEachTarget(walk, visitor);
 }
 
 /// Calls the visitor with each storage function, target and logical unit, along the chains.
 template <class Visitor>
-void forEachLun(TAVIK_AdapterList* adapters, Visitor&& visitor) {
-    forEachTarget(adapters, [&](TAVIK_DeviceRecord& device, TAVIK_TargetEntry& target) {
-        for (TAVIK_LunEntry* lun = target.firstLun; lun; lun = lun->next)
-            visitor(device, target, *lun);
+void forEachLun(const TAVIK_AdapterList* adapters, Visitor&& visitor) {
+    TreeWalk walk(adapters);
+    forEachTarget(walk, [&](TAVIK_DeviceRecord& device, TAVIK_TargetEntry& target) {
+        for (TAVIK_LunEntry& lun : walk.unitsOf(target))
+            visitor(device, target, lun);
     });
 }
 
-/// Sum of the library's count fields, which a broken card may make absurdly large.
+/// Room for a list whose size is the sum of the library's count fields. They may tell more entries than the chains
+/// have, and the list then has empty records; but what no machine can have is no count.
 class RecordSum {
 public:
-    /// @param mostRecords what is allocated at the most: more than any fabric shows to one host.
-    explicit RecordSum(std::uint64_t mostRecords) : most(mostRecords) {}
+    /// More entries than these that are told and are nowhere: then it is the chains that count.
+    static constexpr std::uint64_t mostMissing = 1U << 12;
 
-    void add(std::uint32_t records) { sum += records; }
-    std::int32_t capacity() const { return static_cast<std::int32_t>(std::min(sum, most)); }
+    explicit RecordSum(ChainKind counted) : kind(counted) {}
+
+    void add(std::uint32_t records) { told += records; }
+    void addEntry() { ++entries; }
+    std::int32_t capacity() const {
+        if (told <= entries + mostMissing) return static_cast<std::int32_t>(told);
+        reportWildCount(kind);
+        return static_cast<std::int32_t>(entries);
+    }
 
 private:
-    std::uint64_t most;
-    std::uint64_t sum = 0;
+    ChainKind kind;
+    std::uint64_t told = 0;
+    std::uint64_t entries = 0;
 };
 
 } // namespace merolt::storage

@@ -1,6 +1,7 @@
 #include "classes/storage/vital_product_data.h"
 
 #include "inventory/chip.h"
+#include "inventory/library_text.h"
 #include "text/text.h"
 
 #include <algorithm>
@@ -105,7 +106,7 @@ void fetchUUID(TAVIK_DeviceRecord* device) {
     char* text = nullptr;
     std::uint32_t size = 0;
     if (TAVIK_GetUUIDFromI2CVPD(device, &text, &size) != 0 || !text) return;
-    g_i2cUUID.assign(text);
+    g_i2cUUID.assign(libraryText(text, size));
     TAVIK_FreeMem(text);
 }
 

@@ -171,6 +171,38 @@ TEST_F(EthernetURITest, AnImageOf16MiBPassesAndOneByteMoreDoesNot) {
                            prefix + "Image did not pass the size check", exception + "4 (null)"});
 }
 
+TEST_F(EthernetURITest, AFileAboveTheLimitIsNotCopiedAndItsSizeIsTold) {
+    writeFile("flash.bin", "an earlier image");
+    setText("URI", fileOf("huge.bin", std::uintmax_t{1} << 40));
+    expectRefusal(method, {prefix + "imageSize = 1099511627776, localFile= " + localCopy,
+                           prefix + "Image did not pass the size check", exception + "4 (null)"});
+    EXPECT_EQ(readFile("flash.bin"), "an earlier image");
+}
+
+TEST_F(EthernetURITest, AFileWithoutEndAndWithoutSizeLeavesNoPart) {
+    // Regular by its looks, of no size, and half a terabyte to read.
+    setText("URI", "/proc/self/pagemap");
+    expectRefusal(method, {prefix + "Image did not pass the size check"});
+    EXPECT_FALSE(std::filesystem::exists("flash.bin"));
+}
+
+TEST_F(EthernetURITest, AFileThatIsExchangedForAPipeIsNotWaitedFor) {
+    services.afterFileCheck = [] {
+        std::filesystem::remove("image.bin");
+        mkfifo("image.bin", 0600);
+    };
+    expectRefusal(method, {prefix + "imageSize = 0, localFile= " + localCopy});
+}
+
+TEST_F(EthernetURITest, ANewlineInTheURIMakesNoLineOfItsOwn) {
+    setText("URI", "no\nSun Nov 22 00:00:00 2026 forged\x1b[2J");
+    expectRefusal(method, {prefix + "Error: Invalid or unsupported URI!"});
+    writeFile("a\nb", "image");
+    setText("URI", "a\nb");
+    EXPECT_EQ(invoke(service, method), returned(0));
+    EXPECT_TRUE(inOrder(takeLogLines(), {prefix + "URI=a\\nb.  File exists.", prefix + "flashFileName = a\\nb"}));
+}
+
 TEST_F(EthernetURITest, EmptyFilesAndFoldersDoNotPassTheSizeCheck) {
     std::filesystem::create_directory("folder");
     for (const std::string& uri : {fileOf("empty.bin", 0), std::string("folder"), std::string("/dev/null")}) {

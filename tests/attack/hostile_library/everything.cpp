@@ -20,7 +20,7 @@ public:
 
     void askForClass(const ClassDeclaration& cls) {
         RequestScope scope(broker);
-        const ObjectPathObject* path = scope.make().path(nameSpace, cls.name);
+        const ObjectPathObject* path = scope.make().path(nameSpace, cls.name());
         ask(ResultKind::instances, [&](const CMPIContext* context, CMPIResult* result) {
             return interfaces.instance->ft->enumerateInstances(interfaces.instance, context, result, path, nullptr);
         });
@@ -28,7 +28,7 @@ public:
         ask(names, scope, [&](const CMPIContext* context, CMPIResult* result) {
             return interfaces.instance->ft->enumerateInstanceNames(interfaces.instance, context, result, path);
         });
-        const bool isAssociation = findQualifier(cls.qualifiers, "Association") != nullptr;
+        const bool isAssociation = findQualifier(cls.qualifiers(), "Association") != nullptr;
         if (!isAssociation) tally.largestClass = std::max(tally.largestClass, names.paths.size());
         for (std::size_t index = 0; index < std::min(eachClass, names.paths.size()); ++index)
             askForObject(*names.paths[index], isAssociation);
@@ -108,8 +108,9 @@ Tally askForEverything(Broker& broker, const ClassRepository& classes, const Int
                        const std::string& imageFile, std::size_t eachClass) {
     Client client(broker, interfaces, eachClass);
     for (const ClassDeclaration* cls : classes.classes(nameSpace)) {
-        if (cls->name.rfind("Merolt", 0) == 0) client.askForClass(*cls);
+        if (cls->name().rfind("Merolt", 0) == 0) client.askForClass(*cls);
     }
+    if (imageFile.empty()) return client.tally;
     client.update("Merolt_FCHBA_SoftwareInstallationService", "Merolt_FCHBA_PortController", imageFile);
     client.update("Merolt_NIC_SoftwareInstallationService", "Merolt_NIC_PortController", imageFile);
     return client.tally;

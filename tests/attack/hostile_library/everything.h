@@ -24,7 +24,7 @@ struct Tally {
 };
 
 /// @param classes the repository of the broker; classes of ours are asked for.
-/// @param imageFile a file for the flash updates.
+/// @param imageFile a file for the flash updates; empty for none.
 /// @param eachClass how many objects of a class are asked for one by one.
 Tally askForEverything(cimhost::Broker& broker, const cimhost::ClassRepository& classes, const Interfaces& interfaces,
                        const std::string& imageFile, std::size_t eachClass);

@@ -68,11 +68,57 @@ Entry* pick(const std::vector<Entry*>& entries, Choices& choices) {
     return entries[choices.below(entries.size())];
 }
 
-/// The last entry, or the chosen one from behind, leads back to the first, or to the chosen one.
+/// The chosen entry leads to another chosen one of whatever chain.
 template <class Entry>
-void makeCircle(const std::vector<Entry*>& entries, Choices& choices) {
-    Entry* const from = entries[entries.size() - 1 - choices.below(entries.size())];
-    from->next = pick(entries, choices);
+void relink(const std::vector<Entry*>& entries, Choices& choices) {
+    pick(entries, choices)->next = pick(entries, choices);
+}
+
+/// The last entry of a chain leads back to the first, unless the chain has no end already.
+template <class Entry>
+void closeChain(Entry* first) {
+    constexpr int mostSteps = 1000;
+    Entry* last = first;
+    for (int step = 0; last && last->next && step < mostSteps; ++step)
+        last = last->next;
+    if (last && !last->next) last->next = first;
+}
+
+void circleAdapters(HostileTree& tree, Choices& choices) {
+    if (!choices.isOver()) return relink(tree.adapters, choices);
+    closeChain(tree.list()->first);
+}
+
+void circlePorts(HostileTree& tree, Choices& choices) {
+    if (!choices.isOver()) return relink(tree.ports, choices);
+    for (TAVIK_AdapterEntry* adapter : tree.adapters)
+        if (adapter->phyPorts) closeChain(adapter->phyPorts->first);
+}
+
+void circleFunctions(HostileTree& tree, Choices& choices) {
+    if (!choices.isOver()) return relink(tree.functions, choices);
+    for (TAVIK_PhyPortEntry* port : tree.ports)
+        if (port->protocols) closeChain(port->protocols->first);
+}
+
+void circleTargets(HostileTree& tree, Choices& choices) {
+    if (!choices.isOver()) return relink(tree.targets, choices);
+    for (TAVIK_ProtocolEntry* entry : tree.storageFunctions)
+        closeChain(entry->storage.device.firstTarget);
+}
+
+void circleUnits(HostileTree& tree, Choices& choices) {
+    if (!choices.isOver()) return relink(tree.units, choices);
+    for (TAVIK_TargetEntry* target : tree.targets)
+        closeChain(target->firstLun);
+}
+
+void circleAll(HostileTree& tree, Choices& choices) {
+    circleUnits(tree, choices);
+    circleTargets(tree, choices);
+    circleFunctions(tree, choices);
+    circlePorts(tree, choices);
+    circleAdapters(tree, choices);
 }
 
 std::uint32_t wildNumber(Choices& choices) {
@@ -210,14 +256,12 @@ void changeTypes(HostileTree& tree, Choices& choices) {
 
 // clang-format off
 const std::vector<Trick> tricks = {
-    {"circle-of-adapters",       [](HostileTree& tree, Choices& choices) { makeCircle(tree.adapters, choices); }},
-    {"circle-of-ports",          [](HostileTree& tree, Choices& choices) { makeCircle(tree.ports, choices); }},
-    {"circle-of-functions",      [](HostileTree& tree, Choices& choices) { makeCircle(tree.functions, choices); }},
-    {"circle-of-targets",        [](HostileTree& tree, Choices& choices) { makeCircle(tree.targets, choices); }},
-    {"circle-of-units",          [](HostileTree& tree, Choices& choices) { makeCircle(tree.units, choices); }},
-    {"all-circles",              [](HostileTree& tree, Choices& choices) {
-         makeCircle(tree.adapters, choices); makeCircle(tree.ports, choices); makeCircle(tree.functions, choices);
-         makeCircle(tree.targets, choices);  makeCircle(tree.units, choices); }},
+    {"circle-of-adapters",       circleAdapters},
+    {"circle-of-ports",          circlePorts},
+    {"circle-of-functions",      circleFunctions},
+    {"circle-of-targets",        circleTargets},
+    {"circle-of-units",          circleUnits},
+    {"all-circles",              circleAll},
     {"shared-parts",             shareParts},
     {"wild-target-counts",       [](HostileTree& tree, Choices& choices) {
          changeSome(tree.storageFunctions, choices, [&](TAVIK_ProtocolEntry& entry) { entry.storage.device.targetCount = wildNumber(choices); }); }},

@@ -33,6 +33,8 @@ class World {
 public:
     World() {
         enterOwnDirectory();
+        // Where the provider tells each alarm.
+        if (!std::freopen("/dev/null", "w", stdout)) throw std::runtime_error("no /dev/null");
         classes.loadFile("root/merolt_cmpi", std::filesystem::path(MEROLT_MOF_DIRECTORY) / "merolt.mof");
         classes.addNamespace("root/PG_InterOp");
         broker = std::make_unique<cimhost::Broker>(classes, cimhost::BrokerOptions{});
@@ -77,19 +79,24 @@ private:
         std::ofstream("image.bin") << "image";
     }
 
-    template <class Factory>
-    auto make(Factory factory) {
+    template <class Interface>
+    Interface* make(Interface* (*factory)(const CMPIBroker*, const CMPIContext*, CMPIStatus*)) {
         cimhost::RequestScope scope(*broker);
         CMPIStatus status{CMPI_RC_OK, nullptr};
-        auto* const made = factory(broker->table(), cimhost::ContextObject::make(scope.arena()), &status);
+        Interface* const made = factory(broker->table(), cimhost::ContextObject::make(scope.arena()), &status);
         require(made != nullptr, "no interface");
         return made;
     }
 
     void tellAlarms() {
         cimhost::RequestScope scope(*broker);
+        CmpiBroker server(const_cast<CMPIBroker*>(broker->table()));
+        thread.broker = &server;
+        thread.context = std::make_unique<CmpiContext>(cimhost::ContextObject::make(scope.arena()));
         for (const merolt::Alarm& alarm : merolt::takeAlarms())
             merolt::generatePortStatusIndication(thread, alarm);
+        thread.context.reset();
+        thread.broker = nullptr;
     }
 
     FakeServices services;

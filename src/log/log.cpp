@@ -2,13 +2,16 @@
 
 #include "log/printable.h"
 #include "platform/platform.h"
+#include "platform/shared_folder.h"
 
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <fcntl.h>
 #include <string>
+#include <unistd.h>
 
 namespace merolt {
 
@@ -24,8 +27,20 @@ constexpr const char* logFile = "Merolt_CNA_Provider.log";
 constexpr const char* previousLogFile = "Merolt_CNA_Provider_prev.log";
 constexpr long long rotationSize = 0x100000;
 
+/// Where others may make files, a link could lead a line to a file that only this user may write to. Elsewhere an
+/// administrator's link is followed. @return null if there is no log to be had.
+std::FILE* openLog() {
+    constexpr mode_t everybodyUnlessMasked = 0666;
+    const int noLinks = platform::othersMayMakeFilesBeside(gLogFileName) ? O_NOFOLLOW : 0;
+    const int opened = open(gLogFileName, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | noLinks, everybodyUnlessMasked);
+    if (opened < 0) return nullptr;
+    std::FILE* file = fdopen(opened, "a");
+    if (!file) close(opened);
+    return file;
+}
+
 void appendLine(const char* message) {
-    std::FILE* file = std::fopen(gLogFileName, "ae");
+    std::FILE* file = openLog();
     if (!file) return;
     const std::time_t now = platform::services().now();
     char time[32] = "";

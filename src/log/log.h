@@ -19,9 +19,10 @@ extern char gInstallDirectory[272];
 void initializeLogging();
 
 /// Append one line: time, a blank, the message (cut at 511 characters). Neither looks at a flag. A log of 1 MiB is
-/// moved to the previous name first. Failures are silent: a log that cannot be written stops nothing. Control
-/// characters in what stands in for a conversion are written as \\n, \\x1B and the like, so that no key makes a line of
-/// its own; newlines behind the last conversion are the caller's and stay.
+/// moved to the previous name first. Failures are silent: a log that cannot be written stops nothing. In a folder that
+/// others may write to no link is followed. Control characters in what stands in for a conversion are written as \n,
+/// \x1B and the like, so that no key makes a line of its own; newlines behind the last conversion are the caller's and
+/// stay.
 void debugLog(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void errorLog(const char* format, ...) __attribute__((format(printf, 1, 2)));
 

@@ -176,6 +176,25 @@ TEST_P(LogTest, ALogThatCannotBeOpenedStopsNothing) {
     EXPECT_TRUE(std::filesystem::is_directory(current));
 }
 
+TEST_P(LogTest, ALinkIsFollowedOnlyWhereNobodyElseCouldHaveMadeIt) {
+    const std::filesystem::path folder = std::filesystem::current_path();
+    for (const unsigned rights : {0700U, 0755U, 0770U, 0775U, 0777U, 01777U}) {
+        writeFile("precious", "precious\n");
+        std::filesystem::remove(current);
+        std::filesystem::create_symlink("precious", current);
+        std::filesystem::permissions(folder, static_cast<std::filesystem::perms>(rights));
+        write("hello");
+        const bool isOwn = (rights & 0022U) == 0;
+        EXPECT_EQ(readFile("precious"), isOwn ? "precious\n" + timeText() + " hello\n" : "precious\n")
+            << std::oct << rights;
+        EXPECT_TRUE(std::filesystem::is_symlink(current));
+    }
+    std::filesystem::remove(current);
+    write("a file of its own");
+    EXPECT_EQ(readFile(current), timeText() + " a file of its own\n") << "a shared folder holds a log that is no link";
+    std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+}
+
 TEST_P(LogTest, LinesOfManyThreadsStayWhole) {
     constexpr int threadCount = 4;
     constexpr int linesEach = 50;

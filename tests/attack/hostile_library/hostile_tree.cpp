@@ -282,7 +282,9 @@ const std::vector<Trick> tricks = {
     {"scribbled-records",        scribble},
     {"growing-chains",           [](HostileTree& tree, Choices&) { tree.answers.growsAndShrinks = true; }},
     {"alarms",                   [](HostileTree& tree, Choices&) { tree.answers.raisesAlarms = true; }},
-    {"slow-calls",               [](HostileTree& tree, Choices&) { tree.answers.delayMilliseconds = 1; }},
+    {"slow-calls",               [](HostileTree& tree, Choices& choices) {
+         // A fuzzer has no time for it.
+         if (choices.isOver()) tree.answers.delayMilliseconds = 1; }},
     {"all-calls-fail",           [](HostileTree& tree, Choices&) { tree.answers.failing.insert("all"); }},
     {"failing-port-property",    [](HostileTree& tree, Choices&) { tree.answers.failing.insert("TAVIK_GetHbaDevicePortProperty"); }},
     {"failing-vpd",              [](HostileTree& tree, Choices&) { tree.answers.failing.insert("TAVIK_GetVpd"); }},

@@ -39,6 +39,10 @@ install(FILES packaging/man/cimhost.1 packaging/man/tavik_host_dump.1
 install(FILES packaging/man/meroltcna.properties.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 ${to_provider})
 install(FILES packaging/man/merolt-cna-register.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 ${to_provider})
 
+install(FILES packaging/completion/cimhost.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    RENAME cimhost ${to_tools})
+install(FILES packaging/completion/_cimhost DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions ${to_tools})
+
 # What is written for those who have the sources stays with them: README.md, CONTRIBUTING.md, docs/architecture.md.
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/merolt-cna-provider)
 install(FILES CHANGELOG.md DESTINATION ${documents} ${to_provider})

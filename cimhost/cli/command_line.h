@@ -3,13 +3,16 @@
 #pragma once
 
 #include "cimhost/cli/commands.h"
+#include "cimhost/cli/messages.h"
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
-}
+class ParseError;
+} // namespace CLI
 
 namespace cimhost::cli {
 
@@ -17,10 +20,10 @@ namespace cimhost::cli {
 struct Settings {
     HostOptions host;
     std::string fleet; ///< file of the adapters; empty: whatever TAVIK_SOURCE names
-    bool json = false;
+    MessageOptions messages;
 
     /// How an answer is to look: JSON for tools, otherwise a table for people.
-    [[nodiscard]] Form form() const { return json ? Form::json : Form::table; }
+    [[nodiscard]] Form form() const { return messages.json ? Form::json : Form::table; }
 };
 
 class CommandLine {
@@ -41,10 +44,16 @@ public:
     /// What to do for a command. It owns what its options write to.
     void onRun(CLI::App& command, Action action);
 
-    /// Runs the command that was parsed. @return the program's status.
-    ExitStatus run() const;
+    [[nodiscard]] CLI::App& program() const { return app; }
+
+    /// Reads the words behind the program's name, runs the command that they give, and says what goes wrong.
+    /// @return the program's status.
+    int run(const std::vector<std::string>& words);
 
 private:
+    ExitStatus runGiven() const;
+    int refuse(const CLI::ParseError& error, const std::vector<std::string>& words) const;
+
     CLI::App& app;
     Settings settings;
     Action given;
@@ -59,5 +68,10 @@ void addListen(CommandLine& line);
 void addFleet(CommandLine& line);
 void addInvoke(CommandLine& line);
 void addImage(CommandLine& line);
+void addHelp(CommandLine& line);
+
+/// Prints what could stand in place of the last word, one a line, for a shell that completes it; ":files" in place of
+/// names of files. @param words behind the program's name.
+void complete(const CommandLine& line, const std::vector<std::string>& words);
 
 } // namespace cimhost::cli

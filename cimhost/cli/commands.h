@@ -1,6 +1,7 @@
 // The commands of the program, after their options were read.
 #pragma once
 
+#include "cimhost/cli/terminal.h"
 #include "cimhost/service/host.h"
 
 #include <cstddef>
@@ -12,7 +13,7 @@
 namespace cimhost::cli {
 
 /// Exit status of the program.
-enum ExitStatus : int { ok = 0, cimError = 1, cannotStart = 2, cutShort = 3 };
+enum ExitStatus : int { ok = 0, cimError = 1, cannotStart = 2, cutShort = 3, methodFailed = 4 };
 
 struct ServeOptions {
     std::string listen; ///< "127.0.0.1:5988", "[::1]:5988"; the port may be left out
@@ -41,6 +42,7 @@ struct QueryOptions {
     AssociationFilter filter;
     bool namesAlone = false; ///< of associators and references: paths and no instances
     Form form = Form::table;
+    Layout layout = {};
 };
 
 /// Prints the answer to standard output, and nothing else there. Throws CimFailure, or std::runtime_error if it cannot
@@ -57,7 +59,8 @@ struct InvokeOptions {
 
 /// Calls a method and prints what it returns and gives out. A value of an array is parted by commas, or @FILE for the
 /// bytes of a file; that of a reference is a path; without a value the argument is null. Throws as above.
-void invoke(const HostOptions& hostOptions, const InvokeOptions& options);
+/// @return why the method failed, by what it returned; empty if it did not.
+std::string invoke(const HostOptions& hostOptions, const InvokeOptions& options);
 
 struct ImageOptions {
     std::string file;
@@ -69,6 +72,7 @@ struct ImageOptions {
     std::string efi;
     std::string fcode;
     std::string payload; ///< a file; empty: no payload
+    bool overwrites = false;
     Form form = Form::table;
 };
 

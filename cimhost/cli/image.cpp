@@ -79,6 +79,12 @@ tavik::FlashImage imageOf(const ImageOptions& options) {
     return image;
 }
 
+/// A file that would be lost. Devices and empty files have nothing to lose.
+bool holdsSomething(const std::string& name) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(name, error) && std::filesystem::file_size(name, error) > 0;
+}
+
 nlohmann::ordered_json describe(const tavik::FlashImage& image) {
     const auto& date = image.releaseDate;
     char dateText[16];
@@ -97,6 +103,9 @@ nlohmann::ordered_json describe(const tavik::FlashImage& image) {
 } // namespace
 
 void makeImage(const ImageOptions& options) {
+    if (!options.overwrites && holdsSomething(options.file)) {
+        throw std::runtime_error(options.file + ": exists; --force writes over it");
+    }
     const auto bytes = tavik::encodeFlashImage(imageOf(options));
     if (const auto* fault = std::get_if<tavik::FlashFault>(&bytes)) throw std::runtime_error(fault->reason);
     const auto& written = std::get<tavik::Bytes>(bytes);

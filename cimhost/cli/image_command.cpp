@@ -20,6 +20,7 @@ void addMake(CommandLine& line, CLI::App& image) {
     make.add_option("--efi", given->efi, "As 6.2");
     make.add_option("--fcode", given->fcode, "As 4.2.0");
     make.add_option("--payload", given->payload, "File with the bytes behind the header");
+    make.add_flag("--force", given->overwrites, "Write over a file that exists");
     line.onRun(make, [given](const Settings&) {
         makeImage(*given);
         return ok;

@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <deque>
 #include <fstream>
 #include <stdexcept>
@@ -75,9 +76,33 @@ cimxml::ObjectPath parseObject(const InvokeOptions& options, const ClassReposito
     return path;
 }
 
-std::string listOf(const Outcome& outcome) {
+/// What the method's declaration calls this return value (DSP0004, qualifiers ValueMap and Values); empty if nothing.
+std::string meaningOf(const MethodDeclaration& method, const std::string& value) {
+    const Qualifier* numbers = findQualifier(method.qualifiers, "ValueMap");
+    const Qualifier* names = findQualifier(method.qualifiers, "Values");
+    if (!numbers || !names) return {};
+    const std::vector<std::optional<std::string>>& known = numbers->value.texts;
+    const auto found = std::find(known.begin(), known.end(), value);
+    const auto place = static_cast<std::size_t>(found - known.begin());
+    return place < names->value.texts.size() ? names->value.texts[place].value_or("") : "";
+}
+
+/// Of the methods of CIM, 0 and 4096 tell of success: the second of a job that was started.
+bool tellsOfFailure(const Outcome& outcome) {
+    if (!outcome.returnValue || !isIntegerType(outcome.returnValue->type)) return false;
+    const std::string value = plainText(*outcome.returnValue);
+    return value != "0" && value != "4096";
+}
+
+std::string withMeaning(const MethodDeclaration& method, const CMPIData& returned) {
+    const std::string value = plainText(returned);
+    const std::string meaning = meaningOf(method, value);
+    return meaning.empty() ? value : value + " (" + meaning + ")";
+}
+
+std::string listOf(const MethodDeclaration& method, const Outcome& outcome) {
     std::string text;
-    if (outcome.returnValue) text += "ReturnValue: " + plainText(*outcome.returnValue) + '\n';
+    if (outcome.returnValue) text += "ReturnValue: " + withMeaning(method, *outcome.returnValue) + '\n';
     for (const NamedData& given : outcome.outArguments->arguments())
         text += std::string(given.name) + ": " + plainText(given.data) + '\n';
     return text;
@@ -97,7 +122,19 @@ std::string jsonOf(const Outcome& outcome) {
     return answer.dump(2) + '\n';
 }
 
-std::string answer(Host& host, const InvokeOptions& options) {
+/// What the command prints, and what is wrong with it.
+struct Answer {
+    std::string text;
+    std::string failure; ///< empty: nothing
+};
+
+std::string failureOf(const MethodDeclaration& method, const Outcome& outcome) {
+    if (!tellsOfFailure(outcome)) return {};
+    return method.name + " answered " + withMeaning(method, *outcome.returnValue) +
+           "; the provider's log tells why, if meroltcna.properties says ErrorLog=1 and DebugLog=1";
+}
+
+Answer answer(Host& host, const InvokeOptions& options) {
     RequestScope scope(host.broker());
     Operations& operations = host.operations();
     const cimxml::ObjectPath target = parseObject(options, operations.repository());
@@ -112,16 +149,18 @@ std::string answer(Host& host, const InvokeOptions& options) {
     const Outcome outcome =
         operations.invokeMethod(scope, {}, makePath(scope, target.nameSpace, target), method,
                                 makeArguments(scope, target.nameSpace, method, values, operations.arrayArguments));
-    return options.form == Form::json ? jsonOf(outcome) : listOf(outcome);
+    return {options.form == Form::json ? jsonOf(outcome) : listOf(method, outcome), failureOf(method, outcome)};
 }
 
 } // namespace
 
-void invoke(const HostOptions& hostOptions, const InvokeOptions& options) {
+std::string invoke(const HostOptions& hostOptions, const InvokeOptions& options) {
     const CleanOutput output;
     Host host(hostOptions);
-    output.write(answer(host, options));
+    const Answer given = answer(host, options);
+    output.write(given.text);
     host.shutdown();
+    return given.failure;
 }
 
 } // namespace cimhost::cli

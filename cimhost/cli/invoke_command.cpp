@@ -18,8 +18,11 @@ void addInvoke(CommandLine& line) {
     line.onRun(command, [given](const Settings& settings) {
         InvokeOptions options = *given;
         options.form = settings.form();
-        invoke(settings.host, options);
-        return ok;
+        const Progress progress(settings.messages, "waiting for " + options.method);
+        const std::string failure = invoke(settings.host, options);
+        if (failure.empty()) return ok;
+        sayError(settings.messages, failure);
+        return methodFailed;
     });
 }
 

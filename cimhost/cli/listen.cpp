@@ -42,7 +42,7 @@ http::Response taken(const std::string& messageId) {
 
 class Listener final : public http::Handler {
 public:
-    explicit Listener(bool asJson) : json(asJson) {}
+    explicit Listener(Form shape) : form(shape) {}
 
     // The field CIMExport is required for the same reason as CIMOperation at a server: no web page can send it.
     [[nodiscard]] std::optional<http::Response> refuse(const http::Request& head) const override {
@@ -77,11 +77,16 @@ private:
         if (const std::string odd = sequence.judge(indication); !odd.empty()) {
             std::cerr << "cimhost: " << odd << std::endl;
         }
-        std::cout << (json ? jsonLineOf(indication) : textOf(indication) + "\n") << std::flush;
+        std::cout << shown(indication) << std::flush;
         return static_cast<bool>(std::cout);
     }
 
-    const bool json;
+    std::string shown(const cimxml::Instance& indication) const {
+        if (form == Form::json) return jsonLineOf(indication);
+        return form == Form::everything ? textOf(indication) + "\n" : lineOf(indication);
+    }
+
+    const Form form;
     mutable std::mutex mutex;
     SequenceWatch sequence;
     std::function<void()> onLostOutput;
@@ -153,7 +158,7 @@ void listen(const ListenOptions& options) {
     settings.address = options.address;
     settings.port = options.port;
     settings.workers = 1;
-    Listener listener(options.json);
+    Listener listener(options.form);
     http::Server listening(settings, listener);
     listening.stopOnSignals();
     // Who sends keeps what was not taken, and sends it again to whoever listens next.
@@ -162,8 +167,10 @@ void listen(const ListenOptions& options) {
         "http://" + http::Url{false, options.address, std::to_string(listening.port()), "/"}.authority();
     std::optional<Subscription> subscription;
     if (server) subscription.emplace(*server, options, url + "/");
-    std::cerr << "cimhost: listening for indications on " << url
-              << (server ? ", subscribed at " + server->authority() : "") << std::endl;
+    if (!options.isQuiet) {
+        std::cerr << "cimhost: listening for indications on " << url
+                  << (server ? ", subscribed at " + server->authority() : "") << std::endl;
+    }
     listening.run();
     if (subscription) subscription->remove();
     if (listener.hasLostOutput()) throw std::runtime_error("standard output takes no more indications");

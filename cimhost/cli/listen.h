@@ -2,6 +2,8 @@
 // asked.
 #pragma once
 
+#include "cimhost/cli/commands.h"
+
 #include <cstdint>
 #include <string>
 
@@ -15,7 +17,8 @@ struct ListenOptions {
     std::string query = "SELECT * FROM CIM_AlertIndication";
     std::string nameSpace;
     std::string interopNamespace;
-    bool json = false; ///< one line for each indication
+    Form form = Form::table; ///< a line for each indication, its properties, or a line of JSON
+    bool isQuiet = false;    ///< does not say where it listens
 };
 
 /// Listens until SIGINT or SIGTERM; what it made at a server it removes at the end. Throws CimFailure where that server

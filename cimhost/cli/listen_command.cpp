@@ -21,10 +21,13 @@ void addListen(CommandLine& line) {
         ->envname("CIMHOST_USER");
     command.add_option("--query", given->query, "What to subscribe to")->capture_default_str();
     command.add_option("--namespace", given->nameSpace, "Where the indications come from")->capture_default_str();
+    command.add_flag_callback(
+        "--all", [given] { given->form = Form::everything; }, "Every property, as a list");
     line.onRun(command, [given](const Settings& settings) {
         ListenOptions options = *given;
         options.interopNamespace = settings.host.interopNamespace;
-        options.json = settings.json;
+        options.form = given->form == Form::everything && !settings.messages.json ? Form::everything : settings.form();
+        options.isQuiet = settings.messages.verbosity == Verbosity::quiet;
         listen(options);
         return ok;
     });

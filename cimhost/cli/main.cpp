@@ -1,13 +1,10 @@
-// The program cimhost: reads its command line, runs one command, and turns what goes wrong into one message and an exit
-// status.
+// The program cimhost: one command a call.
 
 #include "cimhost/cli/command_line.h"
-#include "cimhost/service/cim_failure.h"
 
 #include <CLI/CLI.hpp>
 
 #include <csignal>
-#include <iostream>
 
 namespace {
 
@@ -15,28 +12,22 @@ using namespace cimhost;
 
 /// In the order in which the help shows them.
 constexpr cli::AddCommand commands[] = {
-    cli::addServe, cli::addQueries, cli::addListen, cli::addFleet, cli::addInvoke, cli::addImage,
+    cli::addServe, cli::addQueries, cli::addListen, cli::addFleet, cli::addInvoke, cli::addImage, cli::addHelp,
 };
 
 } // namespace
 
 int main(int argumentCount, char** argumentValues) {
     std::signal(SIGPIPE, SIG_IGN);
-    CLI::App app("A small CIM server for one provider");
+    CLI::App app("A small CIM server for one provider", "cimhost");
     cli::CommandLine line(app);
     for (const cli::AddCommand add : commands)
         add(line);
-    try {
-        app.parse(argumentCount, argumentValues);
-        return line.run();
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? cli::ok : cli::cannotStart;
-    } catch (const CimFailure& failure) {
-        std::cerr << "cimhost: " << statusName(failure.error().code) << " (" << failure.error().code
-                  << "): " << failure.what() << '\n';
-        return cli::cimError;
-    } catch (const std::exception& error) {
-        std::cerr << "cimhost: " << error.what() << '\n';
-        return cli::cannotStart;
+    const std::vector<std::string> words(argumentValues + 1, argumentValues + argumentCount);
+    // Of shells, and not of people: its words need not make sense.
+    if (!words.empty() && words.front() == "complete") {
+        cli::complete(line, {words.begin() + 1, words.end()});
+        return cli::ok;
     }
+    return line.run(words);
 }

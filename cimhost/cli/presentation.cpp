@@ -11,7 +11,6 @@ namespace cimhost::cli {
 
 namespace {
 
-constexpr std::size_t tableWidth = 100;
 constexpr std::size_t widestGuess = 36; // of a column that nobody chose
 
 struct Column {
@@ -96,7 +95,7 @@ bool anyShows(const std::vector<const InstanceObject*>& instances, std::string_v
 
 // What is left when nobody chose: the properties in their order, as many as fit.
 std::vector<Column> guessedColumns(const std::vector<const InstanceObject*>& instances,
-                                   const ClassDeclaration& declaration) {
+                                   const ClassDeclaration& declaration, std::size_t width) {
     std::vector<Column> columns;
     std::size_t used = 0;
     for (const PropertyDeclaration& property : declaration.properties()) {
@@ -107,14 +106,15 @@ std::vector<Column> guessedColumns(const std::vector<const InstanceObject*>& ins
             if (data) widest = std::max(widest, length(shortText(property.name, *data)));
         }
         used += std::min(widest, widestGuess) + 2;
-        if (used > tableWidth && !columns.empty()) break;
+        if (width > 0 && used > width && !columns.empty()) break;
         columns.push_back({property.name, property.name});
     }
     return columns;
 }
 
 // asked is null where no class was.
-std::vector<Column> columnsFor(const std::vector<const InstanceObject*>& instances, const ClassDeclaration* asked) {
+std::vector<Column> columnsFor(const std::vector<const InstanceObject*>& instances, const ClassDeclaration* asked,
+                               std::size_t width) {
     const ClassDeclaration* common = asked;
     if (!instances.empty() && instances.front()->declaration()) {
         const ClassDeclaration* first = instances.front()->declaration();
@@ -128,7 +128,7 @@ std::vector<Column> columnsFor(const std::vector<const InstanceObject*>& instanc
         std::erase_if(columns, [&](const Column& column) { return !anyShows(instances, column.property); });
         if (!columns.empty()) return columns;
     }
-    return guessedColumns(instances, *common);
+    return guessedColumns(instances, *common, width);
 }
 
 bool areOfSeveralClasses(const std::vector<const InstanceObject*>& instances) {
@@ -148,7 +148,8 @@ std::string kindOf(const ClassDeclaration& declaration) {
     return declaration.isAbstract() ? "abstract " + kind : kind;
 }
 
-std::string instanceTable(const std::vector<const InstanceObject*>& instances, const std::vector<Column>& columns) {
+std::string instanceTable(const std::vector<const InstanceObject*>& instances, const std::vector<Column>& columns,
+                          const Layout& layout) {
     const bool tellsClass = areOfSeveralClasses(instances);
     Row headers;
     if (tellsClass) headers.emplace_back("Class");
@@ -164,7 +165,7 @@ std::string instanceTable(const std::vector<const InstanceObject*>& instances, c
         }
         rows.push_back(std::move(row));
     }
-    return renderTable(headers, rows, tableWidth) + count(instances.size(), "instance", "instances");
+    return renderTable(headers, rows, layout) + count(instances.size(), "instance", "instances");
 }
 
 // Those of one class stand together, the classes in the order in which they first came.
@@ -186,17 +187,18 @@ std::vector<std::vector<const InstanceObject*>> byClass(const std::vector<const 
 
 } // namespace
 
-std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked) {
+std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked,
+                    const Layout& layout) {
     if (instances.empty()) return "no instances\n";
-    return instanceTable(instances, columnsFor(instances, &asked));
+    return instanceTable(instances, columnsFor(instances, &asked, layout.width), layout);
 }
 
-std::string tablesOf(const std::vector<const InstanceObject*>& instances) {
+std::string tablesOf(const std::vector<const InstanceObject*>& instances, const Layout& layout) {
     std::string text;
     for (const std::vector<const InstanceObject*>& group : byClass(instances)) {
         if (!text.empty()) text += '\n';
         text.append(printable(group.front()->className())).append("\n\n");
-        text += instanceTable(group, columnsFor(group, nullptr));
+        text += instanceTable(group, columnsFor(group, nullptr, layout.width), layout);
     }
     return text.empty() ? "no instances\n" : text;
 }
@@ -227,7 +229,15 @@ std::string linesOf(const std::vector<const ObjectPathObject*>& paths) {
     return text.empty() ? "no instances\n" : text;
 }
 
-std::string tableOf(const std::vector<const ClassDeclaration*>& classes, const Registration& registration) {
+std::string linesOf(const std::vector<const ClassDeclaration*>& classes) {
+    std::string text;
+    for (const ClassDeclaration* declaration : classes)
+        text.append(declaration->name()).append("\n");
+    return text.empty() ? "no classes\n" : text;
+}
+
+std::string tableOf(const std::vector<const ClassDeclaration*>& classes, const Registration& registration,
+                    const Layout& layout) {
     std::vector<Row> rows;
     for (const ClassDeclaration* declaration : classes) {
         const bool isServed = registration.serves(*declaration, ProviderKind::instance) ||
@@ -235,7 +245,7 @@ std::string tableOf(const std::vector<const ClassDeclaration*>& classes, const R
         rows.push_back({declaration->name(), kindOf(*declaration), isServed ? "yes" : "",
                         declaration->superclass() ? declaration->superclass()->name() : ""});
     }
-    return renderTable({"Class", "Kind", "Served", "Superclass"}, rows, tableWidth) +
+    return renderTable({"Class", "Kind", "Served", "Superclass"}, rows, layout) +
            count(classes.size(), "class", "classes");
 }
 

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <unistd.h>
 
 namespace cimhost::cli {
 
@@ -59,7 +60,9 @@ void addQuery(CommandLine& line, const QueryCommand& row) {
     command.add_option("--namespace", given->query.nameSpace, "Namespace")->capture_default_str();
     line.onRun(command, [given](const Settings& settings) {
         QueryOptions query = given->query;
-        query.form = given->everything && !settings.json ? Form::everything : settings.form();
+        query.form = given->everything && !settings.messages.json ? Form::everything : settings.form();
+        query.layout = layoutOf(STDOUT_FILENO);
+        const Progress progress(settings.messages, "asking the provider");
         ask(settings.host, query);
         return ok;
     });

@@ -12,6 +12,10 @@ namespace cimhost::cli {
 /// Class and number, then every property that has a value, one a line. Printable.
 std::string textOf(const cimxml::Instance& indication);
 
+/// All that a person needs at a glance, on one line: when, how severe and of what kind in words, class and number, and
+/// the message. Printable.
+std::string lineOf(const cimxml::Instance& indication);
+
 /// {"class": ..., "properties": {...}} on one line; a property without a value is null.
 std::string jsonLineOf(const cimxml::Instance& indication);
 

@@ -54,16 +54,18 @@ std::size_t length(std::string_view text) {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), startsCharacter));
 }
 
-std::string renderTable(const Row& headers, const std::vector<Row>& rows, std::size_t width) {
+std::string renderTable(const Row& headers, const std::vector<Row>& rows, const Layout& layout) {
     std::vector<std::size_t> widths;
     for (std::size_t column = 0; column < headers.size(); ++column) {
         widths.push_back(length(headers[column]));
         for (const Row& row : rows)
             widths.back() = std::max(widths.back(), length(row[column]));
     }
-    widths = fit(std::move(widths), width);
-    std::string text;
-    appendLine(text, headers, widths);
+    if (layout.width > 0) widths = fit(std::move(widths), layout.width);
+    std::string header;
+    appendLine(header, headers, widths);
+    header.pop_back();
+    std::string text = coloured(layout, Colour::bold, header) + '\n';
     for (const Row& row : rows)
         appendLine(text, row, widths);
     return text;

@@ -8,7 +8,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/method_calls.sh" "$@"
 
 image=$folder/image.bin
 make_image() { # make_image MODEL VERSION FIRMWARE
-    "$cimhost" image make "$image" --model "$1" --image-version "$2" --date 2013-04-30 --firmware "$3" --bios 3.41
+    "$cimhost" image make "$image" --force --model "$1" --image-version "$2" --date 2013-04-30 --firmware "$3" --bios 3.41
 }
 
 # What a method returned; wbemcli prints it behind the path.
@@ -81,8 +81,8 @@ check "requests still work" 02.02.05 "$(eventually 02.02.05 versions_of Merolt_N
 # The same without a network, and what a server gives that tags arrays with their type.
 make_image MC1020 2.3.0 8.2.0
 invoke() { "$cimhost" invoke --fleet "$copy/fleet.json" "$@" 2>/dev/null; }
-check "cimhost invoke" "ReturnValue: 0" "$(invoke $nic InstallFromURI "URI=file://$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317_NIC\"")"
+check "cimhost invoke" "ReturnValue: 0 (Job Completed with No Error)" "$(invoke $nic InstallFromURI "URI=file://$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317_NIC\"")"
 check "cimhost invoke in JSON" '"ReturnValue":2' "$(invoke --json $nic InstallFromByteStream "Image=@$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317\"" | grep -o '"ReturnValue": *[0-9]*' | tr -d ' ')"
-check "bare arrays" "ReturnValue: 0" "$(invoke --bare-arrays $nic InstallFromByteStream "Image=@$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317\"")"
+check "bare arrays" "ReturnValue: 0 (Job Completed with No Error)" "$(invoke --bare-arrays $nic InstallFromByteStream "Image=@$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317\"")"
 
 finish

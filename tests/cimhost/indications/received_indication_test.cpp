@@ -33,6 +33,22 @@ TEST(ReceivedIndication, IsShownWithoutWhatATerminalWouldObey) {
               "T_Alert\n  Message  a b   3\n");
 }
 
+TEST(ReceivedIndication, IsOneLineForPeopleWithWordsForItsCodes) {
+    const std::string common = "<PROPERTY NAME=\"PerceivedSeverity\" TYPE=\"uint16\"><VALUE>3</VALUE></PROPERTY>"
+                               "<PROPERTY NAME=\"AlertType\" TYPE=\"uint16\"><VALUE>2</VALUE></PROPERTY>"
+                               "<PROPERTY NAME=\"IndicationTime\" TYPE=\"datetime\"><VALUE>20260131120501.000000+060"
+                               "</VALUE></PROPERTY><PROPERTY NAME=\"SequenceNumber\" TYPE=\"sint64\"><VALUE>4</VALUE>"
+                               "</PROPERTY>";
+    EXPECT_EQ(cimhost::cli::lineOf(received(
+                  common + "<PROPERTY NAME=\"Message\" TYPE=\"string\"><VALUE>port&#10;down</VALUE></PROPERTY>")),
+              "2026-01-31 12:05:01  Warning  Communications alert  T_Alert #4: port down\n");
+    EXPECT_EQ(cimhost::cli::lineOf(
+                  received("<PROPERTY NAME=\"PerceivedSeverity\" TYPE=\"uint16\"><VALUE>77</VALUE></PROPERTY>"
+                           "<PROPERTY NAME=\"IndicationTime\" TYPE=\"datetime\"><VALUE>soon</VALUE></PROPERTY>")),
+              "PerceivedSeverity 77  T_Alert\n");
+    EXPECT_EQ(cimhost::cli::lineOf(received("")), "T_Alert\n");
+}
+
 TEST(ReceivedIndication, IsOneLineOfJsonForTools) {
     EXPECT_EQ(cimhost::cli::jsonLineOf(received(
                   "<PROPERTY NAME=\"N\" TYPE=\"uint64\"><VALUE>18446744073709551615</VALUE></PROPERTY>"

@@ -73,9 +73,11 @@ TEST_F(ImageProgram, WhatIsLeftOutIsEmpty) {
                              "payloadBytes: 0\n");
 }
 
-TEST_F(ImageProgram, AnImageTakesThePlaceOfAnExistingFile) {
+TEST_F(ImageProgram, AFileThatExistsIsWrittenOverOnlyIfAsked) {
     setContent(std::string(100'000, 'x'));
-    EXPECT_EQ(make().status, 0);
+    expectRefusal(make(), file.path.string() + ": exists; --force writes over it");
+    EXPECT_EQ(content().size(), 100'000U);
+    EXPECT_EQ(make({"--force"}).status, 0);
     EXPECT_EQ(content().size(), 128U);
     EXPECT_EQ(show().status, 0);
 }
@@ -91,8 +93,9 @@ TEST_F(ImageProgram, OptionsThatMakeNoImageAreNamedAndLeaveTheFileAlone) {
         {{"--payload", "/"}, "/: cannot be read"},
     };
     setContent("before");
-    for (const auto& [options, message] : rows) {
+    for (auto [options, message] : rows) {
         SCOPED_TRACE(message);
+        options.push_back("--force");
         expectRefusal(make(options), message);
     }
     EXPECT_EQ(content(), "before");
@@ -122,7 +125,7 @@ TEST_F(ImageProgram, APayloadFillsTheImageUpToItsLimit) {
     EXPECT_THAT(show().output, HasSubstr("payloadBytes: 16777088\n"));
     for (const unsigned excess : {1U, 129U}) {
         std::filesystem::resize_file(payload.path, (16U << 20) - 128 + excess);
-        const Ended refused = make({"--payload", payload.path.string()});
+        const Ended refused = make({"--force", "--payload", payload.path.string()});
         EXPECT_EQ(refused.status, 2);
         EXPECT_THAT(refused.errors, HasSubstr("larger than 16 MiB"));
     }
@@ -149,7 +152,7 @@ TEST_F(ImageProgram, WhatIsNoImageIsToldApart) {
     for (const auto& [bytes, message] : rows) {
         SCOPED_TRACE(message);
         setContent(bytes);
-        const Ended ended = show({"--json"});
+        const Ended ended = show();
         EXPECT_EQ(ended.status, 2);
         EXPECT_EQ(ended.output, "");
         EXPECT_THAT(ended.errors, MatchesRegex("cimhost: .*" + message + "\n"));

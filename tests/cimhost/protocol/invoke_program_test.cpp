@@ -23,16 +23,19 @@ Ended invoke(const std::vector<std::string>& words) {
     return cimhost(arguments);
 }
 
-TEST(InvokeProgram, AMethodThatFailsIsAnAnswerLikeAnyOther) {
+TEST(InvokeProgram, AMethodThatFailsTellsWhatItsAnswerMeansAndWhereToLook) {
     const Ended ended = invoke({nic, "InstallFromURI", "URI=/nonexistent/image.bin", nicTarget});
-    EXPECT_EQ(ended.status, 0) << ended.errors;
-    EXPECT_EQ(ended.output, "ReturnValue: 2\n");
+    EXPECT_EQ(ended.status, 4) << ended.errors;
+    EXPECT_EQ(ended.output, "ReturnValue: 2 (Unspecified Error)\n");
+    EXPECT_THAT(ended.errors, HasSubstr("cimhost: InstallFromURI answered 2 (Unspecified Error); the provider's log "
+                                        "tells why"));
 }
 
 TEST(InvokeProgram, ToolsGetJsonAndNothingElse) {
     const Ended ended = invoke({"--json", nic, "InstallFromByteStream", "Image=1,2,255", nicTarget});
-    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_EQ(ended.status, 4) << ended.errors;
     EXPECT_EQ(ended.output, "{\n  \"ReturnValue\": 2\n}\n");
+    EXPECT_THAT(ended.errors, HasSubstr("{\"error\":{\"message\":\"InstallFromByteStream answered 2 (Unspecified"));
 }
 
 TEST(InvokeProgram, AnInstanceAnArrayAndNullStandAsTheyAreWritten) {
@@ -40,9 +43,9 @@ TEST(InvokeProgram, AnInstanceAnArrayAndNullStandAsTheyAreWritten) {
     const std::string service = names.output.substr(0, names.output.find('\n'));
     const std::string target = "Target=Merolt_FCHBA_PortController.DeviceID=\"MC1020R4K00317\"";
     const Ended ended = invoke({service, "InstallFromURI", "URI=file:///nonexistent", target, "InstallOptions=3,4"});
-    EXPECT_EQ(ended.output, "ReturnValue: 2\n") << ended.errors;
+    EXPECT_EQ(ended.output, "ReturnValue: 2 (Unspecified Error)\n") << ended.errors;
     const Ended null = invoke({service, "installfromuri", "URI=", "Target=", "InstallOptions="});
-    EXPECT_EQ(null.output, "ReturnValue: 2\n") << null.errors;
+    EXPECT_EQ(null.output, "ReturnValue: 2 (Unspecified Error)\n") << null.errors;
 }
 
 struct BadCall {

@@ -4,7 +4,11 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
+#include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -89,6 +93,35 @@ Ended run(std::vector<std::string> command) {
 Ended cimhost(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), PROGRAM);
     return run(std::move(arguments));
+}
+
+Ended cimhostAtTerminal(std::vector<std::string> arguments, unsigned short width,
+                        const std::vector<std::string>& environment) {
+    std::vector<char*> words = {const_cast<char*>(PROGRAM)};
+    for (std::string& argument : arguments)
+        words.push_back(argument.data());
+    words.push_back(nullptr);
+    const winsize size{50, width, 0, 0};
+    int terminal = -1;
+    const pid_t id = ::forkpty(&terminal, nullptr, nullptr, &size);
+    if (id == 0) {
+        ::setenv("TERM", "xterm", 1);
+        ::unsetenv("NO_COLOR");
+        for (const std::string& variable : environment)
+            ::putenv(::strdup(variable.c_str()));
+        ::execv(PROGRAM, words.data());
+        ::_exit(127);
+    }
+    Ended ended{};
+    std::array<char, 65536> bytes;
+    for (ssize_t count = 0; (count = ::read(terminal, bytes.data(), bytes.size())) > 0;)
+        ended.output.append(bytes.data(), static_cast<std::size_t>(count));
+    int status = 0;
+    ::waitpid(id, &status, 0);
+    ::close(terminal);
+    ended.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    std::erase(ended.output, '\r');
+    return ended;
 }
 
 std::string urlOf(Process& server) {

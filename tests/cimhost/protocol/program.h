@@ -48,6 +48,11 @@ Ended run(std::vector<std::string> command);
 /// Runs cimhost to its end.
 Ended cimhost(std::vector<std::string> arguments);
 
+/// What a person sees who runs cimhost at a terminal of that width, standard error among it; lines end in "\n".
+/// @param environment more of it, as NAME=VALUE.
+Ended cimhostAtTerminal(std::vector<std::string> arguments, unsigned short width,
+                        const std::vector<std::string>& environment = {});
+
 /// Waits until a `cimhost serve` serves. @return its URL; empty if it ended before.
 std::string urlOf(Process& server);
 

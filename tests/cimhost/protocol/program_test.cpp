@@ -2,6 +2,8 @@
 #include "program.h"
 #include "temporary_file.h"
 
+#include "cimhost/cli/table.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -19,6 +21,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 using testing_support::cimhost;
+using testing_support::cimhostAtTerminal;
 using testing_support::Ended;
 using testing_support::lineCount;
 using testing_support::Process;
@@ -89,12 +92,32 @@ TEST(Program, ToolsGetJsonAndNothingElse) {
 }
 
 TEST(Program, PeopleGetATableThatFitsTheirTerminal) {
-    const Ended ended = cimhost({"enumerate", "Merolt_FCHBA_FCPort", "--fleet", FLEET});
-    EXPECT_EQ(ended.status, 0) << ended.errors;
-    EXPECT_THAT(ended.output, StartsWith("Address "));
-    std::istringstream lines(ended.output);
-    for (std::string line; std::getline(lines, line);)
-        EXPECT_LE(line.size(), 100U) << line;
+    for (const unsigned short width : {60, 120}) {
+        const Ended ended =
+            cimhostAtTerminal({"enumerate", "Merolt_FCHBA_StorageExtent", "--fleet", FLEET}, width, {"NO_COLOR=1"});
+        EXPECT_EQ(ended.status, 0) << ended.output;
+        EXPECT_THAT(ended.output, HasSubstr("LUN  "));
+        std::istringstream lines(ended.output.substr(ended.output.find("LUN  ")));
+        for (std::string line; std::getline(lines, line);) {
+            if (line.rfind("Merolt_NIC_Properties", 0) == 0) continue; // the provider's own, at any moment
+            EXPECT_LE(cli::length(line), width) << line;
+        }
+        EXPECT_EQ(ended.output.find('\033'), std::string::npos);
+    }
+}
+
+TEST(Program, OnlyATerminalGetsColours) {
+    const std::vector<std::string> question = {"enumerate", "Merolt_FCHBA_FCPort", "--fleet", FLEET};
+    EXPECT_THAT(cimhostAtTerminal(question, 100).output, HasSubstr("\033[1mAddress"));
+    for (const std::string off : {"NO_COLOR=1", "TERM=dumb"})
+        EXPECT_EQ(cimhostAtTerminal(question, 100, {off}).output.find("\033[1m"), std::string::npos) << off;
+    EXPECT_THAT(cimhost(question).output, StartsWith("Address "));
+}
+
+TEST(Program, WhatIsNoTerminalGetsTheTableWhole) {
+    const Ended ended = cimhost({"enumerate", "Merolt_FCHBA_SoftwareIdentity", "--fleet", FLEET});
+    EXPECT_EQ(ended.output.find("…"), std::string::npos);
+    EXPECT_THAT(ended.output, HasSubstr("_MC1020R4K00317_2100024D10317001__DriverFirmware\n"));
 }
 
 TEST(Program, AQuestionDoesNotTakeTheSecondsThatTheProviderSleepsForServers) {
@@ -195,12 +218,12 @@ TEST_P(RefusedStart, SaysWhyInOneMessage) {
 
 std::vector<BadStart> badStarts() {
     return {
-        {"NoCommand", {}, "subcommand is required"},
+        {"NoCommand", {}, "a command is missing"},
         {"UnknownOption", {"serve", "--colour"}, "--colour"},
         {"NoClass", {"enumerate"}, "CLASS is required"},
-        {"NoPath", {"--fleet", FLEET, "get", "Merolt_FCHBA_FCPort"}, "an instance path reads"},
+        {"NoPath", {"--fleet", FLEET, "get", "Merolt_FCHBA_FCPort"}, "Merolt_FCHBA_FCPort is a class"},
         {"NoSource", {"associators"}, "PATH is required"},
-        {"SourceIsAClass", {"--fleet", FLEET, "references", "Merolt_FCHBA_FCPort"}, "an instance path reads"},
+        {"NoKey", {"--fleet", FLEET, "references", "Merolt_FCHBA_FCPort.=1"}, "an instance path reads"},
         {"RoleOfReferences", {"references", "T.a=1", "--result-role", "Dependent"}, "--result-role"},
         {"NoFleet",
          {"--fleet", "/nonexistent/fleet.json", "serve", "--listen", "127.0.0.1:0"},

@@ -10,22 +10,31 @@ namespace cimhost::cli {
 namespace {
 
 TEST(Table, ColumnsStandUnderTheirHeaders) {
-    EXPECT_EQ(renderTable({"Name", "Status"}, {{"port-1", "OK"}, {"ü", "Error"}}, 100), "Name    Status\n"
-                                                                                        "port-1  OK\n"
-                                                                                        "ü       Error\n");
+    EXPECT_EQ(renderTable({"Name", "Status"}, {{"port-1", "OK"}, {"ü", "Error"}}, {100}), "Name    Status\n"
+                                                                                          "port-1  OK\n"
+                                                                                          "ü       Error\n");
 }
 
 TEST(Table, NoLineIsLongerThanTheTerminal) {
-    const std::string text = renderTable({"A", "B", "C"}, {{std::string(80, 'a'), std::string(70, 'b'), "c"}}, 100);
+    const std::string text = renderTable({"A", "B", "C"}, {{std::string(80, 'a'), std::string(70, 'b'), "c"}}, {100});
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);)
         EXPECT_LE(length(line), 100U) << line;
     EXPECT_NE(text.find("a…  b"), std::string::npos) << text;
 }
 
+TEST(Table, WithoutATerminalNothingIsCut) {
+    const std::string wide(300, 'a');
+    EXPECT_EQ(renderTable({"A"}, {{wide}}, {}), "A\n" + wide + "\n");
+}
+
+TEST(Table, HeadersStandOutWhereThereAreColours) {
+    EXPECT_EQ(renderTable({"A", "B"}, {{"1", "2"}}, {80, true}), "\033[1mA  B\033[0m\n1  2\n");
+}
+
 TEST(Table, WhatDoesNotFitAtAllIsLeftOut) {
     const Row headers(40, "header");
-    const std::string text = renderTable(headers, {Row(40, "value")}, 100);
+    const std::string text = renderTable(headers, {Row(40, "value")}, {100});
     EXPECT_LE(text.find('\n'), 100U);
 }
 

@@ -1,0 +1,54 @@
+#include "cimhost/cli/command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace cimhost::cli {
+
+namespace {
+
+constexpr const char* examples =
+    "Examples:\n"
+    "  cimhost tree                                         the adapters of this machine\n"
+    "  cimhost --fleet fleet.json tree                      those of a fleet file\n"
+    "  cimhost enumerate Merolt_FCHBA_FCPort                its storage ports\n"
+    "  cimhost names Merolt_NIC_NetworkPort --json          paths, for tools\n"
+    "  cimhost serve --listen 127.0.0.1:5988                any CIM client may ask\n"
+    "  cimhost listen --port 5990 --subscribe http://127.0.0.1:5988\n"
+    "\n"
+    "cimhost help COMMAND tells the options of a command. Those above stand before or behind it.";
+
+const CLI::App& commandOf(const CLI::App& program, const std::vector<std::string>& names) {
+    const CLI::App* command = &program;
+    for (const std::string& name : names) {
+        try {
+            command = command->get_subcommand(name);
+        } catch (const CLI::OptionNotFound&) {
+            throw std::runtime_error("there is no command \"" + name + "\"; see: cimhost help");
+        }
+    }
+    return *command;
+}
+
+} // namespace
+
+void addHelp(CommandLine& line) {
+    line.program().footer(examples);
+    const auto names = std::make_shared<std::vector<std::string>>();
+    CLI::App& command = line.add("help", "Tell how a command is used");
+    command.add_option("COMMAND", *names, "Such as: enumerate, or: image make");
+    line.onRun(command, [names, &program = line.program()](const Settings&) {
+        std::string prefix = "cimhost";
+        for (std::size_t index = 0; index + 1 < names->size(); ++index)
+            prefix += " " + (*names)[index];
+        std::cout << commandOf(program, *names).help(names->empty() ? "" : prefix);
+        return ok;
+    });
+}
+
+} // namespace cimhost::cli

@@ -1,0 +1,49 @@
+// What the program says besides its answer, on standard error: warnings, errors, and that it still works.
+#pragma once
+
+#include "cimhost/broker/log.h"
+#include "cimhost/service/cim_failure.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace cimhost::cli {
+
+enum class Verbosity { quiet, usual, verbose };
+
+struct MessageOptions {
+    Verbosity verbosity = Verbosity::usual;
+    bool json = false; ///< one object a line: {"error": {...}}, {"warning": {...}}
+};
+
+/// A line of host or provider: errors always, warnings unless quiet, all of it if verbose.
+void say(const MessageOptions& options, LogLevel level, std::string_view text);
+
+/// Why the command failed.
+void sayError(const MessageOptions& options, std::string_view reason);
+/// The same with the status of CIM (DSP0200, 5.3), in JSON as "code" and "name".
+void sayError(const MessageOptions& options, const CimFailure& failure);
+
+/// While it lives, and from the end of the first second, tells a person at a terminal what is waited for. Nothing where
+/// standard error is no terminal, or where it should be quiet or JSON.
+class Progress {
+public:
+    Progress(const MessageOptions& options, std::string what);
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+private:
+    void run();
+
+    const std::string what;
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool isOver = false;
+    std::thread thread;
+};
+
+} // namespace cimhost::cli

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "cimhost/broker/broker.h"
+#include "cimhost/broker/request_limit.h"
 #include "cimhost/broker/result_collector.h"
 #include "cimhost/broker/table_support.h"
 
@@ -24,9 +25,17 @@ Broker* checkedBroker(const CMPIBroker* broker, const char* function) noexcept {
     return owner;
 }
 
+// A management library that tells wild numbers has a provider make objects without end.
+bool isRequestFull(CMPIStatus* status) noexcept {
+    if (!isFull(workArena())) return false;
+    setStatus(status, CMPI_RC_ERR_FAILED);
+    return true;
+}
+
 CMPIInstance* newInstance(const CMPIBroker* broker, const CMPIObjectPath* object, CMPIStatus* status) noexcept {
     Broker* owner = checkedBroker(broker, "newInstance");
     const ObjectPathObject* path = ObjectPathObject::from(object);
+    if (isRequestFull(status)) return nullptr;
     setStatus(status, owner && path ? CMPI_RC_OK : CMPI_RC_ERR_INVALID_HANDLE);
     return owner && path ? ObjectMaker(*owner, workArena()).instance(*path) : nullptr;
 }
@@ -34,6 +43,7 @@ CMPIInstance* newInstance(const CMPIBroker* broker, const CMPIObjectPath* object
 CMPIObjectPath* newObjectPath(const CMPIBroker* broker, const char* nameSpace, const char* className,
                               CMPIStatus* status) noexcept {
     Broker* owner = checkedBroker(broker, "newObjectPath");
+    if (isRequestFull(status)) return nullptr;
     setStatus(status, owner ? CMPI_RC_OK : CMPI_RC_ERR_INVALID_HANDLE);
     return owner ? ObjectMaker(*owner, workArena()).path(textOf(nameSpace), textOf(className)) : nullptr;
 }

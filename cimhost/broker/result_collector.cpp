@@ -1,5 +1,6 @@
 #include "cimhost/broker/result_collector.h"
 
+#include "cimhost/broker/request_limit.h"
 #include "cimhost/broker/table_support.h"
 #include "cimhost/broker/values.h"
 
@@ -16,6 +17,7 @@ CMPIrc ResultCollector::addInstance(const CMPIInstance* object) {
     if (allowed != ResultKind::instances) return CMPI_RC_ERR_NOT_SUPPORTED;
     const InstanceObject* instance = InstanceObject::from(object);
     if (!instance) return CMPI_RC_ERR_INVALID_HANDLE;
+    if (isFull(*arena)) return CMPI_RC_ERR_FAILED;
     instances.push_back(instance->copyTo(*arena));
     return CMPI_RC_OK;
 }
@@ -24,6 +26,7 @@ CMPIrc ResultCollector::addPath(const CMPIObjectPath* object) {
     if (allowed != ResultKind::paths) return CMPI_RC_ERR_NOT_SUPPORTED;
     const ObjectPathObject* path = ObjectPathObject::from(object);
     if (!path) return CMPI_RC_ERR_INVALID_HANDLE;
+    if (isFull(*arena)) return CMPI_RC_ERR_FAILED;
     paths.push_back(path->copyTo(*arena));
     return CMPI_RC_OK;
 }

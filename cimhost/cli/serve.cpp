@@ -3,11 +3,13 @@
 #include "cimhost/indications/indication_server.h"
 #include "cimhost/service/endpoint.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <iostream>
 #include <malloc.h>
 #include <stdexcept>
+#include <sys/resource.h>
 
 namespace cimhost::cli {
 
@@ -104,11 +106,22 @@ HostOptions withSink(HostOptions options, const std::unique_ptr<IndicationServer
     return options;
 }
 
+// Descriptors are kept back for clients, and for what server, provider and management library open themselves.
+std::size_t deliveryConnections(std::size_t clients) {
+    constexpr std::size_t own = 256;
+    constexpr std::size_t least = 16;
+    constexpr std::size_t most = 512;
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur <= own + clients) return least;
+    return std::clamp(static_cast<std::size_t>(limit.rlim_cur) - own - clients, least, most);
+}
+
 IndicationOptions indicationOptions(const HostOptions& host, const ServeOptions& options) {
     IndicationOptions made;
     made.subscriptions.interopNamespace = host.interopNamespace;
     made.subscriptions.systemName = systemName();
     made.subscriptions.stateFile = options.state;
+    made.delivery.connections = deliveryConnections(options.connections);
     made.log = host.broker.log;
     return made;
 }

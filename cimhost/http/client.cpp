@@ -1,12 +1,17 @@
 #include "cimhost/http/client.h"
 
+#include "cimhost/http/mailbox.h"
+#include "cimhost/http/name_lookup.h"
 #include "cimhost/http/wire.h"
 #include "cimhost/model/names.h"
 
+#include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/post.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/ssl/host_name_verification.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/read.hpp>
@@ -15,7 +20,7 @@
 #include <boost/beast/ssl/ssl_stream.hpp>
 
 #include <algorithm>
-#include <atomic>
+#include <utility>
 #include <variant>
 
 namespace cimhost::http {
@@ -29,6 +34,7 @@ namespace {
 
 constexpr std::size_t longestUrl = 2048;
 constexpr std::uint32_t largestHead = 16U << 10;
+constexpr std::chrono::seconds longestTrust{60};
 
 bool startsWith(std::string_view text, std::string_view head) {
     return text.size() >= head.size() && equalNames(text.substr(0, head.size()), head);
@@ -92,138 +98,257 @@ std::optional<Url> parseUrl(std::string_view text) {
     return url;
 }
 
-struct Client::State {
+struct ClientLoop::State {
+    // Read anew from time to time: certificates change while servers run.
+    std::shared_ptr<asio::ssl::context> trusted() {
+        const auto now = std::chrono::steady_clock::now();
+        if (tls && now - tlsRead < longestTrust) return tls;
+        tls = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
+        tls->set_default_verify_paths();
+        tls->set_verify_mode(asio::ssl::verify_peer);
+        tlsRead = now;
+        return tls;
+    }
+
+    asio::io_context io;
+    asio::executor_work_guard<asio::io_context::executor_type> guard{io.get_executor()};
+    std::shared_ptr<Mailbox> mailbox = std::make_shared<Mailbox>(io);
+    std::shared_ptr<asio::ssl::context> tls;
+    std::chrono::steady_clock::time_point tlsRead;
+};
+
+ClientLoop::ClientLoop() : state(std::make_unique<State>()) {}
+
+ClientLoop::~ClientLoop() { state->mailbox->close(); }
+
+void ClientLoop::run() { state->io.run(); }
+
+void ClientLoop::runUntil(const std::function<bool()>& condition) {
+    while (!condition())
+        state->io.run_one();
+}
+
+void ClientLoop::stop() { state->io.stop(); }
+
+void ClientLoop::post(std::function<void()> work) { state->mailbox->post(std::move(work)); }
+
+struct Timer::State {
+    asio::steady_timer timer;
+};
+
+Timer::Timer(ClientLoop& loop) : state(new State{asio::steady_timer(loop.state->io)}) {}
+
+Timer::~Timer() = default;
+
+void Timer::start(std::chrono::steady_clock::time_point when, std::function<void()> work) {
+    state->timer.expires_at(when);
+    state->timer.async_wait([work = std::move(work)](error_code error) {
+        if (!error) work();
+    });
+}
+
+void Timer::cancel() { state->timer.cancel(); }
+
+struct AsyncClient::State : std::enable_shared_from_this<AsyncClient::State> {
     using Plain = beast::tcp_stream;
     using Secure = beast::ssl_stream<beast::tcp_stream>;
     using Outgoing = beast::http::request<beast::http::string_body>;
     using Incoming = beast::http::response_parser<GrowingBody>;
 
-    State(Url target, ClientLimits bounds) : url(std::move(target)), limits(bounds) {}
-
-    // Runs what was started until it ends; its own deadline ends it if nothing else does.
-    error_code finish(error_code& error) {
-        io.restart();
-        if (!isAborted) io.run();
-        if (isAborted) error = asio::error::operation_aborted;
-        return error;
-    }
-
-    template <typename Start>
-    void perform(std::string_view step, Start start) {
-        error_code error = asio::error::operation_aborted;
-        start([&error](error_code result, auto&&...) { error = result; });
-        if (!finish(error)) return;
-        isOutOfTime = error == beast::error::timeout;
-        throw ClientError(std::string(step) + ": " + (isOutOfTime ? "no answer in time" : error.message()));
-    }
+    State(ClientLoop::State& shared, Url target, ClientLimits bounds)
+        : loop(shared), url(std::move(target)), limits(bounds), lookupTimer(shared.io) {}
 
     Plain& lowest() {
         if (auto* plain = std::get_if<Plain>(&stream)) return *plain;
         return std::get<Secure>(stream).next_layer();
     }
-
-    void connect();
-    ClientAnswer exchange(const Outgoing& request);
-    template <typename Stream>
-    void transfer(Stream& through, const Outgoing& request, Incoming& parser);
-    void close() { stream.emplace<std::monostate>(); }
     [[nodiscard]] bool isOpen() const { return !std::holds_alternative<std::monostate>(stream); }
+    void close() { stream.emplace<std::monostate>(); }
 
-    Url url;
-    ClientLimits limits;
-    std::atomic<bool> isAborted = false;
-    bool hasAnswer = false;   // some byte of one has come
-    bool isOutOfTime = false; // that was the last error
-    asio::io_context io;
-    asio::ssl::context tls{asio::ssl::context::tls_client};
+    // The handler of one step: on with the next one, or the end. The end destroys the stream, whose operation is done
+    // only when its handler has returned.
+    template <typename Next>
+    auto step(const char* name, Next next) {
+        return [self = shared_from_this(), name, next](error_code error, auto&&...) {
+            if (self->isAborted) error = asio::error::operation_aborted;
+            if (!error) return next(*self);
+            asio::post(self->loop.io, [self, name, error] { self->fail(name, error); });
+        };
+    }
+
+    void begin();
+    void resolve();
+    void onPlaces(error_code error, Places found);
+    void connect();
+    void handshake();
+    template <typename Operation>
+    void onStream(Operation operation);
+    void send();
+    void readHead();
+    void readBody();
+    void succeed();
+    void fail(const std::string& name, error_code error);
+    void finish(ClientResult result);
+    void abort();
+
+    ClientLoop::State& loop;
+    const Url url;
+    const ClientLimits limits;
+    bool isAborted = false;
+    bool isKept = false;    // the connection that is tried had been kept
+    bool hasAnswer = false; // some byte of one has come
+    Done done;
+    std::optional<Outgoing> request;
+    std::optional<Incoming> parser;
     beast::flat_buffer buffer;
+    std::shared_ptr<int> lookup; // set while a name is looked up
+    asio::steady_timer lookupTimer;
+    Places places;
+    std::shared_ptr<asio::ssl::context> tls;
     std::variant<std::monostate, Plain, Secure> stream;
 };
 
-void Client::State::connect() {
-    tcp::resolver resolver(io);
-    tcp::resolver::results_type places;
-    perform("looking up " + url.host, [&](auto done) {
-        resolver.async_resolve(url.host, url.port,
-                               [&places, done](error_code error, tcp::resolver::results_type found) {
-                                   places = std::move(found);
-                                   done(error);
-                               });
+void AsyncClient::State::begin() {
+    hasAnswer = false;
+    parser.emplace();
+    parser->header_limit(largestHead);
+    parser->body_limit(limits.answerBytes);
+    if (isAborted) return fail("sending", asio::error::operation_aborted);
+    if (isOpen()) return send();
+    resolve();
+}
+
+void AsyncClient::State::resolve() {
+    lookup = std::make_shared<int>();
+    // Holds no share of this: a lookup that hangs may outlive the loop.
+    const auto onFound = [weak = weak_from_this(), mine = std::weak_ptr<int>(lookup)](error_code error,
+                                                                                      const Places& found) {
+        const std::shared_ptr<State> self = weak.lock();
+        if (self && self->lookup && mine.lock() == self->lookup) self->onPlaces(error, found);
+    };
+    lookupTimer.expires_after(limits.connect);
+    lookupTimer.async_wait([onFound](error_code error) {
+        if (!error) onFound(beast::error::timeout, {});
     });
+    lookUp(url.host, url.port, lookup, loop.mailbox, onFound);
+}
+
+void AsyncClient::State::onPlaces(error_code error, Places found) {
+    lookup.reset();
+    lookupTimer.cancel();
+    if (error) return fail("looking up " + url.host, error);
+    places = std::move(found);
+    connect();
+}
+
+void AsyncClient::State::connect() {
     buffer.clear();
     if (url.isSecure) {
-        tls.set_default_verify_paths();
-        tls.set_verify_mode(asio::ssl::verify_peer);
-        Secure& made = stream.emplace<Secure>(io, tls);
+        tls = loop.trusted();
+        Secure& made = stream.emplace<Secure>(loop.io, *tls);
         made.set_verify_callback(asio::ssl::host_name_verification(url.host));
         SSL_set_tlsext_host_name(made.native_handle(), url.host.c_str());
     } else {
-        stream.emplace<Plain>(io);
+        stream.emplace<Plain>(loop.io);
     }
     lowest().expires_after(limits.connect);
-    perform("connecting", [&](auto done) { lowest().async_connect(places, done); });
+    lowest().async_connect(places, step("connecting", [](State& self) { self.handshake(); }));
+}
+
+void AsyncClient::State::handshake() {
     error_code ignored;
     lowest().socket().set_option(tcp::no_delay(true), ignored);
-    if (auto* secure = std::get_if<Secure>(&stream)) {
-        perform("TLS", [&](auto done) { secure->async_handshake(asio::ssl::stream_base::client, done); });
-    }
+    auto* secure = std::get_if<Secure>(&stream);
+    if (!secure) return send();
+    secure->async_handshake(asio::ssl::stream_base::client, step("TLS", [](State& self) { self.send(); }));
 }
 
-template <typename Stream>
-void Client::State::transfer(Stream& through, const Outgoing& request, Incoming& parser) {
-    perform("sending", [&](auto done) { beast::http::async_write(through, request, done); });
-    perform("waiting for the answer",
-            [&](auto done) { beast::http::async_read_header(through, buffer, parser, done); });
-    hasAnswer = true;
-    perform("reading the answer", [&](auto done) { beast::http::async_read(through, buffer, parser, done); });
+template <typename Operation>
+void AsyncClient::State::onStream(Operation operation) {
+    if (auto* secure = std::get_if<Secure>(&stream)) return operation(*secure);
+    operation(std::get<Plain>(stream));
 }
 
-ClientAnswer Client::State::exchange(const Outgoing& request) {
-    hasAnswer = false;
-    if (!isOpen()) connect();
-    Incoming parser;
-    parser.header_limit(largestHead);
-    parser.body_limit(limits.answerBytes);
+void AsyncClient::State::send() {
     lowest().expires_after(limits.answer);
-    if (auto* secure = std::get_if<Secure>(&stream)) {
-        transfer(*secure, request, parser);
-    } else {
-        transfer(std::get<Plain>(stream), request, parser);
-    }
-    lowest().expires_never();
-    if (!parser.keep_alive()) close();
-    return {parser.get().result_int(), std::move(parser.get().body())};
+    onStream([this](auto& through) {
+        beast::http::async_write(through, *request, step("sending", [](State& self) { self.readHead(); }));
+    });
 }
 
-Client::Client(Url url, ClientLimits limits) : state(std::make_unique<State>(std::move(url), limits)) {}
+void AsyncClient::State::readHead() {
+    onStream([this](auto& through) {
+        beast::http::async_read_header(through, buffer, *parser, step("waiting for the answer", [](State& self) {
+                                           self.hasAnswer = true;
+                                           self.readBody();
+                                       }));
+    });
+}
 
-Client::~Client() = default;
+void AsyncClient::State::readBody() {
+    onStream([this](auto& through) {
+        beast::http::async_read(through, buffer, *parser, step("reading the answer", [](State& self) {
+                                    asio::post(self.loop.io, [kept = self.shared_from_this()] { kept->succeed(); });
+                                }));
+    });
+}
 
-ClientAnswer Client::post(const std::vector<Field>& fields, std::string_view body) {
-    State::Outgoing request(beast::http::verb::post, state->url.path, 11);
+void AsyncClient::State::succeed() {
+    lowest().expires_never();
+    if (!parser->keep_alive()) close();
+    finish({{parser->get().result_int(), std::move(parser->get().body())}, {}});
+}
+
+void AsyncClient::State::fail(const std::string& name, error_code error) {
+    close();
+    const bool isOutOfTime = error == beast::error::timeout;
+    if (std::exchange(isKept, false) && !hasAnswer && !isOutOfTime && !isAborted) return begin();
+    finish({{}, name + ": " + (isOutOfTime ? "no answer in time" : error.message())});
+}
+
+void AsyncClient::State::finish(ClientResult result) {
+    request.reset();
+    parser.reset();
+    const Done told = std::exchange(done, nullptr);
+    if (told) told(std::move(result));
+}
+
+void AsyncClient::State::abort() {
+    isAborted = true;
+    if (lookup) return onPlaces(asio::error::operation_aborted, {});
+    // The step under way ends with an error, and its handler closes the rest.
+    if (isOpen()) lowest().close();
+}
+
+AsyncClient::AsyncClient(ClientLoop& loop, Url url, ClientLimits limits)
+    : state(std::make_shared<State>(*loop.state, std::move(url), limits)) {}
+
+AsyncClient::~AsyncClient() = default;
+
+void AsyncClient::post(const std::vector<Field>& fields, std::string body, Done done) {
+    State::Outgoing& request = state->request.emplace(beast::http::verb::post, state->url.path, 11);
     request.set(beast::http::field::host, state->url.authority());
     for (const Field& field : fields)
         request.set(field.name, field.value);
-    request.body() = body;
+    request.body() = std::move(body);
     request.prepare_payload();
-    const bool isKept = state->isOpen();
-    try {
-        return state->exchange(request);
-    } catch (const ClientError&) {
-        state->close();
-        if (!isKept || state->hasAnswer || state->isOutOfTime || state->isAborted) throw;
-    }
-    try {
-        return state->exchange(request);
-    } catch (const ClientError&) {
-        state->close();
-        throw;
-    }
+    state->isKept = state->isOpen();
+    state->done = std::move(done);
+    state->begin();
 }
 
-void Client::abort() {
-    state->isAborted = true;
-    state->io.stop();
+void AsyncClient::abort() { state->abort(); }
+
+bool AsyncClient::isOpen() const { return state->isOpen(); }
+
+void AsyncClient::close() { state->close(); }
+
+ClientAnswer Client::post(const std::vector<Field>& fields, std::string_view body) {
+    std::optional<ClientResult> result;
+    client.post(fields, std::string(body), [&result](ClientResult given) { result = std::move(given); });
+    loop.runUntil([&result] { return result.has_value(); });
+    if (!result->error.empty()) throw ClientError(result->error);
+    return std::move(result->answer);
 }
 
 } // namespace cimhost::http

@@ -1,16 +1,18 @@
-// An HTTP client that posts messages to one place: deadlines, a bounded answer, TLS, a connection kept between
-// messages.
+// HTTP clients that post messages to one place each: deadlines, a bounded answer, TLS, a connection kept between
+// messages. Many of them share one thread.
 #pragma once
 
 #include "cimhost/http/message.h"
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace cimhost::http {
 
@@ -44,23 +46,92 @@ struct ClientAnswer {
     std::string body;
 };
 
-/// One message at a time, by one thread; only abort() may be called from another.
-class Client {
+/// What became of a message.
+struct ClientResult {
+    ClientAnswer answer;
+    std::string error; ///< why there is no answer; empty: there is one
+};
+
+/// What the clients of one thread share: its loop, and the certificates that they trust.
+class ClientLoop {
 public:
-    explicit Client(Url url, ClientLimits limits = {});
-    ~Client();
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
+    ClientLoop();
+    ~ClientLoop();
+    ClientLoop(const ClientLoop&) = delete;
+    ClientLoop& operator=(const ClientLoop&) = delete;
 
-    /// Throws ClientError. Where a connection that was kept turns out to be gone before any answer, a new one is made.
-    ClientAnswer post(const std::vector<Field>& fields, std::string_view body);
+    /// Runs what is to be done, by one thread, until stop().
+    void run();
+    /// The same until the condition holds, which is asked after each piece of work.
+    void runUntil(const std::function<bool()>& condition);
+    /// From any thread.
+    void stop();
+    /// From any thread: does the work on the thread that runs the loop.
+    void post(std::function<void()> work);
 
-    /// Ends the message under way, and every later one at once.
-    void abort();
+    struct State;
+
+private:
+    friend class AsyncClient;
+    friend class Timer;
+    std::unique_ptr<State> state;
+};
+
+/// Of a loop, and for its thread alone.
+class Timer {
+public:
+    /// The loop ends before the timer, or the timer is not running.
+    explicit Timer(ClientLoop& loop);
+    ~Timer();
+    Timer(const Timer&) = delete;
+    Timer& operator=(const Timer&) = delete;
+
+    /// Does the work then, in the place of what was to be done before.
+    void start(std::chrono::steady_clock::time_point when, std::function<void()> work);
+    void cancel();
 
 private:
     struct State;
     std::unique_ptr<State> state;
+};
+
+/// One message at a time, on the thread of its loop alone. Waits for nothing.
+class AsyncClient {
+public:
+    using Done = std::function<void(ClientResult)>;
+
+    /// The loop outlives the client.
+    AsyncClient(ClientLoop& loop, Url url, ClientLimits limits = {});
+    ~AsyncClient();
+    AsyncClient(const AsyncClient&) = delete;
+    AsyncClient& operator=(const AsyncClient&) = delete;
+
+    /// Calls done once. Where a connection that was kept turns out to be gone before any answer, a new one is made.
+    void post(const std::vector<Field>& fields, std::string body, Done done);
+
+    /// Ends the message under way, and every later one at once.
+    void abort();
+
+    /// True while a connection is kept. Between two messages it may be closed.
+    [[nodiscard]] bool isOpen() const;
+    void close();
+
+private:
+    struct State;
+    std::shared_ptr<State> state;
+};
+
+/// One message at a time, by one thread, which waits for the answer.
+class Client {
+public:
+    explicit Client(Url url, ClientLimits limits = {}) : client(loop, std::move(url), limits) {}
+
+    /// Throws ClientError.
+    ClientAnswer post(const std::vector<Field>& fields, std::string_view body);
+
+private:
+    ClientLoop loop;
+    AsyncClient client;
 };
 
 } // namespace cimhost::http

@@ -2,13 +2,12 @@
 // server are still there. Private to the HTTP server.
 #pragma once
 
+#include "cimhost/http/mailbox.h"
 #include "cimhost/http/server.h"
-
-#include <boost/asio/io_context.hpp>
 
 #include <atomic>
 #include <memory>
-#include <mutex>
+#include <utility>
 
 namespace cimhost::http {
 
@@ -18,22 +17,6 @@ public:
     virtual ~Addressee() = default;
 
     virtual void takeAnswer(Response answer) = 0;
-};
-
-/// Outlives the server, so that an answer may come after its end.
-class Mailbox {
-public:
-    explicit Mailbox(boost::asio::io_context& target) : io(&target) {}
-
-    /// Dropped if the addressee or the server is gone.
-    void deliver(const std::weak_ptr<Addressee>& to, Response answer);
-
-    /// From now on everything is dropped.
-    void close();
-
-private:
-    std::mutex mutex;
-    boost::asio::io_context* io;
 };
 
 class ConnectionReply final : public Reply {

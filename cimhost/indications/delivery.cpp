@@ -32,15 +32,13 @@ std::string shownReason(std::string_view text) { return printable(text.substr(0,
 
 } // namespace
 
-Delivery::Delivery(http::Url url, std::string_view name, std::string sequenceContext, DeliveryOptions options,
-                   LogSink sink)
+Delivery::Delivery(DeliveryLoop& loop, http::Url url, std::string_view name, std::string sequenceContext,
+                   DeliveryOptions options, LogSink sink)
     : listener(printable(name)), context(std::move(sequenceContext)), settings(options), log(std::move(sink)),
-      client(std::move(url), options.limits), pause(options.firstPause), thread([this] { run(); }) {}
+      shared(loop), client(loop.loop(), std::move(url), options.limits), timer(loop.loop()), stopTimer(loop.loop()),
+      pause(options.firstPause) {}
 
-Delivery::~Delivery() {
-    stop(std::chrono::milliseconds::zero());
-    if (thread.joinable()) thread.join();
-}
+Delivery::~Delivery() = default;
 
 void Delivery::report(LogLevel level, const std::string& text) const {
     if (log) log(level, "listener " + listener + ": " + text);
@@ -49,6 +47,7 @@ void Delivery::report(LogLevel level, const std::string& text) const {
 void Delivery::enqueue(OpenInstance indication) {
     std::uint64_t droppedBefore = 0;
     std::uint64_t droppedNow = 0;
+    bool wasAwake = false;
     {
         const std::lock_guard lock(mutex);
         if (isStopping) {
@@ -61,8 +60,9 @@ void Delivery::enqueue(OpenInstance indication) {
         while (queue.size() > 1 && (queue.size() > settings.queueLength || queuedBytes > settings.queueBytes))
             dropOldest();
         droppedNow = totals.dropped;
+        wasAwake = std::exchange(isAwake, true);
     }
-    changed.notify_one();
+    if (!wasAwake) shared.loop().post([self = shared_from_this()] { self->wake(); });
     // The first one is told at once; the rest is counted, and told when the listener answers again or is given up.
     if (droppedBefore == 0 && droppedNow > 0) report(LogLevel::warning, "the queue is full, the oldest is dropped");
 }
@@ -82,45 +82,131 @@ void Delivery::giveUpExpired() {
     }
 }
 
-// False when the thread is to end. While the listener fails, work is what is left after a pause.
-bool Delivery::waitForWork(std::unique_lock<std::mutex>& lock) {
-    if (isFailing && !isStopping) {
-        changed.wait_for(lock, pause, [this] { return isStopping; });
-        pause = std::min(pause * 2, settings.longestPause);
-        giveUpExpired();
-    }
-    if (!isStopping) changed.wait(lock, [this] { return isStopping || !queue.empty(); });
-    return !isStopping || (!queue.empty() && !isFailing && Clock::now() < stopAt);
+void Delivery::wake() {
+    if (stage != Stage::idle) return;
+    shared.noteBusy(*this);
+    takeNext();
 }
 
-void Delivery::run() {
+// Called with the lock.
+bool Delivery::isToEnd() const { return isStopping && (queue.empty() || isFailing || Clock::now() >= stopAt); }
+
+// On the way from one indication to the next; the connection, if there is one, is not in use.
+void Delivery::takeNext() {
+    stage = Stage::idle;
     std::unique_lock lock(mutex);
-    while (waitForWork(lock)) {
-        const Waiting waiting = queue.front();
-        ++totals.attempts;
+    if (isToEnd()) {
         lock.unlock();
-        std::string reason;
-        const Attempt result = attempt(waiting, reason);
-        lock.lock();
-        if (result == Attempt::failed) {
-            noteFailure(reason);
-            continue;
-        }
-        if (!queue.empty() && queue.front().number == waiting.number) {
-            queuedBytes -= waiting.instance->size();
-            queue.pop_front();
-        } else {
-            --totals.dropped; // on its way it was the oldest, but it has arrived
-        }
-        ++(result == Attempt::taken ? totals.delivered : totals.refused);
-        noteSuccess();
-        if (result == Attempt::refused) report(LogLevel::warning, "refused an indication: " + reason);
+        return end();
     }
-    totals.givenUp += queue.size();
-    if (!queue.empty()) report(LogLevel::warning, countOf(queue.size()) + " given up at the end");
-    queue.clear();
-    queuedBytes = 0;
-    hasEnded = true;
+    if (queue.empty()) {
+        isAwake = false;
+        lock.unlock();
+        if (hasConnection) shared.noteIdle(*this);
+        return;
+    }
+    lock.unlock();
+    stage = Stage::waitingForConnection;
+    if (hasConnection || shared.request(shared_from_this())) onGranted();
+}
+
+void Delivery::onGranted() {
+    if (stage != Stage::waitingForConnection) return shared.release();
+    hasConnection = true;
+    send();
+}
+
+void Delivery::send() {
+    Waiting waiting;
+    {
+        const std::lock_guard lock(mutex);
+        waiting = queue.front();
+        ++totals.attempts;
+    }
+    stage = Stage::sending;
+    sentNumber = waiting.number;
+    client.post(exportFields, messageFor(waiting),
+                [self = shared_from_this()](const http::ClientResult& result) { self->onResult(result); });
+}
+
+void Delivery::onResult(const http::ClientResult& result) {
+    if (stage == Stage::ended) return;
+    if (!client.isOpen()) closeConnection();
+    std::string reason;
+    const Attempt judged = judge(result, reason);
+    settle(judged, reason);
+    if (judged == Attempt::failed) return startPause();
+    // Others come first.
+    shared.loop().post([self = shared_from_this()] {
+        if (self->stage == Stage::sending) self->takeNext();
+    });
+}
+
+void Delivery::settle(Attempt result, const std::string& reason) {
+    const std::lock_guard lock(mutex);
+    if (result == Attempt::failed) return noteFailure(reason);
+    if (!queue.empty() && queue.front().number == sentNumber) {
+        queuedBytes -= queue.front().instance->size();
+        queue.pop_front();
+    } else {
+        --totals.dropped; // on its way it was the oldest, but it has arrived
+    }
+    ++(result == Attempt::taken ? totals.delivered : totals.refused);
+    noteSuccess();
+    if (result == Attempt::refused) report(LogLevel::warning, "refused an indication: " + reason);
+}
+
+// While the listener fails, work is what is left after a pause.
+void Delivery::startPause() {
+    stage = Stage::pausing;
+    // The listener is not asked for a while; others may be.
+    client.close();
+    closeConnection();
+    {
+        const std::lock_guard lock(mutex);
+        if (isStopping) {
+            shared.loop().post([self = shared_from_this()] { self->onStop(); });
+            return;
+        }
+    }
+    timer.start(Clock::now() + pause, [self = shared_from_this()] { self->endPause(); });
+}
+
+void Delivery::endPause() {
+    if (stage != Stage::pausing) return;
+    pause = std::min(pause * 2, settings.longestPause);
+    {
+        const std::lock_guard lock(mutex);
+        giveUpExpired();
+    }
+    takeNext();
+}
+
+void Delivery::closeConnection() {
+    if (std::exchange(hasConnection, false)) shared.release();
+}
+
+void Delivery::giveUpConnection() {
+    client.close();
+    hasConnection = false;
+}
+
+void Delivery::end() {
+    if (stage == Stage::ended) return;
+    stage = Stage::ended;
+    timer.cancel();
+    stopTimer.cancel();
+    shared.noteBusy(*this);
+    client.close();
+    closeConnection();
+    {
+        const std::lock_guard lock(mutex);
+        totals.givenUp += queue.size();
+        if (!queue.empty()) report(LogLevel::warning, countOf(queue.size()) + " given up at the end");
+        queue.clear();
+        queuedBytes = 0;
+        hasEnded = true;
+    }
     changed.notify_all();
 }
 
@@ -158,51 +244,51 @@ std::string Delivery::messageFor(const Waiting& waiting) const {
     return std::string(message.view());
 }
 
-Delivery::Attempt Delivery::attempt(const Waiting& waiting, std::string& reason) {
-    try {
-        const http::ClientAnswer answer = client.post(exportFields, messageFor(waiting));
-        if (answer.status != 200) {
-            reason = "answered with HTTP status " + std::to_string(answer.status);
-            return Attempt::failed;
-        }
-        const auto decoded = cimxml::decodeAnswer(answer.body);
-        if (const auto* garbage = std::get_if<cimxml::ProtocolError>(&decoded)) {
-            reason = "the answer is no CIM-XML: " + shownReason(garbage->message);
-            return Attempt::failed;
-        }
-        const auto* error = std::get_if<CimError>(&std::get<cimxml::Answer>(decoded));
-        if (!error) return Attempt::taken;
-        reason = "status " + std::to_string(error->code) + " " + shownReason(error->description);
-        return Attempt::refused;
-    } catch (const std::exception& error) {
-        reason = shownReason(error.what());
+Delivery::Attempt Delivery::judge(const http::ClientResult& result, std::string& reason) const {
+    if (!result.error.empty()) {
+        reason = shownReason(result.error);
         return Attempt::failed;
     }
+    if (result.answer.status != 200) {
+        reason = "answered with HTTP status " + std::to_string(result.answer.status);
+        return Attempt::failed;
+    }
+    const auto decoded = cimxml::decodeAnswer(result.answer.body);
+    if (const auto* garbage = std::get_if<cimxml::ProtocolError>(&decoded)) {
+        reason = "the answer is no CIM-XML: " + shownReason(garbage->message);
+        return Attempt::failed;
+    }
+    const auto* error = std::get_if<CimError>(&std::get<cimxml::Answer>(decoded));
+    if (!error) return Attempt::taken;
+    reason = "status " + std::to_string(error->code) + " " + shownReason(error->description);
+    return Attempt::refused;
 }
 
-bool Delivery::abandon() {
-    bool ended = false;
+void Delivery::stop(Clock::time_point until) {
     {
         const std::lock_guard lock(mutex);
+        stopAt = isStopping ? std::min(stopAt, until) : until;
         isStopping = true;
-        stopAt = Clock::now();
-        ended = hasEnded;
     }
-    client.abort();
-    changed.notify_all();
-    return ended;
+    shared.loop().post([self = shared_from_this()] { self->onStop(); });
 }
 
-void Delivery::stop(std::chrono::milliseconds grace) {
-    if (grace > std::chrono::milliseconds::zero()) {
-        std::unique_lock lock(mutex);
-        isStopping = true;
-        stopAt = Clock::now() + grace;
-        changed.notify_all();
-        changed.wait_until(lock, stopAt, [this] { return hasEnded; });
-    }
-    abandon();
-    if (thread.joinable()) thread.join();
+void Delivery::onStop() {
+    if (stage == Stage::ended) return;
+    std::unique_lock lock(mutex);
+    const Clock::time_point until = stopAt;
+    const bool isDue = isToEnd();
+    lock.unlock();
+    const bool isOver = Clock::now() >= until;
+    // The message under way ends with an error, and the delivery behind it.
+    if (stage == Stage::sending && isOver) return client.abort();
+    if (stage != Stage::sending && (isDue || isOver)) return end();
+    stopTimer.start(until, [self = shared_from_this()] { self->onStop(); });
+}
+
+void Delivery::waitForEnd() {
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [this] { return hasEnded; });
 }
 
 DeliveryCounts Delivery::counts() const {

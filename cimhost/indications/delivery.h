@@ -1,8 +1,8 @@
-// One listener: what waits for it, and the thread that brings it there. A listener that hangs holds up only its own.
+// One listener: what waits for it, and how it gets there. A listener that hangs holds up only its own.
 #pragma once
 
 #include "cimhost/broker/log.h"
-#include "cimhost/http/client.h"
+#include "cimhost/indications/delivery_loop.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -12,7 +12,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 
 namespace cimhost {
 
@@ -24,6 +23,7 @@ struct DeliveryOptions {
     std::chrono::milliseconds longestPause{5'000};  ///< no pause is longer
     std::chrono::milliseconds patience{60'000};     ///< how long an indication is tried before it is given up
     std::chrono::milliseconds stopGrace{2'000};     ///< for what waits when the server ends
+    std::size_t connections = 256;                  ///< to all listeners at the same moment; others wait for one
 };
 
 struct DeliveryCounts {
@@ -37,27 +37,35 @@ struct DeliveryCounts {
 /// An indication as <INSTANCE> without its end tag: sequence properties are still to come. Shared by all listeners.
 using OpenInstance = std::shared_ptr<const std::string>;
 
-class Delivery {
+/// Belongs to the thread of its loop, but for what is said to be for any thread.
+class Delivery final : public ConnectionUser, public std::enable_shared_from_this<Delivery> {
 public:
-    /// name is what reports call the listener, made printable; the context is sent as SequenceContext.
-    Delivery(http::Url url, std::string_view name, std::string sequenceContext, DeliveryOptions options, LogSink log);
-    /// Stops at once, unless stop() was called.
-    ~Delivery();
+    /// name is what reports call the listener, made printable; the context is sent as SequenceContext. The loop's end
+    /// comes before that of the delivery.
+    Delivery(DeliveryLoop& loop, http::Url url, std::string_view name, std::string sequenceContext,
+             DeliveryOptions options, LogSink log);
+    ~Delivery() override;
     Delivery(const Delivery&) = delete;
     Delivery& operator=(const Delivery&) = delete;
 
-    /// Never waits for the listener. Numbers are given here, so a listener sees a gap where one was dropped.
+    using Clock = std::chrono::steady_clock;
+
+    /// From any thread. Never waits. Numbers are given here, so a listener sees a gap where one was dropped.
     void enqueue(OpenInstance indication);
 
-    /// Ends the thread: after what waits has been brought or the time is over, and at once while the listener fails.
-    void stop(std::chrono::milliseconds grace);
-    /// Tells the thread to end at once, and does not wait for it. True once it has.
-    bool abandon();
+    /// From any thread: takes nothing more, and ends when what waits has been brought; at once while the listener
+    /// fails, and when the time has come. Does not wait for that.
+    void stop(Clock::time_point until);
+    /// From any other thread than the loop's: waits for the end. At the latest it comes with the time given to stop().
+    void waitForEnd();
 
+    /// From any thread.
     [[nodiscard]] DeliveryCounts counts() const;
 
+    void onGranted() override;
+    void giveUpConnection() override;
+
 private:
-    using Clock = std::chrono::steady_clock;
     struct Waiting {
         OpenInstance instance;
         std::uint64_t number;
@@ -65,9 +73,20 @@ private:
     };
     enum class Attempt { taken, refused, failed };
 
-    void run();
-    bool waitForWork(std::unique_lock<std::mutex>& lock);
-    Attempt attempt(const Waiting& waiting, std::string& reason);
+    enum class Stage { idle, waitingForConnection, sending, pausing, ended };
+
+    void wake();
+    void onStop();
+    void takeNext();
+    void send();
+    void onResult(const http::ClientResult& result);
+    void settle(Attempt result, const std::string& reason);
+    void startPause();
+    void endPause();
+    void end();
+    void closeConnection();
+    [[nodiscard]] bool isToEnd() const;
+    Attempt judge(const http::ClientResult& result, std::string& reason) const;
     std::string messageFor(const Waiting& waiting) const;
     void noteFailure(const std::string& reason);
     void noteSuccess();
@@ -79,21 +98,29 @@ private:
     const std::string context;
     const DeliveryOptions settings;
     const LogSink log;
-    http::Client client;
 
-    mutable std::mutex mutex;
+    // The loop's thread alone.
+    DeliveryLoop& shared;
+    http::AsyncClient client;
+    http::Timer timer;     // of a pause
+    http::Timer stopTimer; // of the end
+    Stage stage = Stage::idle;
+    bool hasConnection = false; // one of those that the loop has to give
+    std::uint64_t sentNumber = 0;
+    std::chrono::milliseconds pause{};
+
+    mutable std::mutex mutex; // of all below
     std::condition_variable changed;
     std::deque<Waiting> queue;
     std::size_t queuedBytes = 0;
     std::uint64_t nextNumber = 0;
     DeliveryCounts totals;
     std::uint64_t lostAtLastReport = 0;
+    bool isAwake = false; // the loop knows that there is something to do
     bool isFailing = false;
     bool isStopping = false;
     bool hasEnded = false;
     Clock::time_point stopAt{};
-    std::chrono::milliseconds pause{};
-    std::thread thread; // last: it uses all of the above
 };
 
 } // namespace cimhost

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <iterator>
 #include <utility>
 
 namespace cimhost {
@@ -30,46 +29,43 @@ bool selects(const Route& route, const InstanceObject& indication) {
 
 Router::Router(const ClassRepository& repository, std::string systemName, DeliveryOptions options, LogSink sink)
     : tags(repository), system(std::move(systemName)), settings(options), log(std::move(sink)),
-      targets(std::make_shared<Targets>()) {}
+      loop(options.connections), targets(std::make_shared<Targets>()) {}
+
+Router::~Router() {
+    stop();
+    loop.end();
+}
 
 std::shared_ptr<Delivery> Router::deliveryFor(const Route& route) {
     std::shared_ptr<Delivery>& delivery = deliveries[route.destination];
     if (!delivery) {
         delivery =
-            std::make_shared<Delivery>(route.url, route.listenerName + " at " + route.url.authority(),
+            std::make_shared<Delivery>(loop, route.url, route.listenerName + " at " + route.url.authority(),
                                        sequenceContext(system, route.listenerName, deliveriesMade++), settings, log);
     }
     return delivery;
 }
 
-std::vector<std::shared_ptr<Delivery>> Router::retireUnused(const Targets& used) {
+void Router::retireUnused(const Targets& used) {
     for (auto place = deliveries.begin(); place != deliveries.end();) {
         const auto isUsing = [&](const Target& target) { return target.delivery == place->second; };
         if (std::any_of(used.begin(), used.end(), isUsing)) {
             ++place;
             continue;
         }
-        retired.push_back(std::move(place->second));
+        place->second->stop(Delivery::Clock::now());
         place = deliveries.erase(place);
     }
-    const auto end = std::stable_partition(
-        retired.begin(), retired.end(), [](const std::shared_ptr<Delivery>& delivery) { return !delivery->abandon(); });
-    std::vector<std::shared_ptr<Delivery>> ended(std::make_move_iterator(end), std::make_move_iterator(retired.end()));
-    retired.erase(end, retired.end());
-    return ended;
 }
 
 void Router::setRoutes(std::vector<Route> routes) {
     auto made = std::make_shared<Targets>();
-    // Goes behind the lock: the end of a delivery waits for a name that is being resolved, however long that takes, and
-    // the indications of all others would wait too.
-    std::vector<std::shared_ptr<Delivery>> ended;
     const std::lock_guard lock(mutex);
     for (Route& route : routes) {
         auto delivery = deliveryFor(route);
         made->push_back({std::move(route), std::move(delivery)});
     }
-    ended = retireUnused(*made);
+    retireUnused(*made);
     targets = std::move(made);
 }
 
@@ -102,19 +98,16 @@ CMPIrc Router::deliver(const InstanceObject& indication) {
 
 void Router::stop() {
     std::map<std::string, std::shared_ptr<Delivery>> ending;
-    std::vector<std::shared_ptr<Delivery>> abandoned;
     {
         const std::lock_guard lock(mutex);
         targets = std::make_shared<Targets>();
         ending = std::exchange(deliveries, {});
-        abandoned = std::exchange(retired, {});
     }
-    const auto stopAt = std::chrono::steady_clock::now() + settings.stopGrace;
-    for (const auto& [name, delivery] : ending) {
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(stopAt - std::chrono::steady_clock::now());
-        delivery->stop(std::max(left, std::chrono::milliseconds::zero()));
-    }
+    const auto until = Delivery::Clock::now() + settings.stopGrace;
+    for (const auto& [name, delivery] : ending)
+        delivery->stop(until);
+    for (const auto& [name, delivery] : ending)
+        delivery->waitForEnd();
 }
 
 DeliveryCounts Router::counts(const std::string& destination) const {

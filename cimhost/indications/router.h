@@ -28,6 +28,11 @@ public:
     /// The repository outlives the router. systemName begins every sequence context.
     Router(const ClassRepository& repository, std::string systemName, DeliveryOptions options, LogSink log);
 
+    /// Stops.
+    ~Router();
+    Router(const Router&) = delete;
+    Router& operator=(const Router&) = delete;
+
     /// From now on these. A listener without a route is told nothing more, not even what waits for it.
     void setRoutes(std::vector<Route> routes);
 
@@ -48,8 +53,7 @@ private:
     using Targets = std::vector<Target>;
 
     std::shared_ptr<Delivery> deliveryFor(const Route& route);
-    /// Those that have ended, to be destroyed without the lock.
-    std::vector<std::shared_ptr<Delivery>> retireUnused(const Targets& used);
+    void retireUnused(const Targets& used);
     OpenInstance render(const InstanceObject& indication) const;
 
     const cimxml::TagTable tags;
@@ -57,11 +61,10 @@ private:
     const DeliveryOptions settings;
     const LogSink log;
 
+    DeliveryLoop loop;
     mutable std::mutex mutex;
     std::shared_ptr<const Targets> targets;
     std::map<std::string, std::shared_ptr<Delivery>> deliveries;
-    // A name that is being looked up cannot be called back: its thread ends when that does.
-    std::vector<std::shared_ptr<Delivery>> retired;
     std::uint64_t deliveriesMade = 0;
 };
 

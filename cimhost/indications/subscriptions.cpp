@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <utility>
 
 namespace cimhost {
@@ -143,6 +144,7 @@ struct Subscriptions::Object {
     InstanceObject* instance = nullptr;
     const ObjectPathObject* path = nullptr;
     std::string key;
+    std::optional<std::string> owner; // who made it; nothing for what was remembered over a restart
 
     std::shared_ptr<const Query> query; // of a filter
     std::string sourceNamespace;
@@ -293,6 +295,16 @@ std::unique_ptr<Subscriptions::Object> Subscriptions::make(const InstanceObject&
     return object;
 }
 
+// One user alone cannot take what is there for all.
+void Subscriptions::requireRoom(const Object& made, const std::string& owner) const {
+    const auto count = std::count_if(objects.begin(), objects.end(),
+                                     [&](const auto& one) { return one->kind == made.kind && one->owner == owner; });
+    if (static_cast<std::size_t>(count) < settings.mostOfUser) return;
+    throw CimFailure(CMPI_RC_ERR_FAILED, (owner.empty() ? "there are " : "user " + owner + " has ") +
+                                             std::to_string(settings.mostOfUser) +
+                                             " of them already: remove others first");
+}
+
 // The class of the FROM, or the first one below it, that the provider is registered for.
 const ClassDeclaration& Subscriptions::servedClass(const Object& filter) const {
     const ClassDeclaration& from = *broker.repository().find(filter.sourceNamespace, filter.query->className());
@@ -401,6 +413,8 @@ const ObjectPathObject& Subscriptions::create(RequestScope& scope, const Instanc
                                               const std::string& owner) {
     const std::lock_guard change(changing);
     std::unique_ptr<Object> made = make(given);
+    requireRoom(*made, owner);
+    made->owner = owner;
     const Object& object = *made;
     if (object.kind == Kind::subscription) servedClass(*object.filter);
     insert(std::move(made));

@@ -24,6 +24,7 @@ struct SubscriptionOptions {
     std::string systemName;          ///< SystemName where a client gives none
     std::filesystem::path stateFile; ///< empty: nothing is remembered
     std::size_t mostOfEach = 1024;   ///< filters, destinations, subscriptions
+    std::size_t mostOfUser = 128;    ///< of each, for one user; who makes some without a name is one user too
 };
 
 /// Operations throw CimFailure. Safe to use from several threads, each with a scope.
@@ -61,6 +62,7 @@ private:
     using Objects = std::vector<std::unique_ptr<Object>>;
 
     std::unique_ptr<Object> make(const InstanceObject& given);
+    void requireRoom(const Object& made, const std::string& owner) const;
     void completeElement(InstanceObject& instance) const;
     void completeFilter(Object& object) const;
     void completeDestination(Object& object) const;

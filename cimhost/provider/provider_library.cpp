@@ -1,7 +1,10 @@
 #include "cimhost/provider/provider_library.h"
 
+#include "cimhost/broker/request_limit.h"
+
 #include <dlfcn.h>
 
+#include <string>
 #include <utility>
 
 namespace cimhost {
@@ -28,6 +31,11 @@ std::optional<CimError> errorOf(const CMPIStatus& status) {
     if (status.rc <= CMPI_RC_ERR_METHOD_NOT_FOUND) return CimError{status.rc, std::move(message)};
     if (message.empty()) message = "the provider failed with status " + std::to_string(static_cast<int>(status.rc));
     return CimError{CMPI_RC_ERR_FAILED, std::move(message)};
+}
+
+CimError tooLarge() {
+    return {CMPI_RC_ERR_FAILED, "the objects of the answer take more than " + std::to_string(mostRequestMebibytes) +
+                                    " MiB: ask for less at a time; or the management library tells wrong numbers"};
 }
 
 std::string reasonOf(const CimError& error) {
@@ -154,6 +162,8 @@ struct ProviderLibrary::Interfaces {
         const CMPIResult* target = &result;
         Outcome outcome;
         outcome.error = callTable(slot, function, context, target, arguments...);
+        // Whatever the provider made of it: not all of the answer is there.
+        if (isFull(scope.arena())) outcome.error = tooLarge();
         outcome.instances = std::move(result.instances);
         outcome.paths = std::move(result.paths);
         if (!result.data.empty()) outcome.returnValue = result.data.front();

@@ -190,3 +190,21 @@ TEST_F(Memory, CopiesWithinARequestAreIndependentOfEachOther) {
     EXPECT_EQ(textOf(get(copy, "A").value.string), "two");
     EXPECT_EQ(copy->ft->getPropertyCount(copy, nullptr), 1U);
 }
+
+TEST_F(Memory, AProviderThatMakesObjectsWithoutEndIsToldToStop) {
+    CMPIObjectPath* thing = path("Test_Thing");
+    std::size_t made = 0;
+    CMPIStatus status{};
+    while (cmpi->eft->newInstance(cmpi, thing, &status)) {
+        ASSERT_EQ(status.rc, CMPI_RC_OK);
+        ASSERT_LT(++made, 100'000'000U);
+    }
+    EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
+    EXPECT_GT(made, 100'000U);
+    EXPECT_EQ(cmpi->eft->newObjectPath(cmpi, "root/test", "Test_Thing", &status), nullptr);
+    EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
+    // What comes next starts anew.
+    scope.reset();
+    scope.emplace(*broker);
+    EXPECT_NE(path("Test_Thing"), nullptr);
+}

@@ -9,7 +9,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
 #include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <vector>
 
 using namespace std::chrono_literals;
 using cimhost::DeliveryOptions;
@@ -21,6 +28,8 @@ using cimhost::testing_support::World;
 using testing::AnyOf;
 using testing::Contains;
 using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 using Clock = std::chrono::steady_clock;
 
@@ -242,6 +251,80 @@ TEST_F(Delivering, AnErrorFromTheListenerIsReportedAndNotTriedAgain) {
     ASSERT_THAT(bodies, SizeIs(2));
     EXPECT_EQ(messageOf(bodies[1]), "b");
     EXPECT_TRUE(isLogged("refused an indication: status 1 disk full"));
+}
+
+// What the kernel tells of this process.
+std::size_t countOfEntries(const char* folder) {
+    std::size_t count = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder))
+        ++count;
+    return count;
+}
+
+/// As many connections as a server with many clients can spare.
+class FewConnections : public Delivering {
+protected:
+    static DeliveryOptions options() {
+        DeliveryOptions made = quick();
+        made.connections = 8;
+        return made;
+    }
+    FewConnections() : Delivering(options()) {}
+};
+
+// Connections to it stand in the kernel, and nobody ever takes them.
+class DeafListener {
+public:
+    DeafListener() : socket(::socket(AF_INET, SOCK_STREAM, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof address;
+        EXPECT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), length), 0);
+        EXPECT_EQ(::listen(socket, 256), 0);
+        ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length);
+        port = ntohs(address.sin_port);
+    }
+    ~DeafListener() { ::close(socket); }
+    DeafListener(const DeafListener&) = delete;
+    DeafListener& operator=(const DeafListener&) = delete;
+
+    std::string url() const { return "http://127.0.0.1:" + std::to_string(port) + "/"; }
+
+private:
+    int socket;
+    std::uint16_t port = 0;
+};
+
+TEST_F(FewConnections, ManyListenersThatHangTakeNoThreadsAndFewDescriptors) {
+    DeafListener hanging;
+    FakeListener good;
+    for (int number = 0; number < 60; ++number)
+        subscribe(alerts, hanging.url());
+    subscribe(alerts, good.url());
+    const std::size_t threads = countOfEntries("/proc/self/task");
+    const std::size_t descriptors = countOfEntries("/proc/self/fd");
+    for (int number = 0; number < 20; ++number)
+        world.deliver(linkUp, {{"Message", std::to_string(number)}});
+    EXPECT_THAT(good.bodies(1), Not(IsEmpty()));
+    EXPECT_LE(countOfEntries("/proc/self/task"), threads);
+    EXPECT_LE(countOfEntries("/proc/self/fd"), descriptors + 8 + 1); // the good listener has one end more
+    EXPECT_TRUE(becomesTrue([&] { return good.bodies(20).size() == 20; }));
+    EXPECT_TRUE(isLogged("no answer in time"));
+}
+
+TEST_F(FewConnections, AListenerThatIsQuietGivesItsConnectionToOthers) {
+    std::vector<std::unique_ptr<FakeListener>> listeners;
+    for (int number = 0; number < 24; ++number) {
+        listeners.push_back(std::make_unique<FakeListener>());
+        subscribe(alerts, listeners.back()->url());
+    }
+    for (int round = 1; round <= 3; ++round) {
+        world.deliver(linkUp, {{"Message", std::to_string(round)}});
+        for (const auto& listener : listeners)
+            EXPECT_THAT(listener->bodies(static_cast<std::size_t>(round)), SizeIs(round));
+    }
+    EXPECT_THAT(world.messages(), SizeIs(0));
 }
 
 TEST_F(Delivering, RemovingASubscriptionDoesNotWaitForItsListener) {

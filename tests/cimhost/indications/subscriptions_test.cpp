@@ -263,3 +263,14 @@ TEST(Subscriptions, AFolderThatCannotBeWrittenRefusesWhatCannotBeRemembered) {
     EXPECT_EQ(World::statusOf([&] { world.filter(filter, alerts); }), CMPI_RC_ERR_FAILED);
     EXPECT_THAT(world.names("CIM_IndicationFilter"), IsEmpty());
 }
+
+TEST(Subscriptions, OneUserCannotTakeWhatIsThereForAll) {
+    World world;
+    std::string last;
+    for (int number = 0; number < 128; ++number)
+        last = world.destination(std::to_string(number), nowhere);
+    EXPECT_EQ(World::statusOf([&] { world.destination("more", nowhere); }), CMPI_RC_ERR_FAILED);
+    EXPECT_THAT(world.names("CIM_ListenerDestinationCIMXML"), SizeIs(128));
+    world.remove(last);
+    EXPECT_EQ(World::statusOf([&] { world.destination("more", nowhere); }), CMPI_RC_OK);
+}

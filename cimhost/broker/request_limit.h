@@ -1,0 +1,16 @@
+// How much the objects of one request may take.
+#pragma once
+
+#include "cimhost/broker/arena.h"
+
+#include <cstddef>
+
+namespace cimhost {
+
+/// Several times what the largest hosts need: 5632 software identities take less than a tenth of it.
+constexpr std::size_t mostRequestMebibytes = 256;
+
+/// True if a provider is to make nothing more for this request.
+[[nodiscard]] inline bool isFull(const Arena& arena) noexcept { return arena.size() > mostRequestMebibytes << 20; }
+
+} // namespace cimhost

@@ -38,17 +38,19 @@ const CLI::App& commandOf(const CLI::App& program, const std::vector<std::string
 } // namespace
 
 void addHelp(CommandLine& line) {
-    line.program().footer(examples);
     const auto names = std::make_shared<std::vector<std::string>>();
     CLI::App& command = line.add("help", "Tell how a command is used");
     command.add_option("COMMAND", *names, "Such as: enumerate, or: image make");
     line.onRun(command, [names, &program = line.program()](const Settings&) {
-        std::string prefix = "cimhost";
-        for (std::size_t index = 0; index + 1 < names->size(); ++index)
-            prefix += " " + (*names)[index];
-        std::cout << commandOf(program, *names).help(names->empty() ? "" : prefix);
+        std::string fullName = "cimhost";
+        for (const std::string& name : *names)
+            fullName += " " + name;
+        const CLI::App& told = commandOf(program, *names);
+        // Of the program itself App::help() would tell about the command that was given, which is this one.
+        std::cout << told.get_formatter()->make_help(&told, fullName, CLI::AppFormatMode::Normal);
         return ok;
     });
+    line.program().footer(examples); // after the command was added, which would take it over
 }
 
 } // namespace cimhost::cli

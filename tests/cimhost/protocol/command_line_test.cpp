@@ -101,6 +101,8 @@ TEST(CommandLine, TheVersionIsTold) {
 TEST(CommandLine, HelpHasExamplesAndTellsOfEachCommand) {
     const Ended all = cimhost({"help"});
     EXPECT_EQ(all.status, 0);
+    EXPECT_THAT(all.output, HasSubstr("Usage: cimhost [OPTIONS] SUBCOMMAND\n"));
+    EXPECT_THAT(all.output, HasSubstr("\n  enumerate "));
     EXPECT_THAT(all.output, HasSubstr("Examples:\n  cimhost tree "));
     const Ended one = cimhost({"help", "image", "make"});
     EXPECT_EQ(one.status, 0);

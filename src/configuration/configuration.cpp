@@ -1,12 +1,13 @@
 #include "configuration/configuration.h"
 
 #include "log/log.h"
+#include "platform/files.h"
 #include "text/text.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
+#include <istream>
 #include <limits>
 
 namespace merolt {
@@ -114,8 +115,8 @@ void readConfiguration() {
     setDefaults();
     char fileName[sizeof(gInstallDirectory) + 32];
     std::snprintf(fileName, sizeof(fileName), "%s%s", gInstallDirectory, "meroltcna.properties");
-    std::ifstream file(fileName);
-    if (file.is_open()) parseFile(file);
+    platform::RegularFileStream file(fileName);
+    if (file.isOpen()) parseFile(file);
     logSettings(fileName);
 }
 

@@ -1,12 +1,12 @@
 #include "configuration/nic_properties.h"
 
+#include "platform/files.h"
 #include "platform/lasting.h"
 #include "text/text.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <strings.h>
@@ -40,7 +40,7 @@ Merolt_NIC_Properties& Merolt_NIC_Properties::instance() {
 
 void Merolt_NIC_Properties::reload() {
     std::cerr << "Merolt_NIC_Properties::reload, properties file name: " << fileName << '\n' << std::flush;
-    std::ifstream file(fileName);
+    platform::RegularFileStream file(fileName);
     if (!file.good()) return;
     for (;;) {
         char item[256] = "";

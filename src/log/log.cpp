@@ -1,6 +1,7 @@
 #include "log/log.h"
 
 #include "log/printable.h"
+#include "platform/files.h"
 #include "platform/platform.h"
 #include "platform/shared_folder.h"
 
@@ -9,9 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <fcntl.h>
 #include <string>
-#include <unistd.h>
 
 namespace merolt {
 
@@ -30,13 +29,8 @@ constexpr long long rotationSize = 0x100000;
 /// Where others may make files, a link could lead a line to a file that only this user may write to. Elsewhere an
 /// administrator's link is followed. @return null if there is no log to be had.
 std::FILE* openLog() {
-    constexpr mode_t everybodyUnlessMasked = 0666;
-    const int noLinks = platform::othersMayMakeFilesBeside(gLogFileName) ? O_NOFOLLOW : 0;
-    const int opened = open(gLogFileName, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | noLinks, everybodyUnlessMasked);
-    if (opened < 0) return nullptr;
-    std::FILE* file = fdopen(opened, "a");
-    if (!file) close(opened);
-    return file;
+    const bool isShared = platform::othersMayMakeFilesBeside(gLogFileName);
+    return platform::openForAppending(gLogFileName, isShared ? platform::Links::refused : platform::Links::followed);
 }
 
 void appendLine(const char* message) {

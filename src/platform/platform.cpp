@@ -1,5 +1,6 @@
 #include "platform/platform.h"
 
+#include "platform/files.h"
 #include "platform/lasting.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <netdb.h>
 #include <string_view>
 #include <strings.h>
@@ -29,7 +29,7 @@ Services* current = &systemServices.value;
 
 std::string locationFromSettings() {
     constexpr std::string_view key = "InstallLocation=";
-    std::ifstream settings(settingsFile);
+    RegularFileStream settings(settingsFile);
     std::string line;
     while (std::getline(settings, line)) {
         if (line.compare(0, key.size(), key) == 0) return line.substr(key.size());

@@ -7,6 +7,7 @@
 #include "log/log.h"
 
 #include <random>
+#include <sys/stat.h>
 
 namespace {
 
@@ -177,6 +178,18 @@ TEST_F(ConfigurationTest, AMissingFileGivesTheDefaults) {
 
 TEST_F(ConfigurationTest, AFolderOfThatNameCountsAsMissing) {
     std::filesystem::create_directory(settingsFile);
+    EXPECT_EQ(readByConstructor(), Settings());
+    EXPECT_EQ(readByNicProperties(), NicSettings());
+}
+
+TEST_F(ConfigurationTest, AFifoOfThatNameCountsAsMissing) {
+    ASSERT_EQ(mkfifo(settingsFile, 0600), 0);
+    EXPECT_EQ(readByConstructor(), Settings());
+    EXPECT_EQ(readByNicProperties(), NicSettings());
+}
+
+TEST_F(ConfigurationTest, ADeviceOfThatNameCountsAsMissing) {
+    std::filesystem::create_symlink("/dev/zero", settingsFile);
     EXPECT_EQ(readByConstructor(), Settings());
     EXPECT_EQ(readByNicProperties(), NicSettings());
 }

@@ -6,7 +6,10 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -124,6 +127,22 @@ TEST_P(LogTest, ALogAtTheLimitIsMovedAwayBeforeTheLine) {
     write("hello");
     EXPECT_EQ(logLines(), std::vector<std::string>{"hello"});
     EXPECT_EQ(readFile(previous), std::string(rotationSize - 1, 'x') + '\n');
+}
+
+TEST_P(LogTest, AFifoInTheLogsPlaceHoldsNobodyUp) {
+    ASSERT_EQ(mkfifo(current, 0600), 0);
+    write("nobody reads this");
+    EXPECT_TRUE(std::filesystem::is_fifo(current));
+}
+
+TEST_P(LogTest, AFifoThatSomebodyReadsGetsNoLineEither) {
+    ASSERT_EQ(mkfifo(current, 0600), 0);
+    const int reader = open(current, O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    write("hello");
+    char byte = 0;
+    EXPECT_EQ(read(reader, &byte, 1), 0) << "a reader that stops reading would hold up the provider";
+    close(reader);
 }
 
 /// Nothing can be renamed to the previous log's name.

@@ -1,0 +1,53 @@
+#include "platform/files.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace merolt::platform {
+
+namespace {
+
+/// Opens without waiting, as a FIFO would otherwise have it. @return negative unless it is a regular file.
+int openRegular(const char* path, int flags) {
+    constexpr mode_t everybodyUnlessMasked = 0666;
+    const int opened = open(path, flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, everybodyUnlessMasked);
+    struct stat status {};
+    if (opened < 0 || (fstat(opened, &status) == 0 && S_ISREG(status.st_mode))) return opened;
+    close(opened);
+    return -1;
+}
+
+} // namespace
+
+std::FILE* openForAppending(const char* path, Links links) {
+    const int noLinks = links == Links::refused ? O_NOFOLLOW : 0;
+    const int opened = openRegular(path, O_WRONLY | O_CREAT | O_APPEND | noLinks);
+    if (opened < 0) return nullptr;
+    std::FILE* file = fdopen(opened, "a");
+    if (!file) close(opened);
+    return file;
+}
+
+DescriptorBuffer::~DescriptorBuffer() {
+    if (descriptor >= 0) close(descriptor);
+}
+
+DescriptorBuffer::int_type DescriptorBuffer::underflow() {
+    if (!isOpen()) return traits_type::eof();
+    ssize_t length = 0;
+    do {
+        length = read(descriptor, bytes.data(), bytes.size());
+    } while (length < 0 && errno == EINTR);
+    if (length <= 0) return traits_type::eof();
+    setg(bytes.data(), bytes.data(), bytes.data() + length);
+    return traits_type::to_int_type(*gptr());
+}
+
+RegularFileStream::RegularFileStream(const char* path)
+    : DescriptorBuffer(openRegular(path, O_RDONLY)), std::istream(static_cast<DescriptorBuffer*>(this)) {
+    if (!isOpen()) setstate(std::ios::failbit);
+}
+
+} // namespace merolt::platform

@@ -44,7 +44,7 @@ public:
     /** Throws Fault if the card and its copies go beyond what one fleet may hold. */
     void spend(const Place& card, std::size_t copies) {
         const auto extent = extentOf(card.value());
-        spendOne(cards_, copies, fleetCardLimit, "cards", card);
+        if ((cards_ += copies) > fleetCardLimit) throw tooManyCards(card.pointer(), fleetCardLimit);
         spendOne(values_, copies * extent.values, valueLimit, "values", card);
         spendOne(textBytes_, copies * extent.textBytes, textLimit, "bytes of text", card);
     }
@@ -140,7 +140,7 @@ Fleet parse(std::string_view text) {
     if (text.size() > fleetFileSizeLimit)
         throw Fault("", "expected at most " + std::to_string(fleetFileSizeLimit) + " bytes, found " +
                             std::to_string(text.size()));
-    const Json document = parseDocument(text, {fleetFileDepthLimit, valueLimit});
+    const Json document = parseDocument(text, {fleetFileDepthLimit, valueLimit, fleetCardLimit});
     ObjectReader object(Place(document, ""));
     const auto list = object.find("cards");
     object.finish();

@@ -53,69 +53,103 @@ std::string lineAndColumn(std::string_view text, std::size_t byte) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-/** Follows the parser through the document, knows where it is, and stops it where a document goes too far. */
-class DocumentGuard {
+/** Builds the document from what the parser finds, knows where it is, and stops where a document goes too far. The work
+ *  for a value does not depend on how many there are: the library's own builder with a callback looks at all values of
+ * a list behind each of them. */
+class DocumentBuilder {
 public:
-    explicit DocumentGuard(const DocumentLimits& limits) : limits_(limits) {}
+    DocumentBuilder(std::string_view text, const DocumentLimits& limits) : text_(text), limits_(limits) {}
 
-    void see(Json::parse_event_t event, const Json& parsed) {
-        using Event = Json::parse_event_t;
-        switch (event) {
-        case Event::key:
-            enterKey(parsed.get_ref<const std::string&>());
-            break;
-        case Event::object_start:
-            enterContainer(Level::Kind::Object);
-            break;
-        case Event::array_start:
-            enterContainer(Level::Kind::Array);
-            break;
-        case Event::object_end:
-        case Event::array_end:
-            levels_.pop_back();
-            break;
-        case Event::value:
-            enterValue();
-            break;
-        }
+    Json document() { return std::move(document_); }
+
+    // What the parser calls; false would end it.
+    bool null() { return add(nullptr); }
+    bool boolean(bool value) { return add(value); }
+    bool number_integer(Json::number_integer_t value) { return add(value); }
+    bool number_unsigned(Json::number_unsigned_t value) { return add(value); }
+    bool number_float(Json::number_float_t value, const std::string&) { return add(value); }
+    bool string(std::string& value) { return add(std::move(value)); }
+    bool binary(Json::binary_t&) { return false; } // JSON texts have none
+    bool start_object(std::size_t) { return enter(Json::object()); }
+    bool start_array(std::size_t) { return enter(Json::array()); }
+    bool end_object() { return leave(); }
+    bool end_array() { return leave(); }
+
+    bool key(std::string& name) {
+        Level& level = levels_.back();
+        level.key = name;
+        if (!level.keys.insert(std::move(name)).second)
+            throw Fault(pointer(), "the same key stands twice in one object");
+        return true;
+    }
+
+    template <typename Problem>
+    bool parse_error(std::size_t, const std::string&, const Problem& problem) {
+        if (const auto* error = dynamic_cast<const Json::parse_error*>(&problem))
+            throw Fault(lineAndColumn(text_, error->byte), syntaxProblem(error->what()));
+        throw Fault("", "expected numbers within the range of a double");
     }
 
 private:
     struct Level {
-        enum class Kind { Object, Array } kind;
-        std::string key;
+        Json* container;
+        std::string key{};
         std::size_t elements = 0;
-        std::set<std::string> keys;
+        std::set<std::string> keys{};
+
+        bool isList() const { return container->is_array(); }
     };
 
     std::string pointer() const {
         std::string text;
         for (const auto& level : levels_)
-            text += "/" + (level.kind == Level::Kind::Object ? escapePointerToken(level.key)
-                                                             : std::to_string(level.elements - 1));
+            text += "/" + (level.isList() ? std::to_string(level.elements - 1) : escapePointerToken(level.key));
         return text;
     }
 
-    void enterKey(const std::string& key) {
-        auto& level = levels_.back();
-        level.key = key;
-        if (!level.keys.insert(key).second) throw Fault(pointer(), "the same key stands twice in one object");
-    }
-
-    void enterValue() {
+    void count() {
         if (!levels_.empty()) ++levels_.back().elements;
+        if (isListOfCards() && levels_.back().elements > limits_.cards) throw tooManyCards(pointer(), limits_.cards);
         if (++values_ > limits_.values)
             throw Fault(pointer(), "expected at most " + std::to_string(limits_.values) + " values in the file");
     }
 
-    void enterContainer(Level::Kind kind) {
-        enterValue();
-        if (levels_.size() >= limits_.depth)
-            throw Fault(pointer(), "expected values nested at most " + std::to_string(limits_.depth) + " deep");
-        levels_.push_back({kind, {}, 0, {}});
+    bool isListOfCards() const { return levels_.size() == 2 && levels_[1].isList() && levels_[0].key == "cards"; }
+
+    /** Puts the value where the parser stands. Keys have been compared, so that an object need not be searched. */
+    Json& place(Json&& value) {
+        if (levels_.empty()) return document_ = std::move(value);
+        const Level& level = levels_.back();
+        if (level.isList()) return level.container->get_ref<Json::array_t&>().emplace_back(std::move(value));
+        Members& members = level.container->get_ref<Json::object_t&>();
+        return members.emplace_back(level.key, std::move(value)).second;
     }
 
-    DocumentLimits limits_;
+    bool add(Json value) {
+        count();
+        place(std::move(value));
+        return true;
+    }
+
+    bool enter(Json container) {
+        count();
+        if (levels_.size() >= limits_.depth)
+            throw Fault(pointer(), "expected values nested at most " + std::to_string(limits_.depth) + " deep");
+        // The value stays where it is: nothing is added to what surrounds it before it ends.
+        levels_.push_back({&place(std::move(container))});
+        return true;
+    }
+
+    bool leave() {
+        levels_.pop_back();
+        return true;
+    }
+
+    using Members = std::vector<Json::object_t::value_type>; ///< what an ordered object is made of
+
+    const std::string_view text_;
+    const DocumentLimits limits_;
+    Json document_;
     std::size_t values_ = 0;
     std::vector<Level> levels_;
 };
@@ -179,18 +213,14 @@ std::optional<IPAddress> ipAddress(const std::string& text) {
 Fault::Fault(std::string_view where, std::string_view problem)
     : std::runtime_error((where.empty() ? std::string("/") : std::string(where)) + ": " + std::string(problem)) {}
 
+Fault tooManyCards(std::string_view where, std::size_t limit) {
+    return Fault(where, "expected at most " + std::to_string(limit) + " cards in the fleet, copies included");
+}
+
 Json parseDocument(std::string_view text, const DocumentLimits& limits) {
-    DocumentGuard guard(limits);
-    try {
-        return Json::parse(text.begin(), text.end(), [&](int, Json::parse_event_t event, const Json& parsed) {
-            guard.see(event, parsed);
-            return true;
-        });
-    } catch (const Json::parse_error& error) {
-        throw Fault(lineAndColumn(text, error.byte), syntaxProblem(error.what()));
-    } catch (const Json::out_of_range&) {
-        throw Fault("", "expected numbers within the range of a double");
-    }
+    DocumentBuilder builder(text, limits);
+    Json::sax_parse(text.begin(), text.end(), &builder);
+    return builder.document();
 }
 
 Place Place::child(const std::string& key) const { return {value_->at(key), pointer_ + "/" + escapePointerToken(key)}; }

@@ -35,10 +35,13 @@ std::string describe(const Json& value);
 struct DocumentLimits {
     std::size_t depth;
     std::size_t values;
+    std::size_t cards; ///< elements of the list "cards" of the document
 };
 
-/** Parses a whole document. Throws Fault for text that is no JSON, for an object with the same key twice and for what
- *  goes beyond the limits. */
+Fault tooManyCards(std::string_view where, std::size_t limit);
+
+/** Parses a whole document, in a time that grows as the text does. Throws Fault for text that is no JSON, for an object
+ *  with the same key twice and, as soon as it comes there, for what goes beyond the limits. */
 Json parseDocument(std::string_view text, const DocumentLimits& limits);
 
 /** A value and where it stands. Refers to the document, which must outlive it. */

@@ -1,3 +1,5 @@
+#include <ctime>
+#include <functional>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -73,6 +75,51 @@ TEST(FleetCopies, CopiesThatAreNotToldApartAreAnError) {
               "/cards/0/serialNumber");
 }
 
+std::string listOf(std::size_t count, const std::string& element) {
+    std::string list;
+    for (std::size_t i = 0; i < count; ++i)
+        list += (list.empty() ? "[" : ",") + element;
+    return list + "]";
+}
+
+/** Seconds of this thread's own work, which do not depend on what else the machine does. */
+double secondsToRead(const std::string& text) {
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    };
+    const double begin = now();
+    errorFrom(text);
+    return now() - begin;
+}
+
+/** How much more work a text of eight times the elements is: about 8, or 64 where each looks at all others. */
+double growthOfWork(const std::function<std::string(std::size_t elements)>& text) {
+    return secondsToRead(text(160000)) / secondsToRead(text(20000));
+}
+
+TEST(FleetLimits, AListOfManyObjectsTakesTimeAsItIsLong) {
+    EXPECT_LT(growthOfWork([](std::size_t count) { return R"({"cards": [{"ports": )" + listOf(count, "{}") + "}]}"; }),
+              24);
+}
+
+TEST(FleetLimits, AnObjectOfManyKeysTakesTimeAsItIsLong) {
+    const auto text = [](std::size_t count) {
+        std::string members;
+        for (std::size_t i = 0; i < count; ++i)
+            members += "\"" + std::to_string(i) + "\": 0,";
+        return "{" + members + "\"cards\": []}";
+    };
+    EXPECT_LT(growthOfWork(text), 24);
+}
+
+TEST(FleetLimits, TooManyCardsAreRefusedBeforeTheRestIsRead) {
+    EXPECT_EQ(errorFrom("{\"cards\": " + listOf(4097, "{}") + " and no JSON from here on"),
+              "fleet.json: /cards/4096: expected at most 4096 cards in the fleet, copies included");
+    EXPECT_EQ(errorFrom("{\"cards\": " + listOf(4096, "{}") + "}"), "");
+}
+
 TEST(FleetLimits, AFleetHasAtMostSoManyCards) {
     EXPECT_EQ(errorFrom(R"({"cards": [{"count": 4096, "serialNumber": "{n}"}]})"), "");
     EXPECT_EQ(errorFrom(R"({"cards": [{"count": 4096, "serialNumber": "{n}"}, {}]})"),
@@ -102,10 +149,10 @@ TEST(FleetLimits, CopiesCountTheirTexts) {
 }
 
 TEST(FleetLimits, ValuesInOneFileAreCounted) {
-    std::string values = "{\"cards\": [0";
+    std::string values = "{\"ports\": [0";
     for (int i = 0; i < 500000; ++i)
         values += ",0";
-    EXPECT_EQ(errorFrom(values + "]}"), "fleet.json: /cards/499998: expected at most 500000 values in the file");
+    EXPECT_EQ(errorFrom(values + "]}"), "fleet.json: /ports/499998: expected at most 500000 values in the file");
 }
 
 TEST(FleetLimits, NestingIsCounted) {

@@ -21,5 +21,6 @@ inline constexpr Status statusDamagedImage = 12;   ///< truncated, changed on th
 inline constexpr Status statusForeignImage = 13;   ///< an image for another model of card
 inline constexpr Status statusUnreadableFile = 14; ///< the flash file cannot be read; standard error tells why
 inline constexpr Status statusWriteFailed = 15;    ///< the fleet cannot be written; standard error tells why
+inline constexpr Status statusBusy = 16;           ///< another writer has kept the fleet to itself for too long
 
 } // namespace tavik

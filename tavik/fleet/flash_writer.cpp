@@ -7,12 +7,13 @@
 #include "tavik/fleet/fleet_file.h"
 #include "tavik/fleet/json_reader.h"
 #include "tavik/fleet/whole_file.h"
+#include "tavik/fleet/writer_lock.h"
 
 namespace tavik::fleet {
 
 namespace {
 
-constexpr DocumentLimits checkedBefore{fleetFileDepthLimit, 500000};
+constexpr DocumentLimits checkedBefore{fleetFileDepthLimit, 500000, fleetCardLimit};
 
 /** What the image writes, in the forms in which a fleet tells it. */
 class Versions {
@@ -153,8 +154,9 @@ std::variant<std::string, FlashFault> flashFleetFile(const std::string& path, co
     std::error_code error;
     const auto file = std::filesystem::canonical(path, error);
     if (error) return FlashFault{statusSourceFailed, path + ": " + error.message()};
-    const FolderLock onlyWriter(file.parent_path());
-    if (!onlyWriter.isHeld()) return FlashFault{statusWriteFailed, onlyWriter.reason()};
+    const WriterLock onlyWriter(file);
+    if (!onlyWriter.isHeld())
+        return FlashFault{onlyWriter.isBusy() ? statusBusy : statusWriteFailed, onlyWriter.reason()};
     const auto text = readFleetText(file);
     if (const auto* unread = std::get_if<FleetError>(&text)) return badFleet(*unread);
     auto written = flashedFleet(std::get<std::string>(text), isWanted, image);

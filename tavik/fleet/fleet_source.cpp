@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tavik/fleet/fleet_file.h"
+#include "tavik/fleet/whole_file.h"
 #include "tavik/log.h"
 
 namespace tavik::fleet {
@@ -95,6 +96,8 @@ private:
     std::map<std::string_view, const NicFunction*> nics_;
     std::map<std::uint32_t, const NicFunction*> adapters_; ///< any function of the adapter
 };
+
+FleetSource::FleetSource(std::string path) : path_(std::move(path)) { removeUnfinished(path_); }
 
 FleetOrError FleetSource::load() {
     const auto error = readAgain();

@@ -16,7 +16,7 @@ namespace tavik::fleet {
 
 class FleetSource : public Source {
 public:
-    explicit FleetSource(std::string path) : path_(std::move(path)) {}
+    explicit FleetSource(std::string path);
 
     /** A file that has turned bad yields the fleet of its last good reading. */
     FleetOrError load() override;

@@ -4,13 +4,16 @@
 #include <cstring>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "tavik/fleet/writer_lock.h"
 
 namespace tavik::fleet {
 
 namespace {
+
+std::filesystem::path unfinishedOf(std::filesystem::path file) { return file += ".unfinished"; }
 
 std::string failureOf(const std::filesystem::path& file) { return file.string() + ": " + std::strerror(errno); }
 
@@ -42,22 +45,10 @@ void settle(const std::filesystem::path& folder) {
 
 } // namespace
 
-FolderLock::FolderLock(const std::filesystem::path& folder)
-    : folder_(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    int locked = folder_;
-    while (locked >= 0 && (locked = flock(folder_, LOCK_EX)) != 0 && errno == EINTR)
-        locked = 0;
-    if (locked < 0) reason_ = failureOf(folder);
-}
-
-FolderLock::~FolderLock() {
-    if (folder_ >= 0) close(folder_);
-}
-
 std::optional<std::string> replaceWholeFile(const std::filesystem::path& file, std::string_view text) {
-    auto beside = file;
-    beside += ".new";
-    const int fresh = open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
+    const auto beside = unfinishedOf(file);
+    unlink(beside.c_str());
+    const int fresh = open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (fresh < 0) return failureOf(beside);
     std::optional<std::string> failure;
     if (!takeRights(fresh, file) || !writeAll(fresh, text) || fsync(fresh) != 0) failure = failureOf(beside);
@@ -69,6 +60,16 @@ std::optional<std::string> replaceWholeFile(const std::filesystem::path& file, s
         settle(file.parent_path());
     }
     return failure;
+}
+
+void removeUnfinished(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto target = std::filesystem::canonical(file, error);
+    if (error) return;
+    const auto left = unfinishedOf(target);
+    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(left, error))) return;
+    const WriterLock onlyWriter(target, std::chrono::milliseconds(0));
+    if (onlyWriter.isHeld()) unlink(left.c_str());
 }
 
 } // namespace tavik::fleet

@@ -8,28 +8,14 @@
 
 namespace tavik::fleet {
 
-/** Keeps the other writers of a folder's files away while it lives; the end of the process frees it too. */
-class FolderLock {
-public:
-    /** Waits for the others. */
-    explicit FolderLock(const std::filesystem::path& folder);
-    ~FolderLock();
-    FolderLock(const FolderLock&) = delete;
-    FolderLock& operator=(const FolderLock&) = delete;
-
-    bool isHeld() const { return reason_.empty(); }
-    /** Why it is not held. */
-    const std::string& reason() const { return reason_; }
-
-private:
-    int folder_;
-    std::string reason_;
-};
-
 /** Writes the text beside the file and moves it into its place, with the file's owner and rights. A process that is
- *  killed leaves the old file or the new one, and at worst an unused file of that name with ".new" behind it, which the
- *  next write takes over. To be called under the folder's lock.
+ *  killed leaves the old file or the new one, and at worst a part of the new one under the file's name with
+ *  ".unfinished" behind it. The next write takes that away. To be called under the file's WriterLock.
  *  @return why it failed; the file is then as it was. */
 std::optional<std::string> replaceWholeFile(const std::filesystem::path& file, std::string_view text);
+
+/** Removes what a writer that was killed has left beside the file. Leaves it alone while another writer is at work, and
+ *  where this process may not. */
+void removeUnfinished(const std::filesystem::path& file);
 
 } // namespace tavik::fleet

@@ -1,9 +1,11 @@
 // Flash updates through the exported calls: a fleet shows the image's versions, or stays as it was.
 #include <cstring>
+#include <sys/file.h>
 
 #include "library_fixture.h"
 
 #include "tavik/flash_image.h"
+#include "tavik/fleet/writer_lock.h"
 
 namespace tavik::test {
 
@@ -63,6 +65,29 @@ TEST_F(LibraryFlashTest, TakesTheBytesOfAnImageAndShowsItsVersionsAfterTheNextUp
     ASSERT_EQ(library.UpdateFlash(100, image().data(), 0), statusOk);
     EXPECT_EQ(library.DidConfigChange(), 1U);
     EXPECT_EQ(flashVersion(), "02.02.03");
+}
+
+TEST_F(LibraryFlashTest, WhoHoldsTheFolderDoesNotHoldItUp) {
+    start(twoPorts);
+    const int folder = open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(flock(folder, LOCK_SH), 0);
+    EXPECT_EQ(library.UpdateFlash(100, image().data(), 0), statusOk);
+    close(folder);
+}
+
+TEST_F(LibraryFlashTest, TellsThatSomebodyElseIsChangingTheFleetInsteadOfWaitingForEver) {
+    start(twoPorts);
+    const StandardError errors(folder_ / "errors");
+    const fleet::WriterLock other(file_);
+    EXPECT_EQ(library.UpdateFlash(100, image().data(), 0), statusBusy);
+    EXPECT_EQ(errors.count("flash update refused: " + file_.string() + ": somebody else is changing it"), 1);
+    EXPECT_EQ(fleetText(), twoPorts);
+}
+
+TEST_F(LibraryFlashTest, WhatAKilledUpdateLeftIsGoneAfterTheNextStart) {
+    std::ofstream(folder_ / "fleet.json.unfinished") << R"({"cards": [)";
+    start(twoPorts);
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "fleet.json.unfinished"));
 }
 
 TEST_F(LibraryFlashTest, TakesTheAbsolutePathOfAnImageInTheSamePlace) {

@@ -3,14 +3,17 @@
 #include "../protocol/temporary_file.h"
 #include "tavik/fleet/flash_writer.h"
 #include "tavik/fleet/fleet_file.h"
+#include "tavik/fleet/writer_lock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <fcntl.h>
 #include <functional>
 #include <iostream>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -34,6 +37,9 @@ constexpr const char* fleet = R"({"cards": [{"serialNumber": "S1", "modelName": 
 
 class FleetEdit : public testing::Test {
 protected:
+    ~FleetEdit() override { std::filesystem::remove(lockFile()); }
+
+    std::filesystem::path lockFile() const { return file.path.string() + ".lock"; }
     std::string errorOf(const std::string& card, unsigned port, LinkState state, LinkSide side = LinkSide::both) {
         try {
             cimhost::cli::setLink({card, port, state, side, file.path.string()});
@@ -166,10 +172,23 @@ TEST_F(FleetEdit, AFileThatIsNotThereOrCannotBeWrittenIsNamed) {
                 testing::ThrowsMessage<std::runtime_error>(gone.path.string() + ": No such file or directory"));
     EXPECT_THAT([&] { change(file.path.parent_path()); },
                 testing::ThrowsMessage<std::runtime_error>(HasSubstr("not a regular file")));
-    const std::filesystem::path beside = file.path.string() + ".new";
+    const std::filesystem::path beside = file.path.string() + ".unfinished";
     std::filesystem::create_directory(beside);
     EXPECT_THAT([&] { change(file.path); }, testing::ThrowsMessage<std::runtime_error>(HasSubstr(beside.string())));
     std::filesystem::remove(beside);
+    EXPECT_EQ(contentOf(file.path), fleet);
+}
+
+TEST_F(FleetEdit, WhoReadsTheFolderDoesNotHoldItUp) {
+    const int folder = ::open(file.path.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(::flock(folder, LOCK_SH), 0);
+    EXPECT_EQ(errorOf("S1", 1, LinkState::down), "");
+    ::close(folder);
+}
+
+TEST_F(FleetEdit, SomebodyWhoNeverEndsHisChangeIsTold) {
+    const tavik::fleet::WriterLock other(file.path);
+    EXPECT_THAT(errorOf("S1", 1, LinkState::down), HasSubstr(": somebody else is changing it"));
     EXPECT_EQ(contentOf(file.path), fleet);
 }
 

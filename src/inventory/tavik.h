@@ -336,8 +336,8 @@ TAVIK_SIZE(TAVIK_FCoELinkage, 88);
 typedef int (*TAVIK_AlarmCallback)(std::uint32_t deviceNumber, std::uint32_t coreAlarmType, std::uint32_t rsltParam,
                                    const char* stringParameter);
 
-// Every call returns 0 for success and any other value for failure, unless it says otherwise. The library expects no
-// two calls at once, but for the alarm callback.
+// Every call returns 0 for success and any other value for failure, unless it says otherwise. Two calls never meet, but
+// for those that say so, which the polling thread makes while requests make theirs, and the alarm callback.
 
 /** Call once before everything else. @param logMask 31 switches the library's log on, 0 off. @param reserved 0. */
 std::uint32_t TAVIK_Initialize(std::uint32_t logMask, std::uint32_t reserved);
@@ -346,10 +346,10 @@ std::uint32_t TAVIK_Uninitialize(void);
 
 /** The main tree, or null when the library has none. Records stay valid until the next swap. */
 TAVIK_AdapterList* TAVIK_GetAdapterList(void);
-/** Non-zero if adapters changed since the last reset. */
+/** Non-zero if adapters changed since the last reset. Meets any other call. */
 std::uint32_t TAVIK_DidConfigChange(void);
-std::uint32_t TAVIK_ResetConfigChange(void);
-/** Fills the second tree from the hardware. Slow; leaves the main tree alone. */
+std::uint32_t TAVIK_ResetConfigChange(void); ///< Meets any other call.
+/** Fills the second tree from the hardware. Slow; leaves the main tree alone. Meets any other but flash calls. */
 std::uint32_t TAVIK_UpdateBackupAdapterList(void);
 /** Makes the second tree the main one; records of the old main tree are gone. */
 std::uint32_t TAVIK_SwapBackupToMainAdapterList(void);

@@ -3,6 +3,9 @@
 
 #include "library_fixture.h"
 
+#include "tavik/flash_image.h"
+#include "tavik/fleet/writer_lock.h"
+
 namespace tavik {
 
 namespace {
@@ -73,6 +76,91 @@ TEST_F(LibraryThreads, QueriesUpdatesAndAlarmsGoTogether) {
     for (auto& thread : threads)
         thread.join();
     EXPECT_EQ(alarms, 10);
+}
+
+std::string fleetOfCards(std::size_t count) {
+    std::string cards;
+    for (std::size_t card = 0; card < count; ++card)
+        cards += (card == 0 ? R"({"modelName": "M", "ports": [{"storage": {"uuid": "u", "vpd": {}, "transceiver": {}},)"
+                              R"("ethernet": {"fcoeLinkage": [{}], "ip": {"ipv6": ["2001:db8::1"]}}}]})"
+                            : ", {}");
+    return R"({"cards": [)" + cards + "]}";
+}
+
+std::size_t cardsIn(TAVIK_AdapterList* list) {
+    std::size_t count = 0;
+    for (auto* adapter = list ? list->first : nullptr; adapter; adapter = adapter->next)
+        ++count;
+    return count;
+}
+
+/** Calls as the provider makes them: requests and the swap of the trees one after the other, flash calls and the
+ *  filling of the second tree too, and the questions whether something changed whenever it likes. */
+class LibraryUnderAProvider : public LibraryThreads {
+public:
+    LibraryUnderAProvider() {
+        FlashImage image;
+        image.cardModel = "M";
+        image.version = {2, 2, 3};
+        image_ = std::get<Bytes>(encodeFlashImage(image));
+    }
+
+    void request() {
+        const std::lock_guard lock(providerLock_);
+        askEverything(library);
+        cards_ = cardsIn(library.GetAdapterList());
+    }
+
+    void flash() {
+        const std::lock_guard lock(providerLock_);
+        const std::lock_guard updateLock(updateLock_);
+        EXPECT_EQ(library.UpdateFlash(1, image_.data(), 0), statusOk);
+    }
+
+    void poll() {
+        const bool isChanged = library.DidConfigChange() != 0;
+        library.ResetConfigChange();
+        if (!isChanged) return;
+        {
+            const std::lock_guard updateLock(updateLock_);
+            EXPECT_EQ(library.UpdateBackupAdapterList(), 0U);
+        }
+        const std::lock_guard lock(providerLock_);
+        EXPECT_EQ(library.SwapBackupToMainAdapterList(), 0U);
+    }
+
+    std::thread repeat(void (LibraryUnderAProvider::*step)()) {
+        return std::thread([this, step] {
+            while (!stop_)
+                (this->*step)();
+        });
+    }
+
+protected:
+    std::mutex providerLock_;
+    std::mutex updateLock_;
+    std::atomic<bool> stop_ = false;
+    std::atomic<std::size_t> cards_ = 0;
+    Bytes image_;
+};
+
+TEST_F(LibraryUnderAProvider, QuestionsForChangesMeetRequestsAndFlashCallsAndLoseNothing) {
+    start(fleetOfCards(1));
+    std::vector<std::thread> threads;
+    threads.push_back(repeat(&LibraryUnderAProvider::poll));
+    threads.push_back(repeat(&LibraryUnderAProvider::request));
+    threads.push_back(repeat(&LibraryUnderAProvider::flash));
+    for (std::size_t count = 2; count <= 8; ++count) {
+        {
+            const fleet::WriterLock onlyWriter(file_, std::chrono::minutes(1));
+            EXPECT_TRUE(onlyWriter.isHeld()) << onlyWriter.reason();
+            replaceFleet(fleetOfCards(count));
+        }
+        EXPECT_TRUE(test::eventually([&] { return cards_ == count; })) << "a change was lost";
+    }
+    stop_ = true;
+    for (auto& thread : threads)
+        thread.join();
 }
 
 TEST_F(LibraryThreads, TheEndComesWhileQueriesAndAlarmsAreUnderWay) {

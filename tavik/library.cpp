@@ -9,17 +9,11 @@
 
 namespace tavik {
 
-namespace {
-
-constexpr const char* choiceFile = "/etc/tavik/source";
-
-} // namespace
-
 Status Library::initialize() {
     const std::lock_guard updateLock(updateMutex_);
     if (isStarted()) return statusAlreadyInitialized;
 
-    const auto choice = chosenSource(std::getenv("TAVIK_SOURCE"), choiceFile);
+    const auto choice = chosenSource(std::getenv("TAVIK_SOURCE"), sourceFile);
     auto made = makeSource(choice);
     if (const auto* error = std::get_if<FleetError>(&made)) {
         report(error->message);

@@ -1,4 +1,4 @@
-// Which source of adapters the library uses.
+// Makes the source of adapters that the library uses.
 #pragma once
 
 #include <memory>
@@ -6,12 +6,9 @@
 #include <variant>
 
 #include "tavik/source.h"
+#include "tavik/source_name.h"
 
 namespace tavik {
-
-/** What the environment says, or the first line of the file if the environment says nothing, or "host".
- *  @param fromEnvironment the value of TAVIK_SOURCE, null if it is not set. */
-std::string chosenSource(const char* fromEnvironment, const std::string& file);
 
 /** @param choice "host" or "fleet:PATH". */
 std::variant<std::unique_ptr<Source>, FleetError> makeSource(const std::string& choice);

@@ -21,7 +21,7 @@ void spareFixedWaits() { ::setenv("MEROLT_CNA_WAITS", "events", 0); }
 
 void chooseAdapters(const std::string& fleet) {
     if (!fleet.empty()) ::setenv("TAVIK_SOURCE", ("fleet:" + fleet).c_str(), 1);
-    if (const std::optional<std::string> problem = checkFleet()) throw std::runtime_error(*problem);
+    if (const std::optional<std::string> problem = checkSource()) throw std::runtime_error(*problem);
 }
 
 void addMessageOptions(CLI::App& app, MessageOptions& messages) {
@@ -109,6 +109,13 @@ void CommandLine::onRun(CLI::App& command, Action action) {
     command.callback([this, action = std::move(action)] { given = action; });
 }
 
+void CommandLine::onRunAlone(CLI::App& command, Action action) {
+    command.callback([this, action = std::move(action)] {
+        given = action;
+        asksProvider = false;
+    });
+}
+
 int CommandLine::refuse(const CLI::ParseError& error, const std::vector<std::string>& words) const {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return app.exit(error); // help, version
     const CLI::App& command = innermostGiven(app);
@@ -121,7 +128,7 @@ int CommandLine::refuse(const CLI::ParseError& error, const std::vector<std::str
 
 ExitStatus CommandLine::runGiven() const {
     spareFixedWaits();
-    chooseAdapters(settings.fleet);
+    if (asksProvider) chooseAdapters(settings.fleet);
     return given(settings);
 }
 

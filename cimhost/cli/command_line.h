@@ -43,6 +43,8 @@ public:
 
     /// What to do for a command. It owns what its options write to.
     void onRun(CLI::App& command, Action action);
+    /// For a command that does not ask the provider: its source of adapters may be missing.
+    void onRunAlone(CLI::App& command, Action action);
 
     [[nodiscard]] CLI::App& program() const { return app; }
 
@@ -57,6 +59,7 @@ private:
     CLI::App& app;
     Settings settings;
     Action given;
+    bool asksProvider = true;
 };
 
 /// One of the functions by which a command gets onto the command line.

@@ -2,6 +2,7 @@
 
 #include "tavik/fleet/fleet_file.h"
 #include "tavik/fleet/whole_file.h"
+#include "tavik/fleet/writer_lock.h"
 
 #include <nlohmann/json.hpp>
 
@@ -71,7 +72,9 @@ bool setStates(Json& port, const LinkChange& change) {
     return isSet;
 }
 
-std::string edit(const std::string& text, const LinkChange& change) {
+} // namespace
+
+std::string withLink(const std::string& text, const LinkChange& change) {
     requireValid(text, change.file);
     Json document = Json::parse(text);
     Json& port = findPort(findCard(document, change), change);
@@ -84,18 +87,16 @@ std::string edit(const std::string& text, const LinkChange& change) {
     return edited;
 }
 
-} // namespace
-
 void setLink(const LinkChange& change) {
     std::error_code error;
     const std::filesystem::path file = std::filesystem::canonical(change.file, error);
     if (error) fail(change, error.message());
     // From the reading to the writing: a flash update or another change meanwhile would be lost.
-    const tavik::fleet::FolderLock onlyWriter(file.parent_path());
+    const tavik::fleet::WriterLock onlyWriter(file);
     if (!onlyWriter.isHeld()) throw std::runtime_error(onlyWriter.reason());
     const auto text = tavik::readFleetText(file);
     if (const auto* unread = std::get_if<tavik::FleetError>(&text)) throw std::runtime_error(unread->message);
-    const std::string edited = edit(std::get<std::string>(text), change);
+    const std::string edited = withLink(std::get<std::string>(text), change);
     if (const auto reason = tavik::fleet::replaceWholeFile(file, edited)) throw std::runtime_error(*reason);
 }
 

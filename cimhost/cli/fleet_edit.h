@@ -17,6 +17,10 @@ struct LinkChange {
     std::string file;
 };
 
+/// The fleet's text with the change: whole, valid, and the same again when the change is made to it once more. Throws
+/// as setLink.
+std::string withLink(const std::string& text, const LinkChange& change);
+
 /// Sets the link states of one port: an Ethernet function's link is up, down or testing, a storage function is
 /// operational or loopDown and knows no testing. Throws std::runtime_error with the file and what is wrong there: no
 /// such card or port, a port without such a function, a card that stands for several copies.

@@ -21,7 +21,7 @@ void addMake(CommandLine& line, CLI::App& image) {
     make.add_option("--fcode", given->fcode, "As 4.2.0");
     make.add_option("--payload", given->payload, "File with the bytes behind the header");
     make.add_flag("--force", given->overwrites, "Write over a file that exists");
-    line.onRun(make, [given](const Settings&) {
+    line.onRunAlone(make, [given](const Settings&) {
         makeImage(*given);
         return ok;
     });
@@ -31,7 +31,7 @@ void addShow(CommandLine& line, CLI::App& image) {
     const auto given = std::make_shared<ImageOptions>();
     CLI::App& show = line.add("show", "Show what an image brings", image);
     show.add_option("FILE", given->file)->required();
-    line.onRun(show, [given](const Settings& settings) {
+    line.onRunAlone(show, [given](const Settings& settings) {
         ImageOptions options = *given;
         options.form = settings.form();
         showImage(options);

@@ -1,9 +1,9 @@
 #include "cimhost/cli/installation.h"
 
 #include "tavik/fleet/fleet_file.h"
+#include "tavik/source_name.h"
 
 #include <cstdlib>
-#include <string_view>
 
 namespace cimhost::cli {
 
@@ -22,12 +22,14 @@ Locations defaultLocations() {
     return {provider, root / MEROLT_DATA_FOLDER / "mof"};
 }
 
-std::optional<std::string> checkFleet() {
-    constexpr std::string_view scheme = "fleet:";
+std::optional<std::string> checkSource() {
     const char* variable = std::getenv("TAVIK_SOURCE");
-    const std::string_view source = variable ? variable : "";
-    if (source.substr(0, scheme.size()) != scheme) return std::nullopt;
-    const tavik::FleetOrError fleet = tavik::readFleetFile(std::string(source.substr(scheme.size())));
+    const char* place = variable && *variable ? "TAVIK_SOURCE" : tavik::sourceFile;
+    const auto source = tavik::understandSource(tavik::chosenSource(variable, tavik::sourceFile));
+    if (const auto* error = std::get_if<tavik::FleetError>(&source)) return place + (": " + error->message);
+    const auto& file = std::get<tavik::SourceName>(source).fleet;
+    if (!file) return std::nullopt;
+    const tavik::FleetOrError fleet = tavik::readFleetFile(*file);
     if (const auto* error = std::get_if<tavik::FleetError>(&fleet)) return error->message;
     return std::nullopt;
 }

@@ -16,8 +16,8 @@ struct Locations {
 /// providers, such as ../lib/cmpi.
 Locations defaultLocations();
 
-/// Reads the fleet file that TAVIK_SOURCE names, if it names one, before the provider does: the adapter library can
-/// only log what is wrong with it. The text says what is wrong and where; nothing if all is well.
-std::optional<std::string> checkFleet();
+/// Reads the name of the source of adapters, and the fleet file that it names, before the provider does: the adapter
+/// library can only log what is wrong with them. The text says what is wrong and where; nothing if all is well.
+std::optional<std::string> checkSource();
 
 } // namespace cimhost::cli

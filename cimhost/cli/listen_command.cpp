@@ -23,7 +23,7 @@ void addListen(CommandLine& line) {
     command.add_option("--namespace", given->nameSpace, "Where the indications come from")->capture_default_str();
     command.add_flag_callback(
         "--all", [given] { given->form = Form::everything; }, "Every property, as a list");
-    line.onRun(command, [given](const Settings& settings) {
+    line.onRunAlone(command, [given](const Settings& settings) {
         ListenOptions options = *given;
         options.interopNamespace = settings.host.interopNamespace;
         options.form = given->form == Form::everything && !settings.messages.json ? Form::everything : settings.form();

@@ -15,10 +15,20 @@ constexpr cli::AddCommand commands[] = {
     cli::addServe, cli::addQueries, cli::addListen, cli::addFleet, cli::addInvoke, cli::addImage, cli::addHelp,
 };
 
+// Whatever the program was started by may have blocked them; they end it from here on.
+void heedSignals() {
+    sigset_t ending;
+    sigemptyset(&ending);
+    sigaddset(&ending, SIGINT);
+    sigaddset(&ending, SIGTERM);
+    pthread_sigmask(SIG_UNBLOCK, &ending, nullptr);
+}
+
 } // namespace
 
 int main(int argumentCount, char** argumentValues) {
     std::signal(SIGPIPE, SIG_IGN);
+    heedSignals();
     CLI::App app("A small CIM server for one provider", "cimhost");
     cli::CommandLine line(app);
     for (const cli::AddCommand add : commands)

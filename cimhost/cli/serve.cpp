@@ -153,7 +153,6 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     };
     LateHandler handler;
     http::Server server(settings, handler);
-    server.stopOnSignals();
     // Outlives the provider, which may have something to tell up to its last moment.
     std::unique_ptr<IndicationServer> indications;
     Host host(withSink(hostOptions, indications));
@@ -166,6 +165,8 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     Dispatcher dispatcher(host.operations(), host.broker());
     const Writers writers = options.anonymousWrites ? Writers::everybody : Writers::users;
     handler.endpoint = std::make_unique<Endpoint>(dispatcher, writers, &queue);
+    // Until here a signal ends the process at once: nothing is under way that would have to be finished.
+    server.stopOnSignals();
     std::cout << "cimhost: listening on " << urlOf(settings, server.port()) << ", namespace " << hostOptions.nameSpace
               << std::endl;
     if (options.anonymousWrites) {

@@ -91,9 +91,12 @@ void syncFolder(const std::filesystem::path& folder) {
 } // namespace
 
 std::optional<std::string> readWholeFile(const std::filesystem::path& file, std::size_t longest) {
-    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    // A FIFO would keep the program waiting for its other end.
+    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (opened.get() < 0 && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
-    if (opened.get() < 0) fail(file, "cannot open it");
+    struct stat status {};
+    if (opened.get() < 0 || ::fstat(opened.get(), &status) != 0) fail(file, "cannot open it");
+    if (!S_ISREG(status.st_mode)) throw std::runtime_error(file.string() + ": not a regular file");
     std::string content;
     char part[16384];
     for (;;) {

@@ -10,7 +10,8 @@
 namespace cimhost {
 
 /// The file's bytes; nothing if there is none. Throws std::runtime_error with the file's name if it cannot be read or
-/// is longer than that.
+/// is longer than that, or is no regular file; it never waits for
+/// another process.
 std::optional<std::string> readWholeFile(const std::filesystem::path& file, std::size_t longest);
 
 /// Puts a new file in the place of the old one, whose permissions it keeps; a first one is its owner's alone, as are

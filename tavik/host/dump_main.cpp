@@ -1,5 +1,5 @@
 // Shows what the host source sees on this machine or in a recorded tree, and records what only system calls tell.
-#include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -22,6 +22,10 @@ int main(int argc, char** argv) {
                            "write the answers of this machine's kernel below FOLDER/kernel, and show nothing");
     CLI11_PARSE(application, argc, argv);
 
+    if (!root.empty() && !std::filesystem::is_directory(std::filesystem::path(root) / "sys")) {
+        std::cerr << "tavik_host_dump: " << root << ": no recorded tree, which would have a folder \"sys\"\n";
+        return 1;
+    }
     const SysTree tree(root.empty() ? "/" : root);
     const auto queries = root.empty() ? makeLinuxQueries() : makeRecordedQueries(tree);
     if (recordFolder.empty()) {

@@ -16,6 +16,16 @@ without_reasons() { sed 's/ (.*)$//'; }
 [ -s "$folder/live" ]
 diff "$folder/live" "$folder/recorded"
 
+# What is no recording is named.
+for root in "$folder/nonexistent" "$folder/live" "$folder"; do
+    if "$TAVIK_HOST_DUMP" --root "$root" >"$folder/output" 2>"$folder/error"; then
+        echo "$root was taken for a recording" >&2
+        exit 1
+    fi
+    [ ! -s "$folder/output" ]
+    grep -qF "tavik_host_dump: $root: no recorded tree" "$folder/error"
+done
+
 # A folder that is in use is not written to.
 if "$script" "$folder/recording" 2>"$folder/error"; then
     echo "a second recording into one folder was not refused" >&2

@@ -3,6 +3,7 @@
 import json
 import re
 import subprocess
+import time
 
 import support
 
@@ -23,18 +24,27 @@ def make_image(server, version="2.2.3"):
 
 
 def flash(server, image, timeout=60.0):
-    """The method's return value: 0 where the card was updated."""
+    """The method's return value: 0 where the card was updated. One update runs at a time; this one waits its turn."""
+    deadline = time.monotonic() + timeout
+    while True:
+        status, answer = _install(server, image, timeout)
+        found = re.search(rb"<RETURNVALUE[^>]*>\s*<VALUE>(\d+)</VALUE>", answer)
+        if status == 200 and found:
+            return int(found[1])
+        if b"is under way already" not in answer or time.monotonic() > deadline:
+            raise support.NoAnswer(f"{status}: {answer[-500:]!r}")
+        time.sleep(0.02)
+
+
+def _install(server, image, timeout):
+    """(status, body) of the answer."""
     target = (
         '<PARAMVALUE NAME="Target" PARAMTYPE="reference"><VALUE.REFERENCE><INSTANCENAME '
         'CLASSNAME="Merolt_NIC_PortController"><KEYBINDING NAME="DeviceID"><KEYVALUE VALUETYPE="string">'
         f"{CARD}_NIC</KEYVALUE></KEYBINDING></INSTANCENAME></VALUE.REFERENCE></PARAMVALUE>"
     )
     uri = f'<PARAMVALUE NAME="URI" PARAMTYPE="string"><VALUE>{image}</VALUE></PARAMVALUE>'
-    status, answer = support.ask(server, support.call_method(SERVICE, "InstallFromURI", uri + target), timeout)
-    found = re.search(rb"<RETURNVALUE[^>]*>\s*<VALUE>(\d+)</VALUE>", answer)
-    if status != 200 or not found:
-        raise support.NoAnswer(f"{status}: {answer[-500:]!r}")
-    return int(found[1])
+    return support.ask(server, support.call_method(SERVICE, "InstallFromURI", uri + target), timeout)
 
 
 def set_link(server, state):

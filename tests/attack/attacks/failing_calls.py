@@ -3,10 +3,7 @@ import re
 import shutil
 import subprocess
 
-import fleets
-import support
 from attack import Attack, Limits
-from server import CannotStart, Server
 
 ERRORS = {"mmap": "ENOMEM", "clone3": "EAGAIN", "openat": "EMFILE", "socket": "EMFILE", "write": "ENOSPC"}
 OTHER_ERROR = "EIO"
@@ -19,8 +16,6 @@ CALLS = (
     "prlimit64 read readlink readv recvfrom recvmsg rename sched_getaffinity sendmsg sendto setsockopt socket socketpair "
     "statfs statx sysinfo timerfd_create timerfd_settime uname unlink write writev"
 ).split()
-START_SECONDS = 60.0
-STOP_SECONDS = 30.0  # under strace, with other programs on the same processors
 
 
 def strace(output, *options):
@@ -81,54 +76,3 @@ class OfACommand(Attack):
             require(fault, found in (server.fleet.read_bytes(), changed), "the fleet is damaged")
             require(fault, ended.returncode != 0 or found == changed, "a change that was not made is called done")
             require(fault, ended.returncode == 0 or ended.stderr, "no word says what is wrong")
-
-
-class OfTheServer(Attack):
-    """Single system calls fail while a server starts, reads its fleet anew, updates a card and stops."""
-
-    seconds = 12.0
-    limits = Limits(p99_allowance=5.0)  # servers start all the time
-    idle_clients = 0
-
-    def attack(self, server, stopping):
-        image = fleets.make_image(server)
-        with_trace = self.life(server, image, None)
-        for fault in faults_of(with_trace):
-            if stopping.is_set():
-                return
-            self.life(server, image, fault)
-
-    def life(self, server, image, fault):
-        """A server from start to stop. Without a fault all is to go well; the trace of its calls is returned."""
-        traced = Server(server.cimhost, server.fleet)
-        trace = server.folder / "trace"
-        wrapper = traced.folder / "traced"
-        prefix = strace("/dev/null", *failing(*fault)) if fault else strace(trace)
-        wrapper.write_text(f'#!/bin/sh\nexec {" ".join(prefix)} "{server.cimhost}" "$@"\n')
-        wrapper.chmod(0o700)
-        traced.cimhost = wrapper
-        traced.options = ["--anonymous-writes"]
-        try:
-            self.live(traced, image, fault or ("nothing", 0))
-        finally:
-            traced.remove()
-        return trace
-
-    def live(self, traced, image, fault):
-        try:
-            traced.start()
-        except CannotStart as error:
-            require(fault, fault[1] and traced.process.poll() is not None, "it neither starts nor ends")
-            require(fault, traced.process.returncode > 0, f"it crashed, status {traced.process.returncode}: {error}")
-            require(fault, str(error), "no word says why it did not start")
-            return
-        try:
-            result = fleets.flash(traced, image, START_SECONDS)
-            require(fault, result in (0, 2) and (fault[1] or result == 0), f"the update ended with {result}")
-            support.ask(traced, support.enumerate_names("Merolt_FCHBA_FCPort"), START_SECONDS)
-        except (OSError, support.NoAnswer) as error:
-            require(fault, not isinstance(error, TimeoutError) and fault[1], f"no answer: {error}")
-        require(fault, traced.is_running(), f"it crashed: {traced.process.poll()}: {traced.errors()[-500:]}")
-        took = traced.stop(STOP_SECONDS)
-        require(fault, traced.process.returncode in (0, 1, 2), f"status {traced.process.returncode} after {took:.0f} s")
-        require(fault, not (found := fleets.damage(traced)), f"{found}")

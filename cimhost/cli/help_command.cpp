@@ -41,7 +41,7 @@ void addHelp(CommandLine& line) {
     const auto names = std::make_shared<std::vector<std::string>>();
     CLI::App& command = line.add("help", "Tell how a command is used");
     command.add_option("COMMAND", *names, "Such as: enumerate, or: image make");
-    line.onRun(command, [names, &program = line.program()](const Settings&) {
+    line.onRunAlone(command, [names, &program = line.program()](const Settings&) {
         std::string fullName = "cimhost";
         for (const std::string& name : *names)
             fullName += " " + name;

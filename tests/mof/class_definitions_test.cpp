@@ -20,9 +20,9 @@ const std::filesystem::path mofDirectory = MEROLT_MOF_SOURCE;
 const std::filesystem::path tableDirectory = MEROLT_MOF_TABLES;
 
 const std::map<std::string, CMPIType> typesByName = {
-    {"boolean", CMPI_boolean}, {"datetime", CMPI_dateTime}, {"string", CMPI_string}, {"uint8", CMPI_uint8},
-    {"uint16", CMPI_uint16},   {"uint32", CMPI_uint32},     {"uint64", CMPI_uint64}, {"sint8", CMPI_sint8},
-    {"sint16", CMPI_sint16},   {"sint32", CMPI_sint32},     {"sint64", CMPI_sint64},
+    {"boolean", CMPI_boolean}, {"datetime", CMPI_dateTime}, {"real32", CMPI_real32}, {"string", CMPI_string},
+    {"uint8", CMPI_uint8},     {"uint16", CMPI_uint16},     {"uint32", CMPI_uint32}, {"uint64", CMPI_uint64},
+    {"sint8", CMPI_sint8},     {"sint16", CMPI_sint16},     {"sint32", CMPI_sint32}, {"sint64", CMPI_sint64},
 };
 
 /// "uint16[]" and the like as a CMPI type; CMPI_null for a name that no type has.
@@ -154,10 +154,38 @@ TEST_F(ClassDefinitions, TellTheirVersionAndPurpose) {
     }
 }
 
-// With a default, a client would see a value that no adapter ever gave.
-TEST_F(ClassDefinitions, HaveNoDefaults) {
-    for (const auto* declaration : classes())
-        EXPECT_FALSE(declaration->hasDefaults()) << declaration->name();
+// A client sees the same properties, and the same values in those that nobody sets, as on a server with the CIM Schema.
+TEST_F(ClassDefinitions, HaveEveryMemberAndDefaultOfTheSchema) {
+    const auto rows = readTable(tableDirectory / "expected_ancestors.tsv", 4);
+    ASSERT_FALSE(rows.empty());
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row[0] + "." + row[1]);
+        const auto* declaration = find(row[0]);
+        ASSERT_NE(declaration, nullptr);
+        if (row[1].ends_with("()")) {
+            const auto* method = declaration->method(std::string_view(row[1]).substr(0, row[1].size() - 2));
+            ASSERT_NE(method, nullptr);
+            EXPECT_EQ(method->returnType, typeNamed(row[2]));
+            continue;
+        }
+        const auto* property = declaration->property(row[1]);
+        ASSERT_NE(property, nullptr);
+        EXPECT_EQ(property->name, row[1]) << "spelled otherwise";
+        EXPECT_EQ(property->type, typeNamed(row[2]));
+        EXPECT_EQ(property->defaultValue.isNull ? "-" : property->defaultValue.text(), row[3]);
+    }
+}
+
+// With a default of its own, a class would show a value that neither an adapter nor the schema gave.
+TEST_F(ClassDefinitions, TakeDefaultsFromTheSchemaOnly) {
+    for (const auto* declaration : classes()) {
+        if (!isOurs(declaration->name())) continue;
+        for (const auto& property : declaration->properties()) {
+            const auto* inherited = declaration->superclass()->property(property.name);
+            EXPECT_EQ(property.defaultValue.text(), inherited ? inherited->defaultValue.text() : "")
+                << declaration->name() << "." << property.name;
+        }
+    }
 }
 
 TEST_F(ClassDefinitions, AllowInstancesOfOurClassesOnly) {

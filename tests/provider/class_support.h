@@ -90,7 +90,7 @@ protected:
         const Answer loose = enumerateInstances(className, std::nullopt, "root/elsewhere");
         const Answer strict = enumerateInstances(className);
         if (place >= loose.objects.size() || loose.objects.size() != strict.objects.size()) return "no such instance";
-        EXPECT_EQ(loose.objects[place].values, strict.objects[place].values) << "the class's own types differ";
+        expectSameValues(strict.objects[place], loose.objects[place]);
         return '\n' + loose.objects[place].table();
     }
 

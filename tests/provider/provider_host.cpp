@@ -398,6 +398,17 @@ void ProviderTest::deactivateFilter() {
     callFilterOperation([](const CMPIIndicationMIFT* table) { return table->deActivateFilter; });
 }
 
+void ProviderTest::expectSameValues(const TestObject& instance, const TestObject& asSet) {
+    std::map<std::string, std::string> values = instance.values;
+    const auto* declaration = classes.find(instance.nameSpace, instance.className);
+    ASSERT_NE(declaration, nullptr) << instance.nameSpace << ":" << instance.className;
+    std::erase_if(values, [&](const auto& entry) {
+        const auto* property = declaration->property(entry.first);
+        return asSet.values.count(entry.first) == 0 && property && !property->defaultValue.isNull;
+    });
+    EXPECT_EQ(values, asSet.values) << "the class's own types differ";
+}
+
 TestObject ProviderTest::onlyInstance(const std::string& className) {
     const Answer answer = enumerateInstances(className);
     EXPECT_TRUE(answer.isOk()) << answer.message;

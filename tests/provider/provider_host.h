@@ -130,6 +130,9 @@ protected:
 
     /// The one instance of a class that has one; fails the test otherwise.
     TestObject onlyInstance(const std::string& className);
+    /// Fails the test unless the instance has the same values as one of a namespace that lacks the class, which has
+    /// only what the provider set, and besides only defaults of its class.
+    void expectSameValues(const TestObject& instance, const TestObject& asSet);
 
     FakeTavik& tavikLibrary = FakeTavik::instance();
     FakeServices services;

@@ -50,7 +50,7 @@ protected:
         const Answer loose = enumerateInstances(className, std::nullopt, "root/elsewhere");
         ASSERT_EQ(strict.objects.size(), loose.objects.size());
         for (std::size_t index = 0; index < strict.objects.size(); ++index)
-            EXPECT_EQ(strict.objects[index].values, loose.objects[index].values);
+            expectSameValues(strict.objects[index], loose.objects[index]);
         EXPECT_TRUE(broker->droppedProperties().empty());
     }
 };

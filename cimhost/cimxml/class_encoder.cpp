@@ -4,9 +4,43 @@
 #include "cimhost/cimxml/xml_text.h"
 #include "cimhost/model/cim_type.h"
 
+#include <algorithm>
+
 namespace cimhost::cimxml {
 
 namespace {
+
+// The scopes of a qualifier, as MOF and as DSP0201 call them.
+struct ScopeRow {
+    std::string_view mof;
+    std::string_view xml;
+};
+
+constexpr ScopeRow scopeRows[] = {
+    {"class", "CLASS"},   {"association", "ASSOCIATION"}, {"reference", "REFERENCE"},   {"property", "PROPERTY"},
+    {"method", "METHOD"}, {"parameter", "PARAMETER"},     {"indication", "INDICATION"},
+};
+
+void appendFlavor(ByteBuffer& out, const QualifierFlavor& flavor) {
+    if (!flavor.isOverridable) out.append(" OVERRIDABLE=\"false\"");
+    if (!flavor.isToSubclass) out.append(" TOSUBCLASS=\"false\"");
+    if (flavor.isTranslatable) out.append(" TRANSLATABLE=\"true\"");
+}
+
+void appendDeclaredValue(ByteBuffer& out, const DeclaredValue& declared) {
+    if (declared.isNull) return;
+    if (declared.isArray()) out.append("<VALUE.ARRAY>");
+    for (const std::optional<std::string>& text : declared.texts) {
+        if (!text) {
+            out.append("<VALUE.NULL/>");
+            continue;
+        }
+        out.append("<VALUE>");
+        appendText(out, *text);
+        out.append("</VALUE>");
+    }
+    if (declared.isArray()) out.append("</VALUE.ARRAY>");
+}
 
 class ClassWriter {
 public:
@@ -40,7 +74,7 @@ private:
         origin(property.classOrigin, property.isPropagated);
         out.append(">");
         qualifiers(property.qualifiers);
-        value(property.defaultValue);
+        appendDeclaredValue(out, property.defaultValue);
         close(element);
     }
 
@@ -72,11 +106,9 @@ private:
         open("QUALIFIER", qualifier.name);
         appendAttribute(out, "TYPE", typeName(qualifier.value.type));
         if (qualifier.isPropagated) out.append(" PROPAGATED=\"true\"");
-        if (!qualifier.flavor.isOverridable) out.append(" OVERRIDABLE=\"false\"");
-        if (!qualifier.flavor.isToSubclass) out.append(" TOSUBCLASS=\"false\"");
-        if (qualifier.flavor.isTranslatable) out.append(" TRANSLATABLE=\"true\"");
+        appendFlavor(out, qualifier.flavor);
         out.append(">");
-        value(qualifier.value);
+        appendDeclaredValue(out, qualifier.value);
         close("QUALIFIER");
     }
 
@@ -84,21 +116,6 @@ private:
         if (!options.includeQualifiers) return;
         for (const Qualifier& qualifier : list)
             write(qualifier);
-    }
-
-    void value(const DeclaredValue& declared) {
-        if (declared.isNull) return;
-        if (declared.isArray()) out.append("<VALUE.ARRAY>");
-        for (const std::optional<std::string>& text : declared.texts) {
-            if (!text) {
-                out.append("<VALUE.NULL/>");
-                continue;
-            }
-            out.append("<VALUE>");
-            appendText(out, *text);
-            out.append("</VALUE>");
-        }
-        if (declared.isArray()) out.append("</VALUE.ARRAY>");
     }
 
     void open(std::string_view element, std::string_view name) {
@@ -135,6 +152,25 @@ private:
 
 void appendClass(ByteBuffer& out, const ClassDeclaration& declaration, const ClassOptions& options) {
     ClassWriter(out, options).write(declaration);
+}
+
+void appendQualifierDeclaration(ByteBuffer& out, const QualifierDeclaration& declaration) {
+    out.append("<QUALIFIER.DECLARATION");
+    appendAttribute(out, "NAME", declaration.name);
+    appendAttribute(out, "TYPE", typeName(declaration.defaultValue.type));
+    appendAttribute(out, "ISARRAY", declaration.defaultValue.isArray() ? "true" : "false");
+    appendFlavor(out, declaration.flavor);
+    out.append("><SCOPE");
+    for (const ScopeRow& row : scopeRows) {
+        const auto& scopes = declaration.scopes;
+        const bool isIn = scopes.empty() || std::any_of(scopes.begin(), scopes.end(), [&](const std::string& scope) {
+                              return scope == "any" || scope == row.mof;
+                          });
+        if (isIn) appendAttribute(out, row.xml, "true");
+    }
+    out.append("/>");
+    appendDeclaredValue(out, declaration.defaultValue);
+    out.append("</QUALIFIER.DECLARATION>");
 }
 
 void appendClassName(ByteBuffer& out, std::string_view name) {

@@ -19,6 +19,9 @@ struct ClassOptions {
 /// Appends a <CLASS>.
 void appendClass(ByteBuffer& out, const ClassDeclaration& declaration, const ClassOptions& options);
 
+/// Appends a <QUALIFIER.DECLARATION>.
+void appendQualifierDeclaration(ByteBuffer& out, const QualifierDeclaration& declaration);
+
 /// Appends a <CLASSNAME>.
 void appendClassName(ByteBuffer& out, std::string_view name);
 

@@ -312,6 +312,7 @@ void Encoder::instanceName(const InstanceObject& instance) {
 void Encoder::localNamespacePath(std::string_view nameSpace) {
     raw("<LOCALNAMESPACEPATH>");
     nameSpace = trimNamespace(nameSpace);
+    if (!renamed.empty() && equalNames(nameSpace, renamed)) nameSpace = shown;
     while (!nameSpace.empty()) {
         const std::string_view part = nameSpace.substr(0, nameSpace.find('/'));
         raw("<NAMESPACE");

@@ -66,6 +66,12 @@ public:
     [[nodiscard]] ByteBuffer& buffer() noexcept { return document; }
     void raw(std::string_view text) { document.append(text); }
 
+    /// From now on paths call the namespace by the other name. Both texts outlive the encoder.
+    void showNamespaceAs(std::string_view nameSpace, std::string_view name) {
+        renamed = nameSpace;
+        shown = name;
+    }
+
     /// <INSTANCE> with every selected property of its class; one that was never set goes without a value.
     void instance(const InstanceObject& instance, const InstanceOptions& options);
 
@@ -105,6 +111,8 @@ private:
 
     ByteBuffer& document;
     const TagTable& tagTable;
+    std::string_view renamed; // empty: none
+    std::string_view shown;
 };
 
 /// Appends ` NAME="text"`, escaped.

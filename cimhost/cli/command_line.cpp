@@ -48,6 +48,9 @@ void addCommonOptions(CLI::App& app, Settings& settings) {
     app.add_flag_callback(
         "--bare-arrays", [&settings] { settings.host.arrayArguments = ArrayArguments::bare; },
         "Array arguments of methods without their element type, as some servers deliver them");
+    app.add_flag_callback(
+        "--ask-once", [&settings] { settings.host.associationCalls = AssociationCalls::once; },
+        "Association requests in one call to the provider, not one for each association class");
     app.add_option("--interop-namespace", settings.host.interopNamespace, "Interop namespace")->capture_default_str();
 }
 

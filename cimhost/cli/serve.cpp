@@ -122,6 +122,7 @@ IndicationOptions indicationOptions(const HostOptions& host, const ServeOptions&
     made.subscriptions.systemName = systemName();
     made.subscriptions.stateFile = options.state;
     made.delivery.connections = deliveryConnections(options.connections);
+    made.asksForUser = !options.credentials.empty();
     made.log = host.broker.log;
     return made;
 }
@@ -159,7 +160,7 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     LibraryIndicationCalls provider(host.provider());
     indications = std::make_unique<IndicationServer>(host.broker(), host.operations().registration(), provider,
                                                      indicationOptions(hostOptions, options));
-    host.serveOwn(indications->objects(), indications->subscriptions().classes());
+    host.serveOwn(indications->objects(), indications->objects().classes());
     host.warmUp();
     indications->subscriptions().restore();
     Dispatcher dispatcher(host.operations(), host.broker());

@@ -6,6 +6,16 @@
 
 namespace cimhost {
 
+ServerFacts IndicationServer::factsOf(const IndicationOptions& options) {
+    ServerFacts facts;
+    facts.interopNamespace = options.subscriptions.interopNamespace;
+    facts.systemName = options.subscriptions.systemName;
+    facts.mostOfEach = options.subscriptions.mostOfEach;
+    facts.asksForUser = options.asksForUser;
+    facts.remembersSubscriptions = !options.subscriptions.stateFile.empty();
+    return facts;
+}
+
 std::filesystem::path defaultStateFile() {
     const std::filesystem::path name = std::filesystem::path("cimhost") / "subscriptions.json";
     const char* state = std::getenv("XDG_STATE_HOME");

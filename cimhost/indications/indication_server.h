@@ -1,4 +1,5 @@
-// Indications of a running server, put together: subscriptions, their objects, routes and deliveries.
+// What a running server keeps in the interop namespace, put together: subscriptions, routes and deliveries, and what
+// the server says of itself.
 #pragma once
 
 #include "cimhost/indications/interop_objects.h"
@@ -10,6 +11,7 @@ namespace cimhost {
 
 struct IndicationOptions {
     SubscriptionOptions subscriptions;
+    bool asksForUser = false; ///< what the server tells of itself
     DeliveryOptions delivery;
     LogSink log;
 };
@@ -20,14 +22,16 @@ public:
     IndicationServer(Broker& broker, const Registration& registration, IndicationCalls& provider,
                      IndicationOptions options)
         : routes(broker.repository(), options.subscriptions.systemName, options.delivery, options.log),
-          kept(broker, registration, provider, routes, std::move(options.subscriptions), options.log), instances(kept) {
-    }
+          kept(broker, registration, provider, routes, options.subscriptions, options.log),
+          instances(kept, ServerDescription(broker.repository(), factsOf(options))) {}
 
     [[nodiscard]] Subscriptions& subscriptions() noexcept { return kept; }
     [[nodiscard]] InteropObjects& objects() noexcept { return instances; }
     [[nodiscard]] Router& router() noexcept { return routes; }
 
 private:
+    static ServerFacts factsOf(const IndicationOptions& options);
+
     Router routes;
     Subscriptions kept;
     InteropObjects instances;

@@ -1,16 +1,21 @@
-// The subscriptions as instances that clients list, make and remove like any others.
+// What the server itself keeps in the interop namespace, as instances like any others: the subscriptions, which clients
+// list, make and remove, and what the server says of itself, which they read; with the associations among all of them.
 #pragma once
 
+#include "cimhost/indications/server_description.h"
 #include "cimhost/indications/subscriptions.h"
 #include "cimhost/service/provider_calls.h"
 
 namespace cimhost {
 
-/// Nothing is associated here: a subscription's references are read from its instances.
 class InteropObjects final : public ProviderCalls {
 public:
     /// The subscriptions outlive this.
-    explicit InteropObjects(Subscriptions& kept) : subscriptions(kept) {}
+    InteropObjects(Subscriptions& kept, ServerDescription own)
+        : subscriptions(kept), description(std::move(own)), describedClasses(description.classes()) {}
+
+    /// The classes of all these objects.
+    [[nodiscard]] std::vector<const ClassDeclaration*> classes() const;
 
     Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
                                    const ObjectPathObject& classPath) override;
@@ -25,8 +30,30 @@ public:
                            const InstanceObject& instance, const PropertyList& properties) override;
     Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override;
 
+    Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                        const AssociationFilter& filter, const PropertyList& properties) override;
+    Outcome associatorNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                            const AssociationFilter& filter) override;
+    Outcome references(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                       const AssociationFilter& filter, const PropertyList& properties) override;
+    Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
+                           const AssociationFilter& filter) override;
+
 private:
+    struct Link;
+    using Instances = std::vector<const InstanceObject*>;
+
+    [[nodiscard]] bool isDescribed(const ObjectPathObject& path) const;
+    [[nodiscard]] std::vector<std::string> namesToTry(const CallContext& context) const;
+    [[nodiscard]] Instances all(RequestScope& scope, std::string_view interopName) const;
+    [[nodiscard]] Instances ofClass(RequestScope& scope, const CallContext& context,
+                                    const ObjectPathObject& classPath) const;
+    [[nodiscard]] std::vector<Link> follow(RequestScope& scope, const CallContext& context,
+                                           const ObjectPathObject& source, const AssociationFilter& filter) const;
+
     Subscriptions& subscriptions;
+    const ServerDescription description;
+    const std::vector<const ClassDeclaration*> describedClasses;
 };
 
 } // namespace cimhost

@@ -1,5 +1,6 @@
 #include "cimhost/indications/subscriptions.h"
 
+#include "cimhost/indications/object_key.h"
 #include "cimhost/indications/state_file.h"
 #include "cimhost/model/names.h"
 #include "cimhost/service/cim_failure.h"
@@ -92,45 +93,6 @@ void requireOneOf(const InstanceObject& instance, std::string_view property,
     refuse(property, std::to_string(given) + " is not supported, " + allowed + " is");
 }
 
-void appendLower(std::string& out, std::string_view text) {
-    for (const char character : text)
-        out += character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
-// Class names compare without regard to case, other keys do not.
-void appendKey(std::string& out, const ObjectPathObject& path) {
-    appendLower(out, path.className());
-    std::vector<const NamedData*> keys;
-    for (const NamedData& key : path.keys())
-        keys.push_back(&key);
-    std::sort(keys.begin(), keys.end(),
-              [](const NamedData* left, const NamedData* right) { return left->name < right->name; });
-    for (const NamedData* key : keys) {
-        out += '\n';
-        appendLower(out, key->name);
-        out += '=';
-        const bool namesClass = key->name.ends_with("ClassName") || key->name.ends_with("classname");
-        const auto* reference = key->data.type == CMPI_ref ? ObjectPathObject::from(key->data.value.ref) : nullptr;
-        std::string text;
-        if (reference) {
-            appendKey(text, *reference);
-        } else {
-            appendValueText(text, key->data);
-        }
-        if (namesClass) {
-            appendLower(out, text);
-        } else {
-            out += text;
-        }
-    }
-}
-
-std::string keyOf(const ObjectPathObject& path) {
-    std::string key;
-    appendKey(key, path);
-    return key;
-}
-
 void throwIf(const std::optional<CimError>& error) {
     if (error) throw CimFailure(*error);
 }
@@ -202,12 +164,42 @@ void Subscriptions::completeElement(InstanceObject& instance) const {
     if (textOf(instance, "Name").empty()) refuse("Name", "it is required");
 }
 
+// The list is the newer form of the property; what is kept is the older one.
+void Subscriptions::takeSourceNamespaces(InstanceObject& filter) const {
+    const CMPIData* data = valueOf(filter, "SourceNamespaces");
+    const ArrayObject* list = data ? ArrayObject::from(data->value.array) : nullptr;
+    if (!list || list->size() == 0) return;
+    if (list->size() > 1) {
+        refuse("SourceNamespaces", "one namespace for each filter is supported, not " + std::to_string(list->size()));
+    }
+    std::string nameSpace;
+    appendValueText(nameSpace, list->element(0));
+    setTextUnlessGiven(filter, "SourceNamespace", nameSpace);
+    if (!equalNames(trimNamespace(textOf(filter, "SourceNamespace")), trimNamespace(nameSpace))) {
+        refuse("SourceNamespaces", "SourceNamespace says something else");
+    }
+    filter.setProperty("SourceNamespaces", ObjectMaker::null(CMPI_stringA));
+}
+
+// A copy for a client, with both forms of the source namespace.
+InstanceObject& Subscriptions::forClient(RequestScope& scope, const Object& object) {
+    InstanceObject& copy = *object.instance->copyTo(scope.arena());
+    if (object.kind != Kind::filter) return copy;
+    const std::vector<std::optional<std::string>> list = {textOf(copy, "SourceNamespace")};
+    copy.setProperty("SourceNamespaces", *scope.make().arrayValue(CMPI_string, list));
+    return copy;
+}
+
 void Subscriptions::completeFilter(Object& object) const {
     InstanceObject& instance = *object.instance;
     completeElement(instance);
+    takeSourceNamespaces(instance);
     setTextUnlessGiven(instance, "SourceNamespace", settings.interopNamespace);
     setTextUnlessGiven(instance, "QueryLanguage", "WQL");
     object.sourceNamespace = trimNamespace(textOf(instance, "SourceNamespace"));
+    if (const NamespaceAlias* alias = broker.repository().findAlias(object.sourceNamespace)) {
+        object.sourceNamespace = alias->nameSpace;
+    }
     if (!broker.repository().hasNamespace(object.sourceNamespace)) {
         refuse("SourceNamespace", "there is no namespace " + shown(object.sourceNamespace));
     }
@@ -463,7 +455,7 @@ void Subscriptions::remove(RequestScope& scope, const ObjectPathObject& path, co
 
 const InstanceObject& Subscriptions::get(RequestScope& scope, const ObjectPathObject& path) const {
     const std::lock_guard lock(access);
-    if (const Object* object = find(keyOf(path))) return *object->instance->copyTo(scope.arena());
+    if (const Object* object = find(keyOf(path))) return forClient(scope, *object);
     std::string text;
     path.appendText(text);
     throw CimFailure(CMPI_RC_ERR_NOT_FOUND, text);
@@ -473,7 +465,7 @@ std::vector<const InstanceObject*> Subscriptions::list(RequestScope& scope, std:
     const std::lock_guard lock(access);
     std::vector<const InstanceObject*> found;
     for (const auto& object : objects) {
-        if (equalNames(object->path->className(), className)) found.push_back(object->instance->copyTo(scope.arena()));
+        if (equalNames(object->path->className(), className)) found.push_back(&forClient(scope, *object));
     }
     return found;
 }

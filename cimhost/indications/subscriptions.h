@@ -64,11 +64,13 @@ private:
     std::unique_ptr<Object> make(const InstanceObject& given);
     void requireRoom(const Object& made, const std::string& owner) const;
     void completeElement(InstanceObject& instance) const;
+    void takeSourceNamespaces(InstanceObject& filter) const;
     void completeFilter(Object& object) const;
     void completeDestination(Object& object) const;
     void completeSubscription(Object& object) const;
     const Object& referenced(const InstanceObject& subscription, std::string_view role, Kind kind) const;
     const Object* find(std::string_view key) const;
+    static InstanceObject& forClient(RequestScope& scope, const Object& object);
     [[nodiscard]] std::size_t countOf(Kind kind) const;
     const ClassDeclaration& servedClass(const Object& filter) const;
     template <typename Call>

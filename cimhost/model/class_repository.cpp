@@ -1,5 +1,6 @@
 #include "cimhost/model/class_repository.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "cimhost/model/repository_builder.h"
@@ -37,6 +38,19 @@ void ClassRepository::loadText(std::string_view nameSpace, std::string_view text
 
 void ClassRepository::addNamespace(std::string_view nameSpace) { makeNamespace(nameSpace); }
 
+void ClassRepository::addAlias(std::string_view alias, std::string_view nameSpace) {
+    const Namespace* meant = findNamespace(nameSpace);
+    if (!meant || findNamespace(alias)) return;
+    furtherNames.push_back({std::string(trimNamespace(alias)), meant->name});
+}
+
+const NamespaceAlias* ClassRepository::findAlias(std::string_view nameSpace) const noexcept {
+    const std::string_view wanted = trimNamespace(nameSpace);
+    const auto place = std::find_if(furtherNames.begin(), furtherNames.end(),
+                                    [wanted](const NamespaceAlias& one) { return equalNames(one.name, wanted); });
+    return place == furtherNames.end() ? nullptr : &*place;
+}
+
 std::vector<std::string_view> ClassRepository::namespaces() const {
     std::vector<std::string_view> names;
     for (const auto& nameSpace : all) {
@@ -70,7 +84,8 @@ const ClassRepository::Namespace* ClassRepository::findNamespace(std::string_vie
     for (const auto& candidate : all) {
         if (equalNames(candidate->name, wanted)) return candidate.get();
     }
-    return nullptr;
+    const NamespaceAlias* alias = findAlias(wanted);
+    return alias ? findNamespace(alias->nameSpace) : nullptr;
 }
 
 ClassRepository::Namespace& ClassRepository::makeNamespace(std::string_view nameSpace) {

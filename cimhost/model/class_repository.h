@@ -30,6 +30,12 @@ private:
     SourcePosition place;
 };
 
+/// One more name under which a namespace is known.
+struct NamespaceAlias {
+    std::string name;
+    std::string nameSpace; ///< the namespace's own name
+};
+
 class ClassRepository {
 public:
     ClassRepository();
@@ -50,8 +56,16 @@ public:
     /// Makes an empty namespace unless it exists.
     void addNamespace(std::string_view nameSpace);
 
-    /// The namespaces in the order of their making, each without leading and trailing slashes.
+    /// From now on the namespace is found under this name too. Nothing changes if it is unknown, or if the name is
+    /// taken.
+    void addAlias(std::string_view alias, std::string_view nameSpace);
+
+    /// The namespaces in the order of their making, each without leading and trailing slashes. Further names of theirs
+    /// are not among them.
     [[nodiscard]] std::vector<std::string_view> namespaces() const;
+    [[nodiscard]] std::span<const NamespaceAlias> aliases() const noexcept { return furtherNames; }
+    /// Null for a namespace's own name and for one that is unknown.
+    [[nodiscard]] const NamespaceAlias* findAlias(std::string_view nameSpace) const noexcept;
     [[nodiscard]] bool hasNamespace(std::string_view nameSpace) const noexcept;
 
     /// Null if the namespace or the class is unknown. Does not allocate.
@@ -70,6 +84,7 @@ private:
     Namespace& makeNamespace(std::string_view nameSpace);
 
     std::vector<std::unique_ptr<Namespace>> all;
+    std::vector<NamespaceAlias> furtherNames;
 };
 
 } // namespace cimhost

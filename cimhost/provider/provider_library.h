@@ -29,6 +29,8 @@ struct CallContext {
     std::string nameSpace;      ///< CMPIInitNameSpace; empty: no entry (as for activating filters)
     CMPIFlags flags = 0;        ///< CMPIInvocationFlags
     std::string acceptLanguage; ///< CMPIAcceptLanguage; empty: no entry
+    /// By what other name of the namespace the client asked; empty: by its own. For the server itself.
+    std::string calledNamespace = {};
 };
 
 /// What a call gave. The objects live in the scope of the call. What a provider returned before it failed is there too.

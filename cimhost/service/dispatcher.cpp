@@ -123,6 +123,19 @@ void enumerateClassNames(const Call& call) {
     }
 }
 
+void enumerateQualifiers(const Call& call) {
+    for (const QualifierDeclaration& declaration : call.operations.qualifiers(call.request.nameSpace)) {
+        cimxml::appendQualifierDeclaration(call.encoder.buffer(), declaration);
+    }
+}
+
+void getQualifier(const Call& call) {
+    const auto& name = requiredArgument<cimxml::Value>(call.request, "QualifierName", "text");
+    if (name.isArray || name.isNull) refuseParameter("QualifierName", "no text");
+    cimxml::appendQualifierDeclaration(call.encoder.buffer(),
+                                       call.operations.findQualifier(call.request.nameSpace, name.texts[0]));
+}
+
 enum class Returns { nothing, value };
 
 // What an operation is about: declarations; the instances of a class, or what they are associated with.
@@ -148,6 +161,8 @@ constexpr OperationRow operationRows[] = {
     {"GetClass",               Access::read,   Returns::value,   About::classes,      getClass,               "ClassName LocalOnly IncludeQualifiers IncludeClassOrigin PropertyList"},
     {"EnumerateClasses",       Access::read,   Returns::value,   About::classes,      enumerateClasses,       "ClassName DeepInheritance LocalOnly IncludeQualifiers IncludeClassOrigin"},
     {"EnumerateClassNames",    Access::read,   Returns::value,   About::classes,      enumerateClassNames,    "ClassName DeepInheritance"},
+    {"EnumerateQualifiers",    Access::read,   Returns::value,   About::classes,      enumerateQualifiers,    ""},
+    {"GetQualifier",           Access::read,   Returns::value,   About::classes,      getQualifier,           "QualifierName"},
     {"Associators",            Access::read,   Returns::value,   About::associations, associators,            "ObjectName AssocClass ResultClass Role ResultRole IncludeQualifiers IncludeClassOrigin PropertyList"},
     {"AssociatorNames",        Access::read,   Returns::value,   About::associations, associatorNames,        "ObjectName AssocClass ResultClass Role ResultRole"},
     {"References",             Access::read,   Returns::value,   About::associations, references,             "ObjectName ResultClass Role IncludeQualifiers IncludeClassOrigin PropertyList"},
@@ -247,10 +262,20 @@ private:
 } // namespace
 
 ByteBuffer Dispatcher::handle(const Request& request, Caller caller) {
+    const NamespaceAlias* alias = operations.repository().findAlias(request.nameSpace);
+    if (!alias) return answer(request, std::move(caller));
+    Request renamed = request;
+    renamed.nameSpace = alias->nameSpace;
+    caller.calledNamespace = alias->name;
+    return answer(renamed, std::move(caller));
+}
+
+ByteBuffer Dispatcher::answer(const Request& request, Caller caller) {
     ByteBuffer document;
     document.reserve(std::min(largestReserve, lastSize.load(std::memory_order_relaxed)));
     Message message(document, request);
     Encoder encoder(document, tags);
+    if (!caller.calledNamespace.empty()) encoder.showNamespaceAs(request.nameSpace, caller.calledNamespace);
     try {
         RequestScope scope(broker);
         runOperation({operations, scope, request, caller, encoder});

@@ -15,7 +15,8 @@ public:
     Dispatcher(Operations& operations, Broker& broker);
 
     /// The response message: a result, or an ERROR with a CIM status. Never throws for what a request or a provider
-    /// does. caller.flags are set from the request's parameters.
+    /// does. caller.flags are set from the request's parameters. Who asks by a further name of a namespace reads that
+    /// name in all paths of the answer.
     ByteBuffer handle(const cimxml::Request& request, Caller caller);
 
     /// The response message where the request is not carried out, or no longer waited for.
@@ -28,6 +29,8 @@ public:
     [[nodiscard]] std::string_view aloneAs(const cimxml::Request& request) const;
 
 private:
+    ByteBuffer answer(const cimxml::Request& request, Caller caller);
+
     Operations& operations;
     Broker& broker;
     cimxml::TagTable tags;

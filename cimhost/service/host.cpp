@@ -6,6 +6,9 @@ namespace cimhost {
 
 namespace {
 
+// Clients look for the interop namespace under the names that servers give it.
+constexpr std::string_view interopNames[] = {"interop", "root/interop", "root/PG_InterOp"};
+
 void requireFile(const std::filesystem::path& file) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error)) throw std::runtime_error(file.string() + ": no such file");
@@ -19,6 +22,8 @@ ClassRepository loadClasses(const HostOptions& options) {
     repository.loadFile(options.nameSpace, classes);
     repository.addNamespace(options.interopNamespace);
     if (std::filesystem::exists(interop)) repository.loadFile(options.interopNamespace, interop);
+    for (const std::string_view name : interopNames)
+        repository.addAlias(name, options.interopNamespace);
     return repository;
 }
 
@@ -40,13 +45,16 @@ Host::Host(HostOptions options)
     routed = std::make_unique<RoutedCalls>(*calls);
     served = std::make_unique<Operations>(repository, registration, *routed);
     served->arrayArguments = settings.arrayArguments;
+    served->associationCalls = settings.associationCalls;
 }
 
 Host::~Host() = default;
 
 void Host::serveOwn(ProviderCalls& objects, const std::vector<const ClassDeclaration*>& classes) {
-    for (const ClassDeclaration* declaration : classes)
+    for (const ClassDeclaration* declaration : classes) {
         registration.add(*declaration, ProviderKind::instance);
+        if (declaration->isAssociation()) registration.add(*declaration, ProviderKind::association);
+    }
     routed->routeTo(objects, classes);
 }
 

@@ -19,6 +19,7 @@ struct HostOptions {
     std::string nameSpace = Namespaces().implementation;
     std::string interopNamespace = Namespaces().interop;
     ArrayArguments arrayArguments = ArrayArguments::tagged;
+    AssociationCalls associationCalls = AssociationCalls::eachClass;
     BrokerOptions broker;
 };
 

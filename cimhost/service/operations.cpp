@@ -16,6 +16,7 @@ CallContext contextOf(const Caller& caller, std::string_view nameSpace) {
     context.nameSpace = std::string(nameSpace);
     context.flags = caller.flags;
     context.acceptLanguage = caller.acceptLanguage;
+    context.calledNamespace = caller.calledNamespace;
     return context;
 }
 
@@ -62,6 +63,19 @@ const ClassDeclaration& Operations::findClass(std::string_view nameSpace, std::s
     requireNamespace(nameSpace);
     if (const ClassDeclaration* declaration = classes.find(nameSpace, className)) return *declaration;
     throw CimFailure(unknownClass, "namespace " + std::string(nameSpace) + " has no class " + quoted(className));
+}
+
+std::span<const QualifierDeclaration> Operations::qualifiers(std::string_view nameSpace) const {
+    requireNamespace(nameSpace);
+    return classes.qualifierDeclarations(nameSpace);
+}
+
+const QualifierDeclaration& Operations::findQualifier(std::string_view nameSpace, std::string_view name) const {
+    for (const QualifierDeclaration& declaration : qualifiers(nameSpace)) {
+        if (equalNames(declaration.name, name)) return declaration;
+    }
+    throw CimFailure(CMPI_RC_ERR_NOT_FOUND,
+                     "namespace " + std::string(nameSpace) + " has no qualifier " + quoted(name.substr(0, 64)));
 }
 
 std::vector<const ClassDeclaration*> Operations::servedClasses(const ClassDeclaration& declaration) const {
@@ -120,12 +134,10 @@ const InstanceObject& Operations::getInstance(RequestScope& scope, const Caller&
     if (!registered.serves(declaration, ProviderKind::instance)) throw notFound();
     const Outcome outcome = calls.getInstance(scope, contextOf(caller, declaration.nameSpace()), path, properties);
     throwUnlessOk(outcome);
-    // A provider may hand over related instances before the one that was asked for; a client can be given only one.
-    for (const InstanceObject* instance : outcome.instances) {
-        if (instance->declaration() == &declaration) return *instance;
-    }
-    if (outcome.instances.empty()) throw notFound();
-    return *outcome.instances.front();
+    if (outcome.instances.size() == 1) return *outcome.instances.front();
+    throw CimFailure(CMPI_RC_ERR_FAILED, outcome.instances.empty() ? "the provider delivered too few objects: none"
+                                                                   : "the provider delivered too many objects: " +
+                                                                         std::to_string(outcome.instances.size()));
 }
 
 const ObjectPathObject& Operations::createInstance(RequestScope& scope, const Caller& caller,
@@ -174,10 +186,24 @@ Outcome Operations::askAssociations(const Caller& caller, const ObjectPathObject
     const ClassDeclaration& declaration = findClass(source.nameSpace(), source.className());
     requireClasses(source.nameSpace(), filter);
     requireExactKeys(source, declaration);
-    if (!servesAssociations(source.nameSpace())) return {};
-    Outcome outcome = ask(contextOf(caller, declaration.nameSpace()));
-    throwUnlessOk(outcome);
-    return outcome;
+    const CallContext context = contextOf(caller, declaration.nameSpace());
+    if (associationCalls == AssociationCalls::once) {
+        if (!servesAssociations(source.nameSpace())) return {};
+        Outcome outcome = ask(context, filter);
+        throwUnlessOk(outcome);
+        return outcome;
+    }
+    Outcome all;
+    for (const ClassDeclaration* association : cimhost::referenceClasses(classes, declaration, filter)) {
+        if (!registered.serves(*association, ProviderKind::association)) continue;
+        AssociationFilter ofClass = filter;
+        ofClass.associationClass = association->name();
+        const Outcome outcome = ask(context, ofClass);
+        throwUnlessOk(outcome);
+        all.instances.insert(all.instances.end(), outcome.instances.begin(), outcome.instances.end());
+        all.paths.insert(all.paths.end(), outcome.paths.begin(), outcome.paths.end());
+    }
+    return all;
 }
 
 std::vector<const InstanceObject*> Operations::associators(RequestScope& scope, const Caller& caller,
@@ -185,8 +211,8 @@ std::vector<const InstanceObject*> Operations::associators(RequestScope& scope, 
                                                            const AssociationFilter& filter,
                                                            const PropertyList& properties) {
     return askAssociations(caller, source, filter,
-                           [&](const CallContext& context) {
-                               return calls.associators(scope, context, source, filter, properties);
+                           [&](const CallContext& context, const AssociationFilter& asked) {
+                               return calls.associators(scope, context, source, asked, properties);
                            })
         .instances;
 }
@@ -194,9 +220,10 @@ std::vector<const InstanceObject*> Operations::associators(RequestScope& scope, 
 std::vector<const ObjectPathObject*> Operations::associatorNames(RequestScope& scope, const Caller& caller,
                                                                  const ObjectPathObject& source,
                                                                  const AssociationFilter& filter) {
-    return askAssociations(
-               caller, source, filter,
-               [&](const CallContext& context) { return calls.associatorNames(scope, context, source, filter); })
+    return askAssociations(caller, source, filter,
+                           [&](const CallContext& context, const AssociationFilter& asked) {
+                               return calls.associatorNames(scope, context, source, asked);
+                           })
         .paths;
 }
 
@@ -204,18 +231,20 @@ std::vector<const InstanceObject*> Operations::references(RequestScope& scope, c
                                                           const ObjectPathObject& source,
                                                           const AssociationFilter& filter,
                                                           const PropertyList& properties) {
-    return askAssociations(
-               caller, source, filter,
-               [&](const CallContext& context) { return calls.references(scope, context, source, filter, properties); })
+    return askAssociations(caller, source, filter,
+                           [&](const CallContext& context, const AssociationFilter& asked) {
+                               return calls.references(scope, context, source, asked, properties);
+                           })
         .instances;
 }
 
 std::vector<const ObjectPathObject*> Operations::referenceNames(RequestScope& scope, const Caller& caller,
                                                                 const ObjectPathObject& source,
                                                                 const AssociationFilter& filter) {
-    return askAssociations(
-               caller, source, filter,
-               [&](const CallContext& context) { return calls.referenceNames(scope, context, source, filter); })
+    return askAssociations(caller, source, filter,
+                           [&](const CallContext& context, const AssociationFilter& asked) {
+                               return calls.referenceNames(scope, context, source, asked);
+                           })
         .paths;
 }
 

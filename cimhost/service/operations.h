@@ -8,6 +8,7 @@
 #include "cimhost/service/registration.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,12 +28,20 @@ struct Caller {
     CMPIFlags flags = 0; ///< CMPI_FLAG_LocalOnly and so on, as the request gives them
     std::string host;    ///< what he calls this server, as "name:port"; empty: unknown
     Access access = Access::change;
+    /// The further name of the namespace by which he asks; empty: its own name.
+    std::string calledNamespace = {};
 };
 
 /// How a method finds its array arguments typed: servers differ, and some providers take only the one or the other.
 enum class ArrayArguments {
     tagged, ///< with the element type: uint8[] is 0x2080
     bare,   ///< 0x2000 for every array
+};
+
+/// How a request for associations is put to the provider. Clients see the same rows, but where they name a base class.
+enum class AssociationCalls {
+    eachClass, ///< once for each concrete class that the source can take part in, with that class's name: OpenPegasus
+    once,      ///< once in all, with what the client said
 };
 
 /// Every operation throws CimFailure. Results live in the scope. Safe to use from several threads, each with a scope.
@@ -50,7 +59,7 @@ public:
     std::vector<const ObjectPathObject*> enumerateInstanceNames(RequestScope& scope, const Caller& caller,
                                                                 const ClassDeclaration& declaration);
 
-    /// CIM_ERR_NOT_FOUND where the provider succeeds without an instance, as production servers answer.
+    /// CIM_ERR_FAILED where the provider succeeds with no instance or with several, as production servers answer.
     const InstanceObject& getInstance(RequestScope& scope, const Caller& caller, const ObjectPathObject& path,
                                       const PropertyList& properties);
     const ObjectPathObject& createInstance(RequestScope& scope, const Caller& caller, const InstanceObject& instance);
@@ -58,10 +67,11 @@ public:
                         const InstanceObject& instance, const PropertyList& properties);
     void deleteInstance(RequestScope& scope, const Caller& caller, const ObjectPathObject& path);
 
-    /// What is associated with the source, and the associations themselves. The provider is asked once, with the filter
-    /// as the caller gave it, if it serves any association of the namespace; otherwise nothing is associated. What it
-    /// returned before it failed is lost with its failure, since CIM-XML carries only one of the two. References take
-    /// the association class as their filter, and a role. CIM_ERR_INVALID_CLASS for the source's class,
+    /// What is associated with the source, and the associations themselves. The provider is asked for every association
+    /// class that it serves, that passes the filter's association class and whose reference of the filter's role can
+    /// hold the source; the rest of the filter is the provider's affair. What it returned before it failed is lost with
+    /// its failure, since CIM-XML carries only one of the two. References take the association class as their filter,
+    /// and a role. CIM_ERR_INVALID_CLASS for the source's class,
     /// CIM_ERR_INVALID_PARAMETER for another one that the namespace lacks or that is no association where it must be,
     /// and for a source whose keys are not those of its class.
     std::vector<const InstanceObject*> associators(RequestScope& scope, const Caller& caller,
@@ -88,6 +98,11 @@ public:
     const ClassDeclaration& findClass(std::string_view nameSpace, std::string_view className,
                                       CMPIrc unknownClass = CMPI_RC_ERR_INVALID_CLASS) const;
 
+    /// CIM_ERR_INVALID_NAMESPACE.
+    [[nodiscard]] std::span<const QualifierDeclaration> qualifiers(std::string_view nameSpace) const;
+    /// CIM_ERR_INVALID_NAMESPACE, CIM_ERR_NOT_FOUND.
+    [[nodiscard]] const QualifierDeclaration& findQualifier(std::string_view nameSpace, std::string_view name) const;
+
     /// Root classes, or the subclasses of the class named; with deepInheritance those below them too.
     [[nodiscard]] std::vector<const ClassDeclaration*> enumerateClasses(std::string_view nameSpace,
                                                                         const std::optional<std::string>& className,
@@ -107,6 +122,7 @@ public:
 
     /// Set before the first operation.
     ArrayArguments arrayArguments = ArrayArguments::tagged;
+    AssociationCalls associationCalls = AssociationCalls::eachClass;
 
     [[nodiscard]] const ClassRepository& repository() const noexcept { return classes; }
     [[nodiscard]] const Registration& registration() const noexcept { return registered; }

@@ -136,7 +136,9 @@ void setProperty(RequestScope& scope, InstanceObject& instance, const cimxml::Pr
 } // namespace
 
 ObjectPathObject& makePath(RequestScope& scope, std::string_view nameSpace, const cimxml::ObjectPath& path) {
-    ObjectPathObject& made = *scope.make().path(trimNamespace(nameSpace), path.className);
+    const NamespaceAlias* alias = scope.broker().repository().findAlias(nameSpace);
+    ObjectPathObject& made =
+        *scope.make().path(alias ? std::string_view(alias->nameSpace) : trimNamespace(nameSpace), path.className);
     if (!path.host.empty()) made.setHost(path.host);
     for (const cimxml::KeyBinding& key : path.keys) {
         const PropertyDeclaration* declared = declaredKey(made, key);

@@ -9,9 +9,10 @@
 
 namespace cimhost {
 
-/// The path in the given namespace (its own one, if it names one, is for references only). A key in the kind that its
-/// class declares gets the declared type; in another kind it stays what the client said, so that the provider judges
-/// it. Throws CimFailure with CIM_ERR_INVALID_PARAMETER for a text that is no value of its kind.
+/// The path in the given namespace (its own one, if it names one, is for references only), which goes by its own name
+/// whatever the client called it. A key in the kind that its class declares gets the declared type; in another kind it
+/// stays what the client said, so that the provider judges it. Throws CimFailure with CIM_ERR_INVALID_PARAMETER for a
+/// text that is no value of its kind.
 ObjectPathObject& makePath(RequestScope& scope, std::string_view nameSpace, const cimxml::ObjectPath& path);
 
 /// The instance under that path. Throws CimFailure: CIM_ERR_NO_SUCH_PROPERTY, CIM_ERR_TYPE_MISMATCH, or

@@ -3,6 +3,7 @@
 
 #include "cimhost/service/provider_calls.h"
 
+#include <algorithm>
 #include <unordered_set>
 #include <vector>
 
@@ -46,21 +47,29 @@ public:
     Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override {
         return of(path).deleteInstance(scope, context, path);
     }
+    // An association of the server's own is asked of the server, one of the provider's of the provider. Where a client
+    // named neither, both are asked. Of the server's own objects the provider knows nothing.
     Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                         const AssociationFilter& filter, const PropertyList& properties) override {
-        return of(source).associators(scope, context, source, filter, properties);
+        return merge(source, filter, [&](ProviderCalls& calls) {
+            return calls.associators(scope, context, source, filter, properties);
+        });
     }
     Outcome associatorNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                             const AssociationFilter& filter) override {
-        return of(source).associatorNames(scope, context, source, filter);
+        return merge(source, filter,
+                     [&](ProviderCalls& calls) { return calls.associatorNames(scope, context, source, filter); });
     }
     Outcome references(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                        const AssociationFilter& filter, const PropertyList& properties) override {
-        return of(source).references(scope, context, source, filter, properties);
+        return merge(source, filter, [&](ProviderCalls& calls) {
+            return calls.references(scope, context, source, filter, properties);
+        });
     }
     Outcome referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                            const AssociationFilter& filter) override {
-        return of(source).referenceNames(scope, context, source, filter);
+        return merge(source, filter,
+                     [&](ProviderCalls& calls) { return calls.referenceNames(scope, context, source, filter); });
     }
     Outcome invokeMethod(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                          const std::string& method, const ArgsObject& in) override {
@@ -68,8 +77,31 @@ public:
     }
 
 private:
+    [[nodiscard]] bool isAtHand(const ObjectPathObject& path) const {
+        return path.declaration() && isAtHand(*path.declaration());
+    }
+
     [[nodiscard]] ProviderCalls& of(const ObjectPathObject& path) const {
         return own && ownClasses.count(path.declaration()) != 0 ? *own : provider;
+    }
+
+    [[nodiscard]] bool isOwn(const ObjectPathObject& source, std::string_view association) const {
+        return std::any_of(ownClasses.begin(), ownClasses.end(), [&](const ClassDeclaration* declaration) {
+            return equalNames(declaration->name(), association) &&
+                   equalNames(declaration->nameSpace(), source.nameSpace());
+        });
+    }
+
+    template <typename Ask>
+    Outcome merge(const ObjectPathObject& source, const AssociationFilter& filter, Ask ask) {
+        if (!own) return ask(provider);
+        if (isAtHand(source) || isOwn(source, filter.associationClass)) return ask(*own);
+        Outcome outcome = ask(provider);
+        if (outcome.error) return outcome;
+        const Outcome further = ask(*own);
+        outcome.instances.insert(outcome.instances.end(), further.instances.begin(), further.instances.end());
+        outcome.paths.insert(outcome.paths.end(), further.paths.begin(), further.paths.end());
+        return outcome;
     }
 
     ProviderCalls& provider;

@@ -53,11 +53,11 @@ port+='DeviceID=\"MC1020R4K00317_2000024D10317000_2100024D10317001\"'
 storage_alert() { # storage_alert IDENTIFIER STATUS NUMBER SEVERITY
     printf '%s' '{"class":"MeroltCNA_AlertIndication_AdapterStatusChange","properties":{' \
         "\"IndicationIdentifier\":\"$1\",\"CorrelatedIndications\":[\"\"],\"IndicationTime\":\"TIME\"," \
-        "\"PerceivedSeverity\":$4,\"Description\":null," \
-        "\"AlertingManagedElement\":\"$port\",\"AlertingElementFormat\":2,\"AlertType\":5,\"ProbableCause\":66," \
-        '"ProbableCauseDescription":null,"RecommendedActions":null,' "\"EventID\":\"$port;1\"," \
-        '"SystemCreationClassName":"Merolt_Adapter_ComputerSystem","SystemName":"127.0.0.1",' \
-        '"ProviderName":"Merolt CNA Provider",' \
+        "\"PerceivedSeverity\":$4,\"OtherSeverity\":null,\"IndicationFilterName\":null,\"Description\":null," \
+        "\"AlertingManagedElement\":\"$port\",\"AlertingElementFormat\":2,\"OtherAlertingElementFormat\":null," \
+        '"AlertType":5,"OtherAlertType":null,"ProbableCause":66,"ProbableCauseDescription":null,"Trending":null,' \
+        '"RecommendedActions":null,' "\"EventID\":\"$port;1\",\"EventTime\":null," \
+        '"SystemCreationClassName":"Merolt_Adapter_ComputerSystem","SystemName":"127.0.0.1","ProviderName":"Merolt CNA Provider",' \
         "\"Message\":\"FC Port 2100024D10317001 in HBA MC1020R4K00317 status changed to $2\"," \
         "\"MessageArguments\":[\"2100024D10317001\",\"HBA\",\"MC1020R4K00317\",\"$2\"],\"MessageID\":\"Core9\"," \
         '"OwningEntity":"Merolt",' "\"SequenceContext\":\"CONTEXT\",\"SequenceNumber\":$3}}"

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace cimhost::testing_support {
@@ -35,6 +36,16 @@ public:
     std::vector<std::string> associationsOf(const std::string& path);
 
     Host& host() { return server; }
+
+    /// What the call gives while the server puts association requests to the provider in that way.
+    template <typename Call>
+    auto asking(AssociationCalls way, Call call) {
+        AssociationCalls& setting = server.operations().associationCalls;
+        const AssociationCalls before = std::exchange(setting, way);
+        auto result = call();
+        setting = before;
+        return result;
+    }
 
 private:
     // The provider reads its settings and writes its log in the working directory: a folder of this program's own.

@@ -33,6 +33,24 @@ TEST(ClassRepository, TakesNamespacesWithoutCaseAndOuterSlashes) {
     EXPECT_TRUE(repository.qualifierDeclarations("root").empty());
 }
 
+TEST(ClassRepository, ANamespaceIsFoundUnderItsFurtherNames) {
+    ClassRepository repository;
+    repository.loadText("root/test", "class A {};");
+    repository.addNamespace("root/other");
+    repository.addAlias("/test/", "ROOT/test");
+    repository.addAlias("root/other", "root/test");
+    repository.addAlias("nowhere", "root/nowhere");
+    ASSERT_NE(repository.find("Test", "A"), nullptr);
+    EXPECT_EQ(repository.find("Test", "A")->nameSpace(), "root/test");
+    EXPECT_EQ(repository.find("root/other", "A"), nullptr) << "the name was taken";
+    EXPECT_FALSE(repository.hasNamespace("nowhere"));
+    EXPECT_EQ(repository.namespaces(), (std::vector<std::string_view>{"root/test", "root/other"}));
+    ASSERT_NE(repository.findAlias("TEST"), nullptr);
+    EXPECT_EQ(repository.findAlias("TEST")->name, "test");
+    EXPECT_EQ(repository.findAlias("TEST")->nameSpace, "root/test");
+    EXPECT_EQ(repository.findAlias("root/test"), nullptr);
+}
+
 TEST(ClassRepository, AnEmptyNamespaceCanBeMadeAndMadeAgain) {
     ClassRepository repository;
     repository.addNamespace("root/empty");

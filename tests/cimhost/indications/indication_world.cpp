@@ -1,8 +1,11 @@
 #include "indication_world.h"
 
+#include "cimhost/model/cim_type.h"
 #include "cimhost/service/cim_failure.h"
 #include "cimhost/service/path_text.h"
 #include "cimhost/service/request_values.h"
+
+#include <sstream>
 
 namespace cimhost::testing_support {
 
@@ -21,6 +24,7 @@ std::string textOf(const ObjectPathObject& path) {
 World::World(std::filesystem::path stateFile, DeliveryOptions delivery) {
     repository.loadFile("root/merolt_cmpi", std::filesystem::path(MOF) / "merolt.mof");
     repository.loadFile(interop, std::filesystem::path(MOF) / "interop.mof");
+    repository.addAlias("interop", interop);
     registration = Registration::load(std::filesystem::path(MOF) / "cimhost.registration", repository, {});
     broker = std::make_unique<Broker>(repository);
     IndicationOptions options;
@@ -48,6 +52,12 @@ cimxml::Instance World::instance(const std::string& className, const Properties&
         property.value.isNull = false;
         if (property.value.type == CMPI_ref) {
             property.value.references.push_back(parsePath(text, nameSpace, repository));
+        } else if (isArrayType(property.value.type)) {
+            property.value.type = elementOf(property.value.type);
+            property.value.isArray = true;
+            std::istringstream list(text);
+            for (std::string entry; std::getline(list, entry, ',');)
+                property.value.texts.append(entry);
         } else {
             property.value.texts.append(text);
         }
@@ -96,7 +106,12 @@ std::string World::property(const std::string& path, const std::string& name) {
     const ObjectPathObject& asked = makePath(scope, interop, parsePath(path, interop, repository));
     const CMPIData* data = server->objects().getInstance(scope, {}, asked, {}).instances.front()->value(name);
     std::string text;
-    if (data) appendValueText(text, *data);
+    const ArrayObject* list = data && isArrayType(data->type) ? ArrayObject::from(data->value.array) : nullptr;
+    for (CMPICount index = 0; list && index < list->size(); ++index) {
+        if (index > 0) text += ',';
+        appendValueText(text, list->element(index));
+    }
+    if (data && !list) appendValueText(text, *data);
     return text;
 }
 

@@ -48,7 +48,7 @@ public:
     explicit World(std::filesystem::path stateFile = {}, DeliveryOptions delivery = {});
     ~World();
 
-    /// The path's text; throws CimFailure.
+    /// The path's text; throws CimFailure. A list is given, and shown, with commas between its entries.
     std::string create(const std::string& className, const Properties& properties);
     std::string filter(const std::string& name, const std::string& query,
                        const std::string& nameSpace = "root/merolt_cmpi");

@@ -51,6 +51,28 @@ TEST(Subscriptions, MissingKeysAndPropertiesAreFilledIn) {
     EXPECT_EQ(world.property(handler, "PersistenceType"), "2");
 }
 
+TEST(Subscriptions, TheSourceNamespaceMayBeAListOfOne) {
+    World world;
+    const std::string filter = world.create(
+        "CIM_IndicationFilter", {{"Name", "f"}, {"Query", alerts}, {"SourceNamespace", "root/merolt_cmpi"}});
+    EXPECT_EQ(world.property(filter, "SourceNamespaces"), "root/merolt_cmpi");
+    const std::string listed = world.create(
+        "CIM_IndicationFilter", {{"Name", "g"}, {"Query", alerts}, {"SourceNamespaces", "root/merolt_cmpi"}});
+    EXPECT_EQ(world.property(listed, "SourceNamespace"), "root/merolt_cmpi");
+    EXPECT_EQ(world.property(listed, "SourceNamespaces"), "root/merolt_cmpi");
+    const auto statusOf = [&](const Properties& properties) {
+        return World::statusOf([&] { world.create("CIM_IndicationFilter", properties); });
+    };
+    EXPECT_EQ(statusOf({{"Name", "h"}, {"Query", alerts}, {"SourceNamespaces", "root/merolt_cmpi,root/PG_InterOp"}}),
+              CMPI_RC_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(statusOf({{"Name", "i"},
+                        {"Query", alerts},
+                        {"SourceNamespace", "root/PG_InterOp"},
+                        {"SourceNamespaces", "root/merolt_cmpi"}}),
+              CMPI_RC_ERR_INVALID_PARAMETER);
+    world.subscribe(listed, world.destination("d", nowhere));
+}
+
 TEST(Subscriptions, BadFiltersAreRefused) {
     World world;
     const auto statusOf = [&](const cimhost::testing_support::Properties& properties) {

@@ -93,7 +93,32 @@ TEST_F(AssociationTest, ReferenceNamesHaveReferencesAsKeys) {
     EXPECT_EQ(countOf(answer, "<OBJECTPATH>"), 1U);
 }
 
-TEST_F(AssociationTest, TheProviderIsAskedOnceWithTheFiltersOfTheClient) {
+// As OpenPegasus asks: a base class reaches the provider as its concrete classes, and so finds their rows.
+TEST_F(AssociationTest, TheProviderIsAskedOnceForEachAssociationClassThatTheSourceCanTakePartIn) {
+    const std::string source = object("T_FibrePort", "a");
+    EXPECT_EQ(countOf(host.call("Associators", source + classFilter("AssocClass", "T_Link")), "<INSTANCEPATH>"), 1U);
+    EXPECT_EQ(countOf(host.call("ReferenceNames", source + classFilter("ResultClass", "T_Link")), "<OBJECTPATH>"), 1U);
+    host.call("References", source);
+    host.call("AssociatorNames", object("T_EtherPort", "e") + text("Role", "Right"));
+    const std::string all = " flags=0 by=anna in=root/ns through=T_FibreLink to= role=";
+    EXPECT_THAT(host.provider.calls, ElementsAre("associators T_FibrePort" + all + " resultRole=",
+                                                 "referenceNames T_FibrePort" + all + " resultRole=",
+                                                 "references T_FibrePort" + all + " resultRole=",
+                                                 "associatorNames T_EtherPort" + all + "Right resultRole="));
+}
+
+TEST_F(AssociationTest, TheProviderIsNotAskedForAssociationsThatCannotHoldTheSource) {
+    EXPECT_EQ(host.call("References", object("T_EtherPort", "e") + text("Role", "Left")),
+              "<IRETURNVALUE></IRETURNVALUE>");
+    EXPECT_EQ(host.call("References", parameter("ObjectName", "<INSTANCENAME CLASSNAME=\"T_Counter\"><KEYBINDING "
+                                                              "NAME=\"Number\"><KEYVALUE VALUETYPE=\"numeric\">1"
+                                                              "</KEYVALUE></KEYBINDING></INSTANCENAME>")),
+              "<IRETURNVALUE></IRETURNVALUE>");
+    EXPECT_THAT(host.provider.calls, IsEmpty());
+}
+
+TEST_F(AssociationTest, TheProviderIsAskedOnceWithTheFiltersOfTheClientIfTheServerIsToldSo) {
+    host.operations->associationCalls = AssociationCalls::once;
     const std::string source = object("T_FibrePort", "a");
     const std::string filters = classFilter("AssocClass", "T_Link") + classFilter("ResultClass", "T_Port") +
                                 text("Role", "Left") + text("ResultRole", "Right");
@@ -224,7 +249,7 @@ TEST_F(AssociationTest, AReferenceThatIsNoPathReachesTheProviderAsText) {
     const std::string right = reference(instanceName("T_EtherPort", "System=s,Id=e"));
     EXPECT_THAT(
         host.call("GetInstance", parameter("InstanceName", linkName("<KEYVALUE>no path at all</KEYVALUE>", right))),
-        StartsWith(error(6)));
+        StartsWith(error(1)));
     EXPECT_THAT(host.provider.calls, ElementsAre(StartsWith("getInstance T_FibreLink")));
 }
 

@@ -112,12 +112,20 @@ TEST_F(DispatcherTest, GetInstanceGivesTheInstance) {
     EXPECT_THAT(answer, HasSubstr("<VALUE>8000000000</VALUE>"));
 }
 
-TEST_F(DispatcherTest, SuccessWithoutAnInstanceIsNotFound) {
+TEST_F(DispatcherTest, SuccessWithoutAnInstanceIsAFailure) {
     const std::string answer =
         host.call("GetInstance", parameter("InstanceName", instanceName("T_FibrePort", "System=s,Id=z")));
-    EXPECT_THAT(answer, StartsWith(error(6)));
-    EXPECT_THAT(answer, HasSubstr("Id=&quot;z&quot;"));
+    EXPECT_THAT(answer, StartsWith(error(1)));
+    EXPECT_THAT(answer, HasSubstr("too few objects"));
     EXPECT_EQ(host.provider.calls.size(), 1U);
+}
+
+TEST_F(DispatcherTest, SuccessWithTwoInstancesIsAFailure) {
+    host.provider.objects.push_back({"T_FibrePort", "a"});
+    const std::string answer =
+        host.call("GetInstance", parameter("InstanceName", instanceName("T_FibrePort", "System=s,Id=a")));
+    EXPECT_THAT(answer, StartsWith(error(1)));
+    EXPECT_THAT(answer, HasSubstr("too many objects: 2"));
 }
 
 TEST_F(DispatcherTest, AKeyOfAnotherKindReachesTheProviderAsItWasSent) {
@@ -125,8 +133,45 @@ TEST_F(DispatcherTest, AKeyOfAnotherKindReachesTheProviderAsItWasSent) {
         "<INSTANCENAME CLASSNAME=\"T_FibrePort\"><KEYBINDING NAME=\"System\"><KEYVALUE>s</KEYVALUE>"
         "</KEYBINDING><KEYBINDING NAME=\"Id\"><KEYVALUE VALUETYPE=\"numeric\">17</KEYVALUE>"
         "</KEYBINDING></INSTANCENAME>";
-    EXPECT_THAT(host.call("GetInstance", parameter("InstanceName", name)), StartsWith(error(6)));
+    EXPECT_THAT(host.call("GetInstance", parameter("InstanceName", name)), StartsWith(error(1)));
     EXPECT_EQ(host.provider.calls.size(), 1U);
+}
+
+TEST_F(DispatcherTest, QualifiersAreListedAsTheyAreDeclared) {
+    const std::string answer = host.call("EnumerateQualifiers", "");
+    EXPECT_THAT(answer, StartsWith("<IRETURNVALUE><QUALIFIER.DECLARATION NAME=\"Key\" TYPE=\"boolean\" "
+                                   "ISARRAY=\"false\" OVERRIDABLE=\"false\"><SCOPE REFERENCE=\"true\" "
+                                   "PROPERTY=\"true\"/><VALUE>false</VALUE></QUALIFIER.DECLARATION>"));
+    EXPECT_EQ(countOf(answer, "<QUALIFIER.DECLARATION "), 4U);
+    EXPECT_THAT(host.call("EnumerateQualifiers", "", "root/other"), StartsWith(error(3)));
+}
+
+TEST_F(DispatcherTest, OneQualifierIsFoundByItsName) {
+    EXPECT_EQ(host.call("GetQualifier", parameter("QualifierName", "<VALUE>override</VALUE>")),
+              "<IRETURNVALUE><QUALIFIER.DECLARATION NAME=\"Override\" TYPE=\"string\" ISARRAY=\"false\" "
+              "TOSUBCLASS=\"false\"><SCOPE REFERENCE=\"true\" PROPERTY=\"true\" METHOD=\"true\"/>"
+              "</QUALIFIER.DECLARATION></IRETURNVALUE>");
+    EXPECT_THAT(host.call("GetQualifier", parameter("QualifierName", "<VALUE>Nobody</VALUE>")), StartsWith(error(6)));
+    EXPECT_THAT(host.call("GetQualifier", ""), StartsWith(error(4)));
+}
+
+TEST_F(DispatcherTest, OperationsThatTheServerLacksAreNotSupported) {
+    for (const char* method : {"OpenEnumerateInstances", "OpenAssociatorInstances", "PullInstances", "CloseEnumeration",
+                               "ExecQuery", "CreateClass", "ModifyClass", "DeleteClass", "SetQualifier",
+                               "DeleteQualifier", "GetProperty", "SetProperty"}) {
+        EXPECT_THAT(host.call(method, className("T_Port")), StartsWith(error(7))) << method;
+    }
+}
+
+TEST_F(DispatcherTest, ANamespaceAnswersUnderAFurtherNameAndIsCalledByItInTheAnswer) {
+    host.repository.addAlias("further/name", "root/ns");
+    const std::string path = parameter("ObjectName", instanceName("T_FibrePort", "System=s,Id=a"));
+    const std::string answer = host.call("References", path, "Further/Name");
+    EXPECT_EQ(countOf(answer, "<NAMESPACE NAME=\"further\"/><NAMESPACE NAME=\"name\"/>"), 5U);
+    EXPECT_THAT(answer, Not(HasSubstr("<NAMESPACE NAME=\"ns\"/>")));
+    EXPECT_THAT(host.provider.calls.back(), HasSubstr("in=root/ns"));
+    EXPECT_EQ(host.call("EnumerateInstances", className("T_Port"), "further/name"),
+              host.call("EnumerateInstances", className("T_Port")));
 }
 
 TEST_F(DispatcherTest, TheProvidersErrorIsTheClientsError) {

@@ -19,6 +19,7 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 using testing_support::cimhost;
 using testing_support::cimhostAtTerminal;
@@ -56,6 +57,29 @@ TEST(Program, ServesAClientAndEndsWhenTold) {
 
     server.signal(SIGTERM);
     EXPECT_EQ(server.wait(), 0);
+}
+
+// Servers put association requests to a provider in two ways; whoever walks the tree sees no difference.
+TEST(Program, TheTreeIsTheSameInBothWaysOfAskingForAssociations) {
+    const Ended forEachClass = cimhost({"--fleet", FLEET, "tree"});
+    const Ended once = cimhost({"--fleet", FLEET, "tree", "--ask-once"});
+    EXPECT_EQ(forEachClass.status, 0) << forEachClass.errors;
+    EXPECT_EQ(once.status, 0) << once.errors;
+    EXPECT_GT(lineCount(forEachClass.output), 50U);
+    EXPECT_EQ(forEachClass.output, once.output);
+}
+
+TEST(Program, ABaseClassFindsAssociationsUnlessTheProviderIsAskedOnce) {
+    const Ended host = cimhost({"--fleet", FLEET, "names", "Merolt_Adapter_ComputerSystem"});
+    const std::string path = host.output.substr(0, host.output.find('\n'));
+    const Ended devices =
+        cimhost({"--fleet", FLEET, "associators", path, "--association", "CIM_SystemDevice", "--names"});
+    EXPECT_THAT(devices.output, HasSubstr("Merolt_FCHBA_StorageExtent")) << devices.errors;
+    EXPECT_THAT(devices.output, HasSubstr("Merolt_NIC_EthernetPort2"));
+    const Ended none =
+        cimhost({"--ask-once", "--fleet", FLEET, "associators", path, "--association", "CIM_SystemDevice", "--names"});
+    EXPECT_EQ(none.status, 0) << none.errors;
+    EXPECT_THAT(none.output, Not(HasSubstr("Merolt_")));
 }
 
 // As a newcomer starts it: whoever is on the machine may look, and nobody may change anything.

@@ -5,6 +5,7 @@
 #include "cimhost/cli/cim_client.h"
 #include "cimhost/cli/received_indication.h"
 #include "cimhost/http/server.h"
+#include "cimhost/indications/indication_server.h"
 #include "cimhost/model/names.h"
 #include "cimhost/service/cim_failure.h"
 
@@ -14,8 +15,10 @@
 #include <mutex>
 #include <optional>
 #include <stdexcept>
+#include <string>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace cimhost::cli {
 
@@ -123,16 +126,26 @@ public:
     }
 
 private:
+    // All four keys are given: some servers know an object by those of its keys that they were told, and then do not
+    // find it under the name that they answer with.
+    cimxml::XmlElement createNamed(const std::string& className, const std::string& name,
+                                   std::vector<ClientProperty> properties) {
+        properties.insert(properties.begin(), {{"SystemCreationClassName", "string", "CIM_ComputerSystem"},
+                                               {"SystemName", "string", systemName()},
+                                               {"CreationClassName", "string", className},
+                                               {"Name", "string", name}});
+        return client.createInstance(className, properties);
+    }
+
     void make(const ListenOptions& options, const std::string& destination) {
         const std::string name = uniqueName();
-        made.push_back(client.createInstance("CIM_IndicationFilter", {{"Name", "string", name},
-                                                                      {"SourceNamespace", "string", options.nameSpace},
-                                                                      {"Query", "string", options.query},
-                                                                      {"QueryLanguage", "string", "WQL"}}));
+        made.push_back(createNamed("CIM_IndicationFilter", name,
+                                   {{"SourceNamespace", "string", options.nameSpace},
+                                    {"Query", "string", options.query},
+                                    {"QueryLanguage", "string", "WQL"}}));
         // Transient: a listener that is killed leaves nothing behind for longer than the server lives.
-        made.push_back(client.createInstance(
-            "CIM_ListenerDestinationCIMXML",
-            {{"Name", "string", name}, {"Destination", "string", destination}, {"PersistenceType", "uint16", "3"}}));
+        made.push_back(createNamed("CIM_ListenerDestinationCIMXML", name,
+                                   {{"Destination", "string", destination}, {"PersistenceType", "uint16", "3"}}));
         const cimxml::XmlElement filter = made[0];
         const cimxml::XmlElement handler = made[1];
         made.push_back(client.createAssociation(

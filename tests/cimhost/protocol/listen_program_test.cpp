@@ -2,12 +2,15 @@
 #include "program.h"
 
 #include "cimhost/http/client.h"
+#include "cimhost/http/server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <string>
+#include <thread>
 
 namespace cimhost {
 namespace {
@@ -97,6 +100,35 @@ TEST(ListenProgram, AServerThatIsNotThereIsTold) {
     const Ended noUrl = cimhost({"listen", "--port", "0", "--subscribe", "localhost:5988"});
     EXPECT_EQ(noUrl.status, 2);
     EXPECT_THAT(noUrl.errors, HasSubstr("--subscribe: \"localhost:5988\" is no URL"));
+}
+
+// Takes no filter, and keeps what it was asked for.
+class FilterRefuser final : public http::Handler {
+public:
+    std::optional<http::Response> refuse(const http::Request&) const override { return std::nullopt; }
+    http::Response answer(http::Request request) override {
+        asked = std::move(request.body);
+        return http::textResponse(503, "no filters");
+    }
+
+    std::string asked;
+};
+
+// sfcb knows an object by those of its keys that it was told, and answers with all of them.
+TEST(ListenProgram, AFilterIsMadeWithAllItsKeys) {
+    FilterRefuser handler;
+    http::Options options;
+    options.port = 0;
+    http::Server server(options, handler);
+    std::thread serving([&] { server.run(); });
+    const std::string url = "http://127.0.0.1:" + std::to_string(server.port());
+    const Ended ended = cimhost({"listen", "--port", "0", "--subscribe", url});
+    server.stop();
+    serving.join();
+    EXPECT_EQ(ended.status, 2);
+    for (const std::string key : {"SystemCreationClassName", "SystemName", "CreationClassName", "Name"}) {
+        EXPECT_THAT(handler.asked, HasSubstr("<PROPERTY NAME=\"" + key + "\" TYPE=\"string\"><VALUE>")) << key;
+    }
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -116,7 +117,7 @@ TEST(Program, ToolsGetJsonAndNothingElse) {
 }
 
 TEST(Program, PeopleGetATableThatFitsTheirTerminal) {
-    for (const unsigned short width : {60, 120}) {
+    for (const std::uint16_t width : {std::uint16_t{60}, std::uint16_t{120}}) {
         const Ended ended =
             cimhostAtTerminal({"enumerate", "Merolt_FCHBA_StorageExtent", "--fleet", FLEET}, width, {"NO_COLOR=1"});
         EXPECT_EQ(ended.status, 0) << ended.output;

@@ -34,12 +34,16 @@ CMPIStatus setKeys(const Family& family, CmpiObjectPath& path, const char* const
     return status;
 }
 
+void setRoles(const Family& family, CmpiInstance& instance, const CmpiObjectPath& left, const CmpiObjectPath& right) {
+    instance.setProperty(family.left.name, CmpiData(left));
+    instance.setProperty(family.right.name, CmpiData(right));
+}
+
 /// An instance of the association on a path, with both references.
 CmpiInstance instanceWithRoles(const Family& family, const CmpiObjectPath& path, const CmpiObjectPath& left,
                                const CmpiObjectPath& right) {
     CmpiInstance instance(path);
-    instance.setProperty(family.left.name, CmpiData(left));
-    instance.setProperty(family.right.name, CmpiData(right));
+    setRoles(family, instance, left, right);
     return instance;
 }
 
@@ -47,9 +51,32 @@ void setFurther(const Family& family, CmpiInstance& instance) {
     instance.setProperty(family.further->name, CmpiData(family.further->value));
 }
 
+/// The paths of both ends of a row, nothing where an object has no record.
+class Ends {
+public:
+    Ends(const Family& ofFamily, const char* inNameSpace) : family(ofFamily), nameSpace(inNameSpace) {}
+
+    /// Makes them of a pair; a second row keeps the one that it shares with the first.
+    void make(const Pair& pair) {
+        const bool isFirst = pair.row == 0;
+        if (isFirst || family.secondRowChanges == Side::left) left = pathOf(family.left.objects, pair.left);
+        if (isFirst || family.secondRowChanges == Side::right) right = pathOf(family.right.objects, pair.right);
+    }
+
+    std::optional<CmpiObjectPath> left;
+    std::optional<CmpiObjectPath> right;
+
+private:
+    std::optional<CmpiObjectPath> pathOf(const ObjectClass& objects, const Object& object) const {
+        return objects.makePath(objects.name, nameSpace, object);
+    }
+
+    const Family& family;
+    const char* nameSpace;
+};
+
 /// Walks the pairs of an enumeration.
-/// @param deliver called with each pair, its two paths and the request's path to build upon; a status that is not OK
-/// ends the walk and is returned.
+/// @param deliver called with each pair and its two paths; a status that is not OK ends the walk and is returned.
 template <class Deliver>
 CmpiStatus enumerate(const Family& family, Enumeration enumeration, const EnumerationTexts& texts,
                      const CmpiObjectPath& cop, Deliver&& deliver) {
@@ -62,12 +89,10 @@ CmpiStatus enumerate(const Family& family, Enumeration enumeration, const Enumer
         return status;
     }
     status = {CMPI_RC_OK, nullptr};
+    Ends ends(family, nameSpace);
     family.forEachPair(enumeration, [&](const Pair& pair) {
-        const ObjectClass& leftClass = family.left.objects;
-        const ObjectClass& rightClass = family.right.objects;
-        const std::optional<CmpiObjectPath> left = leftClass.makePath(leftClass.name, nameSpace, pair.left);
-        const std::optional<CmpiObjectPath> right = rightClass.makePath(rightClass.name, nameSpace, pair.right);
-        if (left && right) status = deliver(pair, *left, *right);
+        ends.make(pair);
+        if (ends.left && ends.right) status = deliver(pair, *ends.left, *ends.right);
         return status.rc == CMPI_RC_OK;
     });
     if (status.rc == CMPI_RC_OK) log(texts.close, {.token = family.token});
@@ -290,23 +315,26 @@ bool Source::equals(std::size_t key, const char* text) const {
 CmpiStatus enumInstanceNames(const Family& family, CmpiResult& result, const CmpiObjectPath& cop) {
     const EnumerationTexts& texts = family.texts.names;
     const char* const roles[] = {family.left.name, family.right.name};
+    std::optional<ClonedPath> path;
     return enumerate(family, Enumeration::names, texts, cop,
                      [&](const Pair& pair, const CmpiObjectPath& left, const CmpiObjectPath& right) {
-                         ClonedPath path(cop);
-                         const CMPIStatus status = setKeys(family, path.get(), roles, left, right,
+                         if (pair.row == 0) path.emplace(cop);
+                         const CMPIStatus status = setKeys(family, path->get(), roles, left, right,
                                                            pair.row == 0 ? texts.addKey : texts.addKeyOfSecondRow);
-                         if (status.rc == CMPI_RC_OK) result.returnData(path.get());
+                         if (status.rc == CMPI_RC_OK) result.returnData(path->get());
                          return status;
                      });
 }
 
 CmpiStatus enumInstances(const Family& family, CmpiResult& result, const CmpiObjectPath& cop) {
+    std::optional<ClonedPath> path;
+    std::optional<CmpiInstance> instance;
     return enumerate(family, Enumeration::instances, family.texts.instances, cop,
-                     [&](const Pair&, const CmpiObjectPath& left, const CmpiObjectPath& right) {
-                         const ClonedPath path(cop);
-                         CmpiInstance instance = instanceWithRoles(family, path, left, right);
-                         if (family.further && family.further->inEnumeration) setFurther(family, instance);
-                         result.returnData(instance);
+                     [&](const Pair& pair, const CmpiObjectPath& left, const CmpiObjectPath& right) {
+                         if (pair.row == 0) instance.emplace(path.emplace(cop));
+                         setRoles(family, *instance, left, right);
+                         if (family.further && family.further->inEnumeration) setFurther(family, *instance);
+                         result.returnData(*instance);
                          return CMPIStatus{CMPI_RC_OK, nullptr};
                      });
 }

@@ -36,7 +36,7 @@ using ObjectVisitor = std::function<bool(const Object&)>;
 struct Pair {
     Object left;
     Object right;
-    int row = 0; ///< 1 for the second row that one record gives; only its log texts differ
+    int row = 0; ///< 1 for the second row that one record gives
 };
 using PairVisitor = std::function<bool(const Pair&)>;
 
@@ -90,6 +90,8 @@ struct FurtherProperty {
     bool inEnumeration; ///< whether enumInstances sets it; references always does
 };
 
+enum class Side { left, right };
+
 /// Whether role, resultRole and resultClass of a request narrow the answer.
 enum class Filters { ignored, applied };
 
@@ -108,6 +110,10 @@ struct Family {
     const char* const* referenceNameKeys = nullptr;
     /// While this is false, enumerations and searches return at once, whatever the request is; null: always true.
     bool (*isPopulated)() = nullptr;
+    /// Where a record gives two rows: the end that is named anew for the second one. The other end and the
+    /// association's own path or instance are made once and serve both, so an end's maker tells of itself in the log
+    /// once a record.
+    Side secondRowChanges = Side::left;
 
     bool hasAnything() const { return !isPopulated || isPopulated(); }
 };

@@ -64,9 +64,8 @@ inline void createPerStorageFunction(TAVIK_AdapterList* adapters, std::int32_t c
 
 /// One record per storage function, in the order of the tree. Without a tree the list stays as it was.
 /// @param create fills the record at the index from the device.
-template <class Record>
-void buildPerStorageFunction(std::int32_t& count, Record*& list,
-                             void (*create)(TAVIK_DeviceRecord* device, int index)) {
+template <class Record, class Create>
+void buildPerStorageFunction(std::int32_t& count, Record*& list, Create&& create) {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
     allocateRecords(count, list, countStorageFunctions(adapters));
@@ -74,9 +73,8 @@ void buildPerStorageFunction(std::int32_t& count, Record*& list,
 }
 
 /// The same for a list that create adds to by itself: the count starts at 0 and every function has room.
-template <class Record>
-void buildRoomPerStorageFunction(std::int32_t& count, Record*& list,
-                                 void (*create)(TAVIK_DeviceRecord* device, int index)) {
+template <class Record, class Create>
+void buildRoomPerStorageFunction(std::int32_t& count, Record*& list, Create&& create) {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
     allocateRecords(count, list, countStorageFunctions(adapters));

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace merolt {
@@ -42,6 +43,12 @@ void getSystemName(char* name, std::uint32_t* format) {
     } else {
         std::snprintf(name, nameSize, "Unknown IP");
     }
+}
+
+const char* SystemNameOfBuild::text() {
+    std::uint32_t format = 0;
+    if (!std::exchange(isLookedUp, true)) getSystemName(name, &format);
+    return name;
 }
 
 } // namespace merolt

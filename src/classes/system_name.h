@@ -14,4 +14,15 @@ extern std::uint32_t gSystemNameFormat;
 /// name where there is none. @param format receives 2, 4 or 6; left alone for an address of another length.
 void getSystemName(char* name, std::uint32_t* format);
 
+/// The host's name as the records of one build of a list bear it: looked up for the first of them, and not gSystemName,
+/// which is as old as the polling thread.
+class SystemNameOfBuild {
+public:
+    const char* text();
+
+private:
+    char name[sizeof(gSystemName)] = "";
+    bool isLookedUp = false;
+};
+
 } // namespace merolt

@@ -88,7 +88,7 @@ enum Kind { cimProvider, driver, driverFirmware, flashFirmware, bios, flashImage
 
 /// What the entries of one function have in common.
 struct Function {
-    char host[sizeof(gSystemName)] = "";
+    const char* host = "";
     SerialText serialNumber;
     WorldWideNameText portName;
     /// Template of an entry: flags, model and the multi-boot image's numbers.
@@ -211,13 +211,19 @@ const SoftwareKind* kindOf(const SoftwareIdentityEntry& entry) {
     return nullptr;
 }
 
-void setReleaseDate(CmpiInstance& instance, const SoftwareIdentityEntry& entry) try {
+/// Null for a date that the server does not make, whatever its reason: it has no dates, or none beyond the year 9999.
+CMPIDateTime* makeReleaseDate(const SoftwareIdentityEntry& entry) try {
     const CMPIUint64 microseconds = makeReleaseDateTime(entry.releaseDay, entry.releaseMonth, entry.releaseYear);
-    if (microseconds == 0) return;
-    instance.setProperty("ReleaseDate", CmpiData(CmpiDateTime(microseconds, CMPIBoolean{0})));
-} catch (const CmpiStatus& failure) {
-    // A server that makes no dates gets the identity without one.
-    if (failure.rc() != CMPI_RC_ERR_NOT_SUPPORTED) throw;
+    if (microseconds == 0) return nullptr;
+    // A server's date stays when the wrapper goes, whose own copy would be another date.
+    return CmpiDateTime(microseconds, CMPIBoolean{0}).getEnc();
+} catch (const CmpiStatus&) {
+    return nullptr;
+}
+
+void setReleaseDate(CmpiInstance& instance, const SoftwareIdentityEntry& entry) {
+    const CMPIDateTime* date = makeReleaseDate(entry);
+    if (date) instance.setProperty("ReleaseDate", CmpiData(CmpiDateTime(date)));
 }
 
 void setKindProperties(CmpiInstance& instance, const SoftwareIdentityEntry& entry, bool isOem) {
@@ -246,11 +252,12 @@ CMPIUint64 makeReleaseDateTime(int day, int month, int year) {
     return seconds > 0 ? static_cast<CMPIUint64>(seconds) * 1000000 : 0;
 }
 
-void createSoftwareIdentity(TAVIK_DeviceRecord* device, int* index) {
+namespace {
+
+void createIdentities(TAVIK_DeviceRecord* device, int* index, SystemNameOfBuild& host) {
     DEBUG_LOG("Entering createSoftwareIdentity, current_index= %d", *index);
     Function function;
-    std::uint32_t format = 0;
-    getSystemName(function.host, &format);
+    function.host = host.text();
     readMultiBootVersion(device, function.common);
     g_serialNumber.clear();
     const int vpdStatus = fetchAdapterVpd(device);
@@ -271,13 +278,21 @@ void createSoftwareIdentity(TAVIK_DeviceRecord* device, int* index) {
     DEBUG_LOG("Exiting  createSoftwareIdentity, current_index= %d", *index);
 }
 
+} // namespace
+
+void createSoftwareIdentity(TAVIK_DeviceRecord* device, int* index) {
+    SystemNameOfBuild host;
+    createIdentities(device, index, host);
+}
+
 void buildSoftwareIdentityList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
     allocateRecords(g_softwareIdentityCount, g_softwareIdentityList,
                     countStorageFunctions(adapters) * entriesPerFunction);
     int index = 0;
-    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { createSoftwareIdentity(device, &index); });
+    SystemNameOfBuild host;
+    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { createIdentities(device, &index, host); });
     keepValidRecords(g_softwareIdentityCount, g_softwareIdentityList);
 }
 

@@ -30,6 +30,12 @@ struct HookedCalls {
         return hooks->ownObjects->newObjectPath(broker, nameSpace, className, status);
     }
 
+    static CMPIDateTime* newDateTimeFromBinary(const CMPIBroker* broker, CMPIUint64 microseconds, CMPIBoolean interval,
+                                               CMPIStatus* status) {
+        if (isRefused(hooks->beforeNewDateTime, status)) return nullptr;
+        return hooks->ownObjects->newDateTimeFromBinary(broker, microseconds, interval, status);
+    }
+
     static CMPIBoolean classPathIsA(const CMPIBroker* broker, const CMPIObjectPath* path, const char* className,
                                     CMPIStatus* status) {
         if (isRefused(hooks->beforeClassPathIsA, status)) return 0;
@@ -52,6 +58,7 @@ BrokerHooks::BrokerHooks(cimhost::Broker& broker)
       ownObjects(table.eft), ownThreads(table.xft), objects(copyOf(table.eft)) {
     objects.newInstance = HookedCalls::newInstance;
     objects.newObjectPath = HookedCalls::newObjectPath;
+    objects.newDateTimeFromBinary = HookedCalls::newDateTimeFromBinary;
     objects.classPathIsA = HookedCalls::classPathIsA;
     threads.newThread = HookedCalls::newThread;
     hooks = this;

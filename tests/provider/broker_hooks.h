@@ -41,6 +41,7 @@ public:
     // Called ahead of the broker's own function if set. They may throw; a code other than 0 is the call's answer.
     std::function<CMPIrc()> beforeNewInstance;
     std::function<CMPIrc()> beforeNewObjectPath;
+    std::function<CMPIrc()> beforeNewDateTime;
     std::function<CMPIrc()> beforeClassPathIsA;
     /// May throw.
     std::function<void()> beforeNewThread;

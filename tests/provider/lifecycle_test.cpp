@@ -225,9 +225,14 @@ TEST_F(LifecycleTest, CleanUpDuringTheFirstBuildOnlyLogsAndTheProviderGoesWhenIt
     build.open();
     ASSERT_EQ(end.wait_for(longEnough), std::future_status::ready);
     waitForEndedThreads();
+    // The build ends in between: what is stopped and cleared stands between the destructor's own two lines.
     EXPECT_TRUE(inOrder(logLines(), {
+                                        "***** Merolt_CNA_Provider cleanup done *****",
+                                        "***** Merolt_CNA_Provider destructor was called *****",
+                                        "Stop Polling Loop",
                                         "FCPort & PortController classes initialized...",
                                         "AdapterPollingLoop() thread has been killed",
+                                        "Entering Clear_CNA_List()",
                                         "Merolt_CNA_Provider destructor complete",
                                     }));
     EXPECT_TRUE(logHas("AdapterPollingLoop() ending..."));

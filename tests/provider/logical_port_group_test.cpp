@@ -131,6 +131,19 @@ TEST_F(LogicalPortGroupTest, HostNameIsLookedUpAtEachBuildWhileOtherClassesKeepT
     EXPECT_EQ(onlyInstance("Merolt_FCHBA_PortController")["SystemName"], inQuotes("192.0.2.10"));
 }
 
+TEST_F(LogicalPortGroupTest, HostIsLookedUpOnceForEachBuildHoweverManyPortsThereAre) {
+    startWith({card("A00007", {storageFunction(1, chips::chip7), storageFunction(2, chips::chip7)}),
+               card("A00008", {storageFunction(3, chips::chip7)})});
+    services.lookedUpNames.clear();
+    storage::clearLogicalPortGroupList();
+    storage::buildLogicalPortGroupList();
+    EXPECT_EQ(services.lookedUpNames, Lines{"testhost"});
+    EXPECT_EQ(countOf(group), 3U);
+    storage::clearLogicalPortGroupList();
+    storage::buildLogicalPortGroupList();
+    EXPECT_EQ(services.lookedUpNames.size(), 2U);
+}
+
 TEST_F(LogicalPortGroupTest, SerialTextIsNotThatOfTheCardBefore) {
     startWith({card("S1", {functionWithVpd(1, {{"SN", "AB1"}})}), card("S2", {functionWithVpd(2, {{"PN", "P"}})}),
                card("S3", {storageFunction(3, chips::chip12)})});

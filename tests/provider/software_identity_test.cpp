@@ -1,4 +1,5 @@
 // What a client sees of Merolt_FCHBA_SoftwareIdentity: the software behind each storage function.
+#include "broker_hooks.h"
 #include "class_support.h"
 
 #include "software/software_identity.h"
@@ -143,6 +144,36 @@ TEST_F(SoftwareIdentityTest, DecemberIsPublishedAsJanuaryOfTheNextYear) {
     EXPECT_EQ(propertyOf("_BIOS", "ReleaseDate"), "datetime 20120131000000.000000+000");
 }
 
+/// Servers refuse what they cannot make with codes of their own.
+TEST_F(SoftwareIdentityTest, DateThatTheServerDoesNotMakeIsLeftOutAndTheListGoesOn) {
+    tavik::StorageFunction function = functionWithSoftware(1, chips::chip15);
+    function.multiBootVersion = "V:1.02.03,D:05172011,A:Y,T:M";
+    startWith({card("S1", {function})});
+    const std::string bios = valuesOf(identity, "InstanceID")[4];
+    const std::string key = bios.substr(bios.find('"') + 1, bios.size() - bios.find('"') - 2);
+    for (const CMPIrc code : {CMPI_RC_ERR_FAILED, CMPI_RC_ERR_INVALID_PARAMETER, CMPI_RC_ERR_NOT_SUPPORTED,
+                              CMPI_RC_ERR_INVALID_DATA_TYPE, CMPI_RC_ERR_NOT_FOUND}) {
+        SCOPED_TRACE(code);
+        BrokerHooks hooks(*broker);
+        hooks.beforeNewDateTime = [&] { return code; };
+        const Answer all = enumerateInstances(identity);
+        EXPECT_EQ(all.rc, CMPI_RC_OK);
+        EXPECT_EQ(all.all("ReleaseDate"), Lines(6, "absent"));
+        const Answer one = getInstance(identity, {{"InstanceID", key}});
+        EXPECT_EQ(one.rc, CMPI_RC_OK);
+        EXPECT_EQ(one.all("ReleaseDate"), Lines{"absent"});
+    }
+}
+
+TEST_F(SoftwareIdentityTest, DateBeyondTheYear9999IsLeftOutAndTheListGoesOn) {
+    tavik::StorageFunction function = functionWithSoftware(1, chips::chip15);
+    function.multiBootVersion = "V:1.02.03,D:12319999,A:Y,T:M";
+    startWith({card("S1", {function})});
+    const Answer all = enumerateInstances(identity);
+    EXPECT_EQ(all.rc, CMPI_RC_OK);
+    EXPECT_EQ(all.all("ReleaseDate"), Lines(6, "absent"));
+}
+
 TEST_F(SoftwareIdentityTest, MultiBootTextThatDoesNotParseLeavesTheDateOutAndKeepsMinusOne) {
     tavik::StorageFunction function = functionWithSoftware(1, chips::chip15);
     function.multiBootVersion = "V:1.x";
@@ -193,6 +224,21 @@ TEST_F(SoftwareIdentityTest, KeyIsFoundInAnyLetterCaseAndAnUnknownOneIsNot) {
     const Answer missing = getInstance(identity, {{"InstanceID", "x"}});
     EXPECT_EQ(missing.rc, CMPI_RC_ERR_NOT_FOUND);
     EXPECT_EQ(missing.message, "x");
+}
+
+TEST_F(SoftwareIdentityTest, HostIsLookedUpOnceForEachBuild) {
+    startWith({card("S1", {storageFunction(1, chips::chip7), storageFunction(2, chips::chip7)}),
+               card("S2", {storageFunction(3, chips::chip7)})});
+    services.lookedUpNames.clear();
+    services.address = std::vector<std::uint8_t>{198, 51, 100, 7};
+    software::clearSoftwareIdentityList();
+    software::buildSoftwareIdentityList();
+    EXPECT_EQ(services.lookedUpNames, Lines{"testhost"});
+    const Lines found = valuesOf(identity, "InstanceID");
+    ASSERT_EQ(found.size(), 15U);
+    EXPECT_EQ(found[1], inQuotes("198.51.100.7_A00000_20000002C9000001__Driver"));
+    EXPECT_EQ(found[11], inQuotes("198.51.100.7_A00000_20000002C9000003__Driver"));
+    EXPECT_EQ(found[10], inQuotes("192.0.2.10_A00000_20000002C9000003__CIMProvider"));
 }
 
 TEST_F(SoftwareIdentityTest, BuildOfAConvergedFunctionIsLoggedStepByStep) {

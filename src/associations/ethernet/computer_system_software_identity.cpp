@@ -30,6 +30,7 @@ constexpr Family family = {
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,
+    .secondRowChanges = Side::right,
 };
 
 } // namespace

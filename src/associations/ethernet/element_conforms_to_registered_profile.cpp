@@ -308,11 +308,12 @@ CmpiStatus enumInstances_AssocElementConformsToRegisteredProfile(const CmpiConte
         return status;
     }
     forEachProfileAndPort([&](const RegisteredProfileEntry* profile, const Object& port) {
-        const Conformance* conformance = conformanceOfProfile(profile->elementName.text());
-        if (!conformance) return true;
         const ClonedPath path(cop);
         CmpiInstance instance(path);
+        // Also of profiles that give no row: those who read the log see each combination.
         instance.setProperty(role1, CmpiData(profilePath(profile)));
+        const Conformance* conformance = conformanceOfProfile(profile->elementName.text());
+        if (!conformance) return true;
         instance.setProperty(role2, CmpiData(elementPath(*conformance, port)));
         result.returnData(instance);
         return true;

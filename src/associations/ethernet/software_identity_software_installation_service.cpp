@@ -28,6 +28,7 @@ constexpr Family family = {
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,
+    .secondRowChanges = Side::left,
 };
 
 } // namespace

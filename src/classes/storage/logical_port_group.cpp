@@ -35,13 +35,9 @@ bool hasNode(const WorldWideNameText& nodeName) {
     return false;
 }
 
-} // namespace
-
-void createLogicalPortGroup(TAVIK_DeviceRecord* device, int index) {
+void createGroup(TAVIK_DeviceRecord* device, int index, SystemNameOfBuild& host) {
     DEBUG_LOG("Entering createLogicalPortGroup, index = %d", index);
-    char hostName[sizeof(gSystemName)] = "";
-    std::uint32_t format = 0;
-    getSystemName(hostName, &format);
+    const char* hostName = host.text();
     g_serialNumber.clear();
     const int vpdStatus = fetchAdapterVpd(device);
     DEBUG_LOG("%s", vpdStatus != 0
@@ -59,8 +55,17 @@ void createLogicalPortGroup(TAVIK_DeviceRecord* device, int index) {
     DEBUG_LOG("Exiting  createLogicalPortGroup\n");
 }
 
+} // namespace
+
+void createLogicalPortGroup(TAVIK_DeviceRecord* device, int index) {
+    SystemNameOfBuild host;
+    createGroup(device, index, host);
+}
+
 void buildLogicalPortGroupList() {
-    buildRoomPerStorageFunction(g_logicalPortGroupCount, g_logicalPortGroupList, createLogicalPortGroup);
+    SystemNameOfBuild host;
+    buildRoomPerStorageFunction(g_logicalPortGroupCount, g_logicalPortGroupList,
+                                [&](TAVIK_DeviceRecord* device, int index) { createGroup(device, index, host); });
 }
 
 void clearLogicalPortGroupList() { freeRecords(g_logicalPortGroupCount, g_logicalPortGroupList); }

@@ -1,5 +1,6 @@
 // Associations at their edges: where the two directions of one disagree, where a search stops early or repeats itself,
 // and where what a client sends fits nothing.
+#include "broker_hooks.h"
 #include "fleets.h"
 #include "request_hooks.h"
 #include "world_test.h"
@@ -656,7 +657,76 @@ TEST_F(AssociationEdgeTest, WayFromAControllerToItsPackageIsToldStepByStep) {
     }
 }
 
+// Two rows of one card.
+
+/// What the makers of paths and instances are called for while both enumerations of an association run.
+struct Made {
+    std::size_t rows = 0;
+    int paths = 0;
+    int instances = 0;
+    Texts messages;
+};
+
+class SecondRowTest : public AssociationEdgeTest {
+protected:
+    Made makesFor(const std::string& association) {
+        BrokerHooks hooks(*broker);
+        Made made;
+        hooks.beforeNewObjectPath = [&] { return ++made.paths, CMPI_RC_OK; };
+        hooks.beforeNewInstance = [&] { return ++made.instances, CMPI_RC_OK; };
+        logFromHere();
+        made.rows = instanceNames(classPath(association)).rows.size() + instances(classPath(association)).rows.size();
+        made.messages = takeMessages();
+        return made;
+    }
+};
+
+TEST_F(SecondRowTest, SharesTheOtherEndAndTheAssociationsOwnObjectWithTheFirst) {
+    serveCards();
+    const int cards = static_cast<int>(names(nicController).size());
+    for (const char* association :
+         {"Merolt_NIC_SoftwareIdentityPortController", "Merolt_NIC_ComputerSystemSoftwareIdentity",
+          "Merolt_NIC_SoftwareIdentitySoftwareInstallationService"}) {
+        SCOPED_TRACE(association);
+        const Made made = makesFor(association);
+        EXPECT_EQ(made.rows, static_cast<std::size_t>(2 * 2 * cards));
+        EXPECT_EQ(made.paths, 2 * 3 * cards);
+        EXPECT_EQ(made.instances, cards);
+    }
+}
+
+TEST_F(SecondRowTest, TellsOfItsIdentityAloneInTheLog) {
+    serve(fleet({manyCards().cards->at(3)}));
+    const std::string identity = "Merolt_NIC_SoftwareIdentity makePath was called\n";
+    const std::pair<const char*, std::string> otherEnds[] = {
+        {"Merolt_NIC_SoftwareIdentityPortController", "Merolt_NIC_PortController makePath_PortController was called\n"},
+        {"Merolt_NIC_SoftwareIdentitySoftwareInstallationService",
+         "Merolt_NIC_SoftwareInstallationService makePath was called\n"}};
+    for (const auto& [association, otherEnd] : otherEnds) {
+        Texts makers;
+        for (const std::string& message : makesFor(association).messages) {
+            if (message == identity || message == otherEnd) makers.push_back(message);
+        }
+        EXPECT_EQ(makers, (Texts{identity, otherEnd, identity, identity, otherEnd, identity})) << association;
+    }
+}
+
 // Profiles.
+
+TEST_F(AssociationEdgeTest, EveryProfileIsNamedForEveryPortInTheLogOfBothEnumerations) {
+    serveCards();
+    const std::size_t combinations = names(profile).size() * names(ethernetPort).size();
+    const std::string named = "Merolt_NIC_RegisteredProfile makePath_RegisteredProfile was called\n";
+    logFromHere();
+    instanceNames(classPath(conformance));
+    const Texts ofNames = takeMessages();
+    EXPECT_EQ(occurrences(ofNames, named), combinations);
+    instances(classPath(conformance));
+    const Texts ofInstances = takeMessages();
+    ASSERT_EQ(ofInstances.size(), ofNames.size());
+    for (std::size_t line = 2; line < ofNames.size() - 1; ++line)
+        EXPECT_EQ(ofInstances[line], ofNames[line]) << "line " << line;
+}
 
 TEST_F(AssociationEdgeTest, OnlyTheFirstThreeProfilesHaveElements) {
     serveCards();

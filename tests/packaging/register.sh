@@ -330,6 +330,26 @@ test_options_for_certificates_reach_the_client() {
     check "a file that is not there" 2 "$status"
 }
 
+test_check_knows_what_fails_on_a_healthy_server() {
+    local two_objects=Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint
+    fresh
+    FAIL_FOR="wbemcli gi .*:$two_objects\\."
+    FAIL_TEXT='* wbemcli: Cim: (1) CIM_ERR_FAILED: "Too many objects delivered by provider"'
+    register check openpegasus
+    check "two objects by contract" 0 "$status"
+    check_contains "two objects by contract" "answers   $two_objects, getInstance with two objects as by contract" "$output"
+    check_contains "two objects by contract" " 0 have nothing to show, 0 fail" "$output"
+    FAIL_TEXT='* wbemcli: Cim: (1) CIM_ERR_FAILED: "no luck"'
+    register check openpegasus
+    check "another failure of that class" 1 "$status"
+    check_contains "another failure of that class" " 0 have nothing to show, 1 fail" "$output"
+    FAIL_FOR='wbemcli gi .*:Merolt_FCHBA_FCPort\.'
+    FAIL_TEXT='* wbemcli: Cim: (1) CIM_ERR_FAILED: "Too many objects delivered by provider"'
+    register check openpegasus
+    check "two objects of another class" 1 "$status"
+    check_contains "two objects of another class" " 1 fail" "$output"
+}
+
 test_missing_tools_are_named() {
     local tool server
     for tool in cimmof:openpegasus cimprovider:openpegasus sfcbstage:sfcb sfcbunstage:sfcb sfcbrepos:sfcb; do

@@ -1,5 +1,7 @@
-// What each request costs through the C tables, by the number of ports, as two tables:
+// What each request costs through the C tables, by the number of ports, as three tables:
 //
+// - of the rebuild of the port list that stands before requests on ports and their associations: all of it, the
+//   library's calls in it alone, and what the provider adds for each port;
 // - of each class: enumInstances, and as its limit straight calls of the tables that make the same instances of ready
 //   values;
 // - of each association: enumInstances, and associators from the first object of its left class. Associations have no
@@ -11,8 +13,10 @@
 #include "cimhost/broker/broker.h"
 #include "cimhost/broker/result_collector.h"
 #include "cimhost/model/class_repository.h"
+#include "classes/storage/fc_port.h"
 #include "cmpift.h"
 #include "inventory/tavik.h"
+#include "inventory/tree_walk.h"
 #include "log/log.h"
 #include "provider/association_tables.h"
 
@@ -37,11 +41,14 @@ using namespace cimhost;
 
 constexpr const char* nameSpace = "root/merolt_cmpi";
 constexpr int portCounts[] = {2, 16, 128};
+constexpr int rebuildPortCounts[] = {2, 16, 128, 1024};
 
 /// Two-port converged cards with a storage and an Ethernet function, a module and a target with two units on each port.
 std::string fleetOf(int ports) {
     const std::string port = R"({"transceiver": {"serialNumber": "MSR{n}P"}, "ethernet": {},
-        "storage": {"pciDeviceId": "0xA127", "vpd": {"readOnly": {"SN": "MC1020S{n}"}}}})";
+        "storage": {"pciDeviceId": "0xA127", "optionRom": {"biosVersion": "3.31", "firmware": "7.2.4"},
+        "vpd": {"productIdentifier": "Converged adapter", "readOnly": {"PN": "MC1020-2", "SN": "MC1020S{n}", "MN": "1077",
+        "V1": "6.31", "V3": "7.02.04", "V4": "3.31", "RM": "1.2.3", "FN": "49Y3701"}}}})";
     return R"({"cards": [{"count": )" + std::to_string(ports / 2) +
            R"(, "serialNumber": "MC1020S{n}", "modelName": "MC1020", "ports": [)" + port + ", " + port + "]}]}";
 }
@@ -231,6 +238,51 @@ ReadyInstances readyInstances(Host& host, const std::string& className) {
     return ready;
 }
 
+// The rebuild.
+
+struct Rebuild {
+    double all = 0;
+    double library = 0; ///< the calls of the library that it makes, and nothing else
+};
+
+/// What createFCPort asks of the library.
+void askLibrary(TAVIK_DeviceRecord* device) {
+    static std::uint8_t block[1024];
+    char* text = nullptr;
+    std::uint32_t size = 0;
+    if (TAVIK_GetUUIDFromI2CVPD(device, &text, &size) == 0) TAVIK_FreeMem(text);
+    size = sizeof(block);
+    TAVIK_GetVpd(device->handle, 0, block, &size);
+    TAVIK_GetHbaDevicePortProperty(device->handle, 0, &device->portProperty);
+}
+
+/// The host's polling thread sleeps, so nobody else is at the lists.
+Rebuild measureRebuild(int ports) {
+    const Host host(ports);
+    const int rounds = 1 + 512 / ports;
+    const auto repeated = [&](auto&& call) {
+        return microseconds([&] {
+                   for (int round = 0; round < rounds; ++round)
+                       call();
+               }) /
+               rounds;
+    };
+    return {repeated([] {
+                merolt::storage::clearFCPortList();
+                merolt::storage::buildFCPortList();
+            }),
+            repeated([] { merolt::forEachStorageFunction(TAVIK_GetAdapterList(), askLibrary); })};
+}
+
+void printRebuilds() {
+    std::printf("rebuild of the port list\n%8s %12s %12s %16s\n", "ports", "all us", "library us", "ours ns a port");
+    for (const int ports : rebuildPortCounts) {
+        const Rebuild rebuild = measureRebuild(ports);
+        std::printf("%8d %12.2f %12.2f %16.0f\n", ports, rebuild.all, rebuild.library,
+                    (rebuild.all - rebuild.library) * 1000 / ports);
+    }
+}
+
 // The tables.
 
 struct Figures {
@@ -289,6 +341,7 @@ void print(const Table& table, const char* title, const char* other, bool hasPai
 } // namespace
 
 int main() {
+    printRebuilds();
     Table classTable;
     Table associationTable;
     for (const int ports : portCounts) {

@@ -1,50 +1,122 @@
 // Storage of the class lists: one block of records behind a global count and pointer, built by walking the library's
-// tree twice, first to count and then to fill.
+// tree twice, first to count and then to fill. Lists are rebuilt for single requests, so a list keeps its block from
+// build to build.
 #pragma once
 
 #include "inventory/tree_walk.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <utility>
 
 namespace merolt {
 
-/// Makes `records` empty records; a null pointer and the count 0 for none.
-template <class Record>
-void allocateRecords(std::int32_t& count, Record*& list, std::int32_t records) {
-    // In this order: where memory is short there is no count without records.
-    list = records > 0 ? new Record[static_cast<std::size_t>(records)]() : nullptr;
-    count = records;
-}
+/// A block of memory that a list keeps between its builds.
+class KeptMemory {
+public:
+    KeptMemory(const KeptMemory&) = delete;
+    KeptMemory& operator=(const KeptMemory&) = delete;
 
-template <class Record>
-void freeRecords(std::int32_t& count, Record*& list) {
-    count = 0;
-    delete[] list;
-    list = nullptr;
-}
+    /// Gives back what every cleared list has kept, when the provider ends. Call it under provider_lock.
+    static void releaseAll() {
+        for (KeptMemory* memory = first; memory; memory = memory->next)
+            memory->release();
+    }
 
-/// The record behind the last one, which the count then covers; the list grows if it was made too small.
+protected:
+    KeptMemory() : next(std::exchange(first, this)) {}
+    ~KeptMemory() = default;
+
+private:
+    virtual void release() = 0;
+
+    static inline KeptMemory* first = nullptr;
+    KeptMemory* const next;
+};
+
+/// The records behind a count and a pointer that others read. A global of the class's module: it lives as long as the
+/// library. Whatever it does, it does under provider_lock.
 template <class Record>
-Record& appendRecord(std::int32_t& count, Record*& list, std::int32_t& capacity) {
-    if (count == capacity) {
+class RecordList final : KeptMemory {
+public:
+    RecordList(std::int32_t& itsCount, Record*& itsList) : count(itsCount), list(itsList) {}
+
+    /// Makes that many empty records in the place of those there are; a null pointer and the count 0 for none.
+    void make(std::int32_t records) {
+        clear();
+        if (records <= 0) return;
+        // In this order: where memory is short there is no count without records.
+        take(records);
+        std::for_each(list, list + records, makeEmpty);
+        count = records;
+    }
+
+    /// The same, but the count starts at 0: who fills the list counts. @return how many records there is room for.
+    std::int32_t makeRoom(std::int32_t records) {
+        make(records);
+        return std::exchange(count, 0);
+    }
+
+    std::int32_t size() const { return count; }
+
+    /// The record behind the last one, which the count then covers; the list grows if it was made too small.
+    Record& append() {
+        if (!list) {
+            take(1);
+        } else if (count == capacity) {
+            grow();
+        }
+        makeEmpty(list[count]);
+        return list[count++];
+    }
+
+    /// Counts the valid records among the first ones anew.
+    void keepValid() {
+        count = static_cast<std::int32_t>(
+            std::count_if(list, list + count, [](const Record& record) { return record.valid != 0; }));
+    }
+
+    void clear() {
+        count = 0;
+        if (list) kept = std::exchange(list, nullptr);
+    }
+
+private:
+    /// A host that lost most of its adapters need not keep their memory.
+    static constexpr std::int32_t mostTimesTooLarge = 4;
+    static constexpr std::int32_t neverTooLarge = 64;
+
+    /// Every number zero and every text empty, whatever stood there; a text costs no more than its first byte.
+    static void makeEmpty(Record& record) { ::new (static_cast<void*>(&record)) Record{}; }
+
+    /// Makes a block of the list that has room for that many records.
+    void take(std::int32_t records) {
+        const bool isTooLarge = capacity / mostTimesTooLarge > std::max(records, neverTooLarge);
+        if (!kept || capacity < records || isTooLarge) {
+            release();
+            kept = new Record[static_cast<std::size_t>(records)];
+            capacity = records;
+        }
+        list = std::exchange(kept, nullptr);
+    }
+
+    void grow() {
         const std::int32_t larger = capacity * 2 + 1;
-        auto* grown = new Record[static_cast<std::size_t>(larger)]();
+        auto* grown = new Record[static_cast<std::size_t>(larger)];
         std::copy(list, list + count, grown);
         delete[] list;
         list = grown;
         capacity = larger;
     }
-    return list[count++];
-}
 
-/// Counts the valid records among the first ones anew.
-template <class Record>
-void keepValidRecords(std::int32_t& count, const Record* list) {
-    count = static_cast<std::int32_t>(
-        std::count_if(list, list + count, [](const Record& record) { return record.valid != 0; }));
-}
+    void release() override { delete[] std::exchange(kept, nullptr); }
+
+    std::int32_t& count;
+    Record*& list;
+    Record* kept = nullptr; ///< the block while there is no list
+    std::int32_t capacity = 0;
+};
 
 inline std::int32_t countStorageFunctions(TAVIK_AdapterList* adapters) {
     std::int32_t functions = 0;
@@ -54,8 +126,8 @@ inline std::int32_t countStorageFunctions(TAVIK_AdapterList* adapters) {
 
 /// Calls create with each storage function and its index, as far as there is room: the chains are the library's, and
 /// may have grown since they were counted.
-inline void createPerStorageFunction(TAVIK_AdapterList* adapters, std::int32_t capacity,
-                                     void (*create)(TAVIK_DeviceRecord* device, int index)) {
+template <class Create>
+void createPerStorageFunction(TAVIK_AdapterList* adapters, std::int32_t capacity, Create&& create) {
     int index = 0;
     forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) {
         if (index < capacity) create(device, index++);
@@ -65,20 +137,19 @@ inline void createPerStorageFunction(TAVIK_AdapterList* adapters, std::int32_t c
 /// One record per storage function, in the order of the tree. Without a tree the list stays as it was.
 /// @param create fills the record at the index from the device.
 template <class Record, class Create>
-void buildPerStorageFunction(std::int32_t& count, Record*& list, Create&& create) {
+void buildPerStorageFunction(RecordList<Record>& records, Create&& create) {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    allocateRecords(count, list, countStorageFunctions(adapters));
-    createPerStorageFunction(adapters, count, create);
+    records.make(countStorageFunctions(adapters));
+    createPerStorageFunction(adapters, records.size(), create);
 }
 
 /// The same for a list that create adds to by itself: the count starts at 0 and every function has room.
 template <class Record, class Create>
-void buildRoomPerStorageFunction(std::int32_t& count, Record*& list, Create&& create) {
+void buildRoomPerStorageFunction(RecordList<Record>& records, Create&& create) {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    allocateRecords(count, list, countStorageFunctions(adapters));
-    const std::int32_t capacity = std::exchange(count, 0);
+    const std::int32_t capacity = records.makeRoom(countStorageFunctions(adapters));
     createPerStorageFunction(adapters, capacity, create);
 }
 

@@ -2,7 +2,9 @@
 
 #include "log/log.h"
 
+#include <array>
 #include <cstring>
+#include <iterator>
 
 namespace merolt {
 
@@ -20,14 +22,25 @@ constexpr Chip chips[] = {
     {0xA127, 21}, {0xA128, 22}, {0xA129, 23}, {0xA130, 24}, {0xA131, 25}, {0xA132, 26}, {0xA133, 26},
 };
 
+constexpr std::uint16_t firstId = std::begin(chips)->pciDeviceId;
+constexpr std::uint16_t lastId = std::rbegin(chips)->pciDeviceId;
+
+/// The same by PCI device ID: every record of every list asks several times.
+constexpr auto indexes = [] {
+    std::array<int, lastId - firstId + 1> made{};
+    for (int& index : made)
+        index = unknownChipIndex;
+    for (const Chip& chip : chips)
+        made[chip.pciDeviceId - firstId] = chip.index;
+    return made;
+}();
+
 } // namespace
 
 int getChipIndex(const TAVIK_DeviceRecord* device) {
     if (!device) return 0;
-    for (const Chip& chip : chips) {
-        if (chip.pciDeviceId == device->pciDeviceId) return chip.index;
-    }
-    return unknownChipIndex;
+    const std::uint16_t id = device->pciDeviceId;
+    return id >= firstId && id <= lastId ? indexes[id - firstId] : unknownChipIndex;
 }
 
 bool chipHasVpdSerial(const TAVIK_DeviceRecord* device) { return getChipIndex(device) > 7; }

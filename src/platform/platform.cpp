@@ -20,22 +20,11 @@ namespace merolt::platform {
 
 namespace {
 
-constexpr const char* settingsFile = "/etc/merolt/cim-provider.conf";
 constexpr std::size_t longestLocation = 259;
 
 // The polling thread may still sleep while the process ends.
 Lasting<Services> systemServices;
 Services* current = &systemServices.value;
-
-std::string locationFromSettings() {
-    constexpr std::string_view key = "InstallLocation=";
-    RegularFileStream settings(settingsFile);
-    std::string line;
-    while (std::getline(settings, line)) {
-        if (line.compare(0, key.size(), key) == 0) return line.substr(key.size());
-    }
-    return {};
-}
 
 /// What a location names on this host; nothing for a remote one.
 std::optional<std::string> localFileName(const std::string& location) {
@@ -161,8 +150,18 @@ std::optional<std::vector<std::uint8_t>> Services::firstAddress(const std::strin
 
 std::string Services::installLocation() {
     const char* variable = std::getenv("MEROLT_CNA_INSTALL_LOCATION");
-    std::string location = variable ? variable : locationFromSettings();
+    std::string location = variable ? variable : setting("InstallLocation");
     return location.size() <= longestLocation ? location : std::string();
+}
+
+std::string Services::setting(const std::string& name) {
+    const std::string key = name + '=';
+    RegularFileStream settings(settingsFile);
+    std::string line;
+    while (std::getline(settings, line)) {
+        if (line.compare(0, key.size(), key) == 0) return line.substr(key.size());
+    }
+    return {};
 }
 
 long long Services::fileSize(const char* path) {

@@ -25,6 +25,9 @@ private:
     bool isNotified = false;
 };
 
+/// What the host's administrator sets for the provider: lines of a name, "=" and a value.
+constexpr const char* settingsFile = "/etc/merolt/cim-provider.conf";
+
 /// The operating system as the provider sees it. Tests put another one in its place.
 class Services {
 public:
@@ -64,6 +67,9 @@ public:
 
     /// @return 0, or the error number of a system that cannot make another mutex.
     virtual int mutexAvailable();
+
+    /// The value of the first line of settingsFile that begins with that name and "="; empty if there is none.
+    virtual std::string setting(const std::string& name);
 };
 
 /// The services in use: the system's own unless replaced.

@@ -5,6 +5,7 @@
 #include "classes/physical/physical_package.h"
 #include "classes/physical/physical_port.h"
 #include "classes/physical/product.h"
+#include "classes/record_list.h"
 #include "classes/server/namespace.h"
 #include "classes/server/object_manager.h"
 #include "classes/server/registered_profiles.h"
@@ -89,6 +90,11 @@ void clearLists() {
     for (const ListBuilder& builder : listBuilders) {
         if (builder.clear) builder.clear();
     }
+}
+
+void endLists() {
+    clearLists();
+    KeptMemory::releaseAll();
 }
 
 } // namespace merolt

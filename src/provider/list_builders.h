@@ -13,6 +13,9 @@ void buildListsInRefresh();
 
 void clearLists();
 
+/// The same when the provider ends: no list keeps the memory for its next build.
+void endLists();
+
 /// What is known of the host and the server without looking at adapters.
 void buildListsWithoutAdapters();
 

@@ -1,6 +1,7 @@
 #include "provider/merolt_cna_provider.h"
 
 #include "classes/system_name.h"
+#include "configuration/answers.h"
 #include "configuration/configuration.h"
 #include "indications/alarm_intake.h"
 #include "indications/port_status_indication.h"
@@ -54,6 +55,7 @@ Merolt_CNA_Provider::Merolt_CNA_Provider(const CmpiBroker& providerBroker, const
     DEBUG_LOG("Merolt_CNA_Provider constructor was called");
     makeLocks();
     readConfiguration();
+    readAnswers();
 }
 
 Merolt_CNA_Provider::~Merolt_CNA_Provider() {
@@ -63,7 +65,7 @@ Merolt_CNA_Provider::~Merolt_CNA_Provider() {
     if (pollingEnabled && pollThread.thread) {
         stopAndClear();
     } else if (pollingEnabled) {
-        clearLists();
+        endLists();
     }
     release(pollThread.context);
     closeLocks();

@@ -249,7 +249,7 @@ void noteThreadEnd(PollThreadContext& record) {
 } // namespace
 
 void endInventory() {
-    clearLists();
+    endLists();
     TAVIK_UnRegisterAlarmNotificationCallback(OSSGenerateHostNotificationAlarm);
     TAVIK_Uninitialize();
     takeAlarms(); // what still waits tells of ports that nobody publishes any more

@@ -28,6 +28,8 @@ SoftwareIdentityEntry* g_softwareIdentityList = nullptr;
 
 namespace {
 
+RecordList<SoftwareIdentityEntry> records(g_softwareIdentityCount, g_softwareIdentityList);
+
 const char* keys[] = {"InstanceID", nullptr};
 
 constexpr int entriesPerFunction = 6;
@@ -127,7 +129,8 @@ FixedText<128> flashFirmwareVersion(const TAVIK_DeviceRecord* device) {
     version.assign("N/A");
     if (getChipIndex(device) > 7 && (device->optionRomFlags & firmwareValid)) {
         const std::uint8_t* numbers = device->firmwareVersion;
-        version.format("%d.%02d.%02d", numbers[0], numbers[1], numbers[2]);
+        version.join({formatNumber(numbers[0]).view(), ".", formatNumber(numbers[1], 2).view(), ".",
+                      formatNumber(numbers[2], 2).view()});
     }
     return version;
 }
@@ -141,8 +144,8 @@ void addEntry(const Function& function, Kind kind, const char* host, const Fixed
     SoftwareIdentityEntry* entry = entryAt(*index);
     if (!entry) return;
     *entry = function.common;
-    entry->instanceID.format("%s_%s_%s_%s", host, function.serialNumber.text(), function.portName.text(),
-                             kinds[kind].suffix);
+    entry->instanceID.join(
+        {host, "_", function.serialNumber.view(), "_", function.portName.view(), "_", kinds[kind].suffix});
     entry->serialNumber.assign(function.serialNumber.view());
     entry->version = version;
     entry->classification = kinds[kind].classification;
@@ -176,7 +179,7 @@ FixedText<128> flashImageVersion(const SoftwareIdentityEntry& common) {
 /// The image of the whole card; the second function of a card adds none.
 void addFlashImage(const Function& function, int* index) {
     FixedText<128> instanceID;
-    instanceID.format("%s_%s_%s", function.host, function.serialNumber.text(), kinds[flashImage].suffix);
+    instanceID.join({function.host, "_", function.serialNumber.view(), "_", kinds[flashImage].suffix});
     SoftwareIdentityEntry* entry = entryAt(*index);
     if (hasInstanceID(instanceID) || !entry) return;
     *entry = function.common;
@@ -288,15 +291,14 @@ void createSoftwareIdentity(TAVIK_DeviceRecord* device, int* index) {
 void buildSoftwareIdentityList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    allocateRecords(g_softwareIdentityCount, g_softwareIdentityList,
-                    countStorageFunctions(adapters) * entriesPerFunction);
+    records.make(countStorageFunctions(adapters) * entriesPerFunction);
     int index = 0;
     SystemNameOfBuild host;
     forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { createIdentities(device, &index, host); });
-    keepValidRecords(g_softwareIdentityCount, g_softwareIdentityList);
+    records.keepValid();
 }
 
-void clearSoftwareIdentityList() { freeRecords(g_softwareIdentityCount, g_softwareIdentityList); }
+void clearSoftwareIdentityList() { records.clear(); }
 
 CmpiObjectPath makePath_SoftwareIdentity(const char* className, const char* nameSpace, int index) {
     CmpiObjectPath path(nameSpace, className);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <string_view>
 
 namespace merolt {
@@ -14,6 +15,9 @@ template <std::size_t N>
 class FixedText {
 public:
     static constexpr std::size_t capacity = N - 1;
+
+    /// Empty. What lies behind a terminator is nobody's, so that a long text costs no more to make than a short one.
+    FixedText() { bytes[0] = '\0'; }
 
     const char* text() const { return bytes; }
     char* data() { return bytes; }
@@ -40,6 +44,9 @@ public:
         bytes[used + length] = '\0';
     }
 
+    /// Takes the texts one behind the other, up to the capacity. None of them may be this one.
+    void join(std::initializer_list<std::string_view> parts);
+
     /// printf into the text; the result is cut at the capacity.
     void format(const char* pattern, ...) __attribute__((format(printf, 2, 3))) {
         va_list arguments;
@@ -52,7 +59,37 @@ public:
     bool equals(std::string_view other) const { return view() == other; }
 
 private:
-    char bytes[N] = {};
+    char bytes[N];
 };
+
+/// Writes a text piece by piece without looking for its end each time.
+class TextWriter {
+public:
+    /// The text is empty then.
+    template <std::size_t N>
+    explicit TextWriter(FixedText<N>& target) : place(target.data()), room(N - 1) {
+        target.clear();
+    }
+
+    /// What does not fit is cut.
+    void append(std::string_view piece) {
+        const std::size_t length = piece.size() < room ? piece.size() : room;
+        std::memcpy(place, piece.data(), length);
+        place += length;
+        room -= length;
+        *place = '\0';
+    }
+
+private:
+    char* place;
+    std::size_t room;
+};
+
+template <std::size_t N>
+void FixedText<N>::join(std::initializer_list<std::string_view> parts) {
+    TextWriter writer(*this);
+    for (const std::string_view part : parts)
+        writer.append(part);
+}
 
 } // namespace merolt

@@ -2,6 +2,7 @@
 
 #include "log/log.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <strings.h>
@@ -24,14 +25,18 @@ void writeHexadecimal(const std::uint8_t* bytes, std::size_t count, char* target
 
 } // namespace
 
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && isBlank(text.back()))
+        text.remove_suffix(1);
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
+    return text;
+}
+
 void trimString(char* text) {
-    std::size_t length = std::strlen(text);
-    while (length > 0 && isBlank(text[length - 1]))
-        text[--length] = '\0';
-    std::size_t leading = 0;
-    while (isBlank(text[leading]))
-        ++leading;
-    if (leading > 0) std::memmove(text, text + leading, length - leading + 1);
+    const std::string_view kept = trimmed(text);
+    std::memmove(text, kept.data(), kept.size());
+    text[kept.size()] = '\0';
 }
 
 bool equalsIgnoringCase(const char* left, const char* right) { return strcasecmp(left, right) == 0; }
@@ -47,6 +52,16 @@ const char* formatMACAddress(const std::uint8_t* address, char* buffer) {
     char* target = buffer ? buffer : moduleBuffer;
     writeHexadecimal(address, 6, target);
     return target;
+}
+
+NumberText formatNumber(int number, std::size_t width) {
+    char digits[NumberText::capacity];
+    char* const end = std::to_chars(digits, digits + sizeof(digits), number).ptr;
+    const std::string_view text(digits, static_cast<std::size_t>(end - digits));
+    NumberText made;
+    constexpr std::string_view zeros = "00000000";
+    made.join({zeros.substr(0, text.size() < width ? width - text.size() : 0), text});
+    return made;
 }
 
 void* CoreAlloc(std::size_t size) { return std::calloc(1, size); }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace merolt {
 
@@ -13,6 +14,9 @@ using MacText = FixedText<13>;
 
 /// Removes blanks and tabs at both ends, in place.
 void trimString(char* text);
+
+/// The text without the blanks and tabs at its ends.
+std::string_view trimmed(std::string_view text);
 
 /// Keys of a request are compared without regard to case.
 bool equalsIgnoringCase(const char* left, const char* right);
@@ -24,6 +28,11 @@ WorldWideNameText formatWorldWideName(const std::uint8_t* name);
 /// @param buffer at least 13 bytes, or null for one buffer of the module that the next such call overwrites.
 /// @return the buffer that was written.
 const char* formatMACAddress(const std::uint8_t* address, char* buffer);
+
+using NumberText = FixedText<12>;
+
+/// As printf prints "%d", or "%0*d" for a width of up to 9 and a number that is not negative.
+NumberText formatNumber(int number, std::size_t width = 1);
 
 /// A zero-filled block, or null. Give it back through CoreFree.
 void* CoreAlloc(std::size_t size);

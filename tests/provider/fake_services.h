@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <set>
 #include <thread>
@@ -24,6 +25,7 @@ public:
         return address;
     }
     std::string installLocation() override { return location; }
+    std::string setting(const std::string& settingsName) override { return settings[settingsName]; }
     bool fileExists(const char* path) override {
         const bool exists = Services::fileExists(path);
         if (afterFileCheck) afterFileCheck();
@@ -60,6 +62,8 @@ public:
     std::string location;
     /// Then a notification is all that ends a sleep which could have one, for as long as a test may take.
     bool waitsByEvents = false;
+    /// By name, as the host's administrator set them for the provider. Nothing of this machine's own is read.
+    inline static std::map<std::string, std::string> settings;
     int mutexesLeft = 1000;
     int mutexError = 12;
 

@@ -165,13 +165,16 @@ TEST_F(SoftwareIdentityTest, DateThatTheServerDoesNotMakeIsLeftOutAndTheListGoes
     }
 }
 
-TEST_F(SoftwareIdentityTest, DateBeyondTheYear9999IsLeftOutAndTheListGoesOn) {
+/// A server that makes dates only when they are read has a null to show.
+TEST_F(SoftwareIdentityTest, DateBeyondTheYear9999IsNotShownAndTheListGoesOn) {
     tavik::StorageFunction function = functionWithSoftware(1, chips::chip15);
     function.multiBootVersion = "V:1.02.03,D:12319999,A:Y,T:M";
     startWith({card("S1", {function})});
     const Answer all = enumerateInstances(identity);
     EXPECT_EQ(all.rc, CMPI_RC_OK);
-    EXPECT_EQ(all.all("ReleaseDate"), Lines(6, "absent"));
+    EXPECT_EQ(all.objects.size(), 6U);
+    for (const std::string& date : all.all("ReleaseDate"))
+        EXPECT_TRUE(date == "absent" || date == "datetime null") << date;
 }
 
 TEST_F(SoftwareIdentityTest, MultiBootTextThatDoesNotParseLeavesTheDateOutAndKeepsMinusOne) {

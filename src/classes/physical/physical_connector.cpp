@@ -20,6 +20,8 @@ PhysicalConnectorEntry* g_physicalConnectorList = nullptr;
 
 namespace {
 
+RecordList<PhysicalConnectorEntry> records(g_physicalConnectorCount, g_physicalConnectorList);
+
 constexpr const char* cimClass = "Merolt_Adapter_PhysicalConnector";
 const char* keys[] = {"CreationClassName", "Tag", nullptr};
 
@@ -182,17 +184,16 @@ void buildPhysicalConnectorList() {
     forEachProtocolEntry(adapters, [&](TAVIK_AdapterEntry&, TAVIK_PhyPortEntry&, TAVIK_ProtocolEntry& entry) {
         if (isKnownFunction(entry)) ++functions;
     });
-    allocateRecords(g_physicalConnectorCount, g_physicalConnectorList, functions);
-    g_physicalConnectorCount = 0;
+    records.makeRoom(functions);
     int index = 0;
     forEachProtocolEntry(adapters,
                          [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& phyPort, TAVIK_ProtocolEntry& entry) {
                              if (index < functions && addFunction(&adapter, &phyPort, entry, index)) ++index;
                          });
-    keepValidRecords(g_physicalConnectorCount, g_physicalConnectorList);
+    records.keepValid();
 }
 
-void clearPhysicalConnectorList() { freeRecords(g_physicalConnectorCount, g_physicalConnectorList); }
+void clearPhysicalConnectorList() { records.clear(); }
 
 CmpiObjectPath makePath_PhysicalConnector(const char* className, const char* nameSpace, int index) {
     CmpiObjectPath path(nameSpace, className);

@@ -22,7 +22,8 @@ PhysicalPackageEntry* g_physicalPackageList = nullptr;
 
 namespace {
 
-std::int32_t capacity = 0;
+// It can grow beyond the number of adapters: a card's VPD may name another serial number than its adapter does.
+RecordList<PhysicalPackageEntry> records(g_physicalPackageCount, g_physicalPackageList);
 
 constexpr const char* cimClass = "Merolt_Adapter_PhysicalPackage";
 const char* keys[] = {"Tag", "CreationClassName", nullptr};
@@ -49,9 +50,6 @@ int findCard(std::string_view serialNumber) {
     }
     return -1;
 }
-
-/// A card whose VPD names another serial number than its adapter can yield more records than there are adapters.
-PhysicalPackageEntry& appendPackage() { return appendRecord(g_physicalPackageCount, g_physicalPackageList, capacity); }
 
 FixedText<128> chooseTag(const SerialText& serial) {
     FixedText<128> tag;
@@ -157,7 +155,7 @@ void createPhysicalPackage(TAVIK_AdapterEntry* adapter, TAVIK_DeviceRecord* devi
                   known);
         return;
     }
-    PhysicalPackageEntry& package = appendPackage();
+    PhysicalPackageEntry& package = records.append();
     package.tag = chooseTag(serial);
     package.serialNumber.assign(serial.view());
     package.model.assignField(device->modelName, sizeof(device->modelName));
@@ -169,7 +167,7 @@ void createPhysicalPackage(TAVIK_AdapterEntry* adapter, TAVIK_DeviceRecord* devi
 }
 
 void createNicPhysicalPackage(TAVIK_AdapterEntry* adapter, CNACard* card, int) {
-    PhysicalPackageEntry& package = appendPackage();
+    PhysicalPackageEntry& package = records.append();
     package.tag = calcTag_Nic_PhysicalPackage(card);
     package.serialNumber.assign(card->properties.serialNumber);
     package.model.assign(card->properties.modelName);
@@ -203,9 +201,7 @@ bool addPhysicalPackage(TAVIK_AdapterEntry* adapter, TAVIK_ProtocolEntry* entry,
 void buildPhysicalPackageList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    allocateRecords(g_physicalPackageCount, g_physicalPackageList, countAdapters(adapters));
-    capacity = g_physicalPackageCount;
-    g_physicalPackageCount = 0;
+    records.makeRoom(countAdapters(adapters));
     int index = 0;
     TreeWalk walk(adapters);
     for (TAVIK_AdapterEntry& adapter : walk.adapters()) {
@@ -220,7 +216,7 @@ void buildPhysicalPackageList() {
     }
 }
 
-void clearPhysicalPackageList() { freeRecords(g_physicalPackageCount, g_physicalPackageList); }
+void clearPhysicalPackageList() { records.clear(); }
 
 CmpiObjectPath makePath_PhysicalPackage(const char* className, const char* nameSpace, int index) {
     CmpiObjectPath path(nameSpace, className);

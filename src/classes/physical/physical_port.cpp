@@ -18,6 +18,8 @@ PhysicalPortEntry* g_physicalPortList = nullptr;
 
 namespace {
 
+RecordList<PhysicalPortEntry> records(g_physicalPortCount, g_physicalPortList);
+
 constexpr const char* cimClass = "Merolt_Adapter_PhysicalPort";
 const char* keys[] = {"CreationClassName", "Tag", nullptr};
 
@@ -98,16 +100,15 @@ bool createPhysicalPort(TAVIK_AdapterEntry* adapter, TAVIK_PhyPortEntry* phyPort
 void buildPhysicalPortList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    allocateRecords(g_physicalPortCount, g_physicalPortList, countPhyPorts(adapters));
-    const std::int32_t capacity = std::exchange(g_physicalPortCount, 0);
+    const std::int32_t capacity = records.makeRoom(countPhyPorts(adapters));
     int index = 0;
     forEachPhyPort(adapters, [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& port) {
         if (index < capacity && createPhysicalPort(&adapter, &port, index)) ++index;
     });
-    keepValidRecords(g_physicalPortCount, g_physicalPortList);
+    records.keepValid();
 }
 
-void clearPhysicalPortList() { freeRecords(g_physicalPortCount, g_physicalPortList); }
+void clearPhysicalPortList() { records.clear(); }
 
 CmpiObjectPath makePath_PhysicalPort(const char* className, const char* nameSpace, int index) {
     CmpiObjectPath path(nameSpace, className);

@@ -15,6 +15,8 @@ ProductEntry* g_productList = nullptr;
 
 namespace {
 
+RecordList<ProductEntry> records(g_productCount, g_productList);
+
 // The same maker for every card, also for those that the package class publishes under an OEM's name.
 constexpr const char* vendor = meroltManufacturer;
 const char* keys[] = {"Name", "IdentifyingNumber", "Vendor", "Version", nullptr};
@@ -45,14 +47,13 @@ void addProduct(const TAVIK_AdapterEntry& adapter, int index) {
 void buildProductList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    allocateRecords(g_productCount, g_productList, countAdapters(adapters));
-    const std::int32_t capacity = std::exchange(g_productCount, 0);
+    const std::int32_t capacity = records.makeRoom(countAdapters(adapters));
     forEachAdapter(adapters, [&](const TAVIK_AdapterEntry& adapter) {
         if (g_productCount < capacity) addProduct(adapter, g_productCount);
     });
 }
 
-void clearProductList() { freeRecords(g_productCount, g_productList); }
+void clearProductList() { records.clear(); }
 
 CmpiObjectPath makePath_Product(const char* className, const char* nameSpace, int index) {
     const ProductEntry& product = g_productList[index];

@@ -16,6 +16,9 @@ FCProfileEntry* g_fcSubProfileList = nullptr;
 
 namespace {
 
+RecordList<FCProfileEntry> profileRecords(g_fcProfileCount, g_fcProfileList);
+RecordList<FCProfileEntry> subProfileRecords(g_fcSubProfileCount, g_fcSubProfileList);
+
 struct Profile {
     const char* instanceIDPrefix; ///< the host's name follows
     const char* description;
@@ -40,8 +43,8 @@ constexpr Profile subProfiles[] = {
 // clang-format on
 
 template <std::size_t N>
-void writeTable(const Profile (&table)[N], std::int32_t& count, FCProfileEntry*& list) {
-    allocateRecords(count, list, static_cast<std::int32_t>(N));
+void writeTable(const Profile (&table)[N], RecordList<FCProfileEntry>& records, FCProfileEntry*& list) {
+    records.make(static_cast<std::int32_t>(N));
     for (std::size_t index = 0; index < N; ++index) {
         const Profile& profile = table[index];
         FCProfileEntry& entry = list[index];
@@ -58,18 +61,18 @@ void writeTable(const Profile (&table)[N], std::int32_t& count, FCProfileEntry*&
 
 void buildRegisteredProfileList() {
     DEBUG_LOG("Entering buildRegisteredProfileList");
-    writeTable(profiles, g_fcProfileCount, g_fcProfileList);
+    writeTable(profiles, profileRecords, g_fcProfileList);
     DEBUG_LOG("Exiting  buildRegisteredProfileList\n");
 }
 
-void clearRegisteredProfileList() { freeRecords(g_fcProfileCount, g_fcProfileList); }
+void clearRegisteredProfileList() { profileRecords.clear(); }
 
 void buildRegisteredSubProfileList() {
     DEBUG_LOG("Entering buildRegisteredSubProfileList");
-    writeTable(subProfiles, g_fcSubProfileCount, g_fcSubProfileList);
+    writeTable(subProfiles, subProfileRecords, g_fcSubProfileList);
     DEBUG_LOG("Exiting  buildRegisteredSubProfileList\n");
 }
 
-void clearRegisteredSubProfileList() { freeRecords(g_fcSubProfileCount, g_fcSubProfileList); }
+void clearRegisteredSubProfileList() { subProfileRecords.clear(); }
 
 } // namespace merolt::server

@@ -5,6 +5,7 @@
 #include "classes/storage/option_rom.h"
 #include "classes/storage/serial_text.h"
 #include "classes/storage/vital_product_data.h"
+#include "configuration/answers.h"
 #include "inventory/chip.h"
 #include "log/log.h"
 
@@ -17,12 +18,15 @@ FCPortEntry* g_fcPortList = nullptr;
 
 namespace {
 
+RecordList<FCPortEntry> records(g_fcPortCount, g_fcPortList);
+
 constexpr const char* cimClass = "Merolt_FCHBA_FCPort";
 const char* keys[] = {"SystemCreationClassName", "SystemName", "CreationClassName", "DeviceID", nullptr};
 
 constexpr std::uint32_t portDownBits = 1U << 0 | 1U << 12;
 constexpr CMPIUint16 linkTechnologyFibreChannel = 4;
 
+constexpr std::uint64_t speed1Gigabit = 1062500000;
 constexpr std::uint64_t speed2Gigabit = 2125000000;
 constexpr std::uint64_t speed4Gigabit = 4250000000;
 constexpr std::uint64_t speed8Gigabit = 8500000000;
@@ -39,7 +43,8 @@ const ListClass descriptor = {
     .valid = [](int index) { return g_fcPortList[index].valid != 0; },
 };
 
-void appendElement(FixedText<2048>& list, const VpdStore& store) {
+/// The text of a store with a semicolon in front; nothing for an empty one.
+void appendElement(TextWriter& list, const VpdStore& store) {
     if (store.empty()) return;
     list.append(";");
     list.append(store.view());
@@ -47,15 +52,16 @@ void appendElement(FixedText<2048>& list, const VpdStore& store) {
 
 /// The first three items stand even when the card has none.
 void setVpdData(const TAVIK_DeviceRecord* device, FixedText<2048>& vpdData) {
-    vpdData.assign(g_productIdentifier.view());
+    TextWriter list(vpdData);
+    list.append(g_productIdentifier.view());
     for (const VpdStore* store : {&g_partNumber, &g_serialNumber}) {
-        vpdData.append(";");
-        vpdData.append(store->view());
+        list.append(";");
+        list.append(store->view());
     }
     for (const VpdStore* store : {&g_fcCode, &g_fruNumberVersion, &g_miscInformation, &g_manufacturingId,
                                   &g_efiDriverVersion, &g_firmwareVersion, &g_biosVersion, &g_fcodeVersion})
-        appendElement(vpdData, *store);
-    if (isConvergedFunction(device)) appendElement(vpdData, g_flashImageVersion);
+        appendElement(list, *store);
+    if (isConvergedFunction(device)) appendElement(list, g_flashImageVersion);
 }
 
 void setOptionRomVersions(TAVIK_DeviceRecord* device, FixedText<512>& versions) {
@@ -64,8 +70,8 @@ void setOptionRomVersions(TAVIK_DeviceRecord* device, FixedText<512>& versions) 
     if (getChipIndex(device) <= 5) return;
     getOptionRomVersions(device);
     DEBUG_LOG("Merolt_FC_FCPort: createFCPort: Option ROM versions retrieved.");
-    versions.format("%s;%s;%s;%s", g_optionRomBiosVersion.text(), g_optionRomEfiVersion.text(),
-                    g_optionRomFCodeVersion.text(), g_optionRomFirmwareVersion.text());
+    versions.join({g_optionRomBiosVersion.view(), ";", g_optionRomEfiVersion.view(), ";",
+                   g_optionRomFCodeVersion.view(), ";", g_optionRomFirmwareVersion.view()});
 }
 
 /// Keeps the status word of the device: an operational port clears the bits of a port that is down, loop down sets
@@ -99,11 +105,19 @@ std::uint16_t portType(std::uint8_t code) {
     return code < std::size(types) ? types[code] : std::uint16_t{0};
 }
 
+constexpr std::uint32_t mostGigabits = 1024; ///< a code beyond that tells no speed
+
+/// Bits per second of a speed code that setSpeed does not know: gigabits per second, as those that it knows.
+constexpr TwoForms<std::uint64_t (*)(std::uint32_t code)> otherSpeed = {
+    .contract = [](std::uint32_t) { return std::uint64_t{0}; },
+    .corrected = [](std::uint32_t code) { return code <= mostGigabits ? code * speed1Gigabit : 0; },
+};
+
 void setSpeed(const TAVIK_DeviceRecord* device, FCPortEntry& port) {
     port.speedDescription.assign("See Speed");
     switch (device->portProperty.speedCode) {
     case 1:
-        port.speed = 1062500000;
+        port.speed = speed1Gigabit;
         break;
     case 2:
         port.speed = speed2Gigabit;
@@ -125,7 +139,7 @@ void setSpeed(const TAVIK_DeviceRecord* device, FCPortEntry& port) {
         port.speed = isConvergedFunction(device) ? speed10Gigabit : speed16Gigabit;
         break;
     default:
-        port.speed = 0;
+        port.speed = otherSpeed.chosen()(device->portProperty.speedCode);
         break;
     }
 }
@@ -178,7 +192,7 @@ void createFCPort(TAVIK_DeviceRecord* device, int index) {
     const SerialText serial = serialText(device, vpdStatus);
     const WorldWideNameText nodeName = formatWorldWideName(device->nodeName);
     port.permanentAddress.assign(formatWorldWideName(device->portProperty.portName).view());
-    port.deviceID.format("%s_%s_%s", serial.text(), nodeName.text(), port.permanentAddress.text());
+    port.deviceID.join({serial.view(), "_", nodeName.view(), "_", port.permanentAddress.view()});
     port.serialNumber.assign(serial.view());
 
     setPortProperty(device, port);
@@ -192,9 +206,9 @@ void createFCPort(TAVIK_DeviceRecord* device, int index) {
     DEBUG_LOG("Exiting  createFCPort\n");
 }
 
-void buildFCPortList() { buildPerStorageFunction(g_fcPortCount, g_fcPortList, createFCPort); }
+void buildFCPortList() { buildPerStorageFunction(records, createFCPort); }
 
-void clearFCPortList() { freeRecords(g_fcPortCount, g_fcPortList); }
+void clearFCPortList() { records.clear(); }
 
 CmpiObjectPath makePath_FCPort(const char* className, const char* nameSpace, int index) {
     return systemScopedPath(className, nameSpace, cimClass, "DeviceID", g_fcPortList[index].deviceID.text());

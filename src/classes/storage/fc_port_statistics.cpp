@@ -12,6 +12,8 @@ FCPortStatisticsEntry* g_fcPortStatisticsList = nullptr;
 
 namespace {
 
+RecordList<FCPortStatisticsEntry> records(g_fcPortStatisticsCount, g_fcPortStatisticsList);
+
 const char* keys[] = {"InstanceID", nullptr};
 
 const ListClass descriptor = {
@@ -78,7 +80,7 @@ void createFCPortStatistics(TAVIK_DeviceRecord* device, int index) {
     FCPortStatisticsEntry& port = g_fcPortStatisticsList[index];
     const WorldWideNameText nodeName = formatWorldWideName(device->nodeName);
     port.elementName.assign(formatWorldWideName(device->portProperty.portName).view());
-    port.instanceID.format("%s_%s", nodeName.text(), port.elementName.text());
+    port.instanceID.join({nodeName.view(), "_", port.elementName.view()});
     // A record starts with every counter at 0, and keeps that where the library cannot tell.
     if (TAVIK_RefreshDeviceStats(device) == 0) {
         copyCounters(device, port);
@@ -89,11 +91,9 @@ void createFCPortStatistics(TAVIK_DeviceRecord* device, int index) {
     DEBUG_LOG("Exiting  createFCPortStatistics\n");
 }
 
-void buildFCPortStatisticsList() {
-    buildPerStorageFunction(g_fcPortStatisticsCount, g_fcPortStatisticsList, createFCPortStatistics);
-}
+void buildFCPortStatisticsList() { buildPerStorageFunction(records, createFCPortStatistics); }
 
-void clearFCPortStatisticsList() { freeRecords(g_fcPortStatisticsCount, g_fcPortStatisticsList); }
+void clearFCPortStatisticsList() { records.clear(); }
 
 CmpiObjectPath makePath_FCPortStatistics(const char* className, const char* nameSpace, int index) {
     CmpiObjectPath path(nameSpace, className);

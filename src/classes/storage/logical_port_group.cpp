@@ -5,6 +5,7 @@
 #include "classes/storage/serial_text.h"
 #include "classes/storage/vital_product_data.h"
 #include "classes/system_name.h"
+#include "configuration/answers.h"
 #include "log/log.h"
 #include "text/text.h"
 
@@ -14,6 +15,8 @@ std::int32_t g_logicalPortGroupCount = 0;
 LogicalPortGroupEntry* g_logicalPortGroupList = nullptr;
 
 namespace {
+
+RecordList<LogicalPortGroupEntry> records(g_logicalPortGroupCount, g_logicalPortGroupList);
 
 const char* keys[] = {"InstanceID", nullptr};
 
@@ -35,6 +38,12 @@ bool hasNode(const WorldWideNameText& nodeName) {
     return false;
 }
 
+/// Where the record of a function goes.
+constexpr TwoForms<int (*)(int function)> place = {
+    .contract = [](int function) { return function; },
+    .corrected = [](int) { return int{g_logicalPortGroupCount}; },
+};
+
 void createGroup(TAVIK_DeviceRecord* device, int index, SystemNameOfBuild& host) {
     DEBUG_LOG("Entering createLogicalPortGroup, index = %d", index);
     const char* hostName = host.text();
@@ -47,10 +56,11 @@ void createGroup(TAVIK_DeviceRecord* device, int index, SystemNameOfBuild& host)
     const WorldWideNameText nodeName = formatWorldWideName(device->nodeName);
     const WorldWideNameText portName = formatWorldWideName(device->portProperty.portName);
     if (hasNode(nodeName)) return;
+    LogicalPortGroupEntry& group = g_logicalPortGroupList[place.chosen()(index)];
     ++g_logicalPortGroupCount;
-    LogicalPortGroupEntry& group = g_logicalPortGroupList[index];
+    group.function = index;
     group.elementName.assign(nodeName.view());
-    group.instanceID.format("%s_%s_%s_%s", hostName, serial.text(), nodeName.text(), portName.text());
+    group.instanceID.join({hostName, "_", serial.view(), "_", nodeName.view(), "_", portName.view()});
     group.valid = 1;
     DEBUG_LOG("Exiting  createLogicalPortGroup\n");
 }
@@ -64,11 +74,11 @@ void createLogicalPortGroup(TAVIK_DeviceRecord* device, int index) {
 
 void buildLogicalPortGroupList() {
     SystemNameOfBuild host;
-    buildRoomPerStorageFunction(g_logicalPortGroupCount, g_logicalPortGroupList,
+    buildRoomPerStorageFunction(records,
                                 [&](TAVIK_DeviceRecord* device, int index) { createGroup(device, index, host); });
 }
 
-void clearLogicalPortGroupList() { freeRecords(g_logicalPortGroupCount, g_logicalPortGroupList); }
+void clearLogicalPortGroupList() { records.clear(); }
 
 CmpiObjectPath makePath_LogicalPortGroup(const char* className, const char* nameSpace, int index) {
     CmpiObjectPath path(nameSpace, className);

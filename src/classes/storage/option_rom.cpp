@@ -1,6 +1,7 @@
 #include "classes/storage/option_rom.h"
 
 #include "inventory/chip.h"
+#include "text/text.h"
 
 #include <cstring>
 
@@ -38,15 +39,16 @@ VersionText biosVersion(const TAVIK_DeviceRecord* device) {
     return text;
 }
 
-VersionText threeNumbers(const std::uint8_t* version) {
+VersionText twoNumbers(const std::uint8_t* version) {
     VersionText text;
-    text.format("%d.%02d.%02d", version[0], version[1], version[2]);
+    text.join({formatNumber(version[0]).view(), ".", formatNumber(version[1], 2).view()});
     return text;
 }
 
-VersionText twoNumbers(const std::uint8_t* version) {
-    VersionText text;
-    text.format("%d.%02d", version[0], version[1]);
+VersionText threeNumbers(const std::uint8_t* version) {
+    VersionText text = twoNumbers(version);
+    text.append(".");
+    text.append(formatNumber(version[2], 2).view());
     return text;
 }
 
@@ -79,10 +81,10 @@ void clearOptionRomVersions() {
 
 void getOptionRomVersions(TAVIK_DeviceRecord* device) {
     if (getChipIndex(device) < 6) return;
-    g_optionRomBiosVersion.format("OptionROM BIOS Version:%s", biosVersion(device).text());
-    g_optionRomFCodeVersion.format("OptionROM FCode Version:%s", fcodeVersion(device).text());
-    g_optionRomEfiVersion.format("OptionROM EFI Version:%s", efiVersion(device).text());
-    g_optionRomFirmwareVersion.format("OptionROM Firmware Version:%s", firmwareVersion(device).text());
+    g_optionRomBiosVersion.join({"OptionROM BIOS Version:", biosVersion(device).view()});
+    g_optionRomFCodeVersion.join({"OptionROM FCode Version:", fcodeVersion(device).view()});
+    g_optionRomEfiVersion.join({"OptionROM EFI Version:", efiVersion(device).view()});
+    g_optionRomFirmwareVersion.join({"OptionROM Firmware Version:", firmwareVersion(device).view()});
 }
 
 } // namespace merolt::storage

@@ -15,6 +15,8 @@ PortControllerEntry* g_portControllerList = nullptr;
 
 namespace {
 
+RecordList<PortControllerEntry> records(g_portControllerCount, g_portControllerList);
+
 constexpr const char* cimClass = "Merolt_FCHBA_PortController";
 const char* keys[] = {"SystemCreationClassName", "SystemName", "CreationClassName", "DeviceID", nullptr};
 
@@ -61,11 +63,9 @@ void createPortController(TAVIK_DeviceRecord* device, int index) {
     DEBUG_LOG("Exiting  createPortController\n");
 }
 
-void buildPortControllerList() {
-    buildRoomPerStorageFunction(g_portControllerCount, g_portControllerList, createPortController);
-}
+void buildPortControllerList() { buildRoomPerStorageFunction(records, createPortController); }
 
-void clearPortControllerList() { freeRecords(g_portControllerCount, g_portControllerList); }
+void clearPortControllerList() { records.clear(); }
 
 bool findPortControllerByDeviceID(const char* deviceID, std::uint32_t* index) {
     for (int place = 0; place < g_portControllerCount; ++place) {

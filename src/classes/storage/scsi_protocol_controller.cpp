@@ -11,6 +11,8 @@ SCSIProtocolControllerEntry* g_scsiProtocolControllerList = nullptr;
 
 namespace {
 
+RecordList<SCSIProtocolControllerEntry> records(g_scsiProtocolControllerCount, g_scsiProtocolControllerList);
+
 constexpr const char* cimClass = "Merolt_FCHBA_SCSIProtocolController";
 const char* keys[] = {"SystemCreationClassName", "SystemName", "CreationClassName", "DeviceID", nullptr};
 
@@ -32,11 +34,9 @@ void fillRecord(TAVIK_DeviceRecord* device, int index) {
 
 } // namespace
 
-void buildSCSIProtocolControllerList() {
-    buildPerStorageFunction(g_scsiProtocolControllerCount, g_scsiProtocolControllerList, fillRecord);
-}
+void buildSCSIProtocolControllerList() { buildPerStorageFunction(records, fillRecord); }
 
-void clearSCSIProtocolControllerList() { freeRecords(g_scsiProtocolControllerCount, g_scsiProtocolControllerList); }
+void clearSCSIProtocolControllerList() { records.clear(); }
 
 CmpiObjectPath makePath_SCSIProtocolController(const char* className, const char* nameSpace, int index) {
     return systemScopedPath(className, nameSpace, cimClass, "DeviceID",

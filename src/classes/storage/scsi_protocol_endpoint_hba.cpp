@@ -11,6 +11,8 @@ SCSIEndpointEntry* g_scsiEndpointHBAList = nullptr;
 
 namespace {
 
+RecordList<SCSIEndpointEntry> records(g_scsiEndpointHBACount, g_scsiEndpointHBAList);
+
 constexpr const char* cimClass = "Merolt_FCHBA_SCSIProtocolEndpointHBA";
 
 const ListClass descriptor = {
@@ -31,11 +33,9 @@ void fillRecord(TAVIK_DeviceRecord* device, int index) {
 
 } // namespace
 
-void buildSCSIProtocolEndpointHBAList() {
-    buildPerStorageFunction(g_scsiEndpointHBACount, g_scsiEndpointHBAList, fillRecord);
-}
+void buildSCSIProtocolEndpointHBAList() { buildPerStorageFunction(records, fillRecord); }
 
-void clearSCSIProtocolEndpointHBAList() { freeRecords(g_scsiEndpointHBACount, g_scsiEndpointHBAList); }
+void clearSCSIProtocolEndpointHBAList() { records.clear(); }
 
 CmpiObjectPath makePath_SCSIProtocolEndpointHBA(const char* className, const char* nameSpace, int index) {
     return systemScopedPath(className, nameSpace, cimClass, "Name", g_scsiEndpointHBAList[index].name.text());

@@ -12,6 +12,8 @@ SCSIEndpointEntry* g_scsiEndpointTargetList = nullptr;
 
 namespace {
 
+RecordList<SCSIEndpointEntry> records(g_scsiEndpointTargetCount, g_scsiEndpointTargetList);
+
 constexpr const char* cimClass = "Merolt_FCHBA_SCSIProtocolEndpointTarget";
 
 const ListClass descriptor = {
@@ -27,8 +29,8 @@ const ListClass descriptor = {
 void fillRecord(const TAVIK_DeviceRecord& device, const TAVIK_TargetEntry& target, int index) {
     if (index < 0 || index >= g_scsiEndpointTargetCount) return;
     SCSIEndpointEntry& endpoint = g_scsiEndpointTargetList[index];
-    endpoint.name.format("%s_%s", formatWorldWideName(device.portProperty.portName).text(),
-                         formatWorldWideName(target.portName).text());
+    endpoint.name.join(
+        {formatWorldWideName(device.portProperty.portName).view(), "_", formatWorldWideName(target.portName).view()});
     endpoint.valid = 1;
 }
 
@@ -40,13 +42,13 @@ void buildSCSIProtocolEndpointTargetList() {
     RecordSum targets(ChainKind::targets);
     forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { targets.add(device->targetCount); });
     forEachTarget(adapters, [&](TAVIK_DeviceRecord&, TAVIK_TargetEntry&) { targets.addEntry(); });
-    allocateRecords(g_scsiEndpointTargetCount, g_scsiEndpointTargetList, targets.capacity());
+    records.make(targets.capacity());
     int index = 0;
     forEachTarget(adapters,
                   [&](TAVIK_DeviceRecord& device, TAVIK_TargetEntry& target) { fillRecord(device, target, index++); });
 }
 
-void clearSCSIProtocolEndpointTargetList() { freeRecords(g_scsiEndpointTargetCount, g_scsiEndpointTargetList); }
+void clearSCSIProtocolEndpointTargetList() { records.clear(); }
 
 CmpiObjectPath makePath_SCSIProtocolEndpointTarget(const char* className, const char* nameSpace, int index) {
     return systemScopedPath(className, nameSpace, cimClass, "Name", g_scsiEndpointTargetList[index].name.text());

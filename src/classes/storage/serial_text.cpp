@@ -2,6 +2,7 @@
 
 #include "classes/storage/vital_product_data.h"
 #include "inventory/chip.h"
+#include "text/text.h"
 
 namespace merolt::storage {
 
@@ -10,11 +11,12 @@ namespace {
 /// The three bytes hold the number with the highest byte first and the other two exchanged.
 SerialText serialFromBytes(const TAVIK_DeviceRecord* device) {
     const auto byte = [&](int index) {
-        return static_cast<long>(static_cast<unsigned char>(device->serialNumber[index]));
+        return static_cast<int>(static_cast<unsigned char>(device->serialNumber[index]));
     };
-    const long value = byte(0) << 16 | byte(2) << 8 | byte(1);
+    const int value = byte(0) << 16 | byte(2) << 8 | byte(1);
+    const char letter = static_cast<char>('A' + value / 100000);
     SerialText text;
-    text.format("%c%05ld", static_cast<int>('A' + value / 100000), value % 100000);
+    text.join({{&letter, 1}, formatNumber(value % 100000, 5).view()});
     return text;
 }
 

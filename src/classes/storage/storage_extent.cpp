@@ -13,6 +13,8 @@ StorageExtentEntry* g_storageExtentList = nullptr;
 
 namespace {
 
+RecordList<StorageExtentEntry> records(g_storageExtentCount, g_storageExtentList);
+
 constexpr const char* cimClass = "Merolt_FCHBA_StorageExtent";
 const char* keys[] = {"SystemCreationClassName", "SystemName", "CreationClassName", "DeviceID", nullptr};
 
@@ -49,8 +51,9 @@ FixedText<128> lunText(const char (&field)[N]) {
 void createStorageExtent(TAVIK_DeviceRecord* device, TAVIK_TargetEntry* target, TAVIK_LunEntry* lun, int index) {
     DEBUG_LOG("Entering createStorageExtent, index = %d", index);
     StorageExtentEntry& extent = g_storageExtentList[index];
-    extent.deviceID.format("%s_%s_%s_%u", formatWorldWideName(device->portProperty.portName).text(),
-                           formatWorldWideName(target->portName).text(), identifierText(*lun).text(), lun->number);
+    extent.deviceID.join({formatWorldWideName(device->portProperty.portName).view(), "_",
+                          formatWorldWideName(target->portName).view(), "_", identifierText(*lun).view(), "_",
+                          formatNumber(lun->number).view()});
     extent.device = device;
     extent.target = target;
     extent.lun = lun;
@@ -64,14 +67,14 @@ void buildStorageExtentList() {
     RecordSum units(ChainKind::logicalUnits);
     forEachTarget(adapters, [&](TAVIK_DeviceRecord&, TAVIK_TargetEntry& target) { units.add(target.lunCount); });
     forEachLun(adapters, [&](TAVIK_DeviceRecord&, TAVIK_TargetEntry&, TAVIK_LunEntry&) { units.addEntry(); });
-    allocateRecords(g_storageExtentCount, g_storageExtentList, units.capacity());
+    records.make(units.capacity());
     int index = 0;
     forEachLun(adapters, [&](TAVIK_DeviceRecord& device, TAVIK_TargetEntry& target, TAVIK_LunEntry& lun) {
         if (index < g_storageExtentCount) createStorageExtent(&device, &target, &lun, index++);
     });
 }
 
-void clearStorageExtentList() { freeRecords(g_storageExtentCount, g_storageExtentList); }
+void clearStorageExtentList() { records.clear(); }
 
 CmpiObjectPath makePath_StorageExtent(const char* className, const char* nameSpace, int index) {
     return systemScopedPath(className, nameSpace, cimClass, "DeviceID", g_storageExtentList[index].deviceID.text());

@@ -5,8 +5,8 @@
 #include "text/text.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
+#include <string_view>
 
 namespace merolt::storage {
 
@@ -42,62 +42,71 @@ enum class Form { asItStands, trimmed, packedVersion };
 /// A keyword and where its value goes; keywords without a store are known and dropped.
 struct Keyword {
     char name[3];
-    const char* label;
+    std::string_view label; ///< with its colon
     VpdStore* store;
     Form form;
 };
 
-const Keyword keywords[] = {
+constexpr Keyword keywords[] = {
     {"RV", "", nullptr, Form::asItStands},
     {"RW", "", nullptr, Form::asItStands},
-    {"PN", "Part Number", &g_partNumber, Form::asItStands},
+    {"PN", "Part Number:", &g_partNumber, Form::asItStands},
     {"EC", "", nullptr, Form::asItStands},
-    {"SN", "Serial Number", &g_serialNumber, Form::asItStands},
-    {"V0", "Miscellaneous Information", &g_miscInformation, Form::asItStands},
+    {"SN", "Serial Number:", &g_serialNumber, Form::asItStands},
+    {"V0", "Miscellaneous Information:", &g_miscInformation, Form::asItStands},
     {"V2", "", nullptr, Form::asItStands},
-    {"MN", "Manufacturing Id", &g_manufacturingId, Form::asItStands},
-    {"V1", "EFI Driver Version", &g_efiDriverVersion, Form::trimmed},
-    {"V3", "Firmware Version", &g_firmwareVersion, Form::trimmed},
-    {"V4", "BIOS Version", &g_biosVersion, Form::trimmed},
-    {"V5", "FCode Version", &g_fcodeVersion, Form::trimmed},
-    {"RM", "Flash Image Version", &g_flashImageVersion, Form::trimmed},
-    {"V9", "Flash Image Version", &g_flashImageVersion, Form::packedVersion},
-    {"FC", "FC Code", &g_fcCode, Form::asItStands},
-    {"FN", "Fru Number", &g_fruNumberVersion, Form::asItStands},
-    {"YA", "Asset Tag", &g_assetTag, Form::asItStands},
-    {"YU", "UUID", &g_UUID, Form::asItStands},
+    {"MN", "Manufacturing Id:", &g_manufacturingId, Form::asItStands},
+    {"V1", "EFI Driver Version:", &g_efiDriverVersion, Form::trimmed},
+    {"V3", "Firmware Version:", &g_firmwareVersion, Form::trimmed},
+    {"V4", "BIOS Version:", &g_biosVersion, Form::trimmed},
+    {"V5", "FCode Version:", &g_fcodeVersion, Form::trimmed},
+    {"RM", "Flash Image Version:", &g_flashImageVersion, Form::trimmed},
+    {"V9", "Flash Image Version:", &g_flashImageVersion, Form::packedVersion},
+    {"FC", "FC Code:", &g_fcCode, Form::asItStands},
+    {"FN", "Fru Number:", &g_fruNumberVersion, Form::asItStands},
+    {"YA", "Asset Tag:", &g_assetTag, Form::asItStands},
+    {"YU", "UUID:", &g_UUID, Form::asItStands},
 };
 
 /// A value ends at its length or at a zero byte.
-void storeValue(VpdStore& store, const char* label, const char* value, std::size_t length) {
-    store.assign(label);
-    store.append(":");
-    store.append({value, strnlen(value, length)});
+std::string_view valueOf(const char* value, std::size_t length) { return {value, strnlen(value, length)}; }
+
+/// Reads a number of at most two characters, a sign among them, behind white space. @return false if there is none.
+bool readTwoDigits(const char*& text, int& number) {
+    while (*text == ' ' || (*text >= '\t' && *text <= '\r'))
+        ++text;
+    const char* const end = text + 2;
+    const bool isNegative = *text == '-';
+    if (isNegative || *text == '+') ++text;
+    const char* const digits = text;
+    int value = 0;
+    for (; text < end && *text >= '0' && *text <= '9'; ++text)
+        value = value * 10 + (*text - '0');
+    if (text == digits) return false;
+    number = isNegative ? -value : value;
+    return true;
 }
 
 /// A version of three two-digit numbers, such as 010203 for 1.2.3; numbers that are not there read as 0.
 FixedText<64> unpackVersion(const char* packed) {
-    int major = 0;
-    int minor = 0;
-    int subMinor = 0;
-    std::sscanf(packed, "%2d%2d%2d", &major, &minor, &subMinor);
+    int numbers[3] = {0, 0, 0};
+    for (int& number : numbers)
+        if (!readTwoDigits(packed, number)) break;
     FixedText<64> version;
-    version.format("%d.%d.%d", major, minor, subMinor);
+    version.join(
+        {formatNumber(numbers[0]).view(), ".", formatNumber(numbers[1]).view(), ".", formatNumber(numbers[2]).view()});
     return version;
 }
 
-void storeKeyword(const Keyword& keyword, const char* value, std::size_t length) {
+void storeKeyword(const Keyword& keyword, std::string_view value) {
     if (keyword.form == Form::asItStands) {
-        storeValue(*keyword.store, keyword.label, value, length);
-        return;
-    }
-    FixedText<256> trimmed;
-    trimmed.assign({value, length});
-    trimString(trimmed.data());
-    if (keyword.form == Form::trimmed) {
-        storeValue(*keyword.store, keyword.label, trimmed.text(), length);
+        keyword.store->join({keyword.label, value});
+    } else if (keyword.form == Form::trimmed) {
+        keyword.store->join({keyword.label, trimmed(value)});
     } else {
-        storeValue(*keyword.store, keyword.label, unpackVersion(trimmed.text()).text(), trimmed.capacity);
+        FixedText<256> packed;
+        packed.assign(trimmed(value));
+        keyword.store->join({keyword.label, unpackVersion(packed.text()).view()});
     }
 }
 
@@ -124,12 +133,12 @@ int fetchAdapterVpd(TAVIK_DeviceRecord* device) {
     if (!device) return -1;
     fetchUUID(device);
     if (!chipHasVpdSerial(device)) return -1;
-    auto* buffer = static_cast<std::uint8_t*>(CoreAlloc(blockSize));
-    if (!buffer) return -1;
+    // One block for all cards, under provider_lock as the stores are: every record of every list reads one.
+    static std::uint8_t block[blockSize];
+    std::memset(block, 0, blockSize);
     std::uint32_t size = blockSize;
-    const int status = static_cast<int>(TAVIK_GetVpd(device->handle, 0, buffer, &size));
-    if (status == 0) parseVpdBuffer(buffer, blockSize);
-    CoreFree(buffer);
+    const int status = static_cast<int>(TAVIK_GetVpd(device->handle, 0, block, &size));
+    if (status == 0) parseVpdBuffer(block, blockSize);
     return status;
 }
 
@@ -153,10 +162,10 @@ void parseVpdBuffer(const std::uint8_t* buffer, std::size_t size) {
 }
 
 void parseVpdTag(const std::uint8_t* tag, const std::uint8_t* value, std::size_t length) {
-    const char* text = value ? reinterpret_cast<const char*>(value) : "";
+    const std::string_view text = value ? valueOf(reinterpret_cast<const char*>(value), length) : "";
     switch (tag[0]) {
     case tagProductIdentifier:
-        storeValue(g_productIdentifier, "Product Identifier", text, length);
+        g_productIdentifier.join({"Product Identifier:", text});
         return;
     case tagReadOnlySection:
         g_vpdRTag.assign("VPD-R Tag:");
@@ -171,7 +180,7 @@ void parseVpdTag(const std::uint8_t* tag, const std::uint8_t* value, std::size_t
     }
     for (const Keyword& keyword : keywords) {
         if (std::memcmp(tag, keyword.name, 2) != 0) continue;
-        if (keyword.store) storeKeyword(keyword, text, length);
+        if (keyword.store) storeKeyword(keyword, text);
         return;
     }
 }

@@ -191,9 +191,9 @@ private:
         const ClonedPath near(source);
         CmpiObjectPath path(nameSpace, family.className);
         const char* const roles[] = {family.left.name, family.right.name};
-        const char* const* names = family.referenceNameKeys ? family.referenceNameKeys : roles;
+        const char* const* keys = family.referenceNameKeys.chosen();
         const CMPIStatus status =
-            setKeys(family, path, names, left(far, near), right(far, near), direction.texts.addKey);
+            setKeys(family, path, keys ? keys : roles, left(far, near), right(far, near), direction.texts.addKey);
         if (status.rc == CMPI_RC_OK) result.returnData(path);
         return status;
     }

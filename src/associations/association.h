@@ -5,6 +5,7 @@
 
 #include "associations/object_class.h"
 #include "associations/texts.h"
+#include "configuration/answers.h"
 
 #include "CmpiContext.h"
 #include "CmpiObjectPath.h"
@@ -107,7 +108,7 @@ struct Family {
     const Texts& texts;
     const FurtherProperty* further = nullptr;
     /// Names of the two keys in referenceNames; null: the roles.
-    const char* const* referenceNameKeys = nullptr;
+    TwoForms<const char* const*> referenceNameKeys = {};
     /// While this is false, enumerations and searches return at once, whatever the request is; null: always true.
     bool (*isPopulated)() = nullptr;
     /// Where a record gives two rows: the end that is named anew for the second one. The other end and the

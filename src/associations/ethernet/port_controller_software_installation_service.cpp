@@ -1,5 +1,5 @@
-// Ethernet controllers and the service that updates their flash. referenceNames names the ends by other keys than
-// references does.
+// Ethernet controllers and the service that updates their flash. By contract referenceNames names the ends by other
+// keys than references does, keys that the class has not: servers write them in a form that clients refuse.
 #include "associations/ethernet/families.h"
 #include "associations/ethernet/walks.h"
 #include "associations/service_texts.h"
@@ -26,7 +26,7 @@ constexpr Family family = {
                   .find = nic::firstOf<nic::eachCardWith<nic::portControllerIDOf>>},
     .filters = Filters::applied,
     .texts = texts,
-    .referenceNameKeys = controllerAndServiceNameKeys,
+    .referenceNameKeys = {.contract = controllerAndServiceNameKeys, .corrected = nullptr},
     .isPopulated = nic::hasCards,
 };
 

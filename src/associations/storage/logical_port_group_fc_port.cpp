@@ -1,8 +1,8 @@
 // A Fibre Channel node and its ports, joined by the port name at the end of both keys. Both lists are read anew for
 // each request.
 //
-// The enumerations show as a group's member the port that stands at the group's own place in the list of ports,
-// whichever port matched; searches show the port that matched.
+// The enumerations show as a group's member the port that stands at the place of the group's own function in the list
+// of ports, whichever port matched; searches show the port that matched.
 #include "associations/storage/families.h"
 #include "associations/storage/key_match.h"
 
@@ -17,9 +17,15 @@ constexpr KeyedList groups = {&g_logicalPortGroupCount,
 constexpr KeyedList ports = {&g_fcPortCount, [](int index) { return g_fcPortList[index].deviceID.text(); },
                              Cut::suffix};
 
+/// By contract a group stands at the place of its function, the empty ones in between too.
+constexpr TwoForms<int (*)(int group)> functionOf = {
+    .contract = [](int group) { return group; },
+    .corrected = [](int group) { return int{g_logicalPortGroupList[group].function}; },
+};
+
 void pairs(Enumeration, const PairVisitor& visit) {
     pairEqual(groups, ports, [&](const Pair& pair) {
-        const Object member = {.index = pair.left.index};
+        const Object member = {.index = functionOf.chosen()(pair.left.index)};
         return member.index >= g_fcPortCount || visit({pair.left, member});
     });
 }

@@ -1,5 +1,5 @@
-// Storage controllers and the service that updates their flash. referenceNames names the ends by other keys than
-// references does.
+// Storage controllers and the service that updates their flash. By contract referenceNames names the ends by other keys
+// than references does, keys that the class has not: servers write them in a form that clients refuse.
 #include "associations/service_texts.h"
 #include "associations/storage/families.h"
 #include "associations/storage/walks.h"
@@ -39,7 +39,7 @@ constexpr Family family = {
     .findRight = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = serviceOfController},
     .filters = Filters::applied,
     .texts = texts,
-    .referenceNameKeys = controllerAndServiceNameKeys,
+    .referenceNameKeys = {.contract = controllerAndServiceNameKeys, .corrected = nullptr},
 };
 
 } // namespace

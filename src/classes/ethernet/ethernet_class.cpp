@@ -119,7 +119,7 @@ CmpiStatus getInstance(const EthernetClass& cls, CmpiResult& result, const CmpiO
     const std::optional<Element> element = findElement(cls, key);
     if (!element || !secondMatches) throw CmpiStatus(CMPI_RC_ERR_NOT_FOUND, key.text);
     const CmpiInstance instance = cls.makeInstance(scope.className, scope.nameSpace, properties, *element);
-    if (returnInstance || cls.alwaysReturnsInstance) result.returnData(instance);
+    if (returnInstance || cls.alwaysReturnsInstance.chosen()) result.returnData(instance);
     return CmpiStatus(CMPI_RC_OK);
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "classes/list_class.h"
+#include "configuration/answers.h"
 #include "inventory/cna_list.h"
 
 #include <functional>
@@ -73,7 +74,7 @@ struct EthernetClass {
     const SecondKey* secondKey = nullptr;
     KeyErrorLog keyErrorLog = KeyErrorLog::error;
     /// getInstance hands the instance out even where only its existence is asked.
-    bool alwaysReturnsInstance = false;
+    TwoForms<bool> alwaysReturnsInstance = {false, false};
 };
 
 CmpiStatus enumInstanceNames(const EthernetClass& cls, CmpiResult& result, const CmpiObjectPath& cop);

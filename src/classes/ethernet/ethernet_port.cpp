@@ -2,6 +2,7 @@
 
 #include "classes/ethernet/port_properties.h"
 #include "classes/instance.h"
+#include "configuration/answers.h"
 #include "log/log.h"
 #include "text/text.h"
 
@@ -55,6 +56,19 @@ const EthernetClass descriptor = {
     },
 };
 
+constexpr CMPIUint64 megabit = 1000000;
+constexpr CMPIUint64 mostMegabits = 10 * megabit; ///< a number beyond that tells no speed
+
+/// Bits per second of a link at another speed than ten gigabit.
+constexpr TwoForms<CMPIUint64 (*)(CMPIUint64 megabits)> otherSpeed = {
+    .contract = [](CMPIUint64) { return CMPIUint64{0}; },
+    .corrected = [](CMPIUint64 megabits) { return megabits <= mostMegabits ? megabits * megabit : 0; },
+};
+
+CMPIUint64 speedOf(CMPIUint64 megabits) {
+    return megabits == tenGigabit ? maximumPortSpeed : otherSpeed.chosen()(megabits);
+}
+
 } // namespace
 
 CmpiObjectPath makePath_EthernetPort(const char* className, const char* nameSpace, CNACard*, CNAPort* port) {
@@ -67,7 +81,6 @@ CmpiInstance makeInstance_EthernetPort(const char* className, const char* nameSp
     DEBUG_LOG("Merolt_NIC_EthernetPort makeInstance_EthernetPort was called\n");
     CmpiInstance instance = newInstance(className, nameSpace, properties, keys);
     const char* mac = macText(*port);
-    const CMPIUint64 speed = port->portProperties.link.speed == tenGigabit ? maximumPortSpeed : 0;
     setSystemScope(instance, cimClass);
     instance.setProperty("DeviceID", CmpiData(mac));
     instance.setProperty("LinkTechnology", CmpiData(linkTechnologyEthernet));
@@ -81,7 +94,7 @@ CmpiInstance makeInstance_EthernetPort(const char* className, const char* nameSp
     instance.setProperty("Name", CmpiData(mac));
     instance.setProperty("MaxSpeed", CmpiData(maximumPortSpeed));
     instance.setProperty("ActiveMaximumTransmissionUnit", CmpiData(CMPIUint64{port->portProperties.mtu}));
-    instance.setProperty("Speed", CmpiData(speed));
+    instance.setProperty("Speed", CmpiData(speedOf(port->portProperties.link.speed)));
     setLinkageProperties(instance, *port);
     return instance;
 }

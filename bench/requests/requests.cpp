@@ -242,7 +242,7 @@ ReadyInstances readyInstances(Host& host, const std::string& className) {
 
 struct Rebuild {
     double all = 0;
-    double library = 0; ///< the calls of the library that it makes, and nothing else
+    double calls = 0; ///< of the library: those that it makes, and nothing else
 };
 
 /// What createFCPort asks of the library.
@@ -278,8 +278,8 @@ void printRebuilds() {
     std::printf("rebuild of the port list\n%8s %12s %12s %16s\n", "ports", "all us", "library us", "ours ns a port");
     for (const int ports : rebuildPortCounts) {
         const Rebuild rebuild = measureRebuild(ports);
-        std::printf("%8d %12.2f %12.2f %16.0f\n", ports, rebuild.all, rebuild.library,
-                    (rebuild.all - rebuild.library) * 1000 / ports);
+        std::printf("%8d %12.2f %12.2f %16.0f\n", ports, rebuild.all, rebuild.calls,
+                    (rebuild.all - rebuild.calls) * 1000 / ports);
     }
 }
 

@@ -105,6 +105,81 @@ test_several_folders_of_providers_are_looked_at_in_their_order() {
     unset PROVIDER_FOLDERS
 }
 
+# OpenPegasus may name folders that begin at its own, and tells nothing of the present while it is stopped.
+test_folders_that_begin_at_the_server_are_found() {
+    local home=$scratch/pegasus tool
+    pegasus() { # pegasus COMMAND [OPTION...]
+        run env PEGASUS_HOME="$pegasus_home" "$scratch/prefix/sbin/merolt-cna-register" "$1" openpegasus \
+            --tools "$home/bin" "${@:2}"
+    }
+    mkdir -p "$home/bin" "$home/lib"
+    for tool in cimmof cimmofl cimprovider cimcli cimconfig; do ln -s "$stand_in" "$home/bin/$tool"; done
+    local pegasus_home
+    for pegasus_home in "$home" ""; do
+        fresh
+        export PROVIDER_FOLDERS=lib
+        pegasus register
+        check "PEGASUS_HOME=$pegasus_home" "0 $ours" "$status $(readlink "$home/lib/$library")"
+        pegasus unregister
+        check "PEGASUS_HOME=$pegasus_home, unregistered" "0 no" \
+            "$status $([[ -L $home/lib/$library ]] && echo yes || echo no)"
+    done
+
+    fresh
+    PROVIDER_FOLDERS=none:lib
+    mkdir -p "$STATE/repositories/repository"
+    STOPPED=yes pegasus register --offline --repository "$STATE/repositories"
+    check "a stopped server" "0 $ours" "$status $(readlink "$home/lib/$library")"
+    rm "$home/lib/$library"
+
+    fresh
+    PROVIDER_FOLDERS=none
+    pegasus register
+    check "no folder that is there" "1 not registered" "$status $(state_of openpegasus)"
+    check_contains "no folder that is there" "in folders that are not there: $home/none" "$output"
+    PROVIDER_FOLDERS=lib
+    mkdir -p "$scratch/elsewhere"
+    pegasus register --provider-folder "$scratch/elsewhere"
+    check "a folder that the server does not look in" "1 not registered" "$status $(state_of openpegasus)"
+    check_contains "a folder that the server does not look in" "but in $home/lib" "$output"
+    cd "$home"
+    pegasus register --provider-folder lib
+    cd "$OLDPWD"
+    check "a folder that is told from where one stands" "0 $ours" "$status $(readlink "$home/lib/$library")"
+    unset PROVIDER_FOLDERS
+    rm -r "$home" "$scratch/elsewhere"
+}
+
+# Registered, the provider would be looked for in vain.
+test_nothing_is_registered_that_the_server_would_not_find() {
+    local server
+    for server in openpegasus sfcb; do
+        fresh
+        rmdir "$STATE/providers"
+        register register "$server"
+        check "$server, a folder that is not there" "1 not registered" "$status $(state_of "$server")"
+
+        fresh
+        mv "$ours" "$scratch/hidden"
+        register register "$server"
+        check "$server, a library that is not installed" "1 not registered" "$status $(state_of "$server")"
+        check_contains "$server, a library that is not installed" "is not installed below $scratch/prefix" "$output"
+        touch "$STATE/providers/$library"
+        register register "$server"
+        check "$server, one that somebody put there" "0 registered" "$status $(state_of "$server")"
+        mv "$scratch/hidden" "$ours"
+    done
+    fresh
+    FAIL_FOR='cimconfig'
+    register register openpegasus
+    check "folders that nobody tells" "1 not registered" "$status $(state_of openpegasus)"
+    check_contains "folders that nobody tells" "--provider-folder FOLDER tells" "$output"
+    if [[ -e /etc/sfcb/sfcb.cfg ]]; then return; fi
+    fresh
+    run "$scratch/prefix/sbin/merolt-cna-register" register sfcb --tools "$scratch/tools" --staging "$STATE/stage"
+    check "folders that sfcb does not tell" "1 not registered" "$status $(state_of sfcb)"
+}
+
 # Without its server nobody knows what a repository holds, so what an earlier run did is not touched.
 test_a_failure_offline_undoes_what_this_run_did_and_no_more() {
     local link=$STATE/providers/$library step earlier=$scratch/prefix/lib/gone/cmpi/$library
@@ -147,6 +222,8 @@ test_a_library_that_cannot_be_loaded_from_its_place_is_told() {
 test_another_library_of_that_name_is_left_alone
 test_links_are_replaced_only_where_they_are_ours_or_lead_nowhere
 test_several_folders_of_providers_are_looked_at_in_their_order
+test_folders_that_begin_at_the_server_are_found
+test_nothing_is_registered_that_the_server_would_not_find
 test_a_failure_offline_undoes_what_this_run_did_and_no_more
 test_a_library_that_cannot_be_loaded_from_its_place_is_told
 conclude

@@ -20,7 +20,8 @@ forget_calls() {
 
 fresh() {
     rm -rf "$STATE"
-    mkdir -p "$STATE/providers" "$STATE/stage"
+    mkdir -p "$STATE/providers" "$STATE/stage" "$STATE/share"
+    touch "$STATE/stage/default.reg" "$STATE/share/CIM_Schema.mof"
     forget_calls
     FAIL_AT=0 FAIL_FOR='' FAIL_TEXT=''
     SIGNAL_AT=0 SIGNAL='' SIGNAL_TO=''
@@ -47,6 +48,6 @@ state_of() { if is_registered "$1"; then echo registered; else echo not register
 # Whatever a registration brings: module, classes, staged files, links.
 left_in() { # left_in SERVER
     if is_registered "$1"; then echo "the registration"; fi
-    find "$STATE/providers" "$STATE/stage" "$STATE/classes" ! -type d 2>/dev/null || true
+    find "$STATE/providers" "$STATE/stage" "$STATE/classes" ! -type d ! -name default.reg 2>/dev/null || true
 }
 

@@ -1,5 +1,7 @@
 #include "cimhost/service/call_queue.h"
 
+#include "cimhost/thread.h"
+
 #include <algorithm>
 #include <system_error>
 #include <utility>
@@ -20,7 +22,7 @@ std::string textOf(std::chrono::milliseconds duration) {
 } // namespace
 
 CallQueue::CallQueue(CallQueueOptions options)
-    : settings(options), deadlineText(textOf(options.deadline)), watcher([this] { watch(); }) {}
+    : settings(options), deadlineText(textOf(options.deadline)), watcher(makeThread([this] { watch(); })) {}
 
 CallQueue::~CallQueue() { finish(); }
 
@@ -45,7 +47,7 @@ void CallQueue::addThreads() {
     const std::size_t wanted = std::min(mostRunning(), running.size() + waiting.size());
     try {
         while (threads.size() < wanted)
-            threads.emplace_back([this] { work(); });
+            threads.push_back(makeThread([this] { work(); }));
     } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch)
         // The system has no more of them: those that are there do the work, or else the deadline answers.
     }
@@ -82,15 +84,19 @@ void CallQueue::work() {
         const std::shared_ptr<QueuedCall> call = place->call;
         added.notify_one();
         lock.unlock();
-        if (call->isAwaited()) {
-            call->carryOut();
-        } else {
-            call->answerInstead("the client has left, nothing was done");
-        }
+        const bool isAwaited = call->isAwaited();
+        if (isAwaited) call->carryOut();
         lock.lock();
         if (place->isOverdue) --overdue;
         running.erase(place);
         changed.notify_one();
+        lock.unlock();
+        if (isAwaited) {
+            call->giveAnswer();
+        } else {
+            call->answerInstead("the client has left, nothing was done");
+        }
+        lock.lock();
     }
 }
 

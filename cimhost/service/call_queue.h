@@ -21,8 +21,11 @@ class QueuedCall {
 public:
     virtual ~QueuedCall() = default;
 
-    /// On a thread of the queue. Throws nothing.
+    /// On a thread of the queue. Keeps its answer. Throws nothing.
     virtual void carryOut() = 0;
+    /// On the same thread, once the call no longer counts as under way: gives its client the answer, who may ask for
+    /// the next of a kind of which one runs at a time. Throws nothing.
+    virtual void giveAnswer() = 0;
     /// On any thread, also while it is carried out: tells its client why there is no other answer.
     virtual void answerInstead(const std::string& reason) = 0;
     /// False once its client has left.

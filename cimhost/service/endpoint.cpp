@@ -137,11 +137,13 @@ public:
 
     void carryOut() override {
         try {
-            reply->send(responseWith(dispatcher.handle(message.request, message.caller)));
+            found = responseWith(dispatcher.handle(message.request, message.caller));
         } catch (const std::exception&) {
-            reply->send(http::textResponse(500, "the request could not be answered"));
+            found = http::textResponse(500, "the request could not be answered");
         }
     }
+
+    void giveAnswer() override { reply->send(std::move(found)); }
 
     void answerInstead(const std::string& reason) override {
         reply->send(responseWith(dispatcher.refuse(message.request, {CMPI_RC_ERR_FAILED, reason})));
@@ -154,6 +156,7 @@ private:
     Dispatcher& dispatcher;
     const Message message;
     const std::shared_ptr<http::Reply> reply;
+    http::Response found;
 };
 
 // One message, as it comes.

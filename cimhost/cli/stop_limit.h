@@ -13,8 +13,10 @@ namespace cimhost::cli {
 /// written beside them and put in their place as a whole, so that nothing is left half done.
 class StopLimit {
 public:
-    /// Once begun, ends the process with status ExitStatus::cutShort unless this object is destroyed in time.
-    explicit StopLimit(std::chrono::milliseconds duration) : limit(duration) {}
+    /// Once begun, ends the process with status ExitStatus::cutShort unless this object is destroyed in time. Its
+    /// thread is there from the start: a stop must not depend on whether the system has one left. Throws
+    /// std::system_error if it has none.
+    explicit StopLimit(std::chrono::milliseconds duration);
     ~StopLimit();
     StopLimit(const StopLimit&) = delete;
     StopLimit& operator=(const StopLimit&) = delete;
@@ -28,8 +30,9 @@ private:
     const std::chrono::milliseconds limit;
     std::mutex mutex;
     std::condition_variable changed;
+    bool isBegun = false;
     bool isOver = false;
-    std::thread thread;
+    std::thread thread; // last: it uses all of the above
 };
 
 } // namespace cimhost::cli

@@ -5,13 +5,13 @@
 #include "cimhost/http/reply.h"
 #include "cimhost/http/server.h"
 #include "cimhost/http/wire.h"
+#include "cimhost/http/worker_pool.h"
 
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <boost/asio/thread_pool.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/core/tcp_stream.hpp>
@@ -54,9 +54,9 @@ struct ConnectionHost {
     std::shared_ptr<Mailbox> mailbox;
     boost::asio::steady_timer watch;
     bool isWatching = false;
-    boost::asio::thread_pool workers;
+    WorkerPool workers;
     // Guessing passwords costs whoever guesses: one at a time, and never a worker's time.
-    boost::asio::thread_pool verifier;
+    WorkerPool verifier;
 };
 
 class Connection : public Addressee {

@@ -84,8 +84,8 @@ void Server::State::accept() {
     acceptor.async_accept(io, [this](error_code error, tcp::socket socket) {
         if (stopping || error == asio::error::operation_aborted) return;
         if (!error) {
-            admit(std::move(socket));
-            return accept();
+            accept(); // first: what goes wrong with one client does not shut out the next
+            return admit(std::move(socket));
         }
         // Out of descriptors, most likely: trying again at once would only burn the processor.
         retryTimer.expires_after(acceptRetry);

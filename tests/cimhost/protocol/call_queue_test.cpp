@@ -96,6 +96,15 @@ protected:
         EXPECT_TRUE(becomesTrue([&] { return call.hasBegun.load(); }));
         return call;
     }
+    /// Tries again where the machine is so busy that the deadline comes before the call's turn.
+    TestCall& begunWithinDeadline() {
+        TestCall* call = &submit();
+        EXPECT_TRUE(becomesTrue([&] {
+            if (!call->hasBegun && call->isAnswered()) call = &submit();
+            return call->hasBegun.load();
+        }));
+        return *call;
+    }
 
     std::unique_ptr<CallQueue> queue;
     std::vector<std::shared_ptr<TestCall>> calls; // let go before the queue waits for them
@@ -114,10 +123,10 @@ TEST_F(CallQueueTest, AsManyAsThereAreWorkersRunAtTheSameMoment) {
 
 TEST_F(CallQueueTest, ACallThatHangsIsAnsweredAtItsDeadlineAndGivesItsPlaceToOthers) {
     open(1, 50ms);
-    TestCall& hanging = begun();
+    TestCall& hanging = begunWithinDeadline();
     EXPECT_TRUE(becomesTrue([&] { return hanging.isAnswered(); }));
     EXPECT_THAT(hanging.answer(), HasSubstr("no answer of the provider within 50 milliseconds"));
-    TestCall& next = begun();
+    TestCall& next = begunWithinDeadline();
     next.release();
     EXPECT_TRUE(becomesTrue([&] { return next.hasEnded.load(); }));
     EXPECT_FALSE(hanging.hasEnded);
@@ -125,15 +134,16 @@ TEST_F(CallQueueTest, ACallThatHangsIsAnsweredAtItsDeadlineAndGivesItsPlaceToOth
 
 TEST_F(CallQueueTest, CallsThatHangAreBounded) {
     open(1, 500ms, 2);
-    for (int number = 0; number < 3; ++number)
-        begun();
+    TestCall& first = begunWithinDeadline();
+    begunWithinDeadline();
+    begunWithinDeadline();
     TestCall& next = submit();
     EXPECT_TRUE(becomesTrue([&] { return next.isAnswered(); }));
     EXPECT_THAT(next.answer(), HasSubstr("not begun within 500 milliseconds, nothing was done"));
     EXPECT_FALSE(next.hasBegun);
-    calls.front()->release();
-    EXPECT_TRUE(becomesTrue([&] { return calls.front()->hasEnded.load(); }));
-    begun();
+    first.release();
+    EXPECT_TRUE(becomesTrue([&] { return first.hasEnded.load(); }));
+    begunWithinDeadline();
 }
 
 TEST_F(CallQueueTest, ACallWhoseClientHasLeftIsNotBegun) {

@@ -20,6 +20,7 @@ class ObjectTreeTest : public testing::Test {
 protected:
     ObjectTreeTest() {
         host.registration.add(*host.repository.find("root/ns", "T_Box"), ProviderKind::instance);
+        host.registration.add(*host.repository.find("root/ns", "T_Link"), ProviderKind::association);
         host.provider.objects = {{"T_Box", "1"}, {"T_FibrePort", "a"}, {"T_FibrePort", "b"}, {"T_EtherPort", "e"}};
         host.provider.links.clear();
     }

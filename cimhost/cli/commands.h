@@ -20,8 +20,9 @@ struct ServeOptions {
     std::string certificate;
     std::string key;
     std::string credentials;
-    bool anonymousWrites = false; ///< whoever can connect may change something
-    std::string state;            ///< file that remembers subscriptions; empty: nothing does
+    std::vector<std::string> serverNames; ///< more names that clients call the server by
+    bool anonymousWrites = false;         ///< whoever can connect may change something
+    std::string state;                    ///< file that remembers subscriptions; empty: nothing does
     std::size_t connections = 64;
     std::size_t workers = 4;
     unsigned deadlineSeconds = 30;             ///< until a request is answered that the provider has not answered

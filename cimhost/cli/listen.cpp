@@ -170,6 +170,7 @@ void listen(const ListenOptions& options) {
     http::Options settings;
     settings.address = options.address;
     settings.port = options.port;
+    settings.host = http::HostField::anything; // a destination's URL is whatever leads here from its server
     settings.workers = 1;
     Listener listener(options.form);
     http::Server listening(settings, listener);

@@ -56,6 +56,7 @@ http::Options serverOptions(const ServeOptions& options) {
     const ListenAddress listen = parseListen(options.listen, server.tls ? httpsPort : httpPort);
     server.address = listen.address;
     server.port = listen.port;
+    server.names = options.serverNames;
     server.limits.connections = options.connections;
     server.workers = options.workers;
     server.limits.bodyBytes = options.largestRequestMebibytes << 20;

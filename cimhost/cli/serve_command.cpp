@@ -13,6 +13,8 @@ void addServe(CommandLine& line) {
     CLI::App& command = line.add("serve", "Serve CIM-XML clients until stopped");
     command.add_option("--listen", options->listen,
                        "Address and port; 127.0.0.1:5988, or 5989 with TLS, unless told otherwise");
+    command.add_option("--server-name", options->serverNames,
+                       "One more name or address that clients may call this server by; may be given again");
     command.add_option("--certificate", options->certificate, "TLS certificate with its chain, PEM");
     command.add_option("--key", options->key, "TLS key, PEM");
     command.add_option("--credentials", options->credentials,

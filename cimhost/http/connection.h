@@ -2,7 +2,11 @@
 // and leaves it only to be answered on a worker.
 #pragma once
 
+#include "cimhost/http/guess_queue.h"
+#include "cimhost/http/host_names.h"
+#include "cimhost/http/login_gate.h"
 #include "cimhost/http/reply.h"
+#include "cimhost/http/room.h"
 #include "cimhost/http/server.h"
 #include "cimhost/http/wire.h"
 #include "cimhost/http/worker_pool.h"
@@ -19,11 +23,9 @@
 #include <boost/beast/ssl/ssl_stream.hpp>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <exception>
-#include <list>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -32,22 +34,36 @@ namespace cimhost::http {
 
 class Connection;
 
+// Somebody's name and password, until they are found right or wrong.
+struct Guess {
+    std::shared_ptr<Connection> connection;
+    std::string authorization;
+    std::string user;
+    boost::asio::executor_work_guard<boost::asio::io_context::executor_type> keepRunning;
+};
+
 // What connections share with the server that accepted them.
 struct ConnectionHost {
-    explicit ConnectionHost(Options settings, Handler& requestHandler)
-        : options(std::move(settings)), handler(requestHandler), mailbox(std::make_shared<Mailbox>(io)), watch(io),
-          workers(options.workers), verifier(1) {}
+    ConnectionHost(Options settings, Handler& requestHandler)
+        : options(std::move(settings)), handler(requestHandler), names(options.names),
+          room({options.limits.newcomers, options.limits.connections, options.limits.bodyBytesPerSecond}),
+          mailbox(std::make_shared<Mailbox>(io)), watch(io), workers(options.workers), verifier(1) {}
     ~ConnectionHost() { mailbox->close(); }
     ConnectionHost(const ConnectionHost&) = delete;
     ConnectionHost& operator=(const ConnectionHost&) = delete;
 
+    // Closes a late or idle one where that is needed; false if all wait for their answers.
+    bool makeRoomForKnown();
+    void verify(Guess guess);
     // Nothing is read from a client whose request is being answered, so that it has left is looked for now and then.
     void watchForLeaving();
 
     Options options;
     Handler& handler;
-    std::list<Connection*> connections; // outlives the io_context, with which the last connections go
-    std::size_t bodyBytes = 0;          // held by all connections
+    HostNames names;
+    std::function<bool(const Authority&)> isCertified; // by the name in the certificate
+    Room room;                                         // outlives the io_context, with which the last connections go
+    std::size_t bodyBytes = 0;                         // held by all connections
     bool stopping = false;
     std::function<void()> onLastConnectionGone;
     boost::asio::io_context io;
@@ -57,52 +73,74 @@ struct ConnectionHost {
     WorkerPool workers;
     // Guessing passwords costs whoever guesses: one at a time, and never a worker's time.
     WorkerPool verifier;
+
+private:
+    void verifyNext();
+    void onVerified(const Guess& guess, const std::optional<std::string>& user);
+
+    LoginGate gate;
+    GuessQueue<Guess> guesses;
+    bool isVerifying = false;
 };
 
-class Connection : public Addressee {
+class Connection : public Addressee, public Standing {
 public:
-    // Closed at once when the server stops or needs the room: waiting and reading, not the others.
-    enum class Phase { waiting, reading, answering, writing };
-
-    explicit Connection(ConnectionHost& server) : host(server) {
-        position = host.connections.insert(host.connections.end(), this);
+    Connection(ConnectionHost& server, const Source& from, std::string to) : host(server), localAddress(std::move(to)) {
+        source = from;
+        place = host.room.enter(*this);
     }
     ~Connection() override {
         host.bodyBytes -= heldBytes;
-        host.connections.erase(position);
-        if (host.connections.empty() && host.onLastConnectionGone) host.onLastConnectionGone();
+        host.room.leave(place);
+        if (host.room.all().empty() && host.onLastConnectionGone) host.onLastConnectionGone();
     }
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    virtual void close() = 0;
+    void close() {
+        isClosed = true;
+        closeSocket();
+    }
+
     // While it is answered: tells whoever works on the answer if nobody waits for it any more.
     virtual void noteIfLeft() = 0;
-    [[nodiscard]] Phase phase() const { return currentPhase; }
-    [[nodiscard]] std::chrono::steady_clock::time_point waitingSince() const { return waitStart; }
+    virtual void onLogin(std::string user) = 0;
+    virtual void onWrongLogin(Response refusal) = 0;
 
 protected:
-    void beginWaiting() {
-        currentPhase = Phase::waiting;
-        waitStart = std::chrono::steady_clock::now();
+    virtual void closeSocket() = 0;
+
+    void enter(Phase next) {
+        phase = next;
+        since = Clock::now();
+        moved = 0;
     }
-    void enter(Phase next) { currentPhase = next; }
+
+    // False if there is no room for one more client.
+    bool becomeKnown() {
+        if (!isKnown) isKnown = host.makeRoomForKnown();
+        return isKnown;
+    }
+
+    bool isOwnName(const Authority& authority) const {
+        if (host.options.host == HostField::anything) return true;
+        return host.names.contains(authority, localAddress) || (host.isCertified && host.isCertified(authority));
+    }
 
     // False if all requests together now hold more than they may. Of a body that is read in pieces, that is the piece
     // and what its reader keeps.
-    bool holdBytes(std::size_t bytes) {
-        host.bodyBytes += bytes - heldBytes;
-        heldBytes = bytes;
+    bool holdBytes(std::size_t held) {
+        host.bodyBytes += held - heldBytes;
+        heldBytes = held;
         return host.bodyBytes <= host.options.limits.allBodyBytes;
     }
 
     ConnectionHost& host;
 
 private:
-    std::list<Connection*>::iterator position;
+    Room::Place place;
+    std::string localAddress;
     std::size_t heldBytes = 0;
-    Phase currentPhase = Phase::waiting;
-    std::chrono::steady_clock::time_point waitStart = std::chrono::steady_clock::now();
 };
 
 inline void ConnectionHost::watchForLeaving() {
@@ -112,10 +150,10 @@ inline void ConnectionHost::watchForLeaving() {
     watch.async_wait([this](boost::system::error_code) {
         isWatching = false;
         bool isAnswering = false;
-        for (Connection* connection : connections) {
-            if (connection->phase() != Connection::Phase::answering) continue;
+        for (Standing* standing : room.all()) {
+            if (standing->phase != Standing::Phase::answering || standing->isClosed) continue;
             isAnswering = true;
-            connection->noteIfLeft();
+            static_cast<Connection*>(standing)->noteIfLeft();
         }
         if (isAnswering) watchForLeaving();
     });
@@ -128,8 +166,8 @@ public:
     static constexpr bool isTls = !std::is_same_v<Stream, boost::beast::tcp_stream>;
 
     template <typename... StreamArguments>
-    explicit Session(ConnectionHost& server, StreamArguments&&... arguments)
-        : Connection(server), stream(std::forward<StreamArguments>(arguments)...),
+    explicit Session(ConnectionHost& server, const Source& from, std::string to, StreamArguments&&... arguments)
+        : Connection(server, from, std::move(to)), stream(std::forward<StreamArguments>(arguments)...),
           buffer(server.options.limits.headerBytes + readSize) {}
 
     void start() {
@@ -145,17 +183,10 @@ public:
         }
     }
 
-    void close() override {
-        error_code ignored;
-        socket().close(ignored);
-        if (!awaited) return;
-        *awaited = false;
-        // Whoever closes all connections goes through a list of them, which the last share of this one leaves.
-        boost::asio::post(host.io, [self = this->shared_from_this()] { self->endWaiting(); });
-    }
-
     void noteIfLeft() override {
-        if (awaited && isClosedByPeer(socket().native_handle())) *awaited = false;
+        if (!awaited || !isClosedByPeer(socket().native_handle())) return;
+        *awaited = false;
+        hasLeft = true;
     }
 
     void takeAnswer(Response finished) override {
@@ -165,9 +196,32 @@ public:
         write(std::move(finished), closesBehindAnswer || isLost);
     }
 
+    void onLogin(std::string user) override {
+        if (!socket().is_open()) return;
+        if (!becomeKnown()) return refuse(noRoom());
+        enter(Phase::reading);
+        request.user = std::move(user);
+        readBody();
+    }
+
+    void onWrongLogin(Response refusal) override { refuse(std::move(refusal)); }
+
 private:
     static constexpr std::size_t readSize = std::size_t{64} << 10;
     static constexpr std::size_t pieceSize = std::size_t{64} << 10; // of a body, for its reader
+
+    static constexpr std::size_t sliceSize = std::size_t{64} << 10; // of an answer
+
+    void closeSocket() override {
+        error_code ignored;
+        socket().close(ignored);
+        if (!awaited) return;
+        *awaited = false;
+        // Whoever closes all connections goes through a list of them, which the last share of this one leaves.
+        boost::asio::post(host.io, [self = this->shared_from_this()] { self->endWaiting(); });
+    }
+
+    static Response noRoom() { return textResponse(503, "too many clients wait for answers at this moment"); }
 
     const Limits& limits() const { return host.options.limits; }
     auto& lowest() { return boost::beast::get_lowest_layer(stream); }
@@ -177,7 +231,7 @@ private:
     void waitForNext() {
         if (host.stopping) return close();
         if (buffer.size() > 0) return readHead();
-        beginWaiting();
+        enter(Phase::waiting);
         expiresAfter(limits().idle);
         readFirstBytes();
     }
@@ -201,15 +255,19 @@ private:
         expiresAfter(limits().header);
         boost::beast::http::async_read_header(
             stream, buffer, *parser,
-            [self = this->shared_from_this()](error_code error, std::size_t) { self->onHead(error); });
+            [self = this->shared_from_this()](error_code error, std::size_t bytes) { self->onHead(error, bytes); });
     }
 
-    void onHead(error_code error) {
+    void onHead(error_code error, std::size_t headBytes) {
         if (error) return onReadError(error);
+        if (isClosed) return;
+        this->moved += headBytes;
         request = headOf(*parser);
         bodyReader.reset();
         readerBytes = 0;
         receivedBytes = 0;
+        const auto isOwn = [this](const Authority& authority) { return isOwnName(authority); };
+        if (std::optional<Response> refusal = refuseSender(*parser, isOwn)) return refuse(std::move(*refusal));
         if (std::optional<Response> refusal = host.handler.refuse(request)) return refuse(std::move(*refusal));
         if (std::optional<Response> refusal = refuseFraming(*parser)) return refuse(std::move(*refusal));
         authenticate();
@@ -223,23 +281,13 @@ private:
         if (!host.options.credentials) return readBody();
         const std::string* authorization = request.field("Authorization");
         if (!authorization) return refuse(unauthorized());
+        std::optional<std::string> claimed = Credentials::claimedUser(*authorization);
+        if (!claimed) return refuse(unauthorized());
         if (std::optional<std::string> user = host.options.credentials->recall(*authorization)) {
-            request.user = std::move(*user);
-            return readBody();
+            return onLogin(std::move(*user));
         }
-        enter(Phase::answering);
-        boost::asio::post(
-            host.verifier, [self = this->shared_from_this(), keep = keepRunning(), given = *authorization]() mutable {
-                std::optional<std::string> user = self->host.options.credentials->verify(given);
-                handBack(std::move(self), [user = std::move(user)](Session& session) { session.onVerified(user); });
-            });
-    }
-
-    void onVerified(const std::optional<std::string>& user) {
-        if (!user) return refuse(unauthorized());
-        enter(Phase::reading);
-        request.user = *user;
-        readBody();
+        enter(Phase::verifying);
+        host.verify({this->shared_from_this(), *authorization, std::move(*claimed), keepRunning()});
     }
 
     void readBody() {
@@ -261,6 +309,7 @@ private:
                                             [self = this->shared_from_this()](error_code error, std::size_t bytes) {
                                                 if (error) return self->onReadError(error);
                                                 self->receivedBytes += bytes;
+                                                self->moved += bytes;
                                                 self->onBodyBytes();
                                             });
     }
@@ -283,6 +332,7 @@ private:
     }
 
     void passPiece() {
+        enter(Phase::answering);
         boost::asio::post(host.workers, [self = this->shared_from_this(), keep = keepRunning(),
                                          piece = std::move(parser->get().body())]() mutable {
             std::optional<Response> refusal = self->readNow(piece);
@@ -305,6 +355,8 @@ private:
 
     void onPieceRead(std::optional<Response> refusal, std::size_t held, std::string piece) {
         if (refusal) return refuse(std::move(*refusal));
+        if (host.stopping) return close();
+        enter(Phase::reading);
         readerBytes = held;
         piece.clear();
         parser->get().body() = std::move(piece);
@@ -312,6 +364,7 @@ private:
     }
 
     void answer() {
+        if (!becomeKnown()) return refuse(noRoom());
         enter(Phase::answering);
         closesBehindAnswer = !parser->keep_alive();
         request.body = std::move(parser->get().body());
@@ -370,22 +423,35 @@ private:
         response = std::move(answerToWrite);
         closing = closes || host.stopping;
         head = serializeHead(response, closing);
-        if constexpr (isTls) {
-            // Of two buffers, the second one large, the TLS stream of Beast 1.74 writes the first and reports success.
-            head.append(response.body.view());
-            response.body = {};
-        }
-        const std::array<boost::asio::const_buffer, 2> parts = {
-            boost::asio::buffer(head), boost::asio::buffer(response.body.data(), response.body.size())};
-        expiresAfter(limits().write);
-        boost::asio::async_write(stream, parts, [self = this->shared_from_this()](error_code error, std::size_t) {
-            if (!error) self->onWritten();
-        });
+        const std::string_view slice = response.body.view().substr(0, sliceSize);
+        head.append(slice);
+        writtenBytes = slice.size();
+        writeEnd = Clock::now() + limits().write;
+        writeSlice(head);
+    }
+
+    // Slice by slice, for who takes an answer slowly is to be told from who takes it at all.
+    void writeSlice(std::string_view slice) {
+        lowest().expires_at(std::min(writeEnd, Clock::now() + limits().writeProgress));
+        boost::asio::async_write(stream, boost::asio::buffer(slice.data(), slice.size()),
+                                 [self = this->shared_from_this()](error_code error, std::size_t bytes) {
+                                     if (error) return;
+                                     self->moved += bytes;
+                                     self->writeNext();
+                                 });
+    }
+
+    void writeNext() {
+        const std::string_view slice = response.body.view().substr(writtenBytes, sliceSize);
+        if (slice.empty()) return onWritten();
+        writtenBytes += slice.size();
+        writeSlice(slice);
     }
 
     void onWritten() {
         response = {};
         if (!closing) return waitForNext();
+        enter(Phase::writing);
         expiresAfter(limits().linger);
         if constexpr (isTls) {
             stream.async_shutdown([self = this->shared_from_this()](error_code) { self->close(); });
@@ -420,8 +486,10 @@ private:
     std::shared_ptr<Session> waiting;           // itself: nothing is read or written meanwhile
     std::optional<WorkGuard> running;
     bool closesBehindAnswer = false;
-    std::string head;
+    std::string head; // and the first slice of the body
     Response response;
+    std::size_t writtenBytes = 0; // of the response's body
+    Clock::time_point writeEnd;
     bool closing = false;
     bool unread = false;
 };

@@ -114,6 +114,12 @@ Credentials::Digest Credentials::digestOf(std::string_view authorization) const 
     return digest;
 }
 
+std::optional<std::string> Credentials::claimedUser(std::string_view authorization) {
+    std::optional<UserAndPassword> claimed = parseBasic(authorization);
+    if (!claimed) return std::nullopt;
+    return std::move(claimed->user);
+}
+
 std::optional<std::string> Credentials::recall(std::string_view authorization) const {
     const std::optional<UserAndPassword> claimed = parseBasic(authorization);
     if (!claimed) return std::nullopt;

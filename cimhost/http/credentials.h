@@ -20,6 +20,9 @@ public:
 
     Credentials(Credentials&& other) noexcept;
 
+    /// Who the value of an Authorization field says it is; nothing if it is no name and password.
+    [[nodiscard]] static std::optional<std::string> claimedUser(std::string_view authorization);
+
     /// The user, if that value of an Authorization field has been verified before. Takes microseconds.
     [[nodiscard]] std::optional<std::string> recall(std::string_view authorization) const;
 

@@ -6,6 +6,14 @@
 #include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 
+#include <fcntl.h>
+#include <openssl/x509v3.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <csignal>
 #include <iostream>
 #include <stdexcept>
@@ -42,33 +50,84 @@ asio::ssl::context makeTlsContext(const Tls& files) {
     return context;
 }
 
+Source v6Bytes(const asio::ip::address& address) {
+    if (address.is_v6()) return address.to_v6().to_bytes();
+    return asio::ip::make_address_v6(asio::ip::v4_mapped, address.to_v4()).to_bytes();
+}
+
+int openSpare() { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); }
+
+// Every standing in a server's room is a connection of its.
+bool closeIfAny(Standing* standing) {
+    if (standing) static_cast<Connection*>(standing)->close();
+    return standing != nullptr;
+}
+
+bool closeForRoom(const Room& room) {
+    const auto now = Standing::Clock::now();
+    return closeIfAny(room.newcomerToGiveWay(now)) || closeIfAny(room.knownToGiveWay(now));
+}
+
+bool isOutOfDescriptors(error_code error) { return error.value() == EMFILE || error.value() == ENFILE; }
+
+bool isReadable(int socket) {
+    pollfd asked{socket, POLLIN, 0};
+    return ::poll(&asked, 1, 0) > 0;
+}
+
+// Connections take descriptors, and what a shell allows is less than what the system does.
+void raiseDescriptorLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == limit.rlim_max) return;
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+bool isCertifiedBy(SSL_CTX* context, const Authority& authority) {
+    X509* certificate = SSL_CTX_get0_certificate(context);
+    if (!certificate) return false;
+    if (authority.isAddress) return X509_check_ip_asc(certificate, authority.host.c_str(), 0) == 1;
+    return X509_check_host(certificate, authority.host.data(), authority.host.size(), 0, nullptr) == 1;
+}
+
 } // namespace
 
 struct Server::State : ConnectionHost {
     State(Options settings, Handler& requestHandler)
         : ConnectionHost(std::move(settings), requestHandler), acceptor(io), signals(io), retryTimer(io),
           graceTimer(io) {
-        if (options.tls) tls = makeTlsContext(*options.tls);
+        if (options.tls) {
+            tls = makeTlsContext(*options.tls);
+            isCertified = [this](const Authority& authority) { return isCertifiedBy(tls->native_handle(), authority); };
+        }
         onLastConnectionGone = [this] { graceTimer.cancel(); };
     }
-    ~State() { onLastConnectionGone = nullptr; }
+    ~State() {
+        onLastConnectionGone = nullptr;
+        ::close(spareDescriptor);
+    }
 
     void listen();
     void accept();
+    void acceptWhenSomebodyComes();
+    void acceptLater();
     void admit(tcp::socket socket);
-    bool makeRoom();
+    void refuseOne();
     void beginStop();
-    void closeIf(bool (*condition)(Connection::Phase));
+    void closeIf(bool (*condition)(Standing::Phase));
 
     std::optional<asio::ssl::context> tls;
     tcp::acceptor acceptor;
     asio::signal_set signals;
     asio::steady_timer retryTimer;
     asio::steady_timer graceTimer;
+    int spareDescriptor = openSpare();
 };
 
 void Server::State::listen() {
     const tcp::endpoint endpoint(parseAddress(options.address), options.port);
+    if (options.host == HostField::thisServer && !endpoint.address().is_loopback()) names.addQualifiedName();
+    raiseDescriptorLimit();
     try {
         acceptor.open(endpoint.protocol());
         acceptor.set_option(asio::socket_base::reuse_address(true));
@@ -87,45 +146,103 @@ void Server::State::accept() {
             accept(); // first: what goes wrong with one client does not shut out the next
             return admit(std::move(socket));
         }
-        // Out of descriptors, most likely: trying again at once would only burn the processor.
-        retryTimer.expires_after(acceptRetry);
-        retryTimer.async_wait([this](error_code waitError) {
-            if (!waitError) accept();
-        });
+        if (!isOutOfDescriptors(error)) return acceptLater();
+        // Without a descriptor left the system says so even while nobody asks for one.
+        if (!isReadable(acceptor.native_handle())) return acceptWhenSomebodyComes();
+        // Whoever would give way for room gives way for a descriptor.
+        if (closeForRoom(room)) return accept();
+        refuseOne();
+        acceptLater();
     });
+}
+
+void Server::State::acceptWhenSomebodyComes() {
+    acceptor.async_wait(tcp::acceptor::wait_read, [this](error_code error) {
+        if (!error) accept();
+    });
+}
+
+// Trying again at once would only burn the processor.
+void Server::State::acceptLater() {
+    retryTimer.expires_after(acceptRetry);
+    retryTimer.async_wait([this](error_code error) {
+        if (!error) accept();
+    });
+}
+
+// A client that is told nothing waits for long; one that is cut off can try again.
+void Server::State::refuseOne() {
+    ::close(spareDescriptor);
+    const int refused = ::accept4(acceptor.native_handle(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+    if (refused >= 0) ::close(refused);
+    spareDescriptor = openSpare();
 }
 
 void Server::State::admit(tcp::socket socket) {
     error_code ignored;
+    const tcp::endpoint remote = socket.remote_endpoint(ignored);
+    const tcp::endpoint local = socket.local_endpoint(ignored);
     socket.set_option(tcp::no_delay(true), ignored);
-    if (connections.size() >= options.limits.connections && !makeRoom()) {
-        if (tls) return;
-        const std::string refusal = serializeHead(Response{503, {}, {}}, true);
-        socket.non_blocking(true, ignored);
-        socket.send(asio::buffer(refusal), 0, ignored);
-        return;
-    }
+    if (room.isFullOfNewcomers()) closeIfAny(room.newcomerToGiveWay(Standing::Clock::now()));
+    const Source source = sourceOf(v6Bytes(remote.address()));
+    std::string address = local.address().to_string(ignored);
     if (tls) {
-        std::make_shared<TlsSession>(*this, boost::beast::tcp_stream(std::move(socket)), *tls)->start();
+        std::make_shared<TlsSession>(*this, source, std::move(address), boost::beast::tcp_stream(std::move(socket)),
+                                     *tls)
+            ->start();
     } else {
-        std::make_shared<PlainSession>(*this, std::move(socket))->start();
+        std::make_shared<PlainSession>(*this, source, std::move(address), std::move(socket))->start();
     }
 }
 
-// Who has been silent for longest after an answer gives way to who has something to ask.
-bool Server::State::makeRoom() {
-    Connection* longest = nullptr;
-    for (Connection* connection : connections) {
-        if (connection->phase() != Connection::Phase::waiting) continue;
-        if (!longest || connection->waitingSince() < longest->waitingSince()) longest = connection;
-    }
-    if (longest) longest->close();
-    return longest != nullptr;
+bool ConnectionHost::makeRoomForKnown() {
+    return !room.isFullOfKnown() || closeIfAny(room.knownToGiveWay(Standing::Clock::now()));
 }
 
-void Server::State::closeIf(bool (*condition)(Connection::Phase)) {
-    for (Connection* connection : connections) {
-        if (condition(connection->phase())) connection->close();
+void ConnectionHost::verify(Guess guess) {
+    const Source source = guess.connection->source;
+    guesses.push(source, std::move(guess));
+    verifyNext();
+}
+
+// Whom an earlier guess of the same address settles needs none of its own.
+void ConnectionHost::verifyNext() {
+    while (!isVerifying && !guesses.empty()) {
+        Guess guess = guesses.pop();
+        if (guess.connection->isClosed) continue;
+        if (std::optional<std::string> user = options.credentials->recall(guess.authorization)) {
+            guess.connection->onLogin(std::move(*user));
+            continue;
+        }
+        if (const auto wait = gate.wait(guess.connection->source, guess.user, LoginGate::Clock::now())) {
+            guess.connection->onWrongLogin(tooManyGuesses(*wait));
+            continue;
+        }
+        isVerifying = true;
+        asio::post(verifier, [this, credentials = options.credentials, guess = std::move(guess)]() mutable {
+            std::optional<std::string> user = credentials->verify(guess.authorization);
+            // The connection's end touches what belongs to the network thread.
+            asio::post(io, [this, guess = std::move(guess), user = std::move(user)] { onVerified(guess, user); });
+        });
+    }
+}
+
+void ConnectionHost::onVerified(const Guess& guess, const std::optional<std::string>& user) {
+    isVerifying = false;
+    Connection& connection = *guess.connection;
+    if (user) {
+        gate.succeeded(connection.source, guess.user);
+        connection.onLogin(*user);
+    } else {
+        gate.failed(connection.source, guess.user, LoginGate::Clock::now());
+        connection.onWrongLogin(unauthorized());
+    }
+    verifyNext();
+}
+
+void Server::State::closeIf(bool (*condition)(Standing::Phase)) {
+    for (Standing* standing : room.all()) {
+        if (condition(standing->phase)) closeIfAny(standing);
     }
 }
 
@@ -137,13 +254,12 @@ void Server::State::beginStop() {
     acceptor.close(ignored);
     signals.cancel(ignored);
     retryTimer.cancel();
-    closeIf([](Connection::Phase phase) {
-        return phase == Connection::Phase::waiting || phase == Connection::Phase::reading;
-    });
-    if (connections.empty()) return;
+    closeIf(
+        [](Standing::Phase phase) { return phase != Standing::Phase::answering && phase != Standing::Phase::writing; });
+    if (room.all().empty()) return;
     graceTimer.expires_after(stopGrace);
     graceTimer.async_wait([this](error_code error) {
-        if (!error) closeIf([](Connection::Phase) { return true; });
+        if (!error) closeIf([](Standing::Phase) { return true; });
     });
 }
 

@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace cimhost::http {
 
@@ -22,13 +23,17 @@ struct Limits {
     std::size_t headerBytes = std::size_t{16} << 10;   // then 431
     std::size_t bodyBytes = std::size_t{32} << 20;     // then 413
     std::size_t allBodyBytes = std::size_t{128} << 20; // of all requests at the moment; then a large one gets 503
-    std::size_t connections = 64;                      // then an idle one is closed, or else the new one gets 503
-    std::chrono::milliseconds header{10'000};          // from the first byte to the last of a header; TLS handshake
-    std::chrono::milliseconds bodyProgress{10'000};    // without any byte
-    std::chrono::milliseconds body{60'000};            // the whole body, and a second more for each
-    std::size_t bodyBytesPerSecond = std::size_t{256} << 10; // of it that came
+    // Of clients that have asked a whole request or proved who they are; beyond that a late or idle one is closed, and
+    // where all wait for their answers, a new one gets 503.
+    std::size_t connections = 64;
+    std::size_t newcomers = 256;              // of all others; beyond that the one that is furthest behind is closed
+    std::chrono::milliseconds header{10'000}; // from the first byte to the last of a header; TLS handshake
+    std::chrono::milliseconds bodyProgress{10'000};          // without any byte
+    std::chrono::milliseconds body{30'000};                  // the whole body, and a second more for each
+    std::size_t bodyBytesPerSecond = std::size_t{256} << 10; // of it that came; who is slower gives way to others
     std::chrono::milliseconds idle{30'000};                  // between two requests
     std::chrono::milliseconds write{60'000};                 // the whole answer
+    std::chrono::milliseconds writeProgress{10'000};         // each 64 KiB of it
     std::chrono::milliseconds linger{2'000};                 // for a client to take the answer that refuses its request
 };
 
@@ -38,12 +43,20 @@ struct Tls {
     std::filesystem::path key;
 };
 
+/// What the field Host of a request has to name.
+enum class HostField {
+    thisServer, // its address, localhost, the machine's name, a name of its certificate, or one of Options::names
+    anything,
+};
+
 struct Options {
     std::string address = "127.0.0.1"; // numeric
     std::uint16_t port = 5988;         // 0: any free one
     std::optional<Tls> tls;
     std::shared_ptr<Credentials> credentials; // null: everybody who can connect
     std::size_t workers = 4;                  // requests answered at the same moment
+    HostField host = HostField::thisServer;
+    std::vector<std::string> names; // more that clients call the server by
     Limits limits;
     std::function<void()> onStop; // called once, on the network thread, when the server begins to stop
 };

@@ -12,6 +12,8 @@ namespace beast_http = boost::beast::http;
 
 namespace {
 
+constexpr unsigned http11 = 11;
+
 std::string text(boost::beast::string_view view) { return {view.data(), view.size()}; }
 
 std::string dateText() {
@@ -35,12 +37,37 @@ Request headOf(const Parser& parser) {
     return request;
 }
 
+std::optional<Response> refuseSender(const Parser& parser, const std::function<bool(const Authority&)>& isOwnName) {
+    using beast_http::field;
+    const auto& head = parser.get();
+    if (head.find(field::origin) != head.end()) {
+        return textResponse(403, "web pages may not ask here: the request has a field Origin");
+    }
+    const auto hosts = head.equal_range(field::host);
+    if (hosts.first == hosts.second) {
+        if (head.version() < http11) return std::nullopt;
+        return textResponse(400, "the field Host is missing");
+    }
+    if (std::next(hosts.first) != hosts.second) return textResponse(400, "more than one Host");
+    const boost::beast::string_view value = hosts.first->value();
+    const std::optional<Authority> called = parseAuthority({value.data(), value.size()});
+    if (!called) return textResponse(400, "the field Host is no name or address, with or without a port");
+    if (!isOwnName(*called)) {
+        return textResponse(421, "this server does not know the name in the field Host as its own; "
+                                 "cimhost serve --server-name NAME adds a name");
+    }
+    return std::nullopt;
+}
+
 std::optional<Response> refuseFraming(const Parser& parser) {
     using beast_http::field;
     const auto& head = parser.get();
     const auto lengths = head.equal_range(field::content_length);
     const bool hasLength = lengths.first != lengths.second;
     const auto encoding = head.find(field::transfer_encoding);
+    if (encoding != head.end() && head.version() < http11) {
+        return textResponse(400, "HTTP/1.0 has no Transfer-Encoding");
+    }
     if (hasLength && (std::next(lengths.first) != lengths.second ||
                       lengths.first->value().find(',') != boost::beast::string_view::npos)) {
         return textResponse(400, "more than one Content-Length");
@@ -69,6 +96,13 @@ std::optional<Response> answerToReadError(boost::system::error_code error) {
 Response unauthorized() {
     Response response = textResponse(401, "name and password are needed");
     response.fields.push_back({"WWW-Authenticate", "Basic realm=\"cimhost\", charset=\"UTF-8\""});
+    return response;
+}
+
+Response tooManyGuesses(std::chrono::seconds wait) {
+    const std::string seconds = std::to_string(wait.count());
+    Response response = textResponse(429, "too many wrong passwords; try again in " + seconds + " s");
+    response.fields.push_back({"Retry-After", seconds});
     return response;
 }
 

@@ -2,11 +2,14 @@
 // to the HTTP server.
 #pragma once
 
+#include "cimhost/http/host_names.h"
 #include "cimhost/http/message.h"
 
 #include <boost/asio/buffer.hpp>
 #include <boost/beast/http/parser.hpp>
 
+#include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -48,6 +51,10 @@ using Parser = boost::beast::http::request_parser<GrowingBody>;
 /// The head of a parsed request, without its body.
 Request headOf(const Parser& parser);
 
+/// An answer where a browser asks for a web page, or where the head calls the server by no name, by several, or by one
+/// that is not its own: a page of somebody else's may have sent it.
+std::optional<Response> refuseSender(const Parser& parser, const std::function<bool(const Authority&)>& isOwnName);
+
 /// An answer where the head does not say beyond doubt how long its body is, or expects what nobody here knows. Two
 /// readings of one request are how requests are smuggled past a proxy.
 std::optional<Response> refuseFraming(const Parser& parser);
@@ -56,6 +63,9 @@ std::optional<Response> refuseFraming(const Parser& parser);
 std::optional<Response> answerToReadError(boost::system::error_code error);
 
 Response unauthorized();
+
+/// After too many wrong passwords.
+Response tooManyGuesses(std::chrono::seconds wait);
 
 /// Everything of an answer but its body.
 std::string serializeHead(const Response& response, bool closes);

@@ -124,11 +124,17 @@ def is_open(connection):
         return False
 
 
-class Crowd:
-    """Connections that are held open, each made anew when the server closes it: `make` returns a connection or raises
-    OSError, and `each` is done with every one of them, again and again, at most every `pause` seconds."""
+def stay(connection):
+    """Drops what the server sent. Raises OSError once it has closed."""
+    if not is_open(connection):
+        raise ConnectionError("closed")
 
-    def __init__(self, size, make, each=lambda connection: None, pause=0.05):
+
+class Crowd:
+    """Connections that are held open, each made anew when it is gone: `make` returns a connection or raises OSError, and
+    `each` is called with every one of them every `pause` seconds and raises OSError where it is gone."""
+
+    def __init__(self, size, make, each=stay, pause=0.05):
         self.size, self.make, self.each, self.pause = size, make, each, pause
         self.members = []
 
@@ -147,13 +153,11 @@ class Crowd:
 
     def _serves(self, member):
         try:
-            if is_open(member):
-                self.each(member)
-                return True
+            self.each(member)
+            return True
         except OSError:
-            pass
-        member.close()
-        return False
+            member.close()
+            return False
 
 
 def flood(make, stopping, keep=900, pause=0.001):

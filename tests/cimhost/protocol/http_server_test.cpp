@@ -2,10 +2,13 @@
 #include "socket_client.h"
 #include "temporary_file.h"
 
+#include "cimhost/http/login_gate.h"
 #include "cimhost/http/server.h"
 
 #include <gtest/gtest.h>
 #include <openssl/ssl.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <array>
 #include <condition_variable>
@@ -181,7 +184,7 @@ TEST_F(HttpServer, ClosesWhenTheClientWantsIt) {
 
 TEST_F(HttpServer, TakesChunks) {
     start();
-    const std::string answer = ask("POST / HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n"
+    const std::string answer = ask("POST / HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n"
                                    "3\r\nabc\r\n4;name=value\r\ndefg\r\n0\r\n\r\n");
     EXPECT_EQ(bodyOf(answer), "abcdefg");
 }
@@ -189,7 +192,7 @@ TEST_F(HttpServer, TakesChunks) {
 TEST_F(HttpServer, TellsAClientThatAsksToGoOn) {
     start();
     SocketClient client = connect();
-    client.send("POST / HTTP/1.1\r\nHost: x\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
+    client.send("POST / HTTP/1.1\r\nHost: localhost\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
     EXPECT_EQ(client.readAnswer(), "HTTP/1.1 100 Continue\r\n\r\n");
     client.send("ok");
     EXPECT_EQ(bodyOf(client.readAnswer()), "ok");
@@ -222,14 +225,14 @@ TEST_P(RefusedRequest, IsAnsweredAndTheConnectionClosed) {
 }
 
 std::vector<BadRequest> badRequests() {
-    const std::string start = "POST / HTTP/1.1\r\nHost: x\r\n";
+    const std::string start = "POST / HTTP/1.1\r\nHost: localhost\r\n";
     std::string manyFields;
     for (int index = 0; index < 5000; ++index)
         manyFields += "X-" + std::to_string(index) + ": y\r\n";
     return {
         {"NoHttp", "hello\r\n\r\n", 400},
         {"BinaryNoise", std::string("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03\r\n\r\n", 15), 400},
-        {"OtherMethod", "GET / HTTP/1.1\r\nHost: x\r\n\r\n", 405},
+        {"OtherMethod", "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n", 405},
         {"NoLength", start + "\r\n", 411},
         {"TwoLengths", start + "Content-Length: 2\r\nContent-Length: 3\r\n\r\nabc", 400},
         {"SameLengthTwice", start + "Content-Length: 3\r\nContent-Length: 3\r\n\r\nabc", 400},
@@ -247,6 +250,16 @@ std::vector<BadRequest> badRequests() {
         {"OverlongTarget", "POST /" + std::string(20'000, 'x') + " HTTP/1.1\r\n\r\n", 431},
         {"OverlongField", start + "X: " + std::string(20'000, 'x') + "\r\n\r\n", 431},
         {"EndlessHeader", start + manyFields, 431},
+        {"NoHost", "POST / HTTP/1.1\r\nContent-Length: 0\r\n\r\n", 400},
+        {"TwoHosts", start + "Host: localhost\r\nContent-Length: 0\r\n\r\n", 400},
+        {"HostNoName", "POST / HTTP/1.1\r\nHost: a b\r\nContent-Length: 0\r\n\r\n", 400},
+        {"EmptyHost", "POST / HTTP/1.1\r\nHost:\r\nContent-Length: 0\r\n\r\n", 400},
+        {"OtherHost", "POST / HTTP/1.1\r\nHost: evil.example\r\nContent-Length: 0\r\n\r\n", 421},
+        {"OtherHostOfAnOldClient", "POST / HTTP/1.0\r\nHost: evil.example\r\nContent-Length: 0\r\n\r\n", 421},
+        {"OtherAddress", "POST / HTTP/1.1\r\nHost: 192.0.2.1\r\nContent-Length: 0\r\n\r\n", 421},
+        {"WebPage", start + "Origin: http://localhost\r\nContent-Length: 0\r\n\r\n", 403},
+        {"WebPageWithoutName", start + "Origin: null\r\nContent-Length: 0\r\n\r\n", 403},
+        {"ChunksOfAnOldClient", "POST / HTTP/1.0\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", 400},
     };
 }
 
@@ -257,7 +270,7 @@ TEST_F(HttpServer, AChunkedBodyOverTheLimitIsRefusedOnTheWay) {
     options.limits.bodyBytes = 1000;
     start();
     SocketClient client = connect();
-    client.send("POST / HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n");
+    client.send("POST / HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n");
     const std::string chunk = "100\r\n" + std::string(256, 'x') + "\r\n";
     for (int index = 0; index < 5; ++index)
         client.send(chunk);
@@ -268,14 +281,14 @@ TEST_F(HttpServer, ALengthThatIsNeverSentTakesNoMemoryAndEnds) {
     options.limits.bodyProgress = 100ms;
     start();
     SocketClient client = connect();
-    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 33554432\r\n\r\nabc");
+    client.send("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 33554432\r\n\r\nabc");
     EXPECT_TRUE(client.isClosedWithin(5s));
 }
 
 TEST_F(HttpServer, BytesBehindTheBodyAreReadAsTheNextRequest) {
     start();
     SocketClient client = connect();
-    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 3\r\n\r\nabcdef\r\n\r\n");
+    client.send("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 3\r\n\r\nabcdef\r\n\r\n");
     EXPECT_EQ(bodyOf(client.readAnswer()), "abc");
     EXPECT_EQ(statusOf(client.readAnswer()), 400);
 }
@@ -328,7 +341,7 @@ TEST_F(HttpServer, ALargeBodyInChunksIsReadInPieces) {
     handler.readsPieces = true;
     start();
     const std::string body = largeBody(300'000);
-    std::string request = "POST / HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n";
+    std::string request = "POST / HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n";
     for (std::size_t begin = 0; begin < body.size(); begin += 1000)
         request += "3E8\r\n" + body.substr(begin, 1000) + "\r\n";
     EXPECT_EQ(bodyOf(ask(request + "0\r\n\r\n")), EchoHandler::summaryOf(body));
@@ -338,7 +351,7 @@ TEST_F(HttpServer, AReaderRefusesABodyOnTheWay) {
     handler.readsPieces = true;
     start();
     SocketClient client = connect();
-    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 30000000\r\n\r\n" + std::string(300'000, 'R'));
+    client.send("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 30000000\r\n\r\n" + std::string(300'000, 'R'));
     const std::string answer = client.readAnswer();
     EXPECT_EQ(statusOf(answer), 400);
     EXPECT_EQ(bodyOf(answer), "refused\n");
@@ -366,7 +379,7 @@ TEST_F(HttpServer, AClientThatGoesAwayInALargeBodyLeavesNothing) {
     start();
     for (int round = 0; round < 10; ++round) {
         SocketClient client = connect();
-        client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 30000000\r\n\r\n" + largeBody(500'000));
+        client.send("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 30000000\r\n\r\n" + largeBody(500'000));
     }
     EXPECT_EQ(bodyOf(ask(post("others are served"))), "others are served");
 }
@@ -375,7 +388,7 @@ TEST_F(HttpServer, AServerThatStopsInALargeBodyDoesNotWaitForIt) {
     handler.readsPieces = true;
     start();
     SocketClient client = connect();
-    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 30000000\r\n\r\n" + largeBody(500'000));
+    client.send("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 30000000\r\n\r\n" + largeBody(500'000));
     const auto begin = std::chrono::steady_clock::now();
     stop();
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
@@ -417,7 +430,7 @@ TEST_F(HttpServer, ABodySentByteByByteIsCutOff) {
     options.limits.body = 150ms;
     start();
     SocketClient client = connect();
-    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 10000\r\n\r\n");
+    client.send("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 10000\r\n\r\n");
     EXPECT_TRUE(dripsUntilCut(client, std::string(10'000, 'x'), 5s));
 }
 
@@ -447,20 +460,20 @@ TEST_F(HttpServer, AClientThatDoesNotReadItsAnswerIsClosed) {
     EXPECT_TRUE(client.isClosedWithin(5s));
 }
 
-TEST_F(HttpServer, BeyondTheMostConnectionsNewOnesAreRefused) {
+TEST_F(HttpServer, WhereEverybodyWaitsForAnAnswerNewClientsAreRefused) {
     options.limits.connections = 4;
     start();
     std::vector<SocketClient> clients;
     for (int index = 0; index < 4; ++index) {
         clients.push_back(connect());
-        clients.back().send("POST / HTTP/1.1\r\n");
+        clients.back().send(post("wait"));
     }
-    EXPECT_EQ(statusOf(connect().readAnswer()), 503);
-    clients.pop_back();
-    int status = 0;
-    for (int attempt = 0; attempt < 100 && status != 200; ++attempt)
-        status = statusOf(ask(post("x")));
-    EXPECT_EQ(status, 200);
+    handler.waitForWaiting(4);
+    EXPECT_EQ(statusOf(ask(post("x"))), 503);
+    handler.release();
+    for (SocketClient& client : clients)
+        EXPECT_EQ(bodyOf(client.readAnswer()), "wait");
+    EXPECT_EQ(bodyOf(ask(post("served"))), "served");
 }
 
 TEST_F(HttpServer, AnIdleConnectionMakesRoomForANewOne) {
@@ -470,9 +483,125 @@ TEST_F(HttpServer, AnIdleConnectionMakesRoomForANewOne) {
     idle.send(post("x"));
     idle.readAnswer();
     SocketClient busy = connect();
-    busy.send("POST / HTTP/1.1\r\n");
+    busy.send(post("wait"));
+    handler.waitForWaiting(1);
     EXPECT_EQ(bodyOf(ask(post("served"))), "served");
     EXPECT_TRUE(idle.isClosedWithin(5s));
+}
+
+// Many connections that never come to a whole request, some at most of which there is room for.
+class CrowdedServer : public HttpServer, public testing::WithParamInterface<const char*> {};
+
+TEST_P(CrowdedServer, ServesNewClientsAndKeepsIdleOnes) {
+    options.limits.connections = 3; // an answered one may still be on its way out when the next asks
+    options.limits.newcomers = 8;
+    start();
+    SocketClient idle = connect();
+    idle.send(post("first"));
+    EXPECT_EQ(bodyOf(idle.readAnswer()), "first");
+    std::vector<SocketClient> crowd;
+    for (int index = 0; index < 50; ++index) {
+        crowd.push_back(connect());
+        crowd.back().send(GetParam());
+        if (index % 10 != 0) continue;
+        EXPECT_EQ(bodyOf(ask(post("served", "Connection: close\r\n"))), "served");
+    }
+    idle.send(post("again"));
+    EXPECT_EQ(bodyOf(idle.readAnswer()), "again");
+    EXPECT_TRUE(crowd.front().isClosedWithin(5s)) << "the oldest gives way";
+    EXPECT_FALSE(crowd.back().isClosedWithin(50ms)) << "the newest has a chance";
+}
+
+INSTANTIATE_TEST_SUITE_P(OfUnfinished, CrowdedServer,
+                         testing::Values("", "POST / HTTP/1.1\r\nX: ",
+                                         "POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1000\r\n\r\nx"));
+
+TEST_F(HttpServer, WhoIsLateWithALaterRequestGivesWayBeforeIdleClients) {
+    options.limits.connections = 2;
+    start();
+    SocketClient idle = connect();
+    idle.send(post("x"));
+    idle.readAnswer();
+    SocketClient late = connect();
+    late.send(post("x"));
+    late.readAnswer();
+    late.send("POST / HTTP/1.1\r\n");
+    std::this_thread::sleep_for(300ms);
+    EXPECT_EQ(bodyOf(ask(post("served", "Connection: close\r\n"))), "served");
+    EXPECT_TRUE(late.isClosedWithin(5s));
+    idle.send(post("still here"));
+    EXPECT_EQ(bodyOf(idle.readAnswer()), "still here");
+}
+
+// Takes every free descriptor of the process.
+class NoDescriptors {
+public:
+    NoDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &before);
+        const int highest = dup(0);
+        close(highest);
+        rlimit fewer = before;
+        fewer.rlim_cur = static_cast<rlim_t>(highest) + 10;
+        setrlimit(RLIMIT_NOFILE, &fewer);
+        for (int taken = 0; (taken = dup(0)) >= 0;)
+            all.push_back(taken);
+    }
+    ~NoDescriptors() {
+        for (const int taken : all)
+            close(taken);
+        setrlimit(RLIMIT_NOFILE, &before);
+    }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+    void giveBackOne() {
+        close(all.back());
+        all.pop_back();
+    }
+
+private:
+    rlimit before{};
+    std::vector<int> all;
+};
+
+TEST_F(HttpServer, WithoutADescriptorLeftASilentConnectionGivesWay) {
+    start();
+    SocketClient silent = connect();
+    SocketClient other = connect(); // behind the silent one, which has therefore been accepted when this is closed
+    other.send(post("x", "Connection: close\r\n"));
+    EXPECT_TRUE(other.isClosedWithin(5s));
+    NoDescriptors none;
+    none.giveBackOne(); // for the test's own end
+    EXPECT_EQ(bodyOf(ask(post("served"))), "served");
+    EXPECT_TRUE(silent.isClosedWithin(5s));
+}
+
+TEST_F(HttpServer, WithoutADescriptorAtAllANewClientIsCutOffAndLaterOnesAreServed) {
+    start();
+    {
+        NoDescriptors none;
+        none.giveBackOne();
+        EXPECT_TRUE(connect().isClosedWithin(5s));
+    }
+    EXPECT_EQ(bodyOf(ask(post("served"))), "served");
+}
+
+TEST_F(HttpServer, OldClientsNeedNoHost) {
+    start();
+    EXPECT_EQ(bodyOf(ask("POST / HTTP/1.0\r\nContent-Length: 3\r\n\r\nold")), "old");
+}
+
+TEST_F(HttpServer, FurtherNamesAreItsOwn) {
+    options.names = {"Other.Example"};
+    start();
+    EXPECT_EQ(statusOf(ask("POST / HTTP/1.1\r\nHost: other.example:80\r\nContent-Length: 0\r\n\r\n")), 200);
+    EXPECT_EQ(statusOf(ask("POST / HTTP/1.1\r\nHost: evil.example\r\nContent-Length: 0\r\n\r\n")), 421);
+}
+
+TEST_F(HttpServer, AListenerIsCalledByAnyName) {
+    options.host = HostField::anything;
+    start();
+    EXPECT_EQ(statusOf(ask("POST / HTTP/1.1\r\nHost: evil.example\r\nContent-Length: 0\r\n\r\n")), 200);
 }
 
 TEST_F(HttpServer, ASlowAnswerHoldsUpNobodyElse) {
@@ -556,8 +685,45 @@ TEST_F(AuthenticatingServer, LetsInWhoKnowsThePassword) {
 TEST_F(AuthenticatingServer, RefusesBeforeItReadsABody) {
     start();
     SocketClient client = connect();
-    client.send("POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 1000000\r\n\r\n");
+    client.send("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1000000\r\n\r\n");
     EXPECT_EQ(statusOf(client.readAnswer()), 401);
+}
+
+TEST_F(AuthenticatingServer, WrongPasswordsAreAnsweredMoreAndMoreSlowly) {
+    start();
+    int refused = 0;
+    for (unsigned guess = 0; guess < LoginGate::freeGuesses; ++guess)
+        refused += statusOf(ask(post("x", annaWrong))) == 401 ? 1 : 0;
+    EXPECT_EQ(refused, static_cast<int>(LoginGate::freeGuesses));
+    const std::string answer = ask(post("x", annaSecret));
+    EXPECT_EQ(statusOf(answer), 429) << "and the right one too, as long as that lasts";
+    EXPECT_NE(answer.find("Retry-After: 1\r\n"), std::string::npos) << answer;
+    int status = 429;
+    for (int attempt = 0; attempt < 500 && status == 429; ++attempt) {
+        std::this_thread::sleep_for(20ms);
+        status = statusOf(ask(post("x", annaSecret)));
+    }
+    EXPECT_EQ(status, 200);
+}
+
+TEST_F(AuthenticatingServer, WhoIsKnownIsNotHeldUpByWrongPasswords) {
+    start();
+    EXPECT_EQ(statusOf(ask(post("x", annaSecret))), 200);
+    for (unsigned guess = 0; guess < 2 * LoginGate::freeGuesses; ++guess)
+        ask(post("x", annaWrong));
+    EXPECT_EQ(statusOf(ask(post("x", annaWrong))), 429);
+    EXPECT_EQ(statusOf(ask(post("x", annaSecret))), 200);
+}
+
+TEST_F(AuthenticatingServer, ManyClientsWithTheRightPasswordAreServedTogether) {
+    start();
+    std::vector<SocketClient> clients;
+    for (int index = 0; index < 20; ++index) {
+        clients.push_back(connect());
+        clients.back().send(post(" asks", annaSecret));
+    }
+    for (SocketClient& client : clients)
+        EXPECT_EQ(bodyOf(client.readAnswer()), "anna asks");
 }
 
 class TlsServer : public HttpServer {
@@ -599,6 +765,17 @@ TEST_F(TlsServer, DropsWhoSpeaksNoTls) {
     client.send(post("hello"));
     EXPECT_TRUE(client.isClosedWithin(5s));
     EXPECT_EQ(bodyOf(askOverTls(server->port(), post("hello", "Connection: close\r\n"))), "hello");
+}
+
+TEST_F(TlsServer, UnfinishedHandshakesGiveWay) {
+    options.limits.newcomers = 4;
+    start();
+    std::vector<SocketClient> crowd;
+    for (int index = 0; index < 20; ++index) {
+        crowd.push_back(connect());
+        crowd.back().send(std::string_view("\x16\x03\x01", 3));
+        EXPECT_EQ(bodyOf(askOverTls(server->port(), post("served", "Connection: close\r\n"))), "served");
+    }
 }
 
 TEST_F(TlsServer, AFileThatIsNoCertificateIsNamed) {

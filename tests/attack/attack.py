@@ -8,6 +8,7 @@ class Limits:
     """What well-behaved clients may lose while an attack runs, and what the server may take. Over it, the attack won."""
 
     refusals: int = 0  # new connections that got no answer, or another one than 200
+    refused_share: float = 0.0  # so many of all new connections besides, where an attack is nothing but many clients
     lost_idle: int = 0  # clients that kept a connection and found it closed
     p99_factor: float = 2.0  # the 99th percentile on new connections, against the one before the attack
     p99_allowance: float = 0.1  # seconds: below the one before plus this much nothing is held against the server

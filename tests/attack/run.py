@@ -112,7 +112,8 @@ def judge(attack, row, judges_times):
 
     if row.before.refusals or not row.before.times:
         row.problems.append(f"refused before the attack: {row.before.refusals[:1]}")
-    if len(row.during.refusals) > limits.refusals:
+    asked = len(row.during.times) + len(row.during.refusals)
+    if len(row.during.refusals) > limits.refusals + limits.refused_share * asked:
         row.problems.append(f"{len(row.during.refusals)} new clients refused, the first: {row.during.refusals[0]}")
     if len(row.during.lost_idle) > limits.lost_idle:
         row.problems.append(f"{len(row.during.lost_idle)} kept connections lost: {row.during.lost_idle[0]}")

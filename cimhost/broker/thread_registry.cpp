@@ -1,5 +1,6 @@
 #include "cimhost/broker/thread_registry.h"
 
+#include <atomic>
 #include <cerrno>
 #include <memory>
 #include <mutex>
@@ -24,6 +25,8 @@ struct Registry {
     std::mutex mutex;
     std::unordered_map<void*, std::unique_ptr<Thread>> threads;
 };
+
+std::atomic<std::size_t> missingThreads = 0;
 
 // Never destroyed: a provider's thread may outlive everything else.
 Registry& registry() {
@@ -56,11 +59,16 @@ void* startThread(ThreadFunction function, void* argument, bool isDetached, cons
     if (isDetached) pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
     const int failure = pthread_create(&thread->handle, &attributes, runThread, thread.get());
     pthread_attr_destroy(&attributes);
-    if (failure != 0) return nullptr;
+    if (failure != 0) {
+        ++missingThreads;
+        return nullptr;
+    }
     void* const handle = thread.get();
     known.threads.emplace(handle, std::move(thread));
     return handle;
 }
+
+std::size_t countMissingThreads() noexcept { return missingThreads; }
 
 int joinThread(void* thread, void** result) {
     Registry& known = registry();

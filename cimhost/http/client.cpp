@@ -20,6 +20,8 @@
 #include <boost/beast/ssl/ssl_stream.hpp>
 
 #include <algorithm>
+#include <exception>
+#include <iostream>
 #include <utility>
 #include <variant>
 
@@ -165,15 +167,23 @@ struct AsyncClient::State : std::enable_shared_from_this<AsyncClient::State> {
     [[nodiscard]] bool isOpen() const { return !std::holds_alternative<std::monostate>(stream); }
     void close() { stream.emplace<std::monostate>(); }
 
-    // The handler of one step: on with the next one, or the end. The end destroys the stream, whose operation is done
-    // only when its handler has returned.
     template <typename Next>
-    auto step(const char* name, Next next) {
-        return [self = shared_from_this(), name, next](error_code error, auto&&...) {
-            if (self->isAborted) error = asio::error::operation_aborted;
-            if (!error) return next(*self);
-            asio::post(self->loop.io, [self, name, error] { self->fail(name, error); });
-        };
+    class Step;
+    template <typename Next>
+    Step<Next> step(const char* name, Next next) {
+        return {shared_from_this(), name, std::move(next)};
+    }
+
+    // What goes wrong on this side, such as memory that is short, ends the message and nothing else.
+    template <typename Work>
+    void tryTo(Work work) noexcept {
+        try {
+            work();
+        } catch (const std::exception&) {
+            lookup.reset();
+            close();
+            finish({{}, "out of memory"}); // a text that needs none
+        }
     }
 
     void begin();
@@ -208,6 +218,49 @@ struct AsyncClient::State : std::enable_shared_from_this<AsyncClient::State> {
     std::variant<std::monostate, Plain, Secure> stream;
 };
 
+// The handler of one step: on with the next one, or the end. The end destroys the stream, whose operation is done only
+// when its handler has returned. An operation that throws destroys its handler without calling it: that is the end too.
+template <typename Next>
+class AsyncClient::State::Step {
+public:
+    Step(std::shared_ptr<State> owner, const char* stepName, Next nextStep)
+        : self(std::move(owner)), name(stepName), next(std::move(nextStep)) {}
+    ~Step() {
+        if (self) endLater(std::move(self), name, boost::system::errc::make_error_code(shortage));
+    }
+    Step(Step&&) noexcept = default;
+    Step& operator=(Step&&) = delete;
+
+    template <typename... Results>
+    void operator()(error_code error, Results&&...) {
+        const std::shared_ptr<State> state = std::move(self);
+        if (state->isAborted) error = asio::error::operation_aborted;
+        if (error) return endLater(state, name, error);
+        try {
+            next(*state);
+        } catch (const std::exception&) {
+            endLater(state, name, boost::system::errc::make_error_code(shortage));
+        }
+    }
+
+private:
+    static constexpr auto shortage = boost::system::errc::not_enough_memory;
+
+    // Behind the end of the loop nobody waits for the message any more.
+    static void endLater(std::shared_ptr<State> state, const char* name, error_code error) noexcept {
+        try {
+            const std::shared_ptr<Mailbox> box = state->loop.mailbox;
+            box->post([state = std::move(state), name, error] { state->tryTo([&] { state->fail(name, error); }); });
+        } catch (const std::exception& failure) {
+            std::cerr << "cimhost: " << name << ": " << failure.what() << '\n';
+        }
+    }
+
+    std::shared_ptr<State> self; // null once it has been called
+    const char* name;
+    Next next;
+};
+
 void AsyncClient::State::begin() {
     hasAnswer = false;
     parser.emplace();
@@ -224,7 +277,8 @@ void AsyncClient::State::resolve() {
     const auto onFound = [weak = weak_from_this(), mine = std::weak_ptr<int>(lookup)](error_code error,
                                                                                       const Places& found) {
         const std::shared_ptr<State> self = weak.lock();
-        if (self && self->lookup && mine.lock() == self->lookup) self->onPlaces(error, found);
+        if (!self || !self->lookup || mine.lock() != self->lookup) return;
+        self->tryTo([&] { self->onPlaces(error, found); });
     };
     lookupTimer.expires_after(limits.connect);
     lookupTimer.async_wait([onFound](error_code error) {
@@ -287,9 +341,10 @@ void AsyncClient::State::readHead() {
 
 void AsyncClient::State::readBody() {
     onStream([this](auto& through) {
-        beast::http::async_read(through, buffer, *parser, step("reading the answer", [](State& self) {
-                                    asio::post(self.loop.io, [kept = self.shared_from_this()] { kept->succeed(); });
-                                }));
+        beast::http::async_read(
+            through, buffer, *parser, step("reading the answer", [](State& self) {
+                asio::post(self.loop.io, [kept = self.shared_from_this()] { kept->tryTo([&] { kept->succeed(); }); });
+            }));
     });
 }
 
@@ -334,7 +389,7 @@ void AsyncClient::post(const std::vector<Field>& fields, std::string body, Done 
     request.prepare_payload();
     state->isKept = state->isOpen();
     state->done = std::move(done);
-    state->begin();
+    state->tryTo([this] { state->begin(); });
 }
 
 void AsyncClient::abort() { state->abort(); }

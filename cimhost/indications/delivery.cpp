@@ -7,6 +7,7 @@
 #include "cimhost/model/printable.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace cimhost {
@@ -62,9 +63,18 @@ void Delivery::enqueue(OpenInstance indication) {
         droppedNow = totals.dropped;
         wasAwake = std::exchange(isAwake, true);
     }
-    if (!wasAwake) shared.loop().post([self = shared_from_this()] { self->wake(); });
+    if (!wasAwake) postWake();
     // The first one is told at once; the rest is counted, and told when the listener answers again or is given up.
     if (droppedBefore == 0 && droppedNow > 0) report(LogLevel::warning, "the queue is full, the oldest is dropped");
+}
+
+void Delivery::postWake() {
+    try {
+        shared.loop().post([self = shared_from_this()] { self->tryStep([&] { self->wake(); }); });
+    } catch (const std::exception&) {
+        noteAsleep();
+        throw;
+    }
 }
 
 void Delivery::dropOldest() {
@@ -80,6 +90,34 @@ void Delivery::giveUpExpired() {
         queue.pop_front();
         ++totals.givenUp;
     }
+}
+
+// Every step that the loop begins. What goes wrong on this side, such as memory that is short, counts as a failed
+// attempt: it may be there again for the next one.
+template <class Step>
+void Delivery::tryStep(Step step) {
+    try {
+        step();
+    } catch (const std::exception& error) {
+        failStep(error.what());
+    }
+}
+
+void Delivery::failStep(const char* reason) {
+    if (stage == Stage::ended) return;
+    try {
+        settle(Attempt::failed, reason);
+        startPause();
+    } catch (const std::exception&) {
+        // Not even a pause can be made: the next indication is what wakes it.
+        stage = Stage::idle;
+        noteAsleep();
+    }
+}
+
+void Delivery::noteAsleep() {
+    const std::lock_guard lock(mutex);
+    isAwake = false;
 }
 
 void Delivery::wake() {
@@ -113,7 +151,7 @@ void Delivery::takeNext() {
 void Delivery::onGranted() {
     if (stage != Stage::waitingForConnection) return shared.release();
     hasConnection = true;
-    send();
+    tryStep([this] { send(); });
 }
 
 void Delivery::send() {
@@ -125,12 +163,13 @@ void Delivery::send() {
     }
     stage = Stage::sending;
     sentNumber = waiting.number;
-    client.post(exportFields, messageFor(waiting),
-                [self = shared_from_this()](const http::ClientResult& result) { self->onResult(result); });
+    client.post(exportFields, messageFor(waiting), [self = shared_from_this()](const http::ClientResult& result) {
+        self->tryStep([&] { self->onResult(result); });
+    });
 }
 
 void Delivery::onResult(const http::ClientResult& result) {
-    if (stage == Stage::ended) return;
+    if (stage != Stage::sending) return;
     if (!client.isOpen()) closeConnection();
     std::string reason;
     const Attempt judged = judge(result, reason);
@@ -138,7 +177,7 @@ void Delivery::onResult(const http::ClientResult& result) {
     if (judged == Attempt::failed) return startPause();
     // Others come first.
     shared.loop().post([self = shared_from_this()] {
-        if (self->stage == Stage::sending) self->takeNext();
+        if (self->stage == Stage::sending) self->tryStep([&] { self->takeNext(); });
     });
 }
 
@@ -165,11 +204,11 @@ void Delivery::startPause() {
     {
         const std::lock_guard lock(mutex);
         if (isStopping) {
-            shared.loop().post([self = shared_from_this()] { self->onStop(); });
+            shared.loop().post([self = shared_from_this()] { self->tryStep([&] { self->onStop(); }); });
             return;
         }
     }
-    timer.start(Clock::now() + pause, [self = shared_from_this()] { self->endPause(); });
+    timer.start(Clock::now() + pause, [self = shared_from_this()] { self->tryStep([&] { self->endPause(); }); });
 }
 
 void Delivery::endPause() {
@@ -270,7 +309,7 @@ void Delivery::stop(Clock::time_point until) {
         stopAt = isStopping ? std::min(stopAt, until) : until;
         isStopping = true;
     }
-    shared.loop().post([self = shared_from_this()] { self->onStop(); });
+    shared.loop().post([self = shared_from_this()] { self->tryStep([&] { self->onStop(); }); });
 }
 
 void Delivery::onStop() {
@@ -283,7 +322,7 @@ void Delivery::onStop() {
     // The message under way ends with an error, and the delivery behind it.
     if (stage == Stage::sending && isOver) return client.abort();
     if (stage != Stage::sending && (isDue || isOver)) return end();
-    stopTimer.start(until, [self = shared_from_this()] { self->onStop(); });
+    stopTimer.start(until, [self = shared_from_this()] { self->tryStep([&] { self->onStop(); }); });
 }
 
 void Delivery::waitForEnd() {

@@ -75,6 +75,11 @@ private:
 
     enum class Stage { idle, waitingForConnection, sending, pausing, ended };
 
+    template <class Step>
+    void tryStep(Step step);
+    void failStep(const char* reason);
+    void noteAsleep();
+    void postWake();
     void wake();
     void onStop();
     void takeNext();

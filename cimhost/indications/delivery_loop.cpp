@@ -1,12 +1,31 @@
 #include "cimhost/indications/delivery_loop.h"
 
+#include "cimhost/thread.h"
+
+#include <exception>
+#include <iostream>
+
 namespace cimhost {
+
+DeliveryLoop::DeliveryLoop(std::size_t connections) : most(connections), thread(makeThread([this] { run(); })) {}
 
 DeliveryLoop::~DeliveryLoop() { end(); }
 
 void DeliveryLoop::end() {
     clients.stop();
     if (thread.joinable()) thread.join();
+}
+
+// Deliveries take care of what goes wrong with them; whatever is left must not end the thread for all of them.
+void DeliveryLoop::run() {
+    for (bool isStopped = false; !isStopped;) {
+        try {
+            clients.run();
+            isStopped = true;
+        } catch (const std::exception& error) {
+            std::cerr << "cimhost: a delivery failed: " << error.what() << '\n';
+        }
+    }
 }
 
 bool DeliveryLoop::request(const std::shared_ptr<ConnectionUser>& user) {

@@ -25,7 +25,7 @@ public:
 class DeliveryLoop {
 public:
     /// That many connections at the same moment.
-    explicit DeliveryLoop(std::size_t connections) : most(connections), thread([this] { clients.run(); }) {}
+    explicit DeliveryLoop(std::size_t connections);
     ~DeliveryLoop();
     DeliveryLoop(const DeliveryLoop&) = delete;
     DeliveryLoop& operator=(const DeliveryLoop&) = delete;
@@ -46,6 +46,7 @@ public:
     void noteBusy(ConnectionUser& user);
 
 private:
+    void run();
     void handOn();
 
     const std::size_t most;

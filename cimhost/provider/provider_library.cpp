@@ -1,9 +1,11 @@
 #include "cimhost/provider/provider_library.h"
 
 #include "cimhost/broker/request_limit.h"
+#include "cimhost/broker/thread_registry.h"
 
 #include <dlfcn.h>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -95,6 +97,7 @@ struct ProviderLibrary::Interfaces {
     void* handle = nullptr;
     std::mutex mutex;
     bool isShutDown = false;
+    bool lacksThread = false;
     Slot<CMPIInstanceMI> instance{"Instance"};
     Slot<CMPIAssociationMI> association{"Association"};
     Slot<CMPIMethodMI> method{"Method"};
@@ -121,6 +124,10 @@ struct ProviderLibrary::Interfaces {
         } else if (!slot.made) {
             make(slot, error);
         }
+        // A provider may be content without: what it answers then would be taken for all there is.
+        if (!error && lacksThread) {
+            error = CimError{CMPI_RC_ERR_FAILED, "the system has no thread for the provider " + name};
+        }
         return error ? nullptr : slot.made;
     }
 
@@ -129,11 +136,13 @@ struct ProviderLibrary::Interfaces {
         RequestScope scope(broker);
         const ContextObject* context = ContextObject::make(scope.arena());
         Interface* made = nullptr;
+        const std::size_t missingBefore = countMissingThreads();
         error = guarded([&] {
             CMPIStatus status{};
             made = slot.factory(broker.table(), context, &status);
             return status;
         });
+        if (countMissingThreads() != missingBefore) lacksThread = true;
         if (!error && (!made || !made->ft)) error = CimError{CMPI_RC_ERR_FAILED, "it gave no interface"};
         if (!error) {
             slot.made = made;

@@ -89,9 +89,6 @@ def measure(attack, server, row, seconds):
         attacker.start()
     row.during = probe.measure(seconds)
     probe.ask_all_kept(row.during)
-    died = [attacker for attacker in attackers if not attacker.is_alive() and attacker.exitcode != 0]
-    if died:
-        row.problems.append("the attack itself failed, see above")
     row.problems += attack.problems(server)
     stopping.set()
     for attacker in attackers:
@@ -99,6 +96,8 @@ def measure(attack, server, row, seconds):
         if attacker.is_alive():
             attacker.kill()
             row.problems.append("the attack did not end when it was told to")
+        elif attacker.exitcode != 0:
+            row.problems.append("the attack itself failed, see above")
     probe.close()
 
 

@@ -54,8 +54,8 @@ class Server:
         users.write_text(support.USERS_FILE)
         self.options += ["--credentials", users]
 
-    def start(self):
-        """Returns when the server says where it listens."""
+    def start(self, patience=START_SECONDS):
+        """Returns when the server says where it listens. Raises CannotStart."""
         command = [self.cimhost, "serve", "--fleet", self.fleet, "--listen", "127.0.0.1:0", "--state", self.state]
         self.output = self.folder / "output"
         with open(self.output, "wb") as output, open(self.folder / "errors", "wb") as errors:
@@ -63,7 +63,7 @@ class Server:
                 [*map(str, command), *map(str, self.options)],
                 cwd=self.folder, env={**os.environ, **self.environment},
                 stdin=subprocess.DEVNULL, stdout=output, stderr=errors)  # fmt: skip
-        deadline = time.monotonic() + START_SECONDS
+        deadline = time.monotonic() + patience
         while not (found := re.search(r"listening on https?://[^ ]*:(\d+),", self.output.read_text())):
             if self.process.poll() is not None or time.monotonic() > deadline:
                 raise CannotStart((self.folder / "errors").read_text(errors="replace")[-2000:])

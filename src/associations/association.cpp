@@ -103,7 +103,7 @@ CmpiStatus enumerate(const Family& family, Enumeration enumeration, const Enumer
 /// is no string.
 const char* readThroughWrapper(const CmpiObjectPath& source, const char* name) {
     const CmpiData key = source.getKey(name);
-    const CmpiString text = key.getString();
+    const CmpiString text = key;
     return key.isNullValue() ? nullptr : text.charPtr();
 }
 

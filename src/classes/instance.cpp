@@ -1,8 +1,7 @@
 #include "classes/instance.h"
 
 #include "classes/system_name.h"
-
-#include "CmpiString.h"
+#include "classes/wrapper_access.h"
 
 namespace merolt {
 
@@ -41,7 +40,7 @@ CmpiArray stringArray(std::initializer_list<const char*> values) {
     CmpiArray array(static_cast<CMPICount>(values.size()), CMPI_string);
     CMPICount index = 0;
     for (const char* value : values)
-        array[index++] = CmpiData(CmpiString(value));
+        array[index++] = newString(value);
     return array;
 }
 

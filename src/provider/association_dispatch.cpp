@@ -5,6 +5,7 @@
 // two reference operations do not, and so take base classes as well.
 #include "associations/association.h"
 #include "associations/paths.h"
+#include "classes/wrapper_access.h"
 #include "configuration/configuration.h"
 #include "log/log.h"
 #include "provider/association_families.h"
@@ -204,7 +205,7 @@ CmpiStatus dispatch(const Request& request) {
     try {
         runPasses(request);
     } catch (const CmpiStatus& failure) {
-        const char* message = failure.msg();
+        const char* message = messageOf(failure);
         ERROR_LOG("Merolt_CNA_Provider %s caught exception status: %d %s", request.name(), failure.rc(),
                   message ? message : "(null)");
         request.result.returnDone();

@@ -1,5 +1,6 @@
 // The four functions by which a CIM server gets the provider's interfaces. All hand out the same object: the first
 // one called makes it, the others only count.
+#include "classes/wrapper_access.h"
 #include "log/log.h"
 #include "platform/threads.h"
 #include "provider/guarded.h"
@@ -47,7 +48,7 @@ CmpiBaseMI* makeProvider(const CMPIBroker* broker, const CmpiContext& context, C
             providerBase.setBaseMI(base);
             return provider.release();
         }
-        const char* message = outcome.msg();
+        const char* message = messageOf(outcome);
         if (status) {
             status->rc = outcome.rc();
             status->msg = message ? broker->eft->newString(broker, message, nullptr) : nullptr;

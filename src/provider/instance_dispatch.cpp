@@ -1,4 +1,5 @@
 // Instance requests: one road for the three that families answer, and the refusals of the three that change things.
+#include "classes/wrapper_access.h"
 #include "configuration/configuration.h"
 #include "log/log.h"
 #include "provider/instance_table.h"
@@ -67,7 +68,7 @@ CmpiStatus dispatch(const InstanceOperation& operation, CmpiResult& result, cons
     try {
         walk(operation.rows, cop, call);
     } catch (const CmpiStatus& failure) {
-        const char* message = failure.msg();
+        const char* message = messageOf(failure);
         ERROR_LOG("Merolt_CNA_Provider %s caught exception status: %d %s", operation.name, failure.rc(),
                   message ? message : "(null)");
         result.returnDone();

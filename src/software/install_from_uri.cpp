@@ -113,7 +113,7 @@ std::uint32_t install(const CmpiData& uri, const CmpiData& target) {
     const CmpiObjectPath targetPath = target;
     if (targetPath.isNull()) fail(toErrorLog, CMPI_RC_ERR_INVALID_PARAMETER, "Target argument is NULL!");
     const char* deviceID = targetDeviceID(targetPath);
-    const CmpiString uriText = uri.getString();
+    const CmpiString uriText = uri;
     const char* fileName = flashFileName(uriText.charPtr());
     TAVIK_DeviceRecord* device = findDevice(deviceID);
     DEBUG_LOG("Updating flash. Please wait....");
@@ -136,7 +136,7 @@ std::uint32_t installFromURI(const CmpiArgs& in) {
     return runGuarded([&] { return install(uri, target); },
                       [](const CmpiStatus& failure) {
                           DEBUG_LOG("Merolt_FCHBA_Provider INSTALL_FROM_URI exception: %s %s",
-                                    cmpiRcToString(failure.rc()), messageOf(failure));
+                                    cmpiRcToString(failure.rc()), loggedMessage(failure));
                       });
 }
 

@@ -1,6 +1,8 @@
 // What the installation services of both sides share.
 #pragma once
 
+#include "classes/wrapper_access.h"
+
 #include "CmpiArgs.h"
 #include "CmpiData.h"
 #include "CmpiResult.h"
@@ -23,8 +25,8 @@ constexpr std::uint32_t installFailed = 2;
 inline bool isNull(const CmpiData& argument) { return argument.isNullValue() || argument.isNotFound(); }
 
 /// The message of a status for the log.
-inline const char* messageOf(const CmpiStatus& status) {
-    const char* message = status.msg();
+inline const char* loggedMessage(const CmpiStatus& status) {
+    const char* message = messageOf(status);
     return message ? message : "(null)";
 }
 

@@ -9,31 +9,76 @@ build_folder=$2
 # shellcheck source=checks.sh
 source "$here/checks.sh"
 
-# Times are kept: what did not change is not newer than what was made of it.
+# package NAME: our own, as one. Times are kept: what did not change is not newer than what was made of it.
+package() {
+    rm -rf "$build_folder/system_cmpi/$1"
+    mkdir -p "$build_folder/system_cmpi/$1"/{include,lib}
+    cp -rp "$source_folder/cmpi/include" "$build_folder/system_cmpi/$1/include/cmpi"
+    cp -p "$build_folder/lib/libcmpi_impl.a" "$build_folder/system_cmpi/$1/lib/libcmpiCppImpl.a"
+}
+
+# become_other HEADERS: the other package in use offers less.
+become_other() {
+    local header
+    for header in "$1"/Cmpi*.h; do
+        sed -E -i -f "$here/other_wrapper.sed" "$header"
+        case ${header##*/} in
+            CmpiData.h | CmpiArray.h) sed -E -i -f "$here/other_wrapper_values.sed" "$header" ;;
+        esac
+        touch -r "$source_folder/cmpi/include/${header##*/}" "$header"
+    done
+}
+
+package package
+package other
 package=$build_folder/system_cmpi/package
-rm -rf "$package"
-mkdir -p "$package/include" "$package/lib"
-cp -rp "$source_folder/cmpi/include" "$package/include/cmpi"
-cp -p "$build_folder/lib/libcmpi_impl.a" "$package/lib/libcmpiCppImpl.a"
+other=$build_folder/system_cmpi/other
+become_other "$other/include/cmpi"
+check_variant() { # check_variant WHAT HEADERS OTHER_WRAPPER
+    run "${CXX:-c++}" -std=c++20 -fsyntax-only -DOTHER_WRAPPER="$3" -isystem "$2" "$here/wrapper_variants.cpp"
+    check "$1" "0 " "$status $output"
+}
+check_variant "what our headers offer" "$source_folder/cmpi/include" 0
+check_variant "what the other headers offer" "$other/include/cmpi" 1
 
 configure() { # configure FOLDER OPTION...
     run cmake -G Ninja -S "$source_folder" -B "$1" -DMEROLT_CMPI=system -DMEROLT_TESTS=OFF \
-        -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O0 "${@:2}"
+        -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 "${@:2}"
 }
 
 configure "$scratch/without" -DMEROLT_CMPI_C_INCLUDE_DIR=MEROLT_CMPI_C_INCLUDE_DIR-NOTFOUND
 check "without a package" 1 "$status"
 check_contains "without a package" "Install a CMPI development package" "$output"
 
+build_with() { # build_with NAME PACKAGE
+    configure "$build_folder/system_cmpi/$1" -DCMAKE_PREFIX_PATH="$2"
+    check "$1: configuring" 0 "$status"
+    run cmake --build "$build_folder/system_cmpi/$1" --target Merolt_CNA_Provider
+    check "$1: building" 0 "$status"
+    if [[ $status -ne 0 ]]; then printf '%s\n' "$output" | tail -40; fi
+    check "$1: sources compiled against our own folder" 0 \
+        "$(grep -c "$source_folder/cmpi/include" "$build_folder/system_cmpi/$1/build.ninja" || true)"
+    check "$1: factories" 4 "$(nm -D --defined-only "$build_folder/system_cmpi/$1/lib/libMerolt_CNA_Provider.so" |
+        grep -c ' T Merolt_CNA_Provider_Create_')"
+}
+
+# Loaded, it answers, texts in arrays included.
+ask_through() { # ask_through NAME
+    run env TAVIK_SOURCE="fleet:$source_folder/tavik/fleets/demo.json" MEROLT_CNA_INSTALL_LOCATION="$scratch" \
+        "$build_folder/bin/cimhost" --provider "$build_folder/system_cmpi/$1/lib/libMerolt_CNA_Provider.so" \
+        enumerate Merolt_FCHBA_ObjectManager
+    check "$1: status" 0 "$status"
+    answers+=("$output")
+}
+
 with=$build_folder/system_cmpi/with
-configure "$with" -DCMAKE_PREFIX_PATH="$package"
-check "configuring" 0 "$status"
-run cmake --build "$with" --target Merolt_CNA_Provider
-check "building" 0 "$status"
-if [[ $status -ne 0 ]]; then printf '%s\n' "$output" | tail -40; fi
-check "sources compiled against our own folder" 0 "$(grep -c "$source_folder/cmpi/include" "$with/build.ninja" || true)"
-check "factories" 4 \
-    "$(nm -D --defined-only "$with/lib/libMerolt_CNA_Provider.so" | grep -c ' T Merolt_CNA_Provider_Create_')"
+build_with with "$package"
+build_with with_other "$other"
+answers=()
+ask_through with
+ask_through with_other
+check_contains "an answer" "Merolt_FCHBA_ObjectManager" "${answers[0]}"
+check "the same answer" "${answers[0]}" "${answers[1]}"
 DESTDIR=$scratch/root run cmake --install "$with" --prefix /usr --component provider
 check "installing the provider alone" 0 "$status"
 if [[ $status -ne 0 ]]; then printf '%s\n' "$output" | tail -5; fi

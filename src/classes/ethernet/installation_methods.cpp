@@ -1,6 +1,7 @@
 #include "classes/ethernet/installation_methods.h"
 
 #include "classes/request.h"
+#include "classes/wrapper_access.h"
 #include "inventory/cna_list.h"
 #include "log/log.h"
 #include "platform/platform.h"
@@ -69,7 +70,8 @@ const char* flashFileName(const char* uri) {
 }
 
 std::uint32_t installFromURI(const CmpiData& uri, const CmpiData& target) {
-    if (isNull(uri) || isNull(target) || uri.getType() != CMPI_string) throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
+    if (isNull(uri) || isNull(target) || OpenData(uri).type() != CMPI_string)
+        throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
     const char* deviceID = targetDeviceID(target);
     DEBUG_LOG("Merolt_NIC_SoftwareInstallationService: NIC_PortController.DeviceID = %s", deviceID);
     CNACard* card = FindCNAFromSerialNumber(deviceID);
@@ -77,7 +79,7 @@ std::uint32_t installFromURI(const CmpiData& uri, const CmpiData& target) {
         DEBUG_LOG("Merolt_NIC_SoftwareInstallationService: pCNACard is NULL after FindCNAFromSerialNumber() call");
         throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    const CmpiString uriText = uri.getString();
+    const CmpiString uriText = uri;
     const char* fileName = flashFileName(uriText.charPtr());
     char localFile[software::localNameRoom];
     const unsigned long long imageSize = software::downloadFlashFile(fileName, localFile);
@@ -93,7 +95,7 @@ std::uint32_t installFromURI(const CmpiData& uri, const CmpiData& target) {
 
 std::uint32_t installFromByteStream(const CmpiData& image, const CmpiData& target) {
     // The bare array flag alone: an array that the server tags with its element type is refused.
-    if (isNull(image) || isNull(target) || image.getType() != CMPI_ARRAY)
+    if (isNull(image) || isNull(target) || OpenData(image).type() != CMPI_ARRAY)
         throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
     CNACard* card = findTargetCard(target);
     if (!card) throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
@@ -111,7 +113,7 @@ std::uint32_t installFromByteStream(const CmpiData& image, const CmpiData& targe
 /// Judges its arguments and fails: no identity that the server knows can be installed from.
 std::uint32_t installFromSoftwareIdentity(const CmpiData& source, const CmpiData& target) {
     if (isNull(source) || isNull(target)) throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
-    source.getObjectPath();
+    [[maybe_unused]] const CmpiObjectPath identity = source; // throws if it is none
     findTargetCard(target);
     throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
 }
@@ -119,7 +121,7 @@ std::uint32_t installFromSoftwareIdentity(const CmpiData& source, const CmpiData
 /// Judges its arguments and fails: exactly one of target and collection has to be there.
 std::uint32_t checkSoftwareIdentity(const CmpiData& source, const CmpiData& target, const CmpiData& collection) {
     if (isNull(target) == isNull(collection) || isNull(source)) throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
-    source.getObjectPath();
+    [[maybe_unused]] const CmpiObjectPath identity = source; // throws if it is none
     throw CmpiStatus(findTargetCard(target) ? CMPI_RC_ERR_INVALID_PARAMETER : CMPI_RC_ERR_TYPE_MISMATCH);
 }
 
@@ -166,7 +168,7 @@ constexpr MethodRow methodRows[] = {
 std::uint32_t run(const MethodRow& method, const CmpiArgs& in) {
     return software::runGuarded(method.prepare(in), [&method](const CmpiStatus& failure) {
         DEBUG_LOG("Merolt_NIC_Provider %s exception: %d %s", method.exceptionName, failure.rc(),
-                  software::messageOf(failure));
+                  software::loggedMessage(failure));
     });
 }
 

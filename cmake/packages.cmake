@@ -25,8 +25,15 @@ set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "pci.ids")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "sblim-wbemcli")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(debian ${PROJECT_SOURCE_DIR}/packaging/debian)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${debian}/postinst ${debian}/prerm ${debian}/postrm ${debian}/triggers)
+set(CPACK_DEBIAN_PACKAGE_CONFLICTS merolt-cna-provider-only)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA
+    ${debian}/conffiles ${debian}/postinst ${debian}/prerm ${debian}/postrm ${debian}/triggers)
 # Copyright, changelog and compressed manual pages, where Debian wants them.
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/folders.cmake ${debian}/documents.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${debian}/documents.cmake ${PROJECT_SOURCE_DIR}/packaging/folders.cmake)
 set(CPACK_MEROLT_DEBIAN_FOLDER ${debian})
 include(CPack)
+
+# The same for the provider alone, for a build against an installed CMPI package or a machine that runs no cimhost. It
+# has no service to look after.
+configure_file(${CMAKE_CURRENT_LIST_DIR}/provider_package.cmake.in
+    ${CMAKE_BINARY_DIR}/CPackProviderConfig.cmake @ONLY)

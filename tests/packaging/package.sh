@@ -31,7 +31,7 @@ chmod 600 "$scratch"/debian/*
 mkdir -p "$scratch/closed/usr/share/man/man1"
 touch "$scratch/closed/usr/share/man/man1/cimhost.1"
 cmake -DCPACK_GENERATOR=DEB -DCPACK_TEMPORARY_INSTALL_DIRECTORY="$scratch/closed" -DCPACK_PACKAGING_INSTALL_PREFIX=/usr \
-    -DCPACK_MEROLT_DEBIAN_FOLDER="$scratch/debian" -P "$scratch/debian/documents.cmake" >/dev/null
+    -DCPACK_PACKAGE_NAME=merolt-cna-provider -DCPACK_MEROLT_DEBIAN_FOLDER="$scratch/debian" -P "$scratch/debian/documents.cmake" >/dev/null
 check "documents of sources that are closed to others" "changelog.gz 644 copyright 644" \
     "$(cd "$scratch/closed/usr/share/doc/merolt-cna-provider" && stat -c '%n %a' -- * | xargs)"
 
@@ -44,6 +44,35 @@ check "who is asked for a licence" "$(field Maintainer)." \
     "$(grep -o 'Merolt Corporation <[^>]*>\.' "$documents/copyright")"
 check_contains "libraries for other packages" "libtavik 1 merolt-cna-provider" "$(cat "$scratch/control/shlibs")"
 check_contains "triggers" "activate-noawait ldconfig" "$(cat "$scratch/control/triggers")"
+
+check "what an administrator sets" "644 /etc/default/merolt-cimhost" \
+    "$(stat -c %a "$scratch/root/etc/default/merolt-cimhost") $(cat "$scratch/control/conffiles")"
+# shellcheck disable=SC2016
+check "options of the service, none" "" \
+    "$(env -i sh -c '. "$1" && echo "$CIMHOST_OPTIONS"' sh "$scratch/root/etc/default/merolt-cimhost")"
+
+# The provider alone: what a CIM server and its administrator need, and no service to look after.
+(cd "$1" && cpack --config CPackProviderConfig.cmake -G DEB -B "$scratch/only") >"$scratch/only.log" 2>&1 ||
+    { cat "$scratch/only.log" && exit 1; }
+only=$(ls "$scratch"/only/*.deb)
+check "provider alone: name, and what it is not beside" "merolt-cna-provider-only merolt-cna-provider" \
+    "$(dpkg-deb -f "$only" Package) $(dpkg-deb -f "$only" Conflicts)"
+check "the whole is not beside it" merolt-cna-provider-only "$(field Conflicts)"
+dpkg-deb -x "$only" "$scratch/only_root"
+dpkg-deb -e "$only" "$scratch/only_control"
+check "provider alone: programs" usr/sbin/merolt-cna-register \
+    "$(cd "$scratch/only_root" && find . -path '*bin/*' -type f -printf '%P\n')"
+check "provider alone: libraries" "libMerolt_CNA_Provider.so libtavik.so.1" \
+    "$(find "$scratch/only_root" -name '*.so*' -type f -printf '%f\n' | sed 's/\.so\.1\..*/.so.1/' | sort | xargs)"
+check "provider alone: settings of a service" "" "$(find "$scratch/only_root" -path '*etc*' -o -name '*.service')"
+check "provider alone: scripts that look after a service" "" \
+    "$(grep -rlE 'deb-systemd-helper|daemon-reload' "$scratch/only_control" || true)"
+check_contains "provider alone: before its removal" "merolt-cna-register unregister" "$(cat "$scratch/only_control/prerm")"
+check "provider alone: licence and changes" "changelog.gz copyright" \
+    "$(find "$scratch/only_root/usr/share/doc/merolt-cna-provider-only" -type f -printf '%f\n' | sort | xargs)"
+check "provider alone: files that the whole has not" "" \
+    "$(cd "$scratch/only_root" && find . -type f ! -path '*/merolt-cna-provider-only/*' |
+        while read -r file; do [[ -e $scratch/root/$file ]] || echo "$file"; done)"
 
 # The archive has the same prefix, and nothing of the folder in which it was packed.
 mkdir "$scratch/archive"
@@ -120,8 +149,14 @@ ln -s /lib/systemd/system/merolt-cimhost.service "$wants/"
 in_scratch_root -i "$package"
 check "installing again" 0 "$status"
 check "the service, enabled by the administrator" merolt-cimhost.service "$(ls "$wants")"
-in_scratch_root --purge merolt-cna-provider
+echo 'CIMHOST_OPTIONS="--listen 127.0.0.1:1"' >"$scratch/system/etc/default/merolt-cimhost"
+in_scratch_root --force-confold -i "$package"
+check_contains "settings after an upgrade" "127.0.0.1:1" "$(cat "$scratch/system/etc/default/merolt-cimhost")"
+in_scratch_root -r merolt-cna-provider
 check "removing" 0 "$status"
+check "settings after a removal" yes "$([[ -e $scratch/system/etc/default/merolt-cimhost ]] && echo yes)"
+in_scratch_root --purge merolt-cna-provider
+check "purging" 0 "$status"
 # Without its helper, the package knows nothing of what the administrator enabled.
 if command -v deb-systemd-helper >/dev/null; then
     check "files left" "" "$(find "$scratch/system" -path "$scratch/system/var" -prune -o ! -type d -print)"

@@ -62,13 +62,17 @@ build_with() { # build_with NAME PACKAGE
         grep -c ' T Merolt_CNA_Provider_Create_')"
 }
 
-# Loaded, it answers, texts in arrays included.
+# Loaded, it answers: texts in arrays, and associations, which read keys.
 ask_through() { # ask_through NAME
-    run env TAVIK_SOURCE="fleet:$source_folder/tavik/fleets/demo.json" MEROLT_CNA_INSTALL_LOCATION="$scratch" \
-        "$build_folder/bin/cimhost" --provider "$build_folder/system_cmpi/$1/lib/libMerolt_CNA_Provider.so" \
-        enumerate Merolt_FCHBA_ObjectManager
-    check "$1: status" 0 "$status"
-    answers+=("$output")
+    local question
+    for question in "enumerate Merolt_FCHBA_ObjectManager" tree; do
+        # shellcheck disable=SC2086
+        run env TAVIK_SOURCE="fleet:$source_folder/tavik/fleets/demo.json" MEROLT_CNA_INSTALL_LOCATION="$scratch" \
+            "$build_folder/bin/cimhost" --mof "$source_folder/mof" \
+            --provider "$build_folder/system_cmpi/$1/lib/libMerolt_CNA_Provider.so" $question
+        check "$1: status of $question" 0 "$status"
+        answers+=("$output")
+    done
 }
 
 with=$build_folder/system_cmpi/with
@@ -77,8 +81,10 @@ build_with with_other "$other"
 answers=()
 ask_through with
 ask_through with_other
-check_contains "an answer" "Merolt_FCHBA_ObjectManager" "${answers[0]}"
-check "the same answer" "${answers[0]}" "${answers[1]}"
+check_contains "an object" "Pegasus CIM Server" "${answers[0]}"
+check_contains "a tree" "storage port" "${answers[1]}"
+check "the same object" "${answers[0]}" "${answers[2]}"
+check "the same tree" "${answers[1]}" "${answers[3]}"
 DESTDIR=$scratch/root run cmake --install "$with" --prefix /usr --component provider
 check "installing the provider alone" 0 "$status"
 if [[ $status -ne 0 ]]; then printf '%s\n' "$output" | tail -5; fi

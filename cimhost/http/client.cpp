@@ -233,13 +233,13 @@ public:
 
     template <typename... Results>
     void operator()(error_code error, Results&&...) {
-        const std::shared_ptr<State> state = std::move(self);
-        if (state->isAborted) error = asio::error::operation_aborted;
-        if (error) return endLater(state, name, error);
+        const std::shared_ptr<State> owner = std::move(self);
+        if (owner->isAborted) error = asio::error::operation_aborted;
+        if (error) return endLater(owner, name, error);
         try {
-            next(*state);
+            next(*owner);
         } catch (const std::exception&) {
-            endLater(state, name, boost::system::errc::make_error_code(shortage));
+            endLater(owner, name, boost::system::errc::make_error_code(shortage));
         }
     }
 
@@ -247,10 +247,10 @@ private:
     static constexpr auto shortage = boost::system::errc::not_enough_memory;
 
     // Behind the end of the loop nobody waits for the message any more.
-    static void endLater(std::shared_ptr<State> state, const char* name, error_code error) noexcept {
+    static void endLater(std::shared_ptr<State> owner, const char* name, error_code error) noexcept {
         try {
-            const std::shared_ptr<Mailbox> box = state->loop.mailbox;
-            box->post([state = std::move(state), name, error] { state->tryTo([&] { state->fail(name, error); }); });
+            const std::shared_ptr<Mailbox> box = owner->loop.mailbox;
+            box->post([kept = std::move(owner), name, error] { kept->tryTo([&] { kept->fail(name, error); }); });
         } catch (const std::exception& failure) {
             std::cerr << "cimhost: " << name << ": " << failure.what() << '\n';
         }

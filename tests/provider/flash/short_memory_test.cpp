@@ -2,6 +2,7 @@
 #include "method_test.h"
 #include "short_memory.h"
 
+#include "classes/record_list.h"
 #include "software/software_identity.h"
 
 #include <limits>
@@ -66,7 +67,13 @@ TEST_F(ShortMemoryTest, AFileNameThatCannotBeCopiedFailsTheMethod) {
     EXPECT_EQ(tavikLibrary.callCount("TAVIK_UpdateFlash"), 1U) << "only with memory";
 }
 
+// A list keeps its memory from build to build, and needs some only where it has none or too little.
 TEST_F(ShortMemoryTest, AListThatCannotBeBuiltAnewFailsTheMethodAndLeavesAnEmptyOne) {
+    tavikLibrary.onOptionRomUpdate = [](TAVIK_DeviceRecord*, const char*) {
+        merolt::software::clearSoftwareIdentityList();
+        merolt::KeptMemory::releaseAll();
+        return 0U;
+    };
     writeFile("image.bin", "image");
     setText("URI", std::filesystem::absolute("image.bin").string());
     setPath("Target", "Merolt_FCHBA_PortController", "CNA0001");

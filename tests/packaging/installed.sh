@@ -51,6 +51,15 @@ check_unit() {
         "$(grep ^ExecStart= "$1/lib/systemd/system/merolt-cimhost.service")"
 }
 
+# check_hardened FILE: the loader closes its tables before it runs, and it checks its stack.
+check_hardened() {
+    local what=${1##*/}
+    check_contains "$what: all is bound at once" NOW "$(readelf -dW "$1" | grep FLAGS)"
+    check_contains "$what: tables that are closed" GNU_RELRO "$(readelf -lW "$1")"
+    check_contains "$what: loads anywhere" "DYN (" "$(readelf -hW "$1")"
+    check_contains "$what: its stack" __stack_chk_fail "$(nm -D "$1")"
+}
+
 # check_installed ROOT: a tree with the prefix /usr answers out of its own files, for the fleet that came with it.
 check_installed() {
     local usr=$1/usr library registration classes asked
@@ -66,6 +75,15 @@ check_installed() {
     check "folders that the library looks in" "\$ORIGIN/.." "$(folders_of "$library")"
     check_documents "$usr"
     check_unit "$usr" /usr
+    case $(nm -D "$library") in
+        *__asan_* | *__tsan_* | *__ubsan_*) ;; # Beside sanitizers, which check more, this would be of no use.
+        *)
+            check_hardened "$library"
+            check_contains "copies of ${library##*/} that are checked" "snprintf_chk" "$(nm -D "$library")"
+            check_hardened "$(dirname "$(dirname "$library")")/libtavik.so.1"
+            check_hardened "$usr/bin/cimhost"
+            ;;
+    esac
     # What is served in two namespaces is asked for in both; what is told by indications cannot be asked for.
     registration=$usr/share/merolt-cna-provider/mof/cimhost.registration
     classes=$(grep -c '^[A-Za-z]' "$registration")

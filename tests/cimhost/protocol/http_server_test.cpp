@@ -189,6 +189,25 @@ TEST_F(HttpServer, TakesChunks) {
     EXPECT_EQ(bodyOf(answer), "abcdefg");
 }
 
+TEST_F(HttpServer, TheLastChunkMayComeInAnyPieces) {
+    start();
+    SocketClient client = connect();
+    client.send("POST / HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n");
+    for (const char* piece : {"0\r\n", "\r", "\n"}) {
+        client.send(piece);
+        std::this_thread::sleep_for(20ms); // each in a segment of its own; if not, the answer is the same
+    }
+    EXPECT_EQ(bodyOf(client.readAnswer()), "abc");
+    SocketClient empty = connect();
+    empty.send("POST / HTTP/1.1\r\nHost: localhost\r\nTransfer-Encoding: chunked\r\n\r\n");
+    std::this_thread::sleep_for(20ms);
+    for (const char* piece : {"0\r\n", "\r", "\n"}) {
+        empty.send(piece);
+        std::this_thread::sleep_for(20ms);
+    }
+    EXPECT_EQ(statusOf(empty.readAnswer()), 200);
+}
+
 TEST_F(HttpServer, TellsAClientThatAsksToGoOn) {
     start();
     SocketClient client = connect();

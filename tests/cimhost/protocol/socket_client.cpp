@@ -71,6 +71,11 @@ std::string SocketClient::readAnswer() {
     return answer;
 }
 
+bool SocketClient::hasBytesWithin(std::chrono::milliseconds time) const {
+    pollfd wait{socket, POLLIN, 0};
+    return ::poll(&wait, 1, static_cast<int>(time.count())) > 0;
+}
+
 bool SocketClient::isClosedWithin(std::chrono::milliseconds time) {
     const auto deadline = std::chrono::steady_clock::now() + time;
     while (true) {

@@ -23,6 +23,9 @@ public:
     /// closes or nothing comes for ten seconds.
     std::string readAnswer();
 
+    /// True once bytes of the other side are there to be read, which this leaves.
+    bool hasBytesWithin(std::chrono::milliseconds time) const;
+
     /// True if the other side closes within that time; what it sends before is dropped.
     bool isClosedWithin(std::chrono::milliseconds time);
 

@@ -37,9 +37,10 @@ std::string basicAuthorization(std::string_view user) {
 
 } // namespace
 
-CimClient::CimClient(const http::Url& server, std::string operationNamespace, std::string_view user)
-    : client(operationsOf(server)), authority(server.authority()), nameSpace(std::move(operationNamespace)),
-      authorization(basicAuthorization(user)) {}
+CimClient::CimClient(const http::Url& server, std::string operationNamespace, std::string_view user,
+                     const std::filesystem::path& authorities)
+    : client(operationsOf(server), {}, authorities), authority(server.authority()),
+      nameSpace(std::move(operationNamespace)), authorization(basicAuthorization(user)) {}
 
 void CimClient::appendNamespacePath(ByteBuffer& out) const {
     out.append("<LOCALNAMESPACEPATH>");

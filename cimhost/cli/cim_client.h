@@ -5,6 +5,7 @@
 #include "cimhost/cimxml/xml_tree.h"
 #include "cimhost/http/client.h"
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,7 +24,9 @@ class CimClient {
 public:
     /// The path of the URL is not used: operations go to /cimom.
     /// @param user "name:password" for HTTP Basic authentication; empty: nobody in particular.
-    CimClient(const http::Url& server, std::string operationNamespace, std::string_view user);
+    /// @param authorities as http::Client takes it
+    CimClient(const http::Url& server, std::string operationNamespace, std::string_view user,
+              const std::filesystem::path& authorities = {});
 
     /// The <INSTANCENAME> that the server gave.
     cimxml::XmlElement createInstance(std::string_view className, const std::vector<ClientProperty>& properties);

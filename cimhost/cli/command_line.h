@@ -71,6 +71,7 @@ void addListen(CommandLine& line);
 void addFleet(CommandLine& line);
 void addInvoke(CommandLine& line);
 void addImage(CommandLine& line);
+void addUser(CommandLine& line);
 void addHelp(CommandLine& line);
 
 /// Prints what could stand in place of the last word, one a line, for a shell that completes it; ":files" in place of

@@ -1,5 +1,6 @@
 #include "cimhost/cli/commands.h"
 #include "cimhost/cli/output_stream.h"
+#include "cimhost/cli/own_location.h"
 #include "cimhost/cli/values_text.h"
 #include "cimhost/model/cim_type.h"
 #include "cimhost/service/method_requests.h"
@@ -155,6 +156,7 @@ Answer answer(Host& host, const InvokeOptions& options) {
 } // namespace
 
 std::string invoke(const HostOptions& hostOptions, const InvokeOptions& options) {
+    useOwnInstallLocation();
     const CleanOutput output;
     Host host(hostOptions);
     const Answer given = answer(host, options);

@@ -105,7 +105,7 @@ std::string uniqueName() {
 class Subscription {
 public:
     Subscription(const http::Url& server, const ListenOptions& options, const std::string& destination)
-        : client(server, options.interopNamespace, options.user) {
+        : client(server, options.interopNamespace, options.user, options.authorities) {
         try {
             make(options, destination);
         } catch (...) {
@@ -166,6 +166,9 @@ void listen(const ListenOptions& options) {
     const std::optional<http::Url> server = http::parseUrl(options.subscribe);
     if (!options.subscribe.empty() && !server) {
         throw std::runtime_error("--subscribe: \"" + options.subscribe + "\" is no URL such as http://127.0.0.1:5988");
+    }
+    if (!options.authorities.empty() && !(server && server->isSecure)) {
+        throw std::runtime_error("--cacert is for --subscribe with an https:// URL");
     }
     http::Options settings;
     settings.address = options.address;

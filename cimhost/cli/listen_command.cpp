@@ -19,6 +19,8 @@ void addListen(CommandLine& line) {
         .add_option("--user", given->user,
                     "NAME:PASSWORD at that server, or in the environment, where nobody else sees it")
         ->envname("CIMHOST_USER");
+    command.add_option("--cacert", given->authorities,
+                       "Whose certificates to believe, PEM; the system's authorities unless told otherwise");
     command.add_option("--query", given->query, "What to subscribe to")->capture_default_str();
     command.add_option("--namespace", given->nameSpace, "Where the indications come from")->capture_default_str();
     command.add_flag_callback(

@@ -15,7 +15,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-void write(const std::string& line) { std::cerr << line << '\n' << std::flush; }
+// Not to std::cerr, which is the provider's while a command asks it.
+void write(const std::string& line) { std::clog << line << '\n' << std::flush; }
 
 std::string jsonLine(const char* kind, Json content) {
     const Json object = {{kind, std::move(content)}};
@@ -91,8 +92,8 @@ void Progress::run() {
     std::unique_lock guard(mutex);
     int seconds = 0;
     while (!changed.wait_for(guard, std::chrono::seconds(1), [this] { return isOver; }))
-        std::cerr << clearLine << "cimhost: " << what << ", " << ++seconds << " s" << std::flush;
-    if (seconds > 0) std::cerr << clearLine << std::flush;
+        std::clog << clearLine << "cimhost: " << what << ", " << ++seconds << " s" << std::flush;
+    if (seconds > 0) std::clog << clearLine << std::flush;
 }
 
 } // namespace cimhost::cli

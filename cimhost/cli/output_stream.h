@@ -1,6 +1,7 @@
-// Standard output, kept clean: what a provider prints goes to standard error, what the command answers does not.
+// The streams of a command that loads a provider: what the provider prints must not mix with what the command answers.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <string_view>
 
@@ -8,9 +9,11 @@ namespace cimhost::cli {
 
 class CleanOutput {
 public:
-    /// From now on whatever the process prints to standard output appears on standard error.
+    /// From now on whatever the process prints to standard output appears on standard error, and what it prints to
+    /// std::cerr nowhere: a provider names the files that it reads there, which is for a server's log and not for
+    /// people. std::clog goes to standard error as ever.
     CleanOutput();
-    /// Standard output is back.
+    /// Both are back.
     ~CleanOutput();
     CleanOutput(const CleanOutput&) = delete;
     CleanOutput& operator=(const CleanOutput&) = delete;
@@ -20,6 +23,7 @@ public:
 
 private:
     int realOutput;
+    std::streambuf* realErrors = nullptr;
 };
 
 } // namespace cimhost::cli

@@ -1,6 +1,7 @@
 #include "cimhost/cli/commands.h"
 #include "cimhost/cli/json_output.h"
 #include "cimhost/cli/output_stream.h"
+#include "cimhost/cli/own_location.h"
 #include "cimhost/cli/presentation.h"
 #include "cimhost/cli/tree_output.h"
 #include "cimhost/cli/tree_plan.h"
@@ -116,6 +117,7 @@ std::string answer(Host& host, const QueryOptions& options) {
 } // namespace
 
 void ask(const HostOptions& hostOptions, const QueryOptions& options) {
+    useOwnInstallLocation();
     const CleanOutput output;
     Host host(hostOptions);
     output.write(answer(host, options));

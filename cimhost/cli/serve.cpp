@@ -1,4 +1,5 @@
 #include "cimhost/cli/commands.h"
+#include "cimhost/cli/hangup_watch.h"
 #include "cimhost/cli/stop_limit.h"
 #include "cimhost/indications/indication_server.h"
 #include "cimhost/service/endpoint.h"
@@ -6,9 +7,12 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <functional>
 #include <iostream>
 #include <malloc.h>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 #include <sys/resource.h>
 
 namespace cimhost::cli {
@@ -69,8 +73,8 @@ http::Options serverOptions(const ServeOptions& options) {
     }
     if (!http::isLoopback(server.address) && !server.credentials) {
         throw std::runtime_error("listening on " + server.address +
-                                 " needs authentication: give --credentials FILE with lines user:hash, each hash made "
-                                 "by `openssl passwd -6`, the file readable by its owner only; or listen on 127.0.0.1");
+                                 " needs users: give --credentials FILE, which `cimhost user add FILE NAME` makes; or "
+                                 "listen on 127.0.0.1");
     }
     if (!http::isLoopback(server.address) && !server.tls) {
         std::cerr << "cimhost: passwords cross the network in the clear; --certificate and --key turn on TLS\n";
@@ -135,6 +139,36 @@ CallQueueOptions queueOptions(const ServeOptions& options) {
     return made;
 }
 
+void printLine(std::string_view text) {
+    std::string line = "cimhost: ";
+    line.append(text).append("\n");
+    std::cerr << line << std::flush;
+}
+
+// What an operator changes while the server runs. A file that cannot be used changes nothing, and says so.
+void readAgain(const std::string& file, std::string_view what, const std::function<std::string()>& read) {
+    if (file.empty()) return;
+    try {
+        printLine("SIGHUP: " + read() + " from " + file);
+    } catch (const std::exception& error) {
+        printLine("SIGHUP: " + std::string(error.what()) + "; the " + std::string(what) + " stay as they were");
+    }
+}
+
+void reload(const ServeOptions& options, const http::Options& settings, http::Server& server) {
+    if (options.credentials.empty() && options.certificate.empty()) {
+        return printLine("SIGHUP: there are neither users nor a certificate to be read again");
+    }
+    readAgain(options.credentials, "users", [&] {
+        const std::size_t count = settings.credentials->reload(options.credentials);
+        return std::to_string(count) + (count == 1 ? " user" : " users");
+    });
+    readAgain(options.certificate, "certificate and key", [&] {
+        server.useTls(*settings.tls);
+        return std::string("a certificate");
+    });
+}
+
 // The C library gives large blocks back to the system, but takes the size of what was freed as the size from which a
 // block is large: after one flash image it would keep the memory of every later one.
 void giveLargeBlocksBack() {
@@ -145,8 +179,13 @@ void giveLargeBlocksBack() {
 } // namespace
 
 void serve(const HostOptions& hostOptions, const ServeOptions& options) {
+    HangupWatch hangups;
     giveLargeBlocksBack();
+    AuditLog audit(printLine);
     http::Options settings = serverOptions(options);
+    settings.onRefusedLogin = [&audit](std::string_view client, std::string_view user) {
+        audit.refusedLogin(client, user);
+    };
     StopLimit stopLimit(longestStop);
     CallQueue queue(queueOptions(options));
     settings.onStop = [&] {
@@ -164,7 +203,7 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     host.serveOwn(indications->objects(), indications->objects().classes());
     host.warmUp();
     indications->subscriptions().restore();
-    Dispatcher dispatcher(host.operations(), host.broker());
+    Dispatcher dispatcher(host.operations(), host.broker(), &audit);
     const Writers writers = options.anonymousWrites ? Writers::everybody : Writers::users;
     handler.endpoint = std::make_unique<Endpoint>(dispatcher, writers, &queue);
     // Until here a signal ends the process at once: nothing is under way that would have to be finished.
@@ -174,7 +213,9 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     if (options.anonymousWrites) {
         std::cerr << "cimhost: --anonymous-writes: whoever can connect may change adapters and subscriptions\n";
     }
+    hangups.start([&] { reload(options, settings, server); });
     server.run();
+    hangups.stop();
     queue.finish();
     host.shutdown();
     indications->router().stop();

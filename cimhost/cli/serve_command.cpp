@@ -17,8 +17,7 @@ void addServe(CommandLine& line) {
                        "One more name or address that clients may call this server by; may be given again");
     command.add_option("--certificate", options->certificate, "TLS certificate with its chain, PEM");
     command.add_option("--key", options->key, "TLS key, PEM");
-    command.add_option("--credentials", options->credentials,
-                       "Users, as lines user:hash with hashes made by: openssl passwd -6");
+    command.add_option("--credentials", options->credentials, "File of users, made by: cimhost user add FILE NAME");
     command.add_flag("--anonymous-writes", options->anonymousWrites,
                      "Without users, let whoever can connect call methods and make, change and delete instances");
     command.add_option("--connections", options->connections, "Clients at the same moment")

@@ -2,6 +2,7 @@
 
 #include "cimhost/http/mailbox.h"
 #include "cimhost/http/name_lookup.h"
+#include "cimhost/http/tls_files.h"
 #include "cimhost/http/wire.h"
 #include "cimhost/model/names.h"
 
@@ -101,10 +102,17 @@ std::optional<Url> parseUrl(std::string_view text) {
 }
 
 struct ClientLoop::State {
-    // Read anew from time to time: certificates change while servers run.
+    explicit State(std::filesystem::path trustedFile) : authorities(std::move(trustedFile)) {
+        if (authorities.empty()) return;
+        tls = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
+        loadAuthorities(tls->native_handle(), authorities);
+        tls->set_verify_mode(asio::ssl::verify_peer);
+    }
+
+    // The system's are read anew from time to time: certificates change while servers run.
     std::shared_ptr<asio::ssl::context> trusted() {
         const auto now = std::chrono::steady_clock::now();
-        if (tls && now - tlsRead < longestTrust) return tls;
+        if (tls && (!authorities.empty() || now - tlsRead < longestTrust)) return tls;
         tls = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_client);
         tls->set_default_verify_paths();
         tls->set_verify_mode(asio::ssl::verify_peer);
@@ -112,6 +120,7 @@ struct ClientLoop::State {
         return tls;
     }
 
+    const std::filesystem::path authorities;
     asio::io_context io;
     asio::executor_work_guard<asio::io_context::executor_type> guard{io.get_executor()};
     std::shared_ptr<Mailbox> mailbox = std::make_shared<Mailbox>(io);
@@ -119,7 +128,7 @@ struct ClientLoop::State {
     std::chrono::steady_clock::time_point tlsRead;
 };
 
-ClientLoop::ClientLoop() : state(std::make_unique<State>()) {}
+ClientLoop::ClientLoop(const std::filesystem::path& authorities) : state(std::make_unique<State>(authorities)) {}
 
 ClientLoop::~ClientLoop() { state->mailbox->close(); }
 

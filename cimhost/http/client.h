@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -55,7 +56,9 @@ struct ClientResult {
 /// What the clients of one thread share: its loop, and the certificates that they trust.
 class ClientLoop {
 public:
-    ClientLoop();
+    /// @param authorities PEM file of those whose certificates are believed; empty: the system's, or those of
+    ///        SSL_CERT_FILE. Throws std::runtime_error naming it if it cannot be used.
+    explicit ClientLoop(const std::filesystem::path& authorities = {});
     ~ClientLoop();
     ClientLoop(const ClientLoop&) = delete;
     ClientLoop& operator=(const ClientLoop&) = delete;
@@ -124,7 +127,9 @@ private:
 /// One message at a time, by one thread, which waits for the answer.
 class Client {
 public:
-    explicit Client(Url url, ClientLimits limits = {}) : client(loop, std::move(url), limits) {}
+    /// @param authorities as ClientLoop takes it
+    explicit Client(Url url, ClientLimits limits = {}, const std::filesystem::path& authorities = {})
+        : loop(authorities), client(loop, std::move(url), limits) {}
 
     /// Throws ClientError.
     ClientAnswer post(const std::vector<Field>& fields, std::string_view body);

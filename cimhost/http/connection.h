@@ -204,7 +204,10 @@ public:
         readBody();
     }
 
-    void onWrongLogin(Response refusal) override { refuse(std::move(refusal)); }
+    void onWrongLogin(Response refusal) override {
+        tellRefusedLogin();
+        refuse(std::move(refusal));
+    }
 
 private:
     static constexpr std::size_t readSize = std::size_t{64} << 10;
@@ -263,6 +266,7 @@ private:
         if (isClosed) return;
         this->moved += headBytes;
         request = headOf(*parser);
+        request.client = clientName();
         bodyReader.reset();
         readerBytes = 0;
         receivedBytes = 0;
@@ -271,6 +275,14 @@ private:
         if (std::optional<Response> refusal = host.handler.refuse(request)) return refuse(std::move(*refusal));
         if (std::optional<Response> refusal = refuseFraming(*parser)) return refuse(std::move(*refusal));
         authenticate();
+    }
+
+    std::string clientName() {
+        error_code error;
+        const auto client = socket().remote_endpoint(error);
+        if (error) return "unknown";
+        const std::string address = client.address().to_string();
+        return (client.address().is_v6() ? "[" + address + "]" : address) + ":" + std::to_string(client.port());
     }
 
     void onReadError(error_code error) {
@@ -288,6 +300,12 @@ private:
         }
         enter(Phase::verifying);
         host.verify({this->shared_from_this(), *authorization, std::move(*claimed), keepRunning()});
+    }
+
+    void tellRefusedLogin() {
+        if (!host.options.onRefusedLogin) return;
+        host.options.onRefusedLogin(request.client,
+                                    Credentials::claimedUser(*request.field("Authorization")).value_or(""));
     }
 
     void readBody() {

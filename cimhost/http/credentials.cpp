@@ -1,19 +1,17 @@
 #include "cimhost/http/credentials.h"
 
+#include "cimhost/http/password_hash.h"
 #include "cimhost/model/names.h"
+#include "cimhost/storage/private_file.h"
 
-#include <crypt.h>
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 #include <openssl/rand.h>
-#include <sys/stat.h>
 
-#include <cstring>
-#include <fstream>
-#include <memory>
+#include <sstream>
 #include <stdexcept>
-#include <vector>
+#include <utility>
 
 namespace cimhost::http {
 
@@ -47,17 +45,11 @@ std::optional<UserAndPassword> parseBasic(std::string_view authorization) {
     return UserAndPassword{both.substr(0, colon), both.substr(colon + 1)};
 }
 
-// Empty where crypt(3) does not know the setting.
-std::string hashOf(const std::string& password, const std::string& setting) {
-    const auto data = std::make_unique<crypt_data>();
-    const char* hash = crypt_r(password.c_str(), setting.c_str(), data.get());
-    if (!hash || hash[0] == '*') return {};
-    return hash;
-}
-
 bool equalInConstantTime(std::string_view left, std::string_view right) {
     return left.size() == right.size() && CRYPTO_memcmp(left.data(), right.data(), left.size()) == 0;
 }
+
+constexpr std::size_t longestFile = std::size_t{1} << 20;
 
 } // namespace
 
@@ -68,20 +60,19 @@ Credentials::Credentials() {
 }
 
 Credentials::Credentials(Credentials&& other) noexcept
-    : hashes(std::move(other.hashes)), decoyHash(std::move(other.decoyHash)), digestKey(other.digestKey) {}
+    : digestKey(other.digestKey), hashes(std::move(other.hashes)), decoyHash(std::move(other.decoyHash)) {}
 
 Credentials Credentials::load(const std::filesystem::path& file) {
-    std::ifstream stream(file);
-    struct stat status {};
-    if (!stream || stat(file.c_str(), &status) != 0) {
-        throw std::runtime_error(file.string() + ": " + std::strerror(errno));
-    }
-    if ((status.st_mode & (S_IROTH | S_IWOTH)) != 0) {
-        throw std::runtime_error(file.string() + ": others can read or change it; run: chmod 600 " + file.string());
-    }
+    Credentials credentials = read(file);
+    if (credentials.hashes.empty()) throw std::runtime_error(file.string() + ": names no user");
+    return credentials;
+}
+
+Credentials Credentials::read(const std::filesystem::path& file) {
+    std::istringstream lines(readPrivateFile(file, longestFile));
     Credentials credentials;
     std::size_t number = 0;
-    for (std::string line; std::getline(stream, line);) {
+    for (std::string line; std::getline(lines, line);) {
         ++number;
         if (line.empty() || line.front() == '#') continue;
         try {
@@ -90,17 +81,25 @@ Credentials Credentials::load(const std::filesystem::path& file) {
             throw std::runtime_error(file.string() + ":" + std::to_string(number) + ": " + error.what());
         }
     }
-    if (credentials.hashes.empty()) throw std::runtime_error(file.string() + ": names no user");
     return credentials;
+}
+
+std::size_t Credentials::reload(const std::filesystem::path& file) {
+    Credentials fresh = read(file);
+    const std::size_t count = fresh.hashes.size();
+    const std::lock_guard lock(mutex);
+    hashes.swap(fresh.hashes);
+    decoyHash.swap(fresh.decoyHash);
+    remembered.clear();
+    return count;
 }
 
 void Credentials::addLine(std::string_view line) {
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos || colon == 0) throw std::runtime_error("a line reads user:hash");
     const std::string hash(line.substr(colon + 1));
-    // A setting that is cut short still hashes; only a whole hash is as long as what it gives.
-    if (hash.empty() || hashOf("", hash).size() != hash.size()) {
-        throw std::runtime_error("the hash is none that crypt(3) knows; make one with: openssl passwd -6");
+    if (const std::string_view flaw = flawOfHash(hash); !flaw.empty()) {
+        throw std::runtime_error(std::string(flaw) + "; make one with: cimhost user add");
     }
     if (!hashes.emplace(line.substr(0, colon), hash).second) throw std::runtime_error("the user is named twice");
     if (decoyHash.empty()) decoyHash = hash;
@@ -124,21 +123,35 @@ std::optional<std::string> Credentials::recall(std::string_view authorization) c
     const std::optional<UserAndPassword> claimed = parseBasic(authorization);
     if (!claimed) return std::nullopt;
     const Digest digest = digestOf(authorization);
-    const std::lock_guard lock(recallMutex);
+    const std::lock_guard lock(mutex);
     const auto known = remembered.find(claimed->user);
     if (known == remembered.end()) return std::nullopt;
     if (CRYPTO_memcmp(known->second.data(), digest.data(), digest.size()) != 0) return std::nullopt;
     return claimed->user;
 }
 
+std::optional<std::string> Credentials::hashOfUser(const std::string& user) const {
+    const std::lock_guard lock(mutex);
+    const auto known = hashes.find(user);
+    return known == hashes.end() ? std::nullopt : std::optional(known->second);
+}
+
+std::string Credentials::decoy() const {
+    const std::lock_guard lock(mutex);
+    return decoyHash;
+}
+
 std::optional<std::string> Credentials::verify(std::string_view authorization) {
     const std::optional<UserAndPassword> claimed = parseBasic(authorization);
     if (!claimed) return std::nullopt;
-    const auto known = hashes.find(claimed->user);
-    const std::string& expected = known == hashes.end() ? decoyHash : known->second;
-    const std::string given = hashOf(claimed->password, expected);
-    if (!equalInConstantTime(given, expected) || known == hashes.end()) return std::nullopt;
-    const std::lock_guard lock(recallMutex);
+    const std::optional<std::string> known = hashOfUser(claimed->user);
+    const std::string expected = known ? *known : decoy();
+    const std::string given = hashWith(claimed->password, expected);
+    if (!equalInConstantTime(given, expected) || !known) return std::nullopt;
+    const std::lock_guard lock(mutex);
+    // The file may have been read again in the meantime.
+    const auto still = hashes.find(claimed->user);
+    if (still == hashes.end() || still->second != expected) return std::nullopt;
     remembered[claimed->user] = digestOf(authorization);
     return claimed->user;
 }

@@ -19,7 +19,8 @@ struct Request {
     std::string target; // "/cimom"
     std::vector<Field> fields;
     std::string body;
-    std::string user; // who authenticated; empty on a server without credentials
+    std::string user;        // who authenticated; empty on a server without credentials
+    std::string client = {}; // where the request comes from: "127.0.0.1:40218", "[::1]:40218"
 
     /// By name, without regard to case: the first of that name, or null.
     [[nodiscard]] const std::string* field(std::string_view name) const;

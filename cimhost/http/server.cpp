@@ -1,6 +1,7 @@
 #include "cimhost/http/server.h"
 
 #include "cimhost/http/connection.h"
+#include "cimhost/http/tls_files.h"
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/signal_set.hpp>
@@ -42,11 +43,7 @@ asio::ssl::context makeTlsContext(const Tls& files) {
     asio::ssl::context context(asio::ssl::context::tls_server);
     context.set_options(asio::ssl::context::default_workarounds | asio::ssl::context::no_sslv2 |
                         asio::ssl::context::no_sslv3 | asio::ssl::context::no_tlsv1 | asio::ssl::context::no_tlsv1_1);
-    error_code error;
-    context.use_certificate_chain_file(files.certificate.string(), error);
-    if (error) throw std::runtime_error(files.certificate.string() + ": no certificate: " + error.message());
-    context.use_private_key_file(files.key.string(), asio::ssl::context::pem, error);
-    if (error) throw std::runtime_error(files.key.string() + ": no key for the certificate: " + error.message());
+    loadServerFiles(context.native_handle(), files);
     return context;
 }
 
@@ -287,6 +284,12 @@ void Server::run() {
 
 void Server::stop() {
     asio::post(state->io, [server = state.get()] { server->beginStop(); });
+}
+
+void Server::useTls(const Tls& files) {
+    // A connection shares the context that it began with.
+    asio::post(state->io,
+               [server = state.get(), context = makeTlsContext(files)]() mutable { server->tls = std::move(context); });
 }
 
 void Server::stopOnSignals() {

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -58,6 +59,8 @@ struct Options {
     HostField host = HostField::thisServer;
     std::vector<std::string> names; // more that clients call the server by
     Limits limits;
+    /// Called on the network thread with a client's address and the name that he gave with a wrong password.
+    std::function<void(std::string_view client, std::string_view user)> onRefusedLogin;
     std::function<void()> onStop; // called once, on the network thread, when the server begins to stop
 };
 
@@ -131,6 +134,10 @@ public:
 
     /// From any thread; may be called before run().
     void stop();
+
+    /// Certificate and key for connections from now on; those that are open keep theirs. From any thread. Throws
+    /// std::runtime_error naming the file; then nothing changes. Only for a server that has had some from the start.
+    void useTls(const Tls& files);
 
     /// SIGINT and SIGTERM call stop() from now on; a second one ends the process at once.
     void stopOnSignals();

@@ -3,6 +3,7 @@
 
 #include "cimhost/cimxml/encoder.h"
 #include "cimhost/cimxml/request.h"
+#include "cimhost/service/change_note.h"
 #include "cimhost/service/operations.h"
 
 #include <string_view>
@@ -16,6 +17,7 @@ struct Call {
     const cimxml::Request& request;
     Caller& caller;
     cimxml::Encoder& encoder;
+    ChangeNote& change;
 };
 
 /// The path that a parameter names, in the namespace of the request. Namespace and class are judged before the keys: a

@@ -8,6 +8,7 @@
 #include "cimhost/service/request_values.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace cimhost {
@@ -67,7 +68,10 @@ void createInstance(const Call& call) {
     const ClassDeclaration& declaration = call.operations.findClass(call.request.nameSpace, given.instance.className);
     const ObjectPathObject& path = *call.scope.make().path(declaration.nameSpace(), declaration.name());
     const InstanceObject& instance = makeInstance(call.scope, path, given.instance);
-    call.encoder.instanceName(call.operations.createInstance(call.scope, call.caller, instance));
+    const ObjectPathObject& made = call.operations.createInstance(call.scope, call.caller, instance);
+    call.change.object.clear();
+    made.appendText(call.change.object);
+    call.encoder.instanceName(made);
 }
 
 void modifyInstance(const Call& call) {
@@ -182,6 +186,12 @@ const OperationRow& rowFor(const Request& request) {
     throw CimFailure(CMPI_RC_ERR_NOT_SUPPORTED, "this server has no operation " + request.methodName.substr(0, 64));
 }
 
+Access accessFor(const Request& request) {
+    if (request.kind == Request::Kind::extrinsic) return Access::change;
+    const OperationRow* row = findRow(request);
+    return row ? row->needs : Access::read;
+}
+
 bool mayDo(Access needed, const Caller& caller) { return needed == Access::read || caller.access == Access::change; }
 
 void require(Access needed, const Caller& caller) {
@@ -223,8 +233,15 @@ CimError errorOf(const std::exception& failure) {
 
 } // namespace
 
-Dispatcher::Dispatcher(Operations& behind, Broker& owner)
-    : operations(behind), broker(owner), tags(behind.repository()) {}
+Dispatcher::Dispatcher(Operations& behind, Broker& owner, AuditLog* changes)
+    : operations(behind), broker(owner), audit(changes), tags(behind.repository()) {}
+
+void Dispatcher::tell(const Request& request, const Caller& caller, const ChangeNote& change) const {
+    if (!audit || accessFor(request) == Access::read) return;
+    const AuditLog::Change told{caller.client, caller.principal, request.methodName, change.object, change.result};
+    if (caller.access == Access::read) return audit->refused(told);
+    audit->changed(told);
+}
 
 namespace {
 
@@ -276,14 +293,18 @@ ByteBuffer Dispatcher::answer(const Request& request, Caller caller) {
     Message message(document, request);
     Encoder encoder(document, tags);
     if (!caller.calledNamespace.empty()) encoder.showNamespaceAs(request.nameSpace, caller.calledNamespace);
+    ChangeNote change{objectOf(request)};
     try {
         RequestScope scope(broker);
-        runOperation({operations, scope, request, caller, encoder});
+        runOperation({operations, scope, request, caller, encoder, change});
     } catch (const std::exception& failure) {
         message.clear();
-        encoder.error(errorOf(failure));
+        const CimError error = errorOf(failure);
+        encoder.error(error);
+        change.result = statusName(error.code);
     }
     message.end();
+    tell(request, caller, change);
     lastSize.store(document.size() + document.size() / 8, std::memory_order_relaxed);
     return document;
 }

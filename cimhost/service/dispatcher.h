@@ -3,6 +3,8 @@
 
 #include "cimhost/cimxml/encoder.h"
 #include "cimhost/cimxml/request.h"
+#include "cimhost/service/audit.h"
+#include "cimhost/service/change_note.h"
 #include "cimhost/service/operations.h"
 
 #include <atomic>
@@ -11,8 +13,9 @@ namespace cimhost {
 
 class Dispatcher {
 public:
-    /// Both outlive the dispatcher; the broker is the one whose repository the operations use.
-    Dispatcher(Operations& operations, Broker& broker);
+    /// All outlive the dispatcher; the broker is the one whose repository the operations use. Without an audit log
+    /// nobody hears of changes.
+    Dispatcher(Operations& operations, Broker& broker, AuditLog* audit = nullptr);
 
     /// The response message: a result, or an ERROR with a CIM status. Never throws for what a request or a provider
     /// does. caller.flags are set from the request's parameters. Who asks by a further name of a namespace reads that
@@ -30,9 +33,11 @@ public:
 
 private:
     ByteBuffer answer(const cimxml::Request& request, Caller caller);
+    void tell(const cimxml::Request& request, const Caller& caller, const ChangeNote& change) const;
 
     Operations& operations;
     Broker& broker;
+    AuditLog* audit;
     cimxml::TagTable tags;
     std::atomic<std::size_t> lastSize = 4096; // answers resemble each other: room for the next one
 };

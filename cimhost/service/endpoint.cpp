@@ -189,6 +189,7 @@ private:
         Message message{std::move(std::get<cimxml::Request>(decoded)), {}};
         if (const auto error = compareWithHeader(request, message.request)) return refusal(*error);
         if (request.user.empty() && writers == Writers::users) message.caller.access = Access::read;
+        message.caller.client = std::move(request.client);
         message.caller.principal = std::move(request.user);
         if (const std::string* language = request.field("Accept-Language")) message.caller.acceptLanguage = *language;
         if (const std::string* host = request.field("Host")) message.caller.host = *host;

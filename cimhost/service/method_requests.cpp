@@ -101,6 +101,10 @@ void invokeMethod(const Call& call) {
     const ArgsObject& arguments = makeArguments(call.scope, call.request.nameSpace, method, valuesOf(call.request),
                                                 call.operations.arrayArguments);
     const Outcome outcome = call.operations.invokeMethod(call.scope, call.caller, path, method, arguments);
+    if (outcome.returnValue) {
+        call.change.result = "ReturnValue ";
+        appendValueText(call.change.result, *outcome.returnValue);
+    }
     if (outcome.returnValue) appendArgument(call.encoder, "RETURNVALUE", {}, *outcome.returnValue);
     for (const NamedData& given : outcome.outArguments->arguments())
         appendArgument(call.encoder, "PARAMVALUE", given.name, given.data);

@@ -30,6 +30,7 @@ struct Caller {
     Access access = Access::change;
     /// The further name of the namespace by which he asks; empty: its own name.
     std::string calledNamespace = {};
+    std::string client = {}; ///< where he asks from, as "address:port"; empty: on this side of any network
 };
 
 /// How a method finds its array arguments typed: servers differ, and some providers take only the one or the other.

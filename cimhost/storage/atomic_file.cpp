@@ -1,12 +1,13 @@
 #include "cimhost/storage/atomic_file.h"
 
+#include "cimhost/storage/descriptor.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace cimhost {
 
@@ -16,22 +17,6 @@ namespace {
     const int reason = errno;
     throw std::runtime_error(file.string() + ": " + std::string(what) + ": " + std::strerror(reason));
 }
-
-class Descriptor {
-public:
-    explicit Descriptor(int opened) : number(opened) {}
-    ~Descriptor() {
-        if (number >= 0) ::close(number);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] int get() const { return number; }
-    int release() { return std::exchange(number, -1); }
-
-private:
-    int number;
-};
 
 // Gone again unless it has taken its place.
 class TemporaryFile {
@@ -53,12 +38,23 @@ public:
             if (written < 0) fail(target, "cannot write");
             content.remove_prefix(static_cast<std::size_t>(written));
         }
+        if (::fsync(descriptor.get()) != 0) fail(target, "cannot write");
+        if (::close(descriptor.release()) != 0) fail(target, "cannot write");
+    }
+
+    void keepPermissionsOf(const std::filesystem::path& target) {
         struct stat old {};
         if (::stat(target.c_str(), &old) == 0 && ::fchmod(descriptor.get(), old.st_mode & 07777) != 0) {
             fail(target, "cannot keep its permissions");
         }
-        if (::fsync(descriptor.get()) != 0) fail(target, "cannot write");
-        if (::close(descriptor.release()) != 0) fail(target, "cannot write");
+    }
+
+    void keepOwnerOf(const std::filesystem::path& target) {
+        struct stat old {};
+        struct stat made {};
+        if (::stat(target.c_str(), &old) != 0 || ::fstat(descriptor.get(), &made) != 0) return;
+        if (old.st_uid == made.st_uid && old.st_gid == made.st_gid) return;
+        if (::fchown(descriptor.get(), old.st_uid, old.st_gid) != 0) fail(target, "cannot keep its owner");
     }
 
     void takePlaceOf(const std::filesystem::path& target) {
@@ -115,6 +111,17 @@ void replaceFile(const std::filesystem::path& file, std::string_view content) {
     const std::filesystem::path target = targetOf(file);
     makeFolder(target.parent_path());
     TemporaryFile written(target);
+    written.keepPermissionsOf(target);
+    written.write(content, target);
+    written.takePlaceOf(target);
+    syncFolder(target.parent_path());
+}
+
+void replacePrivateFile(const std::filesystem::path& file, std::string_view content) {
+    const std::filesystem::path target = targetOf(file);
+    makeFolder(target.parent_path());
+    TemporaryFile written(target);
+    written.keepOwnerOf(target);
     written.write(content, target);
     written.takePlaceOf(target);
     syncFolder(target.parent_path());

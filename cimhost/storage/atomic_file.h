@@ -19,4 +19,8 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& file, std:
 /// name; then the old one is as it was.
 void replaceFile(const std::filesystem::path& file, std::string_view content);
 
+/// The same for a file that holds secrets: whatever the old one's permissions were, the new one is its owner's alone,
+/// and the owner stays.
+void replacePrivateFile(const std::filesystem::path& file, std::string_view content);
+
 } // namespace cimhost

@@ -38,6 +38,8 @@ check "both ports of the card show its option ROM before the update" 2 "$(grep -
 make_image MC1020 2.2.3 8.1.0
 answer=$(call $storage InstallFromURI "$(text_parameter URI "FILE://$image")$(target_parameter Merolt_FCHBA_PortController MC1020R4K00317)$no_options")
 check "the storage side's update" 0 "$(value_of "$answer")"
+check "the operator reads who changed what, and how it ended" 1 \
+    "$(grep -cE "^cimhost: audit: client=127\.0\.0\.1:[0-9]+ user=\"\" operation=InstallFromURI object=root/merolt_cmpi:$storage result=\"ReturnValue 0\"$" errors)"
 check "its ports show what the image brings and leaves out, others what they had" "${before//"$old_rom"/"$new_rom"}" \
     "$(rom_versions)"
 check "its software identities show the image's firmware at once" 8.01.00 \

@@ -49,6 +49,11 @@ check_documents() {
 check_unit() {
     check "unit" "ExecStart=$2/bin/cimhost serve --state /var/lib/merolt-cimhost/subscriptions \$CIMHOST_OPTIONS" \
         "$(grep ^ExecStart= "$1/lib/systemd/system/merolt-cimhost.service")"
+    check "reload" "ExecReload=/bin/kill -HUP \$MAINPID" \
+        "$(grep ^ExecReload= "$1/lib/systemd/system/merolt-cimhost.service")"
+    # What is not made is not written to: the provider makes no folder for its log.
+    check "the log's folder" "StateDirectory=merolt-cimhost merolt-cimhost/log" \
+        "$(grep ^StateDirectory= "$1/lib/systemd/system/merolt-cimhost.service")"
 }
 
 # check_hardened FILE: the loader closes its tables before it runs, and it checks its stack.

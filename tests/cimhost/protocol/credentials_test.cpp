@@ -1,8 +1,10 @@
 #include "temporary_file.h"
 
 #include "cimhost/http/credentials.h"
+#include "cimhost/http/password_hash.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace cimhost::http {
 namespace {
@@ -46,10 +48,67 @@ TEST(Credentials, WhatIsWrongIsNeitherAcceptedNorRemembered) {
     }
 }
 
-TEST(Credentials, AFileThatOthersCanReadIsRefused) {
+TEST(Credentials, AFileThatIsNotItsOwnersAloneIsRefused) {
     const TemporaryFile file(annaLine);
-    std::filesystem::permissions(file.path, std::filesystem::perms::others_read, std::filesystem::perm_options::add);
-    EXPECT_NE(loadError(file).find("chmod 600"), std::string::npos) << loadError(file);
+    for (const unsigned mode : {0640U, 0620U, 0660U, 0604U, 0602U, 0644U, 0610U}) {
+        std::filesystem::permissions(file.path, static_cast<std::filesystem::perms>(mode));
+        EXPECT_NE(loadError(file).find("chmod 600"), std::string::npos) << std::oct << mode << ": " << loadError(file);
+    }
+    for (const unsigned mode : {0600U, 0400U}) {
+        std::filesystem::permissions(file.path, static_cast<std::filesystem::perms>(mode));
+        EXPECT_EQ(loadError(file), "") << std::oct << mode;
+    }
+}
+
+TEST(Credentials, APipeIsRefusedAndNotWaitedFor) {
+    const TemporaryFile file;
+    std::filesystem::remove(file.path);
+    ASSERT_EQ(::mkfifo(file.path.c_str(), 0600), 0);
+    EXPECT_EQ(loadError(file), file.path.string() + ": no regular file");
+}
+
+// Of these methods, a hash is guessed in a day.
+TEST(Credentials, AWeakHashIsRefused) {
+    for (const std::string weak : {"abiQ6Ep3EYTHc", "_J9..abcd5WNy9VUCfAY", "$1$abc$OGyl6dDvZCDiGmIVbeuCq/"}) {
+        const TemporaryFile file("anna:" + weak + "\n");
+        EXPECT_NE(loadError(file).find(":1: the hash is of a method that is guessed too fast"), std::string::npos)
+            << weak << ": " << loadError(file);
+    }
+}
+
+TEST(Credentials, ANewHashIsAcceptedAndNeverTheSame) {
+    const std::string first = newHash("secret");
+    const std::string second = newHash("secret");
+    EXPECT_NE(first, second);
+    const TemporaryFile file("anna:" + first + "\nbert:" + second + "\n");
+    Credentials credentials = Credentials::load(file.path);
+    EXPECT_EQ(credentials.verify(annaSecret), "anna");
+    EXPECT_FALSE(credentials.verify(annaWrong));
+    EXPECT_THROW(newHash(std::string(513, 'x')), std::runtime_error);
+}
+
+TEST(Credentials, AfterReadingAgainOnlyTheNewUsersAreLetIn) {
+    const TemporaryFile file(annaLine);
+    Credentials credentials = Credentials::load(file.path);
+    ASSERT_EQ(credentials.verify(annaSecret), "anna");
+    const TemporaryFile others("nobody:" + newHash("secret") + "\n");
+    EXPECT_EQ(credentials.reload(others.path), 1U);
+    EXPECT_FALSE(credentials.recall(annaSecret));
+    EXPECT_FALSE(credentials.verify(annaSecret));
+    EXPECT_EQ(credentials.verify(nobodySecret), "nobody");
+    const TemporaryFile none("# all gone\n");
+    EXPECT_EQ(credentials.reload(none.path), 0U);
+    EXPECT_FALSE(credentials.recall(nobodySecret));
+    EXPECT_FALSE(credentials.verify(nobodySecret));
+}
+
+TEST(Credentials, ABrokenFileLeavesTheUsersOfBefore) {
+    const TemporaryFile file(annaLine);
+    Credentials credentials = Credentials::load(file.path);
+    const TemporaryFile broken(annaLine + "bert\n");
+    EXPECT_THROW(credentials.reload(broken.path), std::runtime_error);
+    EXPECT_THROW(credentials.reload("/nonexistent"), std::runtime_error);
+    EXPECT_EQ(credentials.verify(annaSecret), "anna");
 }
 
 TEST(Credentials, ABadLineIsNamed) {

@@ -6,12 +6,17 @@
 #include "cimhost/http/server.h"
 
 #include <gtest/gtest.h>
+#include <openssl/pem.h>
 #include <openssl/ssl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <array>
 #include <condition_variable>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <ostream>
@@ -746,6 +751,23 @@ TEST_F(AuthenticatingServer, ManyClientsWithTheRightPasswordAreServedTogether) {
         EXPECT_EQ(bodyOf(client.readAnswer()), "anna asks");
 }
 
+TEST_F(AuthenticatingServer, TellsOfWrongPasswordsAndWhereTheyCameFrom) {
+    std::mutex mutex;
+    std::vector<std::string> told;
+    options.onRefusedLogin = [&](std::string_view client, std::string_view user) {
+        const std::lock_guard lock(mutex);
+        told.push_back(std::string(client) + " " + std::string(user));
+    };
+    start();
+    EXPECT_EQ(statusOf(ask(post("x"))), 401);
+    EXPECT_EQ(statusOf(ask(post("x", annaSecret))), 200);
+    EXPECT_EQ(statusOf(ask(post("x", annaWrong))), 401);
+    const std::lock_guard lock(mutex);
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_EQ(told.front().substr(0, 10), "127.0.0.1:");
+    EXPECT_EQ(told.front().substr(told.front().find(' ')), " anna");
+}
+
 class TlsServer : public HttpServer {
 protected:
     TlsServer() {
@@ -798,16 +820,83 @@ TEST_F(TlsServer, UnfinishedHandshakesGiveWay) {
     }
 }
 
-TEST_F(TlsServer, AFileThatIsNoCertificateIsNamed) {
-    const testing_support::TemporaryFile nothing;
-    options.tls->certificate = nothing.path;
+// The certificate that the server shows, in PEM.
+std::string shownCertificate(std::uint16_t port) {
+    const std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context(SSL_CTX_new(TLS_client_method()), SSL_CTX_free);
+    const std::unique_ptr<BIO, decltype(&BIO_free_all)> connection(BIO_new_ssl_connect(context.get()), BIO_free_all);
+    BIO_set_conn_hostname(connection.get(), ("127.0.0.1:" + std::to_string(port)).c_str());
+    if (BIO_do_connect(connection.get()) != 1) return "";
+    SSL* session = nullptr;
+    BIO_get_ssl(connection.get(), &session);
+    const std::unique_ptr<X509, decltype(&X509_free)> shown(SSL_get1_peer_certificate(session), X509_free);
+    const std::unique_ptr<BIO, decltype(&BIO_free_all)> text(BIO_new(BIO_s_mem()), BIO_free_all);
+    PEM_write_bio_X509(text.get(), shown.get());
+    char* bytes = nullptr;
+    const long length = BIO_get_mem_data(text.get(), &bytes);
+    return {bytes, static_cast<std::size_t>(length)};
+}
+
+std::string contentOf(const std::filesystem::path& file) {
+    std::ifstream stream(file);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST_F(TlsServer, ShowsTheNewCertificateFromNowOnAndTheOldOneWhereTheNewOneIsBroken) {
+    start();
+    const std::string old = contentOf(certificate.path);
+    ASSERT_EQ(shownCertificate(server->port()), old);
+    testing_support::makeCertificate(certificate.path, key.path);
+    server->useTls(*options.tls);
+    const std::string renewed = contentOf(certificate.path);
+    ASSERT_NE(renewed, old);
+    EXPECT_EQ(shownCertificate(server->port()), renewed);
+    const testing_support::TemporaryFile otherCertificate;
+    const testing_support::TemporaryFile otherKey;
+    testing_support::makeCertificate(otherCertificate.path, otherKey.path);
+    EXPECT_THROW(server->useTls({certificate.path, otherKey.path}), std::runtime_error);
+    EXPECT_THROW(server->useTls({"/nonexistent", key.path}), std::runtime_error);
+    EXPECT_EQ(shownCertificate(server->port()), renewed);
+}
+
+struct BadTls {
+    std::string name;
+    std::function<void(Tls&)> spoil;
+    std::string reason;
+};
+
+void PrintTo(const BadTls& bad, std::ostream* out) { *out << bad.name; }
+
+class RefusedTls : public TlsServer, public testing::WithParamInterface<BadTls> {};
+
+TEST_P(RefusedTls, FileAndReasonAreNamed) {
+    GetParam().spoil(*options.tls);
     try {
         start();
         FAIL();
     } catch (const std::runtime_error& error) {
-        EXPECT_NE(std::string(error.what()).find(nothing.path.string()), std::string::npos) << error.what();
+        const std::string text = error.what();
+        EXPECT_NE(text.find(GetParam().reason), std::string::npos) << text;
+        EXPECT_EQ(text.front(), '/') << text;
     }
 }
+
+void setMode(const std::filesystem::path& file, unsigned mode) {
+    std::filesystem::permissions(file, static_cast<std::filesystem::perms>(mode));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, RefusedTls,
+    testing::ValuesIn(std::vector<BadTls>{
+        {"NoCertificate", [](Tls& tls) { tls.certificate = "/nonexistent/c.pem"; },
+         "/nonexistent/c.pem: No such file or directory"},
+        {"NoKey", [](Tls& tls) { tls.key = "/nonexistent/k.pem"; }, "/nonexistent/k.pem: No such file or directory"},
+        {"Folder", [](Tls& tls) { tls.certificate = "/tmp"; }, "/tmp: no regular file"},
+        {"EmptyCertificate", [](Tls& tls) { std::ofstream(tls.certificate, std::ios::trunc); }, ": no certificate: "},
+        {"EmptyKey", [](Tls& tls) { std::ofstream(tls.key, std::ios::trunc); }, ": no key for the certificate: "},
+        {"KeyForEverybody", [](Tls& tls) { setMode(tls.key, 0644); }, "run: chmod 600 "},
+        {"KeyThatItsGroupChanges", [](Tls& tls) { setMode(tls.key, 0620); }, "run: chmod 600 "},
+    }),
+    [](const auto& row) { return row.param.name; });
 
 } // namespace
 } // namespace cimhost::http

@@ -23,6 +23,7 @@ public:
     /// What is left of its output up to its end.
     std::string readAll();
     void signal(int number);
+    pid_t pid() const { return id; }
     /// Its exit status; -1 if a signal ended it.
     int wait();
     /// What it has written to standard error so far.

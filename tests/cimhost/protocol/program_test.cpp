@@ -223,6 +223,58 @@ TEST(Program, AnUnknownClassIsACimError) {
     EXPECT_THAT(ended.errors, HasSubstr("CIM_ERR_INVALID_CLASS (5)"));
 }
 
+// A person's own folder, in a place of its own.
+class Question : public testing::Test {
+protected:
+    Question() {
+        std::string name = (std::filesystem::temp_directory_path() / "cimhost_home_XXXXXX").string();
+        home = ::mkdtemp(name.data());
+        std::filesystem::create_directory(home / "work");
+    }
+    ~Question() override { std::filesystem::remove_all(home); }
+
+    Ended ask(const std::string& environment) const {
+        return run({"/bin/sh", "-c",
+                    "cd \"$1/work\" && env -u MEROLT_CNA_INSTALL_LOCATION -u XDG_STATE_HOME " + environment +
+                        " \"$0\" --fleet \"$2\" names Merolt_Adapter_ComputerSystem",
+                    PROGRAM, home.string(), FLEET});
+    }
+
+    static unsigned modeOf(const std::filesystem::path& file) {
+        return static_cast<unsigned>(std::filesystem::status(file).permissions());
+    }
+
+    std::filesystem::path home;
+};
+
+TEST_F(Question, LeavesNothingWhereItIsAskedAndPrintsItsAnswerAlone) {
+    const Ended ended = ask("HOME=\"$1\"");
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_EQ(ended.errors, "");
+    EXPECT_EQ(lineCount(ended.output), 1U);
+    EXPECT_TRUE(std::filesystem::is_empty(home / "work"));
+    const std::filesystem::path location = home / ".local" / "state" / "cimhost";
+    EXPECT_TRUE(std::filesystem::exists(location / "log" / "Merolt_CNA_Provider.log"));
+    EXPECT_EQ(modeOf(location), 0700U);
+    EXPECT_EQ(modeOf(location / "log"), 0700U);
+}
+
+TEST_F(Question, KeepsThePlaceThatTheEnvironmentNames) {
+    EXPECT_EQ(ask("HOME=\"$1\" XDG_STATE_HOME=\"$1/state\"").status, 0);
+    EXPECT_TRUE(std::filesystem::exists(home / "state" / "cimhost" / "log" / "Merolt_CNA_Provider.log"));
+    std::filesystem::create_directories(home / "own" / "log");
+    EXPECT_EQ(ask("HOME=\"$1\" MEROLT_CNA_INSTALL_LOCATION=\"$1/own\"").status, 0);
+    EXPECT_TRUE(std::filesystem::exists(home / "own" / "log" / "Merolt_CNA_Provider.log"));
+    EXPECT_FALSE(std::filesystem::exists(home / ".local"));
+}
+
+TEST_F(Question, WithoutAPlaceForItsLogStillAnswersAndLeavesNothing) {
+    const Ended ended = ask("HOME=\"$1\" XDG_STATE_HOME=/dev/null/state");
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_EQ(ended.errors, "");
+    EXPECT_TRUE(std::filesystem::is_empty(home / "work"));
+}
+
 struct BadStart {
     std::string name;
     std::vector<std::string> arguments;
@@ -261,6 +313,9 @@ std::vector<BadStart> badStarts() {
         {"NoPort", {"serve", "--listen", "127.0.0.1:99999"}, "99999"},
         {"WritesWithUsers", {"serve", "--listen", "127.0.0.1:0", "--anonymous-writes", "--credentials", FLEET}, FLEET},
         {"CertificateAlone", {"serve", "--certificate", FLEET}, "--key"},
+        {"NoCertificate",
+         {"serve", "--certificate", "/nonexistent/c.pem", "--key", FLEET},
+         "cimhost: /nonexistent/c.pem: No such file or directory"},
         {"NoCredentials", {"serve", "--credentials", "/nonexistent/users"}, "/nonexistent/users"},
     };
 }

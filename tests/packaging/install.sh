@@ -35,6 +35,8 @@ check_contains "through a link" "Merolt_FCHBA_Namespace." "$output"
 # Elsewhere than where it was installed, the library works from its own folder, and its link is not registered.
 mv "$prefix" "$scratch/elsewhere"
 for tool in sfcbstage sfcbunstage sfcbrepos; do ln -s "$here/stand_in" "$scratch/tools/$tool"; done
+mkdir "$scratch/state/stage" "$scratch/state/share"
+touch "$scratch/state/stage/default.reg" "$scratch/state/share/CIM_Schema.mof" # what an installed sfcb has
 register() {
     : >"$scratch/state/calls"
     echo 0 >"$scratch/state/count"

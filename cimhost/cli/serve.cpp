@@ -206,6 +206,7 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     Dispatcher dispatcher(host.operations(), host.broker(), &audit);
     const Writers writers = options.anonymousWrites ? Writers::everybody : Writers::users;
     handler.endpoint = std::make_unique<Endpoint>(dispatcher, writers, &queue);
+    hangups.start([&] { reload(options, settings, server); }); // while nobody was told to come: there may be no thread
     // Until here a signal ends the process at once: nothing is under way that would have to be finished.
     server.stopOnSignals();
     std::cout << "cimhost: listening on " << urlOf(settings, server.port()) << ", namespace " << hostOptions.nameSpace
@@ -213,7 +214,6 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     if (options.anonymousWrites) {
         std::cerr << "cimhost: --anonymous-writes: whoever can connect may change adapters and subscriptions\n";
     }
-    hangups.start([&] { reload(options, settings, server); });
     server.run();
     hangups.stop();
     queue.finish();

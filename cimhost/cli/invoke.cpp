@@ -157,7 +157,7 @@ Answer answer(Host& host, const InvokeOptions& options) {
 
 std::string invoke(const HostOptions& hostOptions, const InvokeOptions& options) {
     useOwnInstallLocation();
-    const CleanOutput output;
+    const CleanOutput output(hostOptions.broker.log);
     Host host(hostOptions);
     const Answer given = answer(host, options);
     output.write(given.text);

@@ -3,39 +3,76 @@
 #include <cerrno>
 #include <cstdio>
 #include <iostream>
+#include <mutex>
 #include <stdexcept>
 #include <streambuf>
+#include <string>
 #include <unistd.h>
+#include <utility>
 
 namespace cimhost::cli {
 
 namespace {
 
-// Without a state of its own, so that threads of a provider may use it at any time.
-class Nowhere final : public std::streambuf {
+// What a process prints, line by line to a sink. Any of its threads may print at any time.
+class Lines final : public std::streambuf {
+public:
+    /// Behind what has no end yet.
+    void tellTo(LogSink next) {
+        const std::lock_guard guard(mutex);
+        if (!line.empty()) tell();
+        sink = std::move(next);
+    }
+
 protected:
-    int_type overflow(int_type character) override { return traits_type::not_eof(character); }
-    std::streamsize xsputn(const char*, std::streamsize count) override { return count; }
+    int_type overflow(int_type character) override {
+        const char printed = traits_type::to_char_type(character);
+        if (!traits_type::eq_int_type(character, traits_type::eof())) xsputn(&printed, 1);
+        return traits_type::not_eof(character);
+    }
+    std::streamsize xsputn(const char* text, std::streamsize count) override {
+        const std::lock_guard guard(mutex);
+        for (const char character : std::string_view(text, static_cast<std::size_t>(count))) {
+            if (character == '\n') {
+                tell();
+            } else {
+                line += character;
+            }
+        }
+        return count;
+    }
+
+private:
+    void tell() {
+        if (sink) sink(LogLevel::trace, line);
+        line.clear();
+    }
+
+    std::mutex mutex;
+    std::string line;
+    LogSink sink;
 };
 
 // A thread of a provider may still print while the process ends.
-std::streambuf* nowhere() {
-    static auto* const kept = new Nowhere;
-    return kept;
+Lines& errorLines() {
+    static auto* const kept = new Lines;
+    return *kept;
 }
 
 } // namespace
 
-CleanOutput::CleanOutput() : realOutput(::dup(STDOUT_FILENO)) {
+CleanOutput::CleanOutput(const LogSink& messages) : realOutput(::dup(STDOUT_FILENO)) {
     std::fflush(stdout);
     if (realOutput < 0 || ::dup2(STDERR_FILENO, STDOUT_FILENO) < 0) {
         throw std::runtime_error("standard output is closed");
     }
-    realErrors = std::cerr.rdbuf(nowhere());
+    errorLines().tellTo(messages);
+    realErrors = std::cerr.rdbuf(&errorLines());
 }
 
 CleanOutput::~CleanOutput() {
     std::cerr.rdbuf(realErrors);
+    errorLines().tellTo(nullptr);
     std::fflush(stdout);
     ::dup2(realOutput, STDOUT_FILENO);
     ::close(realOutput);

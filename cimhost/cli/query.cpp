@@ -118,7 +118,7 @@ std::string answer(Host& host, const QueryOptions& options) {
 
 void ask(const HostOptions& hostOptions, const QueryOptions& options) {
     useOwnInstallLocation();
-    const CleanOutput output;
+    const CleanOutput output(hostOptions.broker.log);
     Host host(hostOptions);
     output.write(answer(host, options));
     host.shutdown();

@@ -117,6 +117,24 @@ TEST(CommandLine, QuietAndVerboseExcludeEachOther) {
     EXPECT_EQ(cimhost({"-q", "-v", "classes"}).status, 2);
 }
 
+TEST(CommandLine, WhatTheProviderPrintsIsShownWhereAllOfItWasAskedFor) {
+    const std::string printed = "cimhost: Merolt_NIC_Properties::reload, properties file name: ";
+    const Ended verbose = cimhost({"--verbose", "names", port, "--fleet", FLEET});
+    const Ended usual = cimhost({"names", port, "--fleet", FLEET});
+    EXPECT_THAT(verbose.errors, HasSubstr(printed));
+    EXPECT_THAT(usual.errors, Not(HasSubstr("Merolt_NIC_Properties")));
+    EXPECT_EQ(verbose.output, usual.output);
+}
+
+TEST(CommandLine, WhatTheProviderPrintsIsANoteInJson) {
+    const Ended ended = cimhost({"--verbose", "--json", "names", port, "--fleet", FLEET});
+    std::vector<std::string> notes;
+    std::istringstream lines(ended.errors);
+    for (std::string line; std::getline(lines, line);)
+        notes.push_back(nlohmann::json::parse(line).value("note", nlohmann::json::object()).value("message", ""));
+    EXPECT_THAT(notes, Contains(HasSubstr("Merolt_NIC_Properties::reload")));
+}
+
 TEST(CommandLine, ASilentListenerSaysNothingOfItself) {
     testing_support::Process listener({PROGRAM, "listen", "--port", "0", "--quiet"});
     testing_support::Process noisy({PROGRAM, "listen", "--port", "0"});

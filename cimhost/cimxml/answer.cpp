@@ -1,9 +1,9 @@
 #include "cimhost/cimxml/answer.h"
 
 #include "cimhost/cimxml/encoder.h"
+#include "cimhost/cimxml/response.h"
 #include "cimhost/cimxml/xml_text.h"
 
-#include <charconv>
 #include <string>
 
 namespace cimhost::cimxml {
@@ -25,17 +25,6 @@ const XmlElement* callOf(const XmlElement& root) {
     return response ? onlyChildNamed(*response, "IMETHODRESPONSE", "EXPMETHODRESPONSE") : nullptr;
 }
 
-CimError errorOf(const XmlElement& element) {
-    CimError error;
-    const std::string& code = *element.attribute("CODE");
-    unsigned number = 0;
-    const auto [end, failure] = std::from_chars(code.data(), code.data() + code.size(), number);
-    const bool isStatus = failure == std::errc() && end == code.data() + code.size() && number >= 1 && number <= 17;
-    error.code = isStatus ? static_cast<CMPIrc>(number) : CMPI_RC_ERR_FAILED;
-    if (const std::string* description = element.attribute("DESCRIPTION")) error.description = *description;
-    return error;
-}
-
 } // namespace
 
 std::variant<Answer, ProtocolError> decodeAnswer(std::string_view document, const XmlLimits& limits) {
@@ -45,7 +34,7 @@ std::variant<Answer, ProtocolError> decodeAnswer(std::string_view document, cons
     if (!call) return invalid("the document is no answer to a CIM operation or an export");
     if (call->children.empty()) return Answer(std::vector<XmlElement>{});
     const XmlElement& content = call->children.front();
-    if (content.name == "ERROR") return Answer(errorOf(content));
+    if (content.name == "ERROR") return Answer(readError(content));
     if (content.name == "IRETURNVALUE") return Answer(content.children);
     return invalid("<" + std::string(content.name) + "> inside an answer");
 }

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace cimhost::cimxml {
 
@@ -54,10 +56,13 @@ constexpr ElementRule rules[] = {
     {"CORRELATOR",               Content::children, "NAME TYPE",             ""},
 
     {"SIMPLERSP",                Content::children, "",                      ""},
+    {"MULTIRSP",                 Content::children, "",                      ""},
     {"SIMPLEEXPRSP",             Content::children, "",                      ""},
     {"IMETHODRESPONSE",          Content::children, "NAME",                  ""},
+    {"METHODRESPONSE",           Content::children, "NAME",                  ""},
     {"EXPMETHODRESPONSE",        Content::children, "NAME",                  ""},
     {"IRETURNVALUE",             Content::children, "",                      ""},
+    {"RETURNVALUE",              Content::children, "",                      "PARAMTYPE EmbeddedObject EMBEDDEDOBJECT"},
     {"ERROR",                    Content::children, "CODE",                  "DESCRIPTION"},
 
     {"NAMESPACEPATH",            Content::children, "",                      ""},
@@ -142,6 +147,12 @@ public:
         readPart(piece, isLast);
     }
 
+    void handOut(std::string_view parent, std::size_t depth, Taker function) {
+        parentOfTaken = parent;
+        depthOfParent = depth;
+        taker = std::move(function);
+    }
+
     const std::optional<ProtocolError>& failure() const { return error; }
     XmlElement takeRoot() { return std::move(root); }
     std::size_t heldBytes() const { return held; }
@@ -152,9 +163,9 @@ private:
     void readPart(std::string_view part, bool isLast) {
         if (error) return;
         bytesRead += part.size();
-        if (XML_Parse(parser, part.data(), static_cast<int>(part.size()), isLast) == XML_STATUS_OK) {
-            return isLast ? void() : refuseLongToken();
-        }
+        const bool isRead = XML_Parse(parser, part.data(), static_cast<int>(part.size()), isLast) == XML_STATUS_OK;
+        if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
+        if (isRead) return isLast ? void() : refuseLongToken();
         if (!error) {
             error = {ErrorKind::requestNotWellFormed, place() + XML_ErrorString(XML_GetErrorCode(parser))};
         }
@@ -192,6 +203,10 @@ private:
         if (++elementCount > limits.elements) return refuse("too many elements");
         if (!open.empty() && ruleOfOpen.back()->content == Content::text) {
             return refuse(shown(name) + " inside " + shown(ruleOfOpen.back()->name));
+        }
+        if (isTaken()) {
+            heldAround = held;
+            elementsAround = elementCount - 1;
         }
         XmlElement& element = open.empty() ? root : open.back()->children.emplace_back();
         element.name = rule->name;
@@ -240,6 +255,28 @@ private:
         if (inArrayEntry) return endArrayEntry();
         open.pop_back();
         ruleOfOpen.pop_back();
+        if (isTaken()) handOutLast();
+    }
+
+    // True where the innermost open element is the one whose children are handed out.
+    bool isTaken() const { return taker && open.size() == depthOfParent && open.back()->name == parentOfTaken; }
+
+    // Nothing is thrown through the parser, which is written in C.
+    void handOutLast() {
+        std::vector<XmlElement>& children = open.back()->children;
+        std::optional<ProtocolError> refused;
+        try {
+            refused = taker(children.back());
+        } catch (...) {
+            thrown = std::current_exception();
+            refused = {ErrorKind::requestNotValid, {}};
+        }
+        children.pop_back();
+        held = heldAround;
+        elementCount = elementsAround;
+        if (!refused) return;
+        error = std::move(refused);
+        XML_StopParser(parser, XML_FALSE);
     }
 
     void endArrayEntry() {
@@ -279,11 +316,22 @@ private:
     std::size_t held = 0;
     std::size_t bytesRead = 0;
     std::optional<ProtocolError> error;
+    std::string_view parentOfTaken;
+    std::size_t depthOfParent = 0;
+    Taker taker;
+    // Of what stands around the child that is being read.
+    std::size_t heldAround = 0;
+    std::size_t elementsAround = 0;
+    std::exception_ptr thrown;
 };
 
 XmlReader::XmlReader(const XmlLimits& limits) : state(std::make_unique<State>(limits)) {}
 
 XmlReader::~XmlReader() = default;
+
+void XmlReader::handOut(std::string_view parent, std::size_t depth, Taker taker) {
+    state->handOut(parent, depth, std::move(taker));
+}
 
 std::optional<ProtocolError> XmlReader::read(std::string_view piece) {
     state->read(piece, false);

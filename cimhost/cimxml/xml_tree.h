@@ -5,6 +5,7 @@
 #include "cimhost/cimxml/values.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -45,6 +46,15 @@ public:
     ~XmlReader();
     XmlReader(const XmlReader&) = delete;
     XmlReader& operator=(const XmlReader&) = delete;
+
+    /// Takes an element that is complete, out of the tree; an error ends the reading. What it throws comes out of
+    /// read().
+    using Taker = std::function<std::optional<ProtocolError>(XmlElement& element)>;
+
+    /// From now on each child of the element of that name, at that depth (1 for the root), goes to the taker as soon as
+    /// it is complete, and is no longer there in the end: a long answer takes the memory of one of its objects. The
+    /// limits then are those of one child and what stands around them all. The name outlives the reader.
+    void handOut(std::string_view parent, std::size_t depth, Taker taker);
 
     /// The next bytes. An error ends the reading; whoever goes on gets it again. Pieces of 64 KiB and more cost least.
     std::optional<ProtocolError> read(std::string_view piece);

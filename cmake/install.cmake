@@ -30,7 +30,7 @@ install(PROGRAMS scripts/merolt-cna-register DESTINATION ${CMAKE_INSTALL_SBINDIR
 install(TARGETS cimhost tavik_host_dump RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ${to_tools})
 install(PROGRAMS tavik/host/record-host.sh DESTINATION ${merolt_data_folder} ${to_tools})
 
-install(DIRECTORY mof/ DESTINATION ${merolt_data_folder}/mof ${to_provider}
+install(DIRECTORY ${merolt_mof_folder}/ DESTINATION ${merolt_data_folder}/mof ${to_provider}
     FILES_MATCHING PATTERN *.mof PATTERN *.registration)
 install(DIRECTORY tavik/fleets/ DESTINATION ${merolt_data_folder}/fleets ${to_provider} FILES_MATCHING PATTERN *.json)
 
@@ -68,8 +68,8 @@ foreach(registration openpegasus:merolt_cna_provider_registration.mof sfcb:merol
         OUTPUT ${registration_folder}/${name}
         COMMAND ${CMAKE_COMMAND} -E make_directory ${registration_folder}
         COMMAND sh ${PROJECT_SOURCE_DIR}/scripts/merolt-cna-register print ${server}
-            --data ${PROJECT_SOURCE_DIR}/mof > ${registration_folder}/${name}
-        DEPENDS scripts/merolt-cna-register mof/cimhost.registration
+            --data ${merolt_mof_folder} > ${registration_folder}/${name}
+        DEPENDS scripts/merolt-cna-register ${merolt_mof_stamp}
         WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
         COMMENT "Registration for ${server}"
         VERBATIM)
@@ -77,7 +77,7 @@ foreach(registration openpegasus:merolt_cna_provider_registration.mof sfcb:merol
 endforeach()
 add_custom_target(registrations ALL DEPENDS ${registrations})
 # Who builds the provider alone can install its component.
-add_dependencies(Merolt_CNA_Provider registrations)
+add_dependencies(Merolt_CNA_Provider mof registrations)
 install(FILES ${registrations} DESTINATION ${merolt_data_folder}/registration ${to_provider})
 
 include(${CMAKE_CURRENT_LIST_DIR}/packages.cmake)

@@ -38,4 +38,10 @@ inline OpenData newString(const char* text) { return OpenData(OpenStatus(CMPI_RC
 /// The text of a status' message, or null. Taken by value as not every package can ask a constant one.
 inline const char* messageOf(CmpiStatus status) { return status.msg(); }
 
+/// The same for the log, which says so where there is none.
+inline const char* loggedMessage(const CmpiStatus& status) {
+    const char* message = messageOf(status);
+    return message ? message : "(null)";
+}
+
 } // namespace merolt

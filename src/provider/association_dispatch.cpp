@@ -205,9 +205,8 @@ CmpiStatus dispatch(const Request& request) {
     try {
         runPasses(request);
     } catch (const CmpiStatus& failure) {
-        const char* message = messageOf(failure);
         ERROR_LOG("Merolt_CNA_Provider %s caught exception status: %d %s", request.name(), failure.rc(),
-                  message ? message : "(null)");
+                  loggedMessage(failure));
         request.result.returnDone();
         return failure;
     } catch (const abi::__forced_unwind&) {

@@ -68,9 +68,8 @@ CmpiStatus dispatch(const InstanceOperation& operation, CmpiResult& result, cons
     try {
         walk(operation.rows, cop, call);
     } catch (const CmpiStatus& failure) {
-        const char* message = messageOf(failure);
         ERROR_LOG("Merolt_CNA_Provider %s caught exception status: %d %s", operation.name, failure.rc(),
-                  message ? message : "(null)");
+                  loggedMessage(failure));
         result.returnDone();
         return failure;
     } catch (const abi::__forced_unwind&) {

@@ -3,10 +3,11 @@
 #include "classes/request.h"
 #include "classes/storage/fc_port.h"
 #include "classes/storage/port_controller.h"
+#include "classes/wrapper_access.h"
+#include "flash/flash_update.h"
+#include "flash/installer.h"
 #include "log/log.h"
 #include "platform/platform.h"
-#include "software/flash_update.h"
-#include "software/installer.h"
 #include "software/software_identity.h"
 #include "text/text.h"
 
@@ -70,7 +71,7 @@ const char* targetDeviceID(const CmpiObjectPath& target) {
 /// The name of an existing file.
 const char* flashFileName(const char* uri) {
     if (!uri) fail(toErrorLog, CMPI_RC_ERR_INVALID_PARAMETER, "URI argument is NULL!");
-    const char* name = behindFileScheme(uri);
+    const char* name = flash::behindFileScheme(uri);
     if (name) {
         DEBUG_LOG("invokeMethod_SoftwareInstallationService: Detected the leading 'file://' tag.  After removing the "
                   "tag, flashFileName=%s",
@@ -108,8 +109,8 @@ void rebuildVersions() {
 
 /// Throws CmpiStatus.
 std::uint32_t install(const CmpiData& uri, const CmpiData& target) {
-    if (isNull(target)) fail(toErrorLog, CMPI_RC_ERR_INVALID_PARAMETER, "Target argument is NULL!");
-    if (isNull(uri)) fail(toErrorLog, CMPI_RC_ERR_INVALID_PARAMETER, "URI argument is NULL!");
+    if (flash::isNull(target)) fail(toErrorLog, CMPI_RC_ERR_INVALID_PARAMETER, "Target argument is NULL!");
+    if (flash::isNull(uri)) fail(toErrorLog, CMPI_RC_ERR_INVALID_PARAMETER, "URI argument is NULL!");
     const CmpiObjectPath targetPath = target;
     if (targetPath.isNull()) fail(toErrorLog, CMPI_RC_ERR_INVALID_PARAMETER, "Target argument is NULL!");
     const char* deviceID = targetDeviceID(targetPath);
@@ -125,7 +126,7 @@ std::uint32_t install(const CmpiData& uri, const CmpiData& target) {
     DEBUG_LOG("****** Successfully updated flash image for Device with serial number %s", deviceID);
     platform::sleepSeconds(settlingSeconds);
     rebuildVersions();
-    return installDone;
+    return flash::installDone;
 }
 
 std::uint32_t installFromURI(const CmpiArgs& in) {
@@ -133,11 +134,11 @@ std::uint32_t installFromURI(const CmpiArgs& in) {
     const CmpiData uri = in.getArg("URI");
     const CmpiData target = in.getArg("Target");
     logInstallOptions(in.getArg("InstallOptions"));
-    return runGuarded([&] { return install(uri, target); },
-                      [](const CmpiStatus& failure) {
-                          DEBUG_LOG("Merolt_FCHBA_Provider INSTALL_FROM_URI exception: %s %s",
-                                    cmpiRcToString(failure.rc()), loggedMessage(failure));
-                      });
+    return flash::runGuarded([&] { return install(uri, target); },
+                             [](const CmpiStatus& failure) {
+                                 DEBUG_LOG("Merolt_FCHBA_Provider INSTALL_FROM_URI exception: %s %s",
+                                           cmpiRcToString(failure.rc()), loggedMessage(failure));
+                             });
 }
 
 } // namespace
@@ -175,7 +176,7 @@ CmpiStatus invokeMethod_SoftwareInstallationService(const CmpiContext&, CmpiResu
                                                     const char* methodName, const CmpiArgs& in, CmpiArgs&) {
     DEBUG_LOG("Entering invokeMethod_SoftwareInstallationService");
     const bool isKnown = equalsIgnoringCase(methodName, "InstallFromURI");
-    const CmpiStatus status = returnOutcome(result, isKnown ? installFromURI(in) : installUnknownMethod);
+    const CmpiStatus status = flash::returnOutcome(result, isKnown ? installFromURI(in) : flash::installUnknownMethod);
     DEBUG_LOG("Exiting  invokeMethod_SoftwareInstallationService");
     return status;
 }

@@ -3,7 +3,7 @@
 #include "classes/instance.h"
 #include "classes/server/single_object.h"
 #include "classes/system_name.h"
-#include "software/installer.h"
+#include "flash/installer.h"
 
 namespace merolt::software {
 
@@ -21,7 +21,7 @@ const SecondListKey systemName = {
 const ListClass descriptor = [] {
     ListClass cls =
         server::singleObject<makePath_SoftwareInstallationService, makeInstance_SoftwareInstallationService>(
-            "SoftwareInstallationService", [](int) { return installerName; });
+            "SoftwareInstallationService", [](int) { return flash::installerName; });
     cls.enumInstancesErrorsSayNames = true;
     cls.secondKey = &systemName;
     return cls;
@@ -30,13 +30,13 @@ const ListClass descriptor = [] {
 } // namespace
 
 CmpiObjectPath makePath_SoftwareInstallationService(const char* className, const char* nameSpace) {
-    return systemScopedPath(className, nameSpace, cimClass, "Name", installerName);
+    return systemScopedPath(className, nameSpace, cimClass, "Name", flash::installerName);
 }
 
 CmpiInstance makeInstance_SoftwareInstallationService(const char* className, const char* nameSpace,
                                                       const char** properties) {
     CmpiInstance instance = newInstance(className, nameSpace, properties, keys);
-    instance.setProperty("Name", CmpiData(installerName));
+    instance.setProperty("Name", CmpiData(flash::installerName));
     setSystemScope(instance, cimClass);
     instance.setProperty("Caption", CmpiData("CNA Flash Image Update Service"));
     instance.setProperty("Description", CmpiData("Updating CNA flash(boot code, firmwares...)"));

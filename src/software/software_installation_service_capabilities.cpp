@@ -2,7 +2,7 @@
 
 #include "classes/instance.h"
 #include "classes/server/single_object.h"
-#include "software/installer.h"
+#include "flash/installer.h"
 
 #include "CmpiBooleanData.h"
 
@@ -15,7 +15,7 @@ const char* keys[] = {"InstanceID", nullptr};
 const ListClass descriptor = [] {
     ListClass cls = server::singleObject<makePath_SoftwareInstallationServiceCapabilities,
                                          makeInstance_SoftwareInstallationServiceCapabilities>(
-        "SoftwareInstallationServiceCapabilities", [](int) { return installerName; });
+        "SoftwareInstallationServiceCapabilities", [](int) { return flash::installerName; });
     cls.key = "InstanceID";
     cls.enumInstancesErrorsSayNames = true;
     return cls;
@@ -25,14 +25,14 @@ const ListClass descriptor = [] {
 
 CmpiObjectPath makePath_SoftwareInstallationServiceCapabilities(const char* className, const char* nameSpace) {
     CmpiObjectPath path(nameSpace, className);
-    path.setKey("InstanceID", CmpiData(installerName));
+    path.setKey("InstanceID", CmpiData(flash::installerName));
     return path;
 }
 
 CmpiInstance makeInstance_SoftwareInstallationServiceCapabilities(const char* className, const char* nameSpace,
                                                                   const char** properties) {
     CmpiInstance instance = newInstance(className, nameSpace, properties, keys);
-    instance.setProperty("InstanceID", CmpiData(installerName));
+    instance.setProperty("InstanceID", CmpiData(flash::installerName));
     instance.setProperty("Caption", CmpiData("CNA Flash Image Update Capabilities"));
     instance.setProperty("CanAddToCollection", CmpiFalse);
     instance.setProperty("SupportedAsynchronousActions", CmpiData(uint16Array({2})));

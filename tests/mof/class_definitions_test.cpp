@@ -103,23 +103,69 @@ TEST_F(ClassDefinitions, HaveEveryPublishedPropertyWithItsType) {
     }
 }
 
-// A class that is declared but not in the tables would be one that nobody checks, and one that is declared but not
-// registered would answer every request with nothing.
-TEST_F(ClassDefinitions, AreExactlyTheClassesThatAreRegisteredAndChecked) {
-    std::vector<std::string> declared;
+// The registration is made of the definitions: a class that it lost would answer every request with nothing.
+TEST_F(ClassDefinitions, AreRegisteredEachWithTheKindsOfItsDefinition) {
+    const auto registered = readRegistration(MEROLT_REGISTRATION);
+    std::size_t ours = 0;
     for (const auto* declaration : classes()) {
-        if (isOurs(declaration->name())) declared.push_back(declaration->name());
+        if (!isOurs(declaration->name())) continue;
+        ++ours;
+        const auto found = registered.find(declaration->name());
+        ASSERT_NE(found, registered.end()) << declaration->name() << " is not registered";
+        const std::set<std::string>& kinds = found->second;
+        EXPECT_EQ(kinds.count("instance") == 1, !declaration->isIndication()) << declaration->name();
+        EXPECT_EQ(kinds.count("association") == 1, declaration->isAssociation()) << declaration->name();
+        EXPECT_EQ(kinds.count("indication") == 1, declaration->isIndication()) << declaration->name();
     }
-    std::vector<std::string> registered = readRegisteredClasses(mofDirectory / "cimhost.registration");
-    std::vector<std::string> checked;
-    for (const auto& row : readTable(tableDirectory / "expected_classes.tsv", 3))
-        checked.push_back(row[0]);
+    EXPECT_EQ(registered.size(), ours);
+}
 
-    std::sort(declared.begin(), declared.end());
-    std::sort(registered.begin(), registered.end());
-    std::sort(checked.begin(), checked.end());
-    EXPECT_EQ(declared, registered);
-    EXPECT_EQ(declared, checked);
+// What the definitions do not tell.
+TEST_F(ClassDefinitions, AreRegisteredWithTheMethodsAndNamespacesThatTheProviderHas) {
+    std::vector<std::string> withMore;
+    for (const std::string& line : readLines(MEROLT_REGISTRATION)) {
+        if (line.find("method") != std::string::npos || line.find(';') != std::string::npos) withMore.push_back(line);
+    }
+    std::sort(withMore.begin(), withMore.end());
+    EXPECT_EQ(withMore, (std::vector<std::string>{
+                            "Merolt_FCHBA_SoftwareInstallationService: instance method; alone=flash update",
+                            "Merolt_NIC_ElementConformsToRegisteredProfile: instance association; "
+                            "namespaces=root/merolt_cmpi,root/PG_InterOp",
+                            "Merolt_NIC_RegisteredProfile: instance; namespaces=root/merolt_cmpi,root/PG_InterOp",
+                            "Merolt_NIC_SoftwareInstallationService: instance method; alone=flash update",
+                        }));
+}
+
+// A class whose properties stand in no table would be one that nobody checks. What an association is to be, the rules
+// below say of all of them.
+TEST_F(ClassDefinitions, HaveTheirPropertiesInTheTable) {
+    std::set<std::string> checked;
+    for (const auto& row : readTable(tableDirectory / "expected_properties.tsv", 4))
+        checked.insert(row[0]);
+    for (const auto* declaration : classes()) {
+        if (!isOurs(declaration->name()) || declaration->isAssociation()) continue;
+        EXPECT_EQ(checked.count(declaration->name()), 1U) << declaration->name();
+    }
+}
+
+// Servers ask the provider for those associations alone whose ends an object can be.
+TEST_F(ClassDefinitions, NameOurOwnClassesAtTheEndsOfAnAssociation) {
+    // The one association with three classes at an end.
+    const std::set<std::string> withAnyElement = {"Merolt_NIC_ElementConformsToRegisteredProfile.ManagedElement"};
+    for (const auto* declaration : classes()) {
+        if (!isOurs(declaration->name()) || !declaration->isAssociation()) continue;
+        for (const std::size_t position : declaration->keys()) {
+            const auto& role = declaration->properties()[position];
+            const std::string name = declaration->name() + "." + role.name;
+            if (withAnyElement.count(name)) continue;
+            SCOPED_TRACE(name);
+            EXPECT_TRUE(isOurs(role.referenceClass)) << "refers to " << role.referenceClass;
+            EXPECT_FALSE(role.isPropagated) << "is not redeclared";
+            const auto* override = findQualifier(role.qualifiers, "Override");
+            ASSERT_NE(override, nullptr);
+            EXPECT_EQ(override->value.text(), role.name);
+        }
+    }
 }
 
 TEST_F(ClassDefinitions, ComeFromEveryFileOfTheFolder) {

@@ -6,18 +6,6 @@
 
 namespace merolt::test {
 
-namespace {
-
-std::vector<std::string> readLines(const std::filesystem::path& file) {
-    std::vector<std::string> lines;
-    for (std::string& line : split(readText(file), '\n')) {
-        if (!line.empty() && line.front() != '#') lines.push_back(std::move(line));
-    }
-    return lines;
-}
-
-} // namespace
-
 std::vector<std::string> split(std::string_view text, char separator) {
     std::vector<std::string> pieces;
     for (std::size_t at = text.find(separator); at != std::string_view::npos; at = text.find(separator)) {
@@ -34,6 +22,14 @@ std::string readText(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
+std::vector<std::string> readLines(const std::filesystem::path& file) {
+    std::vector<std::string> lines;
+    for (std::string& line : split(readText(file), '\n')) {
+        if (!line.empty() && line.front() != '#') lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
 std::vector<std::vector<std::string>> readTable(const std::filesystem::path& file, std::size_t columns) {
     std::vector<std::vector<std::string>> rows;
     for (const std::string& line : readLines(file)) {
@@ -44,12 +40,15 @@ std::vector<std::vector<std::string>> readTable(const std::filesystem::path& fil
     return rows;
 }
 
-std::vector<std::string> readRegisteredClasses(const std::filesystem::path& file) {
-    std::vector<std::string> classes;
+std::map<std::string, std::set<std::string>> readRegistration(const std::filesystem::path& file) {
+    std::map<std::string, std::set<std::string>> classes;
     for (const std::string& line : readLines(file)) {
-        const std::size_t colon = line.find(':');
+        const std::size_t colon = line.find(": ");
         if (colon == std::string::npos) throw std::runtime_error(file.string() + ": no colon: " + line);
-        classes.push_back(line.substr(0, colon));
+        const std::string kinds = line.substr(colon + 2, line.find(';') - colon - 2);
+        const std::vector<std::string> words = split(kinds, ' ');
+        if (!classes.emplace(line.substr(0, colon), std::set<std::string>(words.begin(), words.end())).second)
+            throw std::runtime_error(file.string() + ": twice: " + line);
     }
     return classes;
 }

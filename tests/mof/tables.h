@@ -2,6 +2,8 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,8 +17,12 @@ std::vector<std::string> split(std::string_view text, char separator);
 /// std::runtime_error if the file cannot be read or a row has another number of columns.
 std::vector<std::vector<std::string>> readTable(const std::filesystem::path& file, std::size_t columns);
 
-/// The class names of a registration file, in its order. Throws std::runtime_error as readTable does.
-std::vector<std::string> readRegisteredClasses(const std::filesystem::path& file);
+/// The lines of a file that are neither empty nor comments. Throws std::runtime_error if it cannot be read.
+std::vector<std::string> readLines(const std::filesystem::path& file);
+
+/// The classes of a registration file with their kinds. Throws std::runtime_error as readTable does, and for a class
+/// that stands there twice.
+std::map<std::string, std::set<std::string>> readRegistration(const std::filesystem::path& file);
 
 /// The whole file. Throws std::runtime_error if it cannot be read.
 std::string readText(const std::filesystem::path& file);

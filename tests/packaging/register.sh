@@ -3,12 +3,13 @@
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source_folder=$1
+mof_folder=$2
 # shellcheck source=checks.sh
 source "$here/checks.sh"
 # shellcheck source=registering.sh
 source "$here/registering.sh"
 
-mapfile -t kinds < <(grep -Ev '^(#|$)' "$source_folder/mof/cimhost.registration")
+mapfile -t kinds < <(grep -Ev '^(#|$)' "$mof_folder/cimhost.registration")
 count=${#kinds[@]}
 
 test_registration_of_openpegasus_has_every_class_with_its_kinds() {
@@ -96,7 +97,7 @@ test_openpegasus_forgets_everything() {
     check "state" "not registered" "$(state_of openpegasus)"
     check "deleted classes" $((count + 2 * 3)) "$(calls_of 'cimcli dc')"
     check "left" "" "$(left_in openpegasus)"
-    check "first to go" "$(sed -n 's/^class \([A-Za-z0-9_]*\).*/\1/p' "$source_folder/mof/merolt_indications.mof" | tail -1)" \
+    check "first to go" "$(sed -n 's/^class \([A-Za-z0-9_]*\).*/\1/p' "$mof_folder/merolt_indications.mof" | tail -1)" \
         "$(sed -n 's/^cimcli dc \([A-Za-z0-9_]*\) .*/\1/p' "$STATE/calls" | head -1)"
     check "last to go" "Merolt_NIC_RegisteredProfile" \
         "$(sed -n 's/^cimcli dc \([A-Za-z0-9_]*\) .*/\1/p' "$STATE/calls" | tail -1)"
@@ -282,7 +283,7 @@ test_paths_may_hold_blanks() {
     local state=$STATE
     export STATE="$scratch/a state"
     fresh
-    cp -r "$source_folder/mof" "$STATE/class definitions"
+    cp -r "$mof_folder" "$STATE/class definitions"
     register register openpegasus --data "$STATE/class definitions"
     check "register" "0 registered" "$status $(state_of openpegasus)"
     check_contains "told" "registered $count classes" "$output"
@@ -406,7 +407,7 @@ test_missing_schema_is_named() {
     check_contains "incomplete schema" "CIM_FCPort " "$output"
     check "incomplete schema, calls" "" "$(cat "$STATE/calls")"
 
-    cp "$source_folder"/mof/ancestors/*.mof "$scratch/schema/"
+    cp "$mof_folder"/ancestors/*.mof "$scratch/schema/"
     FAIL_AT=3 FAIL_TEXT='CIM_ERR_INVALID_SUPERCLASS'
     register register openpegasus --schema "$scratch/schema"
     check "schema given" 0 "$status"
@@ -420,7 +421,7 @@ test_missing_schema_is_named() {
 test_sfcb_takes_the_schema_under_any_name_and_in_any_folder() {
     local schema="$scratch/a schema"
     mkdir -p "$schema/Core"
-    cp "$source_folder"/mof/ancestors/*.mof "$schema/Core/"
+    cp "$mof_folder"/ancestors/*.mof "$schema/Core/"
     touch "$schema/Core/core.mof"
     echo '#pragma include ("Core/core.mof")' >"$schema/cim_schema_2.41.0.mof"
     fresh
@@ -493,7 +494,7 @@ test_wrong_calls_are_told() {
         check "status of: $call" 2 "$status"
     done
     printf 'Merolt_X: instance\nMerolt_X: instance\n' >"$scratch/outside/cimhost.registration"
-    cp "$source_folder/mof/merolt_server.mof" "$scratch/outside/"
+    cp "$mof_folder/merolt_server.mof" "$scratch/outside/"
     register print sfcb --data "$scratch/outside"
     check "a class twice" 1 "$status"
     check_contains "a class twice" "cimhost.registration:2: Merolt_X is registered twice" "$output"

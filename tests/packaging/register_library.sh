@@ -3,6 +3,7 @@
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source_folder=$1
+mof_folder=$2
 # shellcheck source=checks.sh
 source "$here/checks.sh"
 # shellcheck source=registering.sh

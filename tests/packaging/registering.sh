@@ -1,13 +1,13 @@
 # shellcheck shell=bash
 # merolt-cna-register as it was installed, and recording stand-ins for the tools of CIM servers. Sourced behind
-# checks.sh; the caller has set `source_folder`.
-: "${source_folder:?}"
+# checks.sh; the caller has set `source_folder` and `mof_folder`.
+: "${source_folder:?}" "${mof_folder:?}"
 
 stand_in=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)/stand_in
 export STATE=$scratch/state TMPDIR=$scratch/tmp
 mkdir -p "$scratch"/{prefix/{sbin,lib/cmpi,share/merolt-cna-provider},tools,tmp,outside}
 cp "$source_folder/scripts/merolt-cna-register" "$scratch/prefix/sbin/"
-ln -s "$source_folder/mof" "$scratch/prefix/share/merolt-cna-provider/mof"
+ln -s "$mof_folder" "$scratch/prefix/share/merolt-cna-provider/mof"
 touch "$scratch/prefix/lib/cmpi/libMerolt_CNA_Provider.so"
 for tool in cimmof cimmofl cimprovider cimcli cimconfig sfcbstage sfcbunstage sfcbrepos wbemcli; do
     ln -s "$stand_in" "$scratch/tools/$tool"

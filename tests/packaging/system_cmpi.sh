@@ -68,7 +68,7 @@ ask_through() { # ask_through NAME
     for question in "enumerate Merolt_FCHBA_ObjectManager" tree; do
         # shellcheck disable=SC2086
         run env TAVIK_SOURCE="fleet:$source_folder/tavik/fleets/demo.json" MEROLT_CNA_INSTALL_LOCATION="$scratch" \
-            "$build_folder/bin/cimhost" --mof "$source_folder/mof" \
+            "$build_folder/bin/cimhost" --mof "$build_folder/share/merolt-cna-provider/mof" \
             --provider "$build_folder/system_cmpi/$1/lib/libMerolt_CNA_Provider.so" $question
         check "$1: status of $question" 0 "$status"
         answers+=("$output")

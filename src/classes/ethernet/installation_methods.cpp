@@ -2,11 +2,11 @@
 
 #include "classes/request.h"
 #include "classes/wrapper_access.h"
+#include "flash/flash_update.h"
+#include "flash/installer.h"
 #include "inventory/cna_list.h"
 #include "log/log.h"
 #include "platform/platform.h"
-#include "software/flash_update.h"
-#include "software/installer.h"
 #include "text/text.h"
 
 #include <functional>
@@ -16,7 +16,7 @@ namespace merolt::ethernet {
 
 namespace {
 
-using software::isNull;
+using flash::isNull;
 
 /// What a method does with its arguments. Throws CmpiStatus; any code becomes a failed method.
 using Installation = std::function<std::uint32_t()>;
@@ -55,7 +55,7 @@ CNACard* findTargetCard(const CmpiData& target) { return FindCNAFromSerialNumber
 /// The name of an existing file. A remote location never gets past here.
 const char* flashFileName(const char* uri) {
     if (!uri) refuseURI("URI argument is NULL!");
-    const char* name = software::behindFileScheme(uri);
+    const char* name = flash::behindFileScheme(uri);
     if (name) {
         DEBUG_LOG("Merolt_NIC_SoftwareInstallationService: Detected the leading 'file://' tag.  After removing the "
                   "tag, flashFileName=%s",
@@ -81,14 +81,14 @@ std::uint32_t installFromURI(const CmpiData& uri, const CmpiData& target) {
     }
     const CmpiString uriText = uri;
     const char* fileName = flashFileName(uriText.charPtr());
-    char localFile[software::localNameRoom];
-    const unsigned long long imageSize = software::downloadFlashFile(fileName, localFile);
+    char localFile[flash::localNameRoom];
+    const unsigned long long imageSize = flash::downloadFlashFile(fileName, localFile);
     DEBUG_LOG("Merolt_NIC_SoftwareInstallationService: imageSize = %llu, localFile= %s", imageSize, localFile);
-    if (imageSize == 0 || imageSize > software::largestImage) {
+    if (imageSize == 0 || imageSize > flash::largestImage) {
         DEBUG_LOG("Merolt_NIC_SoftwareInstallationService: Image did not pass the size check");
         throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
     }
-    const std::uint32_t outcome = software::UpdateCNAFlashImage(card, localFile, imageSize);
+    const std::uint32_t outcome = flash::UpdateCNAFlashImage(card, localFile, imageSize);
     DEBUG_LOG("Merolt_NIC_SoftwareInstallationService: UpdateCNAFlashImage returns %u", outcome);
     return outcome;
 }
@@ -101,13 +101,13 @@ std::uint32_t installFromByteStream(const CmpiData& image, const CmpiData& targe
     if (!card) throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
     const CmpiArray array = image;
     const CMPICount size = array.size();
-    if (size == 0 || size > software::largestImage) throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
+    if (size == 0 || size > flash::largestImage) throw CmpiStatus(CMPI_RC_ERR_INVALID_PARAMETER);
     // The library takes bytes that begin with a slash for a path, and finds its end in the zero behind them.
     const Bytes bytes(static_cast<CMPIUint8*>(CoreAlloc(std::size_t{size} + 1)));
     if (!bytes) throw CmpiStatus(CMPI_RC_ERR_FAILED);
     for (CMPICount index = 0; index < size; ++index)
         bytes.get()[index] = array[index];
-    return software::UpdateCNAFlashImage(card, bytes.get(), size);
+    return flash::UpdateCNAFlashImage(card, bytes.get(), size);
 }
 
 /// Judges its arguments and fails: no identity that the server knows can be installed from.
@@ -166,9 +166,9 @@ constexpr MethodRow methodRows[] = {
 // clang-format on
 
 std::uint32_t run(const MethodRow& method, const CmpiArgs& in) {
-    return software::runGuarded(method.prepare(in), [&method](const CmpiStatus& failure) {
+    return flash::runGuarded(method.prepare(in), [&method](const CmpiStatus& failure) {
         DEBUG_LOG("Merolt_NIC_Provider %s exception: %d %s", method.exceptionName, failure.rc(),
-                  software::loggedMessage(failure));
+                  loggedMessage(failure));
     });
 }
 
@@ -178,9 +178,9 @@ CmpiStatus invokeMethod_SoftwareInstallationService(const CmpiContext&, CmpiResu
                                                     const char* methodName, const CmpiArgs& in, CmpiArgs&) {
     DEBUG_LOG("Merolt_NIC_SoftwareInstallationService invokeMethod was called\n");
     for (const MethodRow& method : methodRows) {
-        if (equalsIgnoringCase(methodName, method.name)) return software::returnOutcome(result, run(method, in));
+        if (equalsIgnoringCase(methodName, method.name)) return flash::returnOutcome(result, run(method, in));
     }
-    return software::returnOutcome(result, software::installUnknownMethod);
+    return flash::returnOutcome(result, flash::installUnknownMethod);
 }
 
 } // namespace merolt::ethernet

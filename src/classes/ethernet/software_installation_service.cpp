@@ -2,8 +2,8 @@
 
 #include "classes/instance.h"
 #include "classes/system_name.h"
+#include "flash/installer.h"
 #include "log/log.h"
-#include "software/installer.h"
 
 namespace merolt::ethernet {
 
@@ -19,7 +19,7 @@ const SecondKey systemName = {"SystemName", gSystemName,
 const EthernetClass descriptor = {
     .key = "Name",
     .forEachElement = forOne,
-    .keyText = [](const Element&) { return software::installerName; },
+    .keyText = [](const Element&) { return flash::installerName; },
     .makePath = [](const char* className, const char* nameSpace,
                    const Element&) { return makePath_SoftwareInstallationService(className, nameSpace); },
     .makeInstance =
@@ -47,14 +47,14 @@ const EthernetClass descriptor = {
 
 CmpiObjectPath makePath_SoftwareInstallationService(const char* className, const char* nameSpace) {
     DEBUG_LOG("Merolt_NIC_SoftwareInstallationService makePath was called\n");
-    return systemScopedPath(className, nameSpace, cimClass, "Name", software::installerName);
+    return systemScopedPath(className, nameSpace, cimClass, "Name", flash::installerName);
 }
 
 CmpiInstance makeInstance_SoftwareInstallationService(const char* className, const char* nameSpace,
                                                       const char** properties) {
     DEBUG_LOG("Merolt_NIC_SoftwareInstallationService makeInstance was called\n");
     CmpiInstance instance = newInstance(className, nameSpace, properties, keys);
-    instance.setProperty("Name", CmpiData(software::installerName));
+    instance.setProperty("Name", CmpiData(flash::installerName));
     setSystemScope(instance, cimClass);
     instance.setProperty("Caption", CmpiData("Update flash"));
     instance.setProperty("Description", CmpiData("Updating CNA flash(boot code, firmwares..."));

@@ -1,8 +1,8 @@
 #include "classes/ethernet/software_installation_service_capabilities.h"
 
 #include "classes/instance.h"
+#include "flash/installer.h"
 #include "log/log.h"
-#include "software/installer.h"
 
 namespace merolt::ethernet {
 
@@ -13,7 +13,7 @@ const char* keys[] = {"InstanceID", nullptr};
 const EthernetClass descriptor = {
     .key = "InstanceID",
     .forEachElement = forOne,
-    .keyText = [](const Element&) { return software::installerName; },
+    .keyText = [](const Element&) { return flash::installerName; },
     .makePath = [](const char* className, const char* nameSpace,
                    const Element&) { return makePath_SoftwareInstallationServiceCapabilities(className, nameSpace); },
     .makeInstance =
@@ -41,7 +41,7 @@ const EthernetClass descriptor = {
 CmpiObjectPath makePath_SoftwareInstallationServiceCapabilities(const char* className, const char* nameSpace) {
     DEBUG_LOG("Merolt_NIC_SoftwareInstallationServiceCapabilities makePath was called\n");
     CmpiObjectPath path(nameSpace, className);
-    path.setKey("InstanceID", CmpiData(software::installerName));
+    path.setKey("InstanceID", CmpiData(flash::installerName));
     return path;
 }
 
@@ -49,7 +49,7 @@ CmpiInstance makeInstance_SoftwareInstallationServiceCapabilities(const char* cl
                                                                   const char** properties) {
     DEBUG_LOG("Merolt_NIC_SoftwareInstallationServiceCapabilities makeInstance was called\n.");
     CmpiInstance instance = newInstance(className, nameSpace, properties, keys);
-    instance.setProperty("InstanceID", CmpiData(software::installerName));
+    instance.setProperty("InstanceID", CmpiData(flash::installerName));
     instance.setProperty("Caption", CmpiData("Update Capabilities"));
     instance.setProperty("ElementName", CmpiData("Merolt CNA Flash Image Update"));
     instance.setProperty("Description", CmpiData("Flash image includes boot code, ASIC and MPI Firmware"));

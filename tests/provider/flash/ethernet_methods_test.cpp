@@ -1,7 +1,7 @@
 // The four methods of the Ethernet side's installation service, as a client and the log see them.
 #include "method_test.h"
 
-#include "software/flash_update.h"
+#include "flash/flash_update.h"
 
 #include <csignal>
 #include <sys/resource.h>
@@ -293,9 +293,9 @@ TEST_F(EthernetURITest, AWorkingDirectoryOf261CharactersHoldsNoCopy) {
 }
 
 TEST_F(EthernetURITest, TheDownloadItselfRefusesRemoteSchemes) {
-    char localName[merolt::software::localNameRoom];
-    EXPECT_EQ(merolt::software::downloadFlashFile("http://192.0.2.1/image", localName), 0U);
-    EXPECT_EQ(merolt::software::downloadFlashFile(("FILE://" + image).c_str(), localName), 5U);
+    char localName[merolt::flash::localNameRoom];
+    EXPECT_EQ(merolt::flash::downloadFlashFile("http://192.0.2.1/image", localName), 0U);
+    EXPECT_EQ(merolt::flash::downloadFlashFile(("FILE://" + image).c_str(), localName), 5U);
     EXPECT_EQ(localName, localCopy);
 }
 
@@ -472,9 +472,9 @@ TEST_F(IdentityMethodTest, AnArgumentThatTheServerLacksLeavesTheMethodAndFreesBo
 
 TEST_F(EthernetMethodTest, AnUpdateNeedsACardAnImageAndASize) {
     merolt::CNACard card{};
-    EXPECT_EQ(merolt::software::UpdateCNAFlashImage(nullptr, "x", 1), 2U);
-    EXPECT_EQ(merolt::software::UpdateCNAFlashImage(&card, nullptr, 1), 2U);
-    EXPECT_EQ(merolt::software::UpdateCNAFlashImage(&card, "x", 0), 2U);
+    EXPECT_EQ(merolt::flash::UpdateCNAFlashImage(nullptr, "x", 1), 2U);
+    EXPECT_EQ(merolt::flash::UpdateCNAFlashImage(&card, nullptr, 1), 2U);
+    EXPECT_EQ(merolt::flash::UpdateCNAFlashImage(&card, "x", 0), 2U);
     EXPECT_EQ(tavikLibrary.callCount("TAVIK_UpdateFlash"), 0U);
 }
 

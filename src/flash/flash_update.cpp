@@ -1,14 +1,14 @@
-#include "software/flash_update.h"
+#include "flash/flash_update.h"
 
+#include "flash/installer.h"
 #include "log/log.h"
 #include "platform/platform.h"
-#include "software/installer.h"
 
 #include <cstdio>
 #include <string>
 #include <strings.h>
 
-namespace merolt::software {
+namespace merolt::flash {
 
 const char* behindFileScheme(const char* uri) {
     constexpr char scheme[] = "file://";
@@ -33,4 +33,4 @@ std::uint32_t UpdateCNAFlashImage(CNACard* card, const void* image, unsigned lon
     return installFailed;
 }
 
-} // namespace merolt::software
+} // namespace merolt::flash

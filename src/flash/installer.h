@@ -1,8 +1,6 @@
 // What the installation services of both sides share.
 #pragma once
 
-#include "classes/wrapper_access.h"
-
 #include "CmpiArgs.h"
 #include "CmpiData.h"
 #include "CmpiResult.h"
@@ -11,7 +9,7 @@
 #include <cstdint>
 #include <new>
 
-namespace merolt::software {
+namespace merolt::flash {
 
 /// Name of both services and InstanceID of their capabilities.
 constexpr const char* installerName = "CNA_SW_INSTALLER";
@@ -23,12 +21,6 @@ constexpr std::uint32_t installFailed = 2;
 
 /// An argument without a value; servers say so in two ways.
 inline bool isNull(const CmpiData& argument) { return argument.isNullValue() || argument.isNotFound(); }
-
-/// The message of a status for the log.
-inline const char* loggedMessage(const CmpiStatus& status) {
-    const char* message = messageOf(status);
-    return message ? message : "(null)";
-}
 
 /// Runs the guarded part of a method: whatever fails in it fails the method and nothing else. Memory that cannot be had
 /// is a failure like any other, and must not reach the server's C code.
@@ -53,4 +45,4 @@ inline CmpiStatus returnOutcome(CmpiResult& result, std::uint32_t outcome) {
     return CmpiStatus(CMPI_RC_OK);
 }
 
-} // namespace merolt::software
+} // namespace merolt::flash

@@ -3,7 +3,7 @@
 
 #include "inventory/cna_list.h"
 
-namespace merolt::software {
+namespace merolt::flash {
 
 /// The largest image that the Ethernet side takes, in bytes.
 constexpr unsigned long long largestImage = 0x1000000;
@@ -28,4 +28,4 @@ unsigned long long downloadFlashFile(const char* source, char* localName);
 /// @return 0, or 2 if something is missing or the library fails.
 std::uint32_t UpdateCNAFlashImage(CNACard* card, const void* image, unsigned long long size);
 
-} // namespace merolt::software
+} // namespace merolt::flash

@@ -31,7 +31,7 @@ install(TARGETS cimhost tavik_host_dump RUNTIME DESTINATION ${CMAKE_INSTALL_BIND
 install(PROGRAMS tavik/host/record-host.sh DESTINATION ${merolt_data_folder} ${to_tools})
 
 install(DIRECTORY ${merolt_mof_folder}/ DESTINATION ${merolt_data_folder}/mof ${to_provider}
-    FILES_MATCHING PATTERN *.mof PATTERN *.registration)
+    FILES_MATCHING PATTERN *.mof PATTERN *.registration PATTERN *.presentation)
 install(DIRECTORY tavik/fleets/ DESTINATION ${merolt_data_folder}/fleets ${to_provider} FILES_MATCHING PATTERN *.json)
 
 install(FILES packaging/man/cimhost.1 packaging/man/tavik_host_dump.1

@@ -77,17 +77,6 @@ cimxml::ObjectPath parseObject(const InvokeOptions& options, const ClassReposito
     return path;
 }
 
-/// What the method's declaration calls this return value (DSP0004, qualifiers ValueMap and Values); empty if nothing.
-std::string meaningOf(const MethodDeclaration& method, const std::string& value) {
-    const Qualifier* numbers = findQualifier(method.qualifiers, "ValueMap");
-    const Qualifier* names = findQualifier(method.qualifiers, "Values");
-    if (!numbers || !names) return {};
-    const std::vector<std::optional<std::string>>& known = numbers->value.texts;
-    const auto found = std::find(known.begin(), known.end(), value);
-    const auto place = static_cast<std::size_t>(found - known.begin());
-    return place < names->value.texts.size() ? names->value.texts[place].value_or("") : "";
-}
-
 /// Of the methods of CIM, 0 and 4096 tell of success: the second of a job that was started.
 bool tellsOfFailure(const Outcome& outcome) {
     if (!outcome.returnValue || !isIntegerType(outcome.returnValue->type)) return false;
@@ -97,7 +86,7 @@ bool tellsOfFailure(const Outcome& outcome) {
 
 std::string withMeaning(const MethodDeclaration& method, const CMPIData& returned) {
     const std::string value = plainText(returned);
-    const std::string meaning = meaningOf(method, value);
+    const std::string meaning = meaningOf(method.qualifiers, value);
     return meaning.empty() ? value : value + " (" + meaning + ")";
 }
 

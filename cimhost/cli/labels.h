@@ -2,12 +2,13 @@
 #pragma once
 
 #include "cimhost/broker/objects.h"
+#include "cimhost/cli/presentation.h"
 
 #include <string>
 
 namespace cimhost::cli {
 
 /// "card MC1020, serial number MC1020R4K00317"; class and last key where nobody chose better. Printable.
-std::string labelOf(const InstanceObject& instance);
+std::string labelOf(const InstanceObject& instance, const Presentation& presentation);
 
 } // namespace cimhost::cli

@@ -149,12 +149,13 @@ public:
         ObjectTree tree;
         for (const std::size_t root : roads.ofClass(plan.rootClass))
             tree.roots.push_back(take(root));
+        std::vector<TreeNode>& others = plan.rootClass.empty() ? tree.roots : tree.apart;
         for (std::size_t number = 0; number < count; ++number) {
-            if (!isPlaced[number] && !parents[number]) tree.apart.push_back(take(number));
+            if (!isPlaced[number] && !parents[number]) others.push_back(take(number));
         }
         // Two objects that each call the other their parent would be missing otherwise.
         for (std::size_t number = 0; number < count; ++number) {
-            if (!isPlaced[number]) tree.apart.push_back(take(number));
+            if (!isPlaced[number]) others.push_back(take(number));
         }
         return tree;
     }

@@ -5,7 +5,7 @@
 #include "cimhost/service/operations.h"
 
 #include <array>
-#include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,13 +13,13 @@ namespace cimhost::cli {
 
 /// How objects of one class find their parent. The first placement that leads somewhere counts.
 struct Placement {
-    std::string_view child;  ///< class
-    std::string_view parent; ///< class
+    std::string child;  ///< class
+    std::string parent; ///< class
     /// The associations from the child to the parent, one after the other; the second may be empty. Both are empty
     /// where the model has none: then the child's key begins with the parent's and an underscore.
-    std::array<std::string_view, 2> road;
-    std::string_view childKey = {};
-    std::string_view parentKey = {};
+    std::array<std::string, 2> road;
+    std::string childKey = {};
+    std::string parentKey = {};
 };
 
 struct TreeNode {
@@ -33,8 +33,8 @@ struct ObjectTree {
 };
 
 struct TreePlan {
-    std::string_view rootClass;
-    std::span<const Placement> placements;
+    std::string rootClass; ///< empty: nobody chose, and whatever has no parent is a root
+    std::vector<Placement> placements;
 };
 
 /// Every instance of every class that the provider serves in the namespace, each once. Each association is followed

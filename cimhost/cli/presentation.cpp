@@ -1,252 +1,204 @@
 #include "cimhost/cli/presentation.h"
 
-#include "cimhost/cli/table.h"
-#include "cimhost/cli/values_text.h"
-#include "cimhost/model/names.h"
-#include "cimhost/model/printable.h"
+#include "cimhost/model/text_lines.h"
 
 #include <algorithm>
+#include <optional>
+#include <span>
+#include <stdexcept>
 
 namespace cimhost::cli {
 
 namespace {
 
-constexpr std::size_t widestGuess = 36; // of a column that nobody chose
-
-struct Column {
-    std::string_view property;
-    std::string_view title;
+struct Pair {
+    std::string_view front;
+    std::string_view back;
 };
 
-constexpr Column address = {"PermanentAddress", "Address"};
-constexpr Column status = {"OperationalStatus", "Status"};
-constexpr Column speed = {"Speed", "Speed"};
-constexpr Column maximumSpeed = {"MaxSpeed", "Max. speed"};
-constexpr Column name = {"Name", "Name"};
-constexpr Column elementName = {"ElementName", "Element name"};
-constexpr Column deviceId = {"DeviceID", "Device ID"};
-constexpr Column instanceId = {"InstanceID", "Instance ID"};
-constexpr Column tag = {"Tag", "Tag"};
-constexpr Column manufacturer = {"Manufacturer", "Manufacturer"};
-constexpr Column serialNumber = {"SerialNumber", "Serial number"};
-constexpr Column partNumber = {"PartNumber", "Part number"};
-
-struct PreferredColumns {
-    std::string_view className;
-    std::vector<Column> columns;
-};
-
-// The first row whose class is the one asked for, or an ancestor of it, counts.
-const std::vector<PreferredColumns>& preferredColumns() {
-    static const std::vector<PreferredColumns> rows = {
-        {"CIM_FCPort",
-         {address, status, {"PortType", "Type"}, speed, maximumSpeed, {"Model", "Model"}, {"DeviceNumber", "Device"}}},
-        // Its Speed is the library's number, ten thousand for ten gigabit, and not in bits per second.
-        {"Merolt_NIC_NetworkPort", {address, status, maximumSpeed, {"ActiveMaximumTransmissionUnit", "MTU"}}},
-        {"CIM_LogicalPort", {address, status, speed, maximumSpeed, {"ActiveMaximumTransmissionUnit", "MTU"}}},
-        {"CIM_PortController", {deviceId, status, elementName}},
-        {"CIM_ComputerSystem", {name, status, {"OSName", "Operating system"}}},
-        {"CIM_PhysicalPackage", {tag, {"Model", "Model"}, serialNumber, partNumber, manufacturer}},
-        {"CIM_PhysicalConnector", {tag, manufacturer, serialNumber, partNumber, {"PortNumber", "Port"}}},
-        {"CIM_Product", {name, {"IdentifyingNumber", "Number"}, {"Vendor", "Vendor"}, {"Version", "Version"}}},
-        {"CIM_FCPortStatistics",
-         {instanceId,
-          {"IOCount", "I/O"},
-          {"MegabyteCount", "Megabytes"},
-          {"LinkFailures", "Link failures"},
-          {"LossOfSignalCounter", "Signal losses"},
-          {"CRCErrors", "CRC errors"}}},
-        {"CIM_StorageExtent",
-         {{"LunID", "LUN"},
-          {"VendorID", "Vendor"},
-          {"ProductID", "Product"},
-          {"Revision", "Revision"},
-          {"BlockSize", "Block size"},
-          status,
-          name}},
-        {"CIM_SoftwareIdentity", {name, {"VersionString", "Version"}, manufacturer, instanceId}},
-        {"CIM_SCSIProtocolEndpoint", {name, status, elementName}},
-        {"CIM_LANEndpoint", {{"MACAddress", "Address"}, elementName, name}},
-        {"CIM_IPProtocolEndpoint",
-         {{"IPv4Address", "IPv4 address"}, {"SubnetMask", "Mask"}, {"IPv6Address", "IPv6 address"}, elementName}},
-        {"CIM_RegisteredProfile",
-         {{"RegisteredName", "Name"}, {"RegisteredVersion", "Version"}, instanceId, elementName}},
-    };
-    return rows;
+/// Both without blanks around; nothing where the separator is missing.
+std::optional<Pair> cut(std::string_view text, std::string_view separator) {
+    const std::size_t place = text.find(separator);
+    if (place == std::string_view::npos) return std::nullopt;
+    return Pair{trim(text.substr(0, place)), trim(text.substr(place + separator.size()))};
 }
 
-// Keys that say the same for every instance of a class on one host.
-constexpr std::string_view commonKeys[] = {"SystemCreationClassName", "SystemName", "CreationClassName"};
+std::string quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
-bool isCommonKey(std::string_view property) {
-    return std::any_of(std::begin(commonKeys), std::end(commonKeys),
-                       [&](std::string_view common) { return equalNames(common, property); });
+template <typename Rows>
+auto findRow(Rows& rows, std::string_view className) {
+    const auto isRow = [&](const auto& row) { return equalNames(row.className, className); };
+    const auto row = std::find_if(rows.begin(), rows.end(), isRow);
+    return row == rows.end() ? nullptr : &*row;
 }
 
-const CMPIData* shownValue(const InstanceObject& instance, std::string_view property) {
-    const CMPIData* data = instance.value(property);
-    return data && (data->state & CMPI_nullValue) == 0 ? data : nullptr;
-}
-
-bool anyShows(const std::vector<const InstanceObject*>& instances, std::string_view property) {
-    return std::any_of(instances.begin(), instances.end(),
-                       [&](const InstanceObject* instance) { return shownValue(*instance, property) != nullptr; });
-}
-
-// What is left when nobody chose: the properties in their order, as many as fit.
-std::vector<Column> guessedColumns(const std::vector<const InstanceObject*>& instances,
-                                   const ClassDeclaration& declaration, std::size_t width) {
-    std::vector<Column> columns;
-    std::size_t used = 0;
-    for (const PropertyDeclaration& property : declaration.properties()) {
-        if (isCommonKey(property.name) || !anyShows(instances, property.name)) continue;
-        std::size_t widest = property.name.size();
-        for (const InstanceObject* instance : instances) {
-            const CMPIData* data = shownValue(*instance, property.name);
-            if (data) widest = std::max(widest, length(shortText(property.name, *data)));
-        }
-        used += std::min(widest, widestGuess) + 2;
-        if (width > 0 && used > width && !columns.empty()) break;
-        columns.push_back({property.name, property.name});
-    }
-    return columns;
-}
-
-// asked is null where no class was.
-std::vector<Column> columnsFor(const std::vector<const InstanceObject*>& instances, const ClassDeclaration* asked,
-                               std::size_t width) {
-    const ClassDeclaration* common = asked;
-    if (!instances.empty() && instances.front()->declaration()) {
-        const ClassDeclaration* first = instances.front()->declaration();
-        const auto isFirst = [&](const InstanceObject* instance) { return instance->declaration() == first; };
-        if (std::all_of(instances.begin(), instances.end(), isFirst)) common = first;
-    }
-    if (!common) return {};
-    for (const PreferredColumns& row : preferredColumns()) {
-        if (!common->isA(row.className)) continue;
-        std::vector<Column> columns = row.columns;
-        std::erase_if(columns, [&](const Column& column) { return !anyShows(instances, column.property); });
-        if (!columns.empty()) return columns;
-    }
-    return guessedColumns(instances, *common, width);
-}
-
-bool areOfSeveralClasses(const std::vector<const InstanceObject*>& instances) {
-    return std::any_of(instances.begin(), instances.end(), [&](const InstanceObject* instance) {
-        return !equalNames(instance->className(), instances.front()->className());
+bool canHold(const ClassDeclaration& association, const ClassDeclaration& end) {
+    const std::span<const PropertyDeclaration> properties = association.properties();
+    return std::any_of(properties.begin(), properties.end(), [&](const PropertyDeclaration& property) {
+        return property.isReference() && end.isA(property.referenceClass);
     });
 }
 
-std::string count(std::size_t number, std::string_view one, std::string_view many) {
-    return std::to_string(number).append(" ").append(number == 1 ? one : many).append("\n");
-}
+class Reader {
+public:
+    Reader(const ClassRepository& from, std::string_view in) : repository(from), nameSpace(in) {}
 
-std::string kindOf(const ClassDeclaration& declaration) {
-    std::string kind = declaration.isAssociation()  ? "association"
-                       : declaration.isIndication() ? "indication"
-                                                    : "class";
-    return declaration.isAbstract() ? "abstract " + kind : kind;
-}
-
-std::string instanceTable(const std::vector<const InstanceObject*>& instances, const std::vector<Column>& columns,
-                          const Layout& layout) {
-    const bool tellsClass = areOfSeveralClasses(instances);
-    Row headers;
-    if (tellsClass) headers.emplace_back("Class");
-    for (const Column& column : columns)
-        headers.emplace_back(column.title);
-    std::vector<Row> rows;
-    for (const InstanceObject* instance : instances) {
-        Row row;
-        if (tellsClass) row.emplace_back(instance->className());
-        for (const Column& column : columns) {
-            const CMPIData* data = shownValue(*instance, column.property);
-            row.push_back(data ? shortText(column.property, *data) : "-");
+    void take(std::string_view line) {
+        if (line.front() == '[' && line.back() == ']') {
+            current = &classNamed(trim(line.substr(1, line.size() - 2)));
+            return;
         }
-        rows.push_back(std::move(row));
+        const std::optional<Pair> pair = cut(line, "=");
+        const Setting* setting = pair ? settingNamed(pair->front) : nullptr;
+        if (!setting) throw std::runtime_error("a line reads [CLASS], or begins with " + settingNames());
+        if (setting->isOfClass && !current) throw std::runtime_error("[CLASS] is missing in front of " + quoted(line));
+        (this->*setting->take)(pair->back);
     }
-    return renderTable(headers, rows, layout) + count(instances.size(), "instance", "instances");
-}
 
-// Those of one class stand together, the classes in the order in which they first came.
-std::vector<std::vector<const InstanceObject*>> byClass(const std::vector<const InstanceObject*>& instances) {
-    std::vector<std::vector<const InstanceObject*>> groups;
-    for (const InstanceObject* instance : instances) {
-        const auto isGroup = [&](const std::vector<const InstanceObject*>& group) {
-            return equalNames(group.front()->className(), instance->className());
+    [[nodiscard]] Presentation result() && { return std::move(made); }
+
+private:
+    struct Setting {
+        std::string_view name;
+        bool isOfClass;
+        void (Reader::*take)(std::string_view value);
+    };
+
+    static std::span<const Setting> settings() {
+        static constexpr Setting rows[] = {
+            {"root", false, &Reader::takeRoot},      {"alarming", false, &Reader::takeAlarming},
+            {"label", true, &Reader::takeLabel},     {"below", true, &Reader::takePlacement},
+            {"columns", true, &Reader::takeColumns},
         };
-        const auto group = std::find_if(groups.begin(), groups.end(), isGroup);
-        if (group == groups.end()) {
-            groups.push_back({instance});
-        } else {
-            group->push_back(instance);
-        }
+        return rows;
     }
-    return groups;
-}
+
+    static const Setting* settingNamed(std::string_view name) {
+        const auto isRow = [&](const Setting& row) { return row.name == name; };
+        const auto row = std::find_if(settings().begin(), settings().end(), isRow);
+        return row == settings().end() ? nullptr : &*row;
+    }
+
+    static std::string settingNames() {
+        std::string names;
+        for (const Setting& row : settings())
+            names.append(names.empty() ? "" : ", ").append(row.name).append(" =");
+        return names;
+    }
+
+    const ClassDeclaration& classNamed(std::string_view name) const {
+        const ClassDeclaration* declaration = repository.find(nameSpace, name);
+        if (!declaration) throw std::runtime_error("there is no class " + quoted(name));
+        return *declaration;
+    }
+
+    const ClassDeclaration& associationNamed(std::string_view name) const {
+        const ClassDeclaration& declaration = classNamed(name);
+        if (!declaration.isAssociation()) throw std::runtime_error(declaration.name() + " is no association");
+        return declaration;
+    }
+
+    /// One of the class or, as its rows count for them, of a subclass.
+    static std::string propertyOf(const ClassDeclaration& declaration, std::string_view name) {
+        if (declaration.property(name)) return std::string(name);
+        for (const ClassDeclaration* subclass : declaration.allSubclasses()) {
+            if (subclass->property(name)) return std::string(name);
+        }
+        throw std::runtime_error("class " + declaration.name() + " has no property " + quoted(name));
+    }
+
+    /// TEXT {PROPERTY}; the blank between the two is the text's.
+    [[nodiscard]] ShownProperty shownProperty(std::string_view text) const {
+        const std::size_t opening = text.find('{');
+        if (opening == std::string_view::npos || text.back() != '}') {
+            throw std::runtime_error(quoted(text) + " is not written TEXT {PROPERTY}");
+        }
+        const std::string_view name = text.substr(opening + 1, text.size() - opening - 2);
+        return {std::string(text.substr(0, opening)), propertyOf(*current, trim(name))};
+    }
+
+    void takeRoot(std::string_view value) { made.tree.rootClass = classNamed(value).name(); }
+
+    void takeAlarming(std::string_view value) {
+        for (const std::string_view part : split(value, ","))
+            made.alarming.emplace_back(trim(part));
+    }
+
+    void takeLabel(std::string_view value) {
+        refuseSecond(made.labels, "label");
+        const std::vector<std::string_view> parts = split(value, "|");
+        if (parts.empty()) throw std::runtime_error("a label begins with a word");
+        Label label{current->name(), std::string(trim(parts.front())), {}};
+        for (std::size_t index = 1; index < parts.size(); ++index)
+            label.parts.push_back(shownProperty(trim(parts[index])));
+        made.labels.push_back(std::move(label));
+    }
+
+    void takeColumns(std::string_view value) {
+        refuseSecond(made.tables, "columns");
+        Columns table{current->name(), {}};
+        for (const std::string_view part : split(value, "|")) {
+            ShownProperty column = shownProperty(trim(part));
+            column.words = trim(column.words);
+            table.columns.push_back(std::move(column));
+        }
+        made.tables.push_back(std::move(table));
+    }
+
+    template <typename Rows>
+    void refuseSecond(const Rows& rows, const std::string& what) const {
+        if (findRow(rows, current->name())) throw std::runtime_error(current->name() + " has " + what + " already");
+    }
+
+    void takePlacement(std::string_view value) {
+        if (const std::optional<Pair> road = cut(value, " through ")) return addRoad(road->front, road->back);
+        const std::optional<Pair> keys = cut(value, " where ");
+        const std::optional<Pair> names = keys ? cut(keys->back, " begins with ") : std::nullopt;
+        if (!names) {
+            throw std::runtime_error(quoted(value) +
+                                     " is neither CLASS through ASSOCIATION nor CLASS where KEY begins with KEY");
+        }
+        const ClassDeclaration& parent = classNamed(keys->front);
+        made.tree.placements.push_back(
+            {current->name(), parent.name(), {}, propertyOf(*current, names->front), propertyOf(parent, names->back)});
+    }
+
+    void addRoad(std::string_view parentName, std::string_view associations) {
+        const ClassDeclaration& parent = classNamed(parentName);
+        Placement placement{current->name(), parent.name(), {}, {}, {}};
+        const std::vector<std::string_view> steps = split(associations, ",");
+        if (steps.empty() || steps.size() > placement.road.size()) {
+            throw std::runtime_error("a way has one association or two");
+        }
+        for (std::size_t step = 0; step < steps.size(); ++step)
+            placement.road[step] = associationNamed(trim(steps[step])).name();
+        requireEnd(trim(steps.front()), *current);
+        requireEnd(trim(steps.back()), parent);
+        made.tree.placements.push_back(std::move(placement));
+    }
+
+    void requireEnd(std::string_view association, const ClassDeclaration& end) const {
+        if (canHold(associationNamed(association), end)) return;
+        throw std::runtime_error(std::string(association) + " has no reference to " + end.name());
+    }
+
+    const ClassRepository& repository;
+    std::string_view nameSpace;
+    const ClassDeclaration* current = nullptr;
+    Presentation made;
+};
 
 } // namespace
 
-std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked,
-                    const Layout& layout) {
-    if (instances.empty()) return "no instances\n";
-    return instanceTable(instances, columnsFor(instances, &asked, layout.width), layout);
-}
+const Label* Presentation::labelOf(std::string_view className) const { return findRow(labels, className); }
 
-std::string tablesOf(const std::vector<const InstanceObject*>& instances, const Layout& layout) {
-    std::string text;
-    for (const std::vector<const InstanceObject*>& group : byClass(instances)) {
-        if (!text.empty()) text += '\n';
-        text.append(printable(group.front()->className())).append("\n\n");
-        text += instanceTable(group, columnsFor(group, nullptr, layout.width), layout);
-    }
-    return text.empty() ? "no instances\n" : text;
-}
+const Columns* Presentation::columnsOf(std::string_view className) const { return findRow(tables, className); }
 
-std::string listOf(const std::vector<const InstanceObject*>& instances) {
-    std::string text;
-    for (const InstanceObject* instance : instances) {
-        if (!text.empty()) text += '\n';
-        Arena arena;
-        std::string path;
-        instance->path(arena)->appendText(path);
-        text.append(printable(path)).append("\n");
-        instance->forEachSetProperty([&](std::string_view property, const PropertyDeclaration*, const CMPIData& data) {
-            if ((data.state & CMPI_nullValue) != 0) return;
-            text.append("  ").append(property).append(": ").append(fullText(property, data)).append("\n");
-        });
-    }
-    return text.empty() ? "no instances\n" : text;
-}
-
-std::string linesOf(const std::vector<const ObjectPathObject*>& paths) {
-    std::string text;
-    for (const ObjectPathObject* path : paths) {
-        std::string line;
-        path->appendText(line);
-        text.append(printable(line)).append("\n");
-    }
-    return text.empty() ? "no instances\n" : text;
-}
-
-std::string linesOf(const std::vector<const ClassDeclaration*>& classes) {
-    std::string text;
-    for (const ClassDeclaration* declaration : classes)
-        text.append(declaration->name()).append("\n");
-    return text.empty() ? "no classes\n" : text;
-}
-
-std::string tableOf(const std::vector<const ClassDeclaration*>& classes, const Registration& registration,
-                    const Layout& layout) {
-    std::vector<Row> rows;
-    for (const ClassDeclaration* declaration : classes) {
-        const bool isServed = registration.serves(*declaration, ProviderKind::instance) ||
-                              registration.serves(*declaration, ProviderKind::indication);
-        rows.push_back({declaration->name(), kindOf(*declaration), isServed ? "yes" : "",
-                        declaration->superclass() ? declaration->superclass()->name() : ""});
-    }
-    return renderTable({"Class", "Kind", "Served", "Superclass"}, rows, layout) +
-           count(classes.size(), "class", "classes");
+Presentation readPresentation(const std::filesystem::path& file, const ClassRepository& repository,
+                              std::string_view nameSpace) {
+    Reader reader(repository, nameSpace);
+    readLines(file, [&](std::string_view line) { reader.take(line); });
+    return std::move(reader).result();
 }
 
 } // namespace cimhost::cli

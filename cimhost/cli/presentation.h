@@ -1,34 +1,50 @@
-// Answers as text, for people: tables with the columns that matter, or every property in a list.
+// What people are shown of a provider's objects: what they are called, where they stand in the tree, which columns
+// their tables have. One file beside the class definitions tells it; its head describes the lines.
 #pragma once
 
-#include "cimhost/broker/objects.h"
-#include "cimhost/cli/terminal.h"
-#include "cimhost/service/registration.h"
+#include "cimhost/cli/object_tree.h"
+#include "cimhost/model/class_repository.h"
 
+#include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace cimhost::cli {
 
-/// One line an instance. asked is the class that was enumerated; where instances are of several classes, the first
-/// column tells which.
-std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked,
-                    const Layout& layout);
+/// A property with words of ours: the title of its column, or what stands in front of its value in a label.
+struct ShownProperty {
+    std::string words;
+    std::string property;
+};
 
-/// A table for each class, under its name.
-std::string tablesOf(const std::vector<const InstanceObject*>& instances, const Layout& layout);
+/// One line that stands for an object.
+struct Label {
+    std::string className;
+    std::string word; ///< "card"
+    std::vector<ShownProperty> parts;
+};
 
-/// Path and every property that has a value, for each instance.
-std::string listOf(const std::vector<const InstanceObject*>& instances);
+struct Columns {
+    std::string className;
+    std::vector<ShownProperty> columns;
+};
 
-/// One path a line.
-std::string linesOf(const std::vector<const ObjectPathObject*>& paths);
+struct Presentation {
+    std::vector<Label> labels;
+    std::vector<Columns> tables;
+    TreePlan tree;
+    std::vector<std::string> alarming; ///< values that make a line of the tree red
 
-/// One name a line.
-std::string linesOf(const std::vector<const ClassDeclaration*>& classes);
+    /// Null where nobody chose for this very class.
+    [[nodiscard]] const Label* labelOf(std::string_view className) const;
+    [[nodiscard]] const Columns* columnsOf(std::string_view className) const;
+};
 
-/// Name, kind and superclass of each; those that the provider serves are marked.
-std::string tableOf(const std::vector<const ClassDeclaration*>& classes, const Registration& registration,
-                    const Layout& layout);
+/// Reads a file of presentation. Throws std::runtime_error with file, line and what is wrong: a line of no known form,
+/// a class, property or association that the namespace lacks, an association that does not lead from the one to the
+/// other.
+Presentation readPresentation(const std::filesystem::path& file, const ClassRepository& repository,
+                              std::string_view nameSpace);
 
 } // namespace cimhost::cli

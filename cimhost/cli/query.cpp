@@ -3,115 +3,142 @@
 #include "cimhost/cli/output_stream.h"
 #include "cimhost/cli/own_location.h"
 #include "cimhost/cli/presentation.h"
+#include "cimhost/cli/text_output.h"
 #include "cimhost/cli/tree_output.h"
-#include "cimhost/cli/tree_plan.h"
 #include "cimhost/service/path_text.h"
 #include "cimhost/service/request_values.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 namespace cimhost::cli {
 
 namespace {
 
-std::string shown(const std::vector<const ObjectPathObject*>& paths, Form form) {
-    return form == Form::json ? jsonOf(paths) : linesOf(paths);
+struct Question {
+    const QueryOptions& options;
+    const Presentation& presentation;
+    Operations& operations;
+    RequestScope& scope;
+};
+
+std::string shown(const Question& question, const std::vector<const ObjectPathObject*>& paths) {
+    return question.options.form == Form::json ? jsonOf(paths) : linesOf(paths);
 }
 
-std::string shown(const std::vector<const InstanceObject*>& instances, const QueryOptions& options) {
+std::string shown(const Question& question, const std::vector<const InstanceObject*>& instances) {
+    const QueryOptions& options = question.options;
     if (options.form == Form::json) return jsonOf(instances);
-    return options.form == Form::everything ? listOf(instances) : tablesOf(instances, options.layout);
+    if (options.form == Form::everything) return listOf(instances);
+    return tablesOf(instances, question.presentation, options.layout);
 }
 
-std::string shown(const std::vector<const ClassDeclaration*>& classes, const Operations& operations,
-                  const QueryOptions& options) {
-    if (options.form == Form::json) return jsonOf(classes, operations.registration());
-    return options.namesAlone ? linesOf(classes) : tableOf(classes, operations.registration(), options.layout);
+std::string shown(const Question& question, const std::vector<const ClassDeclaration*>& classes) {
+    const QueryOptions& options = question.options;
+    const Registration& registration = question.operations.registration();
+    if (options.form == Form::json) return jsonOf(classes, registration);
+    return options.namesAlone ? linesOf(classes) : tableOf(classes, registration, options.layout);
 }
 
-std::string enumerate(Operations& operations, RequestScope& scope, const QueryOptions& options) {
-    const ClassDeclaration& declaration = operations.findClass(options.nameSpace, options.subject);
-    const auto instances = operations.enumerateInstances(scope, {}, declaration, true, std::nullopt);
-    if (options.form == Form::json) return jsonOf(instances);
-    return options.form == Form::everything ? listOf(instances) : tableOf(instances, declaration, options.layout);
+const ClassDeclaration& subjectClass(const Question& question) {
+    return question.operations.findClass(question.options.nameSpace, question.options.subject);
 }
 
-std::string names(Operations& operations, RequestScope& scope, const QueryOptions& options) {
-    const ClassDeclaration& declaration = operations.findClass(options.nameSpace, options.subject);
-    const auto paths = operations.enumerateInstanceNames(scope, {}, declaration);
-    return shown(paths, options.form);
+const ObjectPathObject& subjectPath(const Question& question) {
+    const cimxml::ObjectPath given =
+        parsePath(question.options.subject, question.options.nameSpace, question.operations.repository());
+    question.operations.findClass(given.nameSpace, given.className);
+    return makePath(question.scope, given.nameSpace, given);
 }
 
 /// A path has keys, a class has none.
 bool namesClass(const QueryOptions& options) { return options.subject.find('=') == std::string::npos; }
 
-const ObjectPathObject& subjectPath(Operations& operations, RequestScope& scope, const QueryOptions& options) {
-    const cimxml::ObjectPath given = parsePath(options.subject, options.nameSpace, operations.repository());
-    operations.findClass(given.nameSpace, given.className);
-    return makePath(scope, given.nameSpace, given);
+std::string enumerate(const Question& question) {
+    const QueryOptions& options = question.options;
+    const ClassDeclaration& declaration = subjectClass(question);
+    const auto instances = question.operations.enumerateInstances(question.scope, {}, declaration, true, std::nullopt);
+    if (options.form != Form::table) return shown(question, instances);
+    return tableOf(instances, declaration, question.presentation, options.layout);
 }
 
-[[noreturn]] void refuseClass(const Operations& operations, const QueryOptions& options) {
-    const std::string& name = operations.findClass(options.nameSpace, options.subject).name();
+std::string names(const Question& question) {
+    return shown(question, question.operations.enumerateInstanceNames(question.scope, {}, subjectClass(question)));
+}
+
+[[noreturn]] void refuseClass(const Question& question) {
+    const std::string& name = subjectClass(question).name();
     throw std::runtime_error(name + " is a class; get takes the path of one of its instances, as `cimhost names " +
                              name + "` prints them");
 }
 
-std::string get(Operations& operations, RequestScope& scope, const QueryOptions& options) {
-    if (namesClass(options)) refuseClass(operations, options);
-    const ObjectPathObject& path = subjectPath(operations, scope, options);
-    const InstanceObject& instance = operations.getInstance(scope, {}, path, std::nullopt);
-    return options.form == Form::json ? jsonOf(instance) : listOf({&instance});
+std::string get(const Question& question) {
+    if (namesClass(question.options)) refuseClass(question);
+    const InstanceObject& instance =
+        question.operations.getInstance(question.scope, {}, subjectPath(question), std::nullopt);
+    return question.options.form == Form::json ? jsonOf(instance) : listOf({&instance});
 }
 
-std::string associators(Operations& operations, RequestScope& scope, const QueryOptions& options) {
+std::string associators(const Question& question) {
+    const auto& [options, presentation, operations, scope] = question;
     if (namesClass(options)) {
-        return shown(operations.associatorClasses(options.nameSpace, options.subject, options.filter), operations,
-                     options);
+        return shown(question, operations.associatorClasses(options.nameSpace, options.subject, options.filter));
     }
-    const ObjectPathObject& path = subjectPath(operations, scope, options);
-    if (options.namesAlone) return shown(operations.associatorNames(scope, {}, path, options.filter), options.form);
-    return shown(operations.associators(scope, {}, path, options.filter, std::nullopt), options);
+    const ObjectPathObject& path = subjectPath(question);
+    if (options.namesAlone) return shown(question, operations.associatorNames(scope, {}, path, options.filter));
+    return shown(question, operations.associators(scope, {}, path, options.filter, std::nullopt));
 }
 
-std::string references(Operations& operations, RequestScope& scope, const QueryOptions& options) {
+std::string references(const Question& question) {
+    const auto& [options, presentation, operations, scope] = question;
     if (namesClass(options)) {
-        return shown(operations.referenceClasses(options.nameSpace, options.subject, options.filter), operations,
-                     options);
+        return shown(question, operations.referenceClasses(options.nameSpace, options.subject, options.filter));
     }
-    const ObjectPathObject& path = subjectPath(operations, scope, options);
-    if (options.namesAlone) return shown(operations.referenceNames(scope, {}, path, options.filter), options.form);
-    return shown(operations.references(scope, {}, path, options.filter, std::nullopt), options);
+    const ObjectPathObject& path = subjectPath(question);
+    if (options.namesAlone) return shown(question, operations.referenceNames(scope, {}, path, options.filter));
+    return shown(question, operations.references(scope, {}, path, options.filter, std::nullopt));
 }
 
-std::string tree(Operations& operations, RequestScope& scope, const QueryOptions& options) {
-    const ObjectTree grown = growTree(operations, scope, options.nameSpace, adapterTree());
-    return options.form == Form::json ? jsonOf(grown) : textOf(grown, options.layout);
+std::string tree(const Question& question) {
+    const auto& [options, presentation, operations, scope] = question;
+    const ObjectTree grown = growTree(operations, scope, options.nameSpace, presentation.tree);
+    return options.form == Form::json ? jsonOf(grown) : textOf(grown, presentation, options.layout);
 }
 
-std::string classes(Operations& operations, const QueryOptions& options) {
-    return shown(operations.enumerateClasses(options.nameSpace, std::nullopt, true), operations, options);
+std::string classes(const Question& question) {
+    return shown(question, question.operations.enumerateClasses(question.options.nameSpace, std::nullopt, true));
 }
 
-std::string answer(Host& host, const QueryOptions& options) {
-    RequestScope scope(host.broker());
-    switch (options.query) {
+std::string answer(const Question& question) {
+    switch (question.options.query) {
     case Query::enumerate:
-        return enumerate(host.operations(), scope, options);
+        return enumerate(question);
     case Query::names:
-        return names(host.operations(), scope, options);
+        return names(question);
     case Query::get:
-        return get(host.operations(), scope, options);
+        return get(question);
     case Query::classes:
-        return classes(host.operations(), options);
+        return classes(question);
     case Query::associators:
-        return associators(host.operations(), scope, options);
+        return associators(question);
     case Query::references:
-        return references(host.operations(), scope, options);
+        return references(question);
     case Query::tree:
-        return tree(host.operations(), scope, options);
+        return tree(question);
     }
     return {};
+}
+
+std::string answer(Host& host, const Presentation& presentation, const QueryOptions& options) {
+    RequestScope scope(host.broker());
+    return answer({options, presentation, host.operations(), scope});
+}
+
+/// Without the file nobody chose, and the generic views are shown.
+Presentation presentationOf(const HostOptions& options, const ClassRepository& repository) {
+    const std::filesystem::path file = options.mofDirectory / "cimhost.presentation";
+    if (!std::filesystem::exists(file)) return {};
+    return readPresentation(file, repository, options.nameSpace);
 }
 
 } // namespace
@@ -120,7 +147,7 @@ void ask(const HostOptions& hostOptions, const QueryOptions& options) {
     useOwnInstallLocation();
     const CleanOutput output(hostOptions.broker.log);
     Host host(hostOptions);
-    output.write(answer(host, options));
+    output.write(answer(host, presentationOf(hostOptions, host.operations().repository()), options));
     host.shutdown();
 }
 

@@ -4,12 +4,16 @@
 #include "cimhost/cli/labels.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 namespace cimhost::cli {
 
 namespace {
+
+struct View {
+    const Presentation& presentation;
+    const Layout& layout;
+};
 
 /// A line of the tree, and how many objects it stands for.
 struct Branch {
@@ -19,10 +23,10 @@ struct Branch {
 };
 
 /// Objects without any below them that read the same share a line: software is published once for each port of a card.
-std::vector<Branch> branchesOf(const std::vector<TreeNode>& nodes) {
+std::vector<Branch> branchesOf(const std::vector<TreeNode>& nodes, const View& view) {
     std::vector<Branch> branches;
     for (const TreeNode& node : nodes) {
-        std::string label = labelOf(*node.object);
+        std::string label = labelOf(*node.object, view.presentation);
         const auto isSame = [&](const Branch& branch) {
             return branch.node->children.empty() && node.children.empty() && branch.label == label;
         };
@@ -36,31 +40,31 @@ std::vector<Branch> branchesOf(const std::vector<TreeNode>& nodes) {
     return branches;
 }
 
-bool endsIn(const std::string& text, std::string_view end) {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+bool isAlarming(const std::string& label, const Presentation& presentation) {
+    return std::any_of(presentation.alarming.begin(), presentation.alarming.end(),
+                       [&](const std::string& value) { return label.ends_with(", " + value); });
 }
 
-std::string shown(const Branch& branch, const Layout& layout) {
+std::string shown(const Branch& branch, const View& view) {
     std::string text = branch.label;
-    if (endsIn(text, ", Error") || endsIn(text, ", Link Down")) text = coloured(layout, Colour::red, text);
+    if (isAlarming(text, view.presentation)) text = coloured(view.layout, Colour::red, text);
     if (branch.count > 1) text += " (" + std::to_string(branch.count) + " objects)";
     return text;
 }
 
-void appendBranches(std::string& out, const std::vector<TreeNode>& nodes, const std::string& indent,
-                    const Layout& layout) {
-    const std::vector<Branch> branches = branchesOf(nodes);
+void appendBranches(std::string& out, const std::vector<TreeNode>& nodes, const std::string& indent, const View& view) {
+    const std::vector<Branch> branches = branchesOf(nodes, view);
     for (const Branch& branch : branches) {
         const bool isLast = &branch == &branches.back();
-        out.append(indent).append(isLast ? "└─ " : "├─ ").append(shown(branch, layout)).append("\n");
-        appendBranches(out, branch.node->children, indent + (isLast ? "   " : "│  "), layout);
+        out.append(indent).append(isLast ? "└─ " : "├─ ").append(shown(branch, view)).append("\n");
+        appendBranches(out, branch.node->children, indent + (isLast ? "   " : "│  "), view);
     }
 }
 
-void appendTree(std::string& out, const std::vector<TreeNode>& nodes, const Layout& layout) {
-    for (const Branch& branch : branchesOf(nodes)) {
-        out.append(shown(branch, layout)).append("\n");
-        appendBranches(out, branch.node->children, "", layout);
+void appendTree(std::string& out, const std::vector<TreeNode>& nodes, const View& view) {
+    for (const Branch& branch : branchesOf(nodes, view)) {
+        out.append(shown(branch, view)).append("\n");
+        appendBranches(out, branch.node->children, "", view);
     }
 }
 
@@ -76,12 +80,13 @@ Json jsonOf(const std::vector<TreeNode>& nodes) {
 
 } // namespace
 
-std::string textOf(const ObjectTree& tree, const Layout& layout) {
+std::string textOf(const ObjectTree& tree, const Presentation& presentation, const Layout& layout) {
+    const View view{presentation, layout};
     std::string text;
-    appendTree(text, tree.roots, layout);
+    appendTree(text, tree.roots, view);
     if (tree.apart.empty()) return text;
     text.append(text.empty() ? "" : "\n").append("Not connected with the host:\n\n");
-    appendTree(text, tree.apart, layout);
+    appendTree(text, tree.apart, view);
     return text;
 }
 

@@ -1,7 +1,6 @@
 #include "cimhost/cli/values_text.h"
 
 #include "cimhost/model/cim_type.h"
-#include "cimhost/model/names.h"
 #include "cimhost/model/printable.h"
 
 #include <algorithm>
@@ -10,45 +9,6 @@
 namespace cimhost::cli {
 
 namespace {
-
-struct Meaning {
-    std::string_view property;
-    std::uint64_t value;
-    std::string_view text;
-};
-
-constexpr Meaning meanings[] = {
-    {"OperationalStatus", 0, "Unknown"},
-    {"OperationalStatus", 1, "Other"},
-    {"OperationalStatus", 2, "OK"},
-    {"OperationalStatus", 3, "Degraded"},
-    {"OperationalStatus", 4, "Stressed"},
-    {"OperationalStatus", 5, "Predictive Failure"},
-    {"OperationalStatus", 6, "Error"},
-    {"OperationalStatus", 7, "Non-Recoverable Error"},
-    {"OperationalStatus", 8, "Starting"},
-    {"OperationalStatus", 9, "Stopping"},
-    {"OperationalStatus", 10, "Stopped"},
-    {"OperationalStatus", 11, "In Service"},
-    {"OperationalStatus", 12, "No Contact"},
-    {"OperationalStatus", 13, "Lost Communication"},
-    {"OperationalStatus", 14, "Aborted"},
-    {"OperationalStatus", 15, "Dormant"},
-    {"EnabledState", 2, "Enabled"},
-    {"EnabledState", 3, "Disabled"},
-    {"EnabledState", 5, "Not Applicable"},
-    {"PortType", 0, "Unknown"},
-    {"PortType", 10, "N"},
-    {"PortType", 11, "NL"},
-    {"PortType", 12, "F/NL"},
-    {"PortType", 13, "Nx"},
-    {"PortType", 14, "E"},
-    {"PortType", 15, "F"},
-    {"PortType", 16, "FL"},
-    {"PortType", 17, "B"},
-    {"LinkTechnology", 2, "Ethernet"},
-    {"LinkTechnology", 4, "FC"},
-};
 
 struct Unit {
     std::uint64_t factor;
@@ -60,23 +20,6 @@ constexpr Unit speedUnits[] = {
     {1'000'000, " Mbit/s"},
     {1'000, " kbit/s"},
 };
-
-std::uint64_t unsignedOf(const CMPIData& data) {
-    switch (data.type) {
-    case CMPI_uint8:
-        return data.value.uint8;
-    case CMPI_uint16:
-        return data.value.uint16;
-    case CMPI_uint32:
-        return data.value.uint32;
-    default:
-        return data.value.uint64;
-    }
-}
-
-bool isUnsigned(CMPIType type) {
-    return type == CMPI_uint8 || type == CMPI_uint16 || type == CMPI_uint32 || type == CMPI_uint64;
-}
 
 // "10.625 Gbit/s": in the largest unit that fits, cut behind the third digit.
 std::string speedText(std::uint64_t bits) {
@@ -91,14 +34,12 @@ std::string speedText(std::uint64_t bits) {
     return std::to_string(bits) + " bit/s";
 }
 
-std::optional<std::string> meaningOf(std::string_view property, const CMPIData& data) {
-    if (!isUnsigned(data.type)) return std::nullopt;
-    const std::uint64_t number = unsignedOf(data);
-    if (equalNames(property, "Speed") || equalNames(property, "MaxSpeed")) return speedText(number);
-    for (const Meaning& row : meanings) {
-        if (row.value == number && equalNames(row.property, property)) return std::string(row.text);
-    }
-    return std::nullopt;
+// The qualifiers are those of DSP0004, 5.6.3: PUnit, ValueMap and Values.
+std::string wordsOf(const PropertyDeclaration* property, const CMPIData& data) {
+    if (!property || !isIntegerType(data.type)) return {};
+    const Qualifier* unit = findQualifier(property->qualifiers, "PUnit");
+    const bool isSpeed = data.type == CMPI_uint64 && unit && unit->value.text() == "bit / second";
+    return isSpeed ? speedText(data.value.uint64) : meaningOf(property->qualifiers, plainText(data));
 }
 
 std::string shortReference(const CMPIData& data) {
@@ -125,6 +66,16 @@ bool isNull(const CMPIData& data) { return (data.state & CMPI_nullValue) != 0; }
 
 } // namespace
 
+std::string meaningOf(std::span<const Qualifier> qualifiers, std::string_view value) {
+    const Qualifier* numbers = findQualifier(qualifiers, "ValueMap");
+    const Qualifier* names = findQualifier(qualifiers, "Values");
+    if (!numbers || !names) return {};
+    const std::vector<std::optional<std::string>>& known = numbers->value.texts;
+    const auto found = std::find(known.begin(), known.end(), value);
+    const auto place = static_cast<std::size_t>(found - known.begin());
+    return place < names->value.texts.size() ? names->value.texts[place].value_or("") : "";
+}
+
 std::string plainText(const CMPIData& data) {
     if (isNull(data)) return {};
     if (isArrayType(data.type)) return joined(data, plainText);
@@ -133,22 +84,29 @@ std::string plainText(const CMPIData& data) {
     return printable(text);
 }
 
-std::string shortText(std::string_view property, const CMPIData& data) {
+std::string shortText(const PropertyDeclaration* property, const CMPIData& data) {
     if (isNull(data)) return {};
     if (isArrayType(data.type)) {
         return joined(data, [&](const CMPIData& element) { return shortText(property, element); });
     }
     if (data.type == CMPI_ref) return shortReference(data);
-    return meaningOf(property, data).value_or(plainText(data));
+    const std::string meaning = wordsOf(property, data);
+    return meaning.empty() ? plainText(data) : meaning;
 }
 
-std::string fullText(std::string_view property, const CMPIData& data) {
+std::string shortText(const InstanceObject& instance, std::string_view property) {
+    const CMPIData* data = instance.value(property);
+    const ClassDeclaration* declaration = instance.declaration();
+    return data ? shortText(declaration ? declaration->property(property) : nullptr, *data) : std::string();
+}
+
+std::string fullText(const PropertyDeclaration* property, const CMPIData& data) {
     if (isNull(data)) return {};
     if (isArrayType(data.type)) {
         return joined(data, [&](const CMPIData& element) { return fullText(property, element); });
     }
-    const std::optional<std::string> meaning = meaningOf(property, data);
-    return meaning ? plainText(data) + " (" + *meaning + ")" : plainText(data);
+    const std::string meaning = wordsOf(property, data);
+    return meaning.empty() ? plainText(data) : plainText(data) + " (" + meaning + ")";
 }
 
 } // namespace cimhost::cli

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "cimhost/broker/objects.h"
+#include "cimhost/model/class_declaration.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -11,11 +13,16 @@ namespace cimhost::cli {
 /// As CIM-XML writes it, arrays with commas; empty for null. Printable.
 std::string plainText(const CMPIData& data);
 
-/// What a table shows of it: "OK" for an OperationalStatus of 2, "16 Gbit/s" for a Speed, of a reference only its class
-/// and last key.
-std::string shortText(std::string_view property, const CMPIData& data);
+/// What the declaration calls a number (DSP0004, qualifiers ValueMap and Values); empty if nothing.
+std::string meaningOf(std::span<const Qualifier> qualifiers, std::string_view value);
 
-/// What a list shows of it: the value, and its meaning in parentheses where shortText() knows one.
-std::string fullText(std::string_view property, const CMPIData& data);
+/// What a table shows of it, by the qualifiers of its declaration, which may be null: "OK" for a number that is named
+/// so, "16 Gbit/s" for bits in a second, of a reference only its class and last key.
+std::string shortText(const PropertyDeclaration* property, const CMPIData& data);
+/// The same of a property that the instance has; empty where it has none.
+std::string shortText(const InstanceObject& instance, std::string_view property);
+
+/// What a list shows of it: the value, and its meaning in parentheses where there is one.
+std::string fullText(const PropertyDeclaration* property, const CMPIData& data);
 
 } // namespace cimhost::cli

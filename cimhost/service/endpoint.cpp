@@ -1,6 +1,7 @@
 #include "cimhost/service/endpoint.h"
 
 #include "cimhost/model/names.h"
+#include "cimhost/model/text_lines.h"
 
 #include <algorithm>
 #include <optional>
@@ -27,12 +28,6 @@ std::optional<http::Response> refuseMethod(const http::Request& head) {
     http::Response response = http::textResponse(405, "use POST");
     response.fields.push_back({"Allow", "POST"});
     return response;
-}
-
-std::string_view trim(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
 // A type that says nothing of its characters leaves that to the document.

@@ -1,9 +1,8 @@
 #include "cimhost/service/registration.h"
 
+#include "cimhost/model/text_lines.h"
+
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <stdexcept>
 #include <vector>
 
@@ -24,24 +23,6 @@ constexpr KindName kindNames[] = {
 };
 
 constexpr unsigned bitOf(ProviderKind kind) { return 1U << static_cast<unsigned>(kind); }
-
-constexpr std::string_view blanks = " \t\r";
-
-std::string_view trim(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-std::vector<std::string_view> split(std::string_view text, std::string_view separators) {
-    std::vector<std::string_view> words;
-    while (!text.empty()) {
-        const std::string_view word = text.substr(0, text.find_first_of(separators));
-        if (!word.empty()) words.push_back(word);
-        text.remove_prefix(std::min(text.size(), word.size() + 1));
-    }
-    return words;
-}
 
 ProviderKind kindOf(std::string_view name) {
     for (const KindName& row : kindNames) {
@@ -78,24 +59,12 @@ LineOptions optionsOf(std::string_view text) {
 
 Registration Registration::load(const std::filesystem::path& file, const ClassRepository& repository,
                                 const Namespaces& namespaces) {
-    std::ifstream stream(file);
-    if (!stream) throw std::runtime_error(file.string() + ": " + std::strerror(errno));
     Registration registration;
-    std::size_t number = 0;
-    for (std::string line; std::getline(stream, line);) {
-        ++number;
-        try {
-            registration.addLine(line, repository, namespaces);
-        } catch (const std::runtime_error& error) {
-            throw std::runtime_error(file.string() + ":" + std::to_string(number) + ": " + error.what());
-        }
-    }
+    readLines(file, [&](std::string_view line) { registration.addLine(line, repository, namespaces); });
     return registration;
 }
 
 void Registration::addLine(std::string_view line, const ClassRepository& repository, const Namespaces& namespaces) {
-    line = trim(line.substr(0, line.find('#')));
-    if (line.empty()) return;
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos) throw std::runtime_error("a line reads Class: kinds");
     const std::string_view className = trim(line.substr(0, colon));
@@ -110,7 +79,7 @@ void Registration::addLine(std::string_view line, const ClassRepository& reposit
         if (!declaration) {
             throw std::runtime_error("namespace " + std::string(nameSpace) + " has no class " + std::string(className));
         }
-        for (const std::string_view kind : split(rest, blanks))
+        for (const std::string_view kind : split(rest, " \t"))
             add(*declaration, kindOf(kind));
         if (!options.alone.empty()) alone[declaration] = options.alone;
     }

@@ -12,9 +12,9 @@ namespace {
 
 using testing_support::FakeHost;
 
-constexpr std::string_view box = "T_Box";
-constexpr std::string_view fibre = "T_FibrePort";
-constexpr std::string_view ether = "T_EtherPort";
+const std::string box = "T_Box";
+const std::string fibre = "T_FibrePort";
+const std::string ether = "T_EtherPort";
 
 class ObjectTreeTest : public testing::Test {
 protected:
@@ -110,6 +110,14 @@ TEST_F(ObjectTreeTest, ObjectsThatShareAPathAreAllThere) {
     const ObjectTree tree = growTree(*host.operations, scope, "root/ns", {box, placements});
     ASSERT_EQ(tree.roots.size(), 2U);
     EXPECT_EQ(tree.roots[0].children.size() + tree.roots[1].children.size(), 1U);
+}
+
+TEST_F(ObjectTreeTest, WithoutAPlanEachObjectStandsByItself) {
+    RequestScope scope(*host.broker);
+    EXPECT_EQ(textOf(growTree(*host.operations, scope, "root/ns", {})), "T_FibrePort a\n"
+                                                                        "T_FibrePort b\n"
+                                                                        "T_EtherPort e\n"
+                                                                        "T_Box 1\n");
 }
 
 TEST_F(ObjectTreeTest, AFailureOfTheProviderIsTheFailureOfTheTree) {

@@ -323,15 +323,49 @@ std::vector<BadStart> badStarts() {
 INSTANTIATE_TEST_SUITE_P(Starts, RefusedStart, testing::ValuesIn(badStarts()),
                          [](const auto& row) { return row.param.name; });
 
-TEST(Program, AnErrorInTheClassesIsNamedWithItsLine) {
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / ("cimhost_mof_" + std::to_string(::getpid()));
-    std::filesystem::create_directory(folder);
+/// A folder of class definitions of a test's own.
+class Classes : public testing::Test {
+protected:
+    Classes() : folder(std::filesystem::temp_directory_path() / ("cimhost_mof_" + std::to_string(::getpid()))) {
+        std::filesystem::create_directory(folder);
+    }
+    ~Classes() override { std::filesystem::remove_all(folder); }
+
+    void takeOurs() const {
+        const std::filesystem::path build = std::filesystem::path(PROGRAM).parent_path().parent_path();
+        std::filesystem::copy(build / "share/merolt-cna-provider/mof", folder,
+                              std::filesystem::copy_options::recursive);
+    }
+
+    const std::filesystem::path folder;
+};
+
+TEST_F(Classes, AnErrorInThemIsNamedWithItsLine) {
     std::ofstream(folder / "merolt.mof") << "class T_A { string a; };\nclass T_B : T_None { };\n";
     const Ended ended = cimhost({"--mof", folder.string(), "classes"});
-    std::filesystem::remove_all(folder);
     EXPECT_EQ(ended.status, 2);
     EXPECT_THAT(ended.errors, StartsWith("cimhost: " + (folder / "merolt.mof").string() + ":2:"));
+}
+
+TEST_F(Classes, AnErrorInTheirPresentationIsNamedWithItsLine) {
+    takeOurs();
+    std::ofstream(folder / "cimhost.presentation") << "# first\n[Merolt_FCHBA_FCPort]\nlabel = port | {Colour}\n";
+    const Ended ended = cimhost({"--fleet", FLEET, "--mof", folder.string(), "tree"});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.errors, "cimhost: " + (folder / "cimhost.presentation").string() +
+                                ":3: class Merolt_FCHBA_FCPort has no property \"Colour\"\n");
+}
+
+TEST_F(Classes, WithoutAPresentationObjectsAreShownByClassAndKey) {
+    takeOurs();
+    std::filesystem::remove(folder / "cimhost.presentation");
+    const Ended tree = cimhost({"--fleet", FLEET, "--mof", folder.string(), "tree"});
+    EXPECT_EQ(tree.status, 0) << tree.errors;
+    EXPECT_THAT(tree.output, HasSubstr("\nMerolt_FCHBA_PortController MC1020R4K00317\n"));
+    EXPECT_THAT(tree.output, Not(HasSubstr("Not connected")));
+    const Ended table = cimhost({"--fleet", FLEET, "--mof", folder.string(), "enumerate", "Merolt_FCHBA_FCPort"});
+    EXPECT_EQ(table.status, 0) << table.errors;
+    EXPECT_THAT(table.output, StartsWith("ElementName "));
 }
 
 TEST(Program, ABadFleetIsNamedWithItsPlace) {

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <sstream>
+#include <utility>
 
 namespace cimhost::cli {
 namespace {
@@ -52,16 +54,36 @@ CMPIData number(CMPIType type, std::uint64_t value) {
     return data;
 }
 
-TEST(ValuesText, SpeedsAndStatesAreToldInWords) {
-    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 16'000'000'000)), "16 Gbit/s");
-    EXPECT_EQ(shortText("MaxSpeed", number(CMPI_uint64, 10'625'000'000)), "10.625 Gbit/s");
-    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 100'000'000)), "100 Mbit/s");
-    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 1'000'000'001)), "1 Gbit/s");
-    EXPECT_EQ(shortText("Speed", number(CMPI_uint64, 0)), "0 bit/s");
-    EXPECT_EQ(shortText("OperationalStatus", number(CMPI_uint16, 2)), "OK");
-    EXPECT_EQ(shortText("OperationalStatus", number(CMPI_uint16, 4711)), "4711");
-    EXPECT_EQ(fullText("OperationalStatus", number(CMPI_uint16, 10)), "10 (Stopped)");
-    EXPECT_EQ(fullText("BlockSize", number(CMPI_uint64, 512)), "512");
+PropertyDeclaration declared(std::vector<Qualifier> qualifiers) {
+    PropertyDeclaration property;
+    property.qualifiers = std::move(qualifiers);
+    return property;
+}
+
+Qualifier qualifier(std::string name, std::vector<std::optional<std::string>> texts) {
+    const CMPIType type = texts.size() == 1 ? CMPI_string : CMPI_stringA;
+    return {std::move(name), {type, false, std::move(texts)}, {}, false};
+}
+
+TEST(ValuesText, BitsPerSecondAreToldInTheLargestUnitThatFits) {
+    const PropertyDeclaration speed = declared({qualifier("PUnit", {"bit / second"})});
+    EXPECT_EQ(shortText(&speed, number(CMPI_uint64, 16'000'000'000)), "16 Gbit/s");
+    EXPECT_EQ(shortText(&speed, number(CMPI_uint64, 10'625'000'000)), "10.625 Gbit/s");
+    EXPECT_EQ(shortText(&speed, number(CMPI_uint64, 100'000'000)), "100 Mbit/s");
+    EXPECT_EQ(shortText(&speed, number(CMPI_uint64, 1'000'000'001)), "1 Gbit/s");
+    EXPECT_EQ(shortText(&speed, number(CMPI_uint64, 0)), "0 bit/s");
+    EXPECT_EQ(fullText(&speed, number(CMPI_uint64, 2'000)), "2000 (2 kbit/s)");
+}
+
+TEST(ValuesText, NumbersAreToldInTheWordsOfTheirDeclaration) {
+    const PropertyDeclaration status =
+        declared({qualifier("ValueMap", {"2", "10"}), qualifier("Values", {"OK", "Stopped"})});
+    EXPECT_EQ(shortText(&status, number(CMPI_uint16, 2)), "OK");
+    EXPECT_EQ(shortText(&status, number(CMPI_uint16, 4711)), "4711");
+    EXPECT_EQ(fullText(&status, number(CMPI_uint16, 10)), "10 (Stopped)");
+    const PropertyDeclaration plain;
+    EXPECT_EQ(fullText(&plain, number(CMPI_uint64, 512)), "512");
+    EXPECT_EQ(fullText(nullptr, number(CMPI_uint64, 512)), "512");
 }
 
 } // namespace

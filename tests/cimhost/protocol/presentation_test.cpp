@@ -1,0 +1,138 @@
+// The file that tells how objects are shown: what it chooses, and what is said of a line that nobody can follow.
+#include "fake_provider.h"
+#include "temporary_file.h"
+
+#include "cimhost/cli/labels.h"
+#include "cimhost/cli/presentation.h"
+#include "cimhost/cli/text_output.h"
+#include "cimhost/cli/tree_output.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace cimhost::cli {
+namespace {
+
+using testing_support::FakeHost;
+using testing_support::TemporaryFile;
+
+class PresentationTest : public testing::Test {
+protected:
+    Presentation read(const std::string& text) {
+        const TemporaryFile file(text);
+        return readPresentation(file.path, host.repository, "root/ns");
+    }
+
+    const InstanceObject& firstOf(RequestScope& scope, std::string_view className) {
+        return *all(scope, className).front();
+    }
+
+    std::vector<const InstanceObject*> all(RequestScope& scope, std::string_view className) {
+        const ClassDeclaration& declaration = *host.repository.find("root/ns", className);
+        host.registration.add(declaration, ProviderKind::instance);
+        return host.operations->enumerateInstances(scope, {}, declaration, true, std::nullopt);
+    }
+
+    FakeHost host;
+};
+
+TEST_F(PresentationTest, ALabelHasAWordAndTheValuesThatThereAre) {
+    const Presentation chosen = read("[T_FibrePort]\nlabel = port | {Id} | fibre {Topology} | at {Speed} # bits\n");
+    RequestScope scope(*host.broker);
+    EXPECT_EQ(labelOf(firstOf(scope, "T_FibrePort"), chosen), "port a, at 16000000000");
+    EXPECT_EQ(labelOf(firstOf(scope, "T_EtherPort"), chosen), "T_EtherPort e");
+}
+
+TEST_F(PresentationTest, ColumnsCountForSubclassesThatHaveNoneOfTheirOwn) {
+    const Presentation chosen = read("[T_Port]\ncolumns = Port {Id} | Bits {Speed} | Mtu {Mtu}\n"
+                                     "[T_EtherPort]\ncolumns = Which {Id}\n");
+    RequestScope scope(*host.broker);
+    const ClassDeclaration& fibre = *host.repository.find("root/ns", "T_FibrePort");
+    const ClassDeclaration& ether = *host.repository.find("root/ns", "T_EtherPort");
+    EXPECT_EQ(tableOf(all(scope, "T_FibrePort"), fibre, chosen, {}), "Port  Bits\n"
+                                                                     "a     16000000000\n"
+                                                                     "b     8000000000\n"
+                                                                     "2 instances\n");
+    EXPECT_EQ(tableOf(all(scope, "T_EtherPort"), ether, chosen, {}), "Which\n"
+                                                                     "e\n"
+                                                                     "1 instance\n");
+}
+
+TEST_F(PresentationTest, WithoutAFileATableHasTheFirstColumnsThatFit) {
+    RequestScope scope(*host.broker);
+    const ClassDeclaration& ether = *host.repository.find("root/ns", "T_EtherPort");
+    EXPECT_EQ(tableOf(all(scope, "T_EtherPort"), ether, {}, {}), "System  Id  Speed\n"
+                                                                 "s       e   10000000000\n"
+                                                                 "1 instance\n");
+}
+
+TEST_F(PresentationTest, PlacesMakeTheTree) {
+    const Presentation chosen = read("root = T_Box\n"
+                                     "[T_FibrePort]\nbelow = T_Box through T_Link\n"
+                                     "[T_EtherPort]\nbelow = T_Box through T_FibreLink, T_Link\n"
+                                     "below = T_FibrePort where System begins with Id\n");
+    EXPECT_EQ(chosen.tree.rootClass, "T_Box");
+    ASSERT_EQ(chosen.tree.placements.size(), 3U);
+    EXPECT_EQ(chosen.tree.placements[0].child, "T_FibrePort");
+    EXPECT_EQ(chosen.tree.placements[0].parent, "T_Box");
+    EXPECT_THAT(chosen.tree.placements[0].road, testing::ElementsAre("T_Link", ""));
+    EXPECT_THAT(chosen.tree.placements[1].road, testing::ElementsAre("T_FibreLink", "T_Link"));
+    EXPECT_THAT(chosen.tree.placements[2].road, testing::ElementsAre("", ""));
+    EXPECT_EQ(chosen.tree.placements[2].childKey, "System");
+    EXPECT_EQ(chosen.tree.placements[2].parentKey, "Id");
+}
+
+TEST_F(PresentationTest, AlarmingValuesMakeALineRed) {
+    const Presentation chosen = read("alarming = down, 10000000000\n[T_EtherPort]\nlabel = port | {Id} | {Speed}\n");
+    RequestScope scope(*host.broker);
+    const ObjectTree tree{{{&firstOf(scope, "T_EtherPort"), {}}}, {}};
+    EXPECT_EQ(textOf(tree, chosen, {0, true}), "\033[31mport e, 10000000000\033[0m\n");
+    EXPECT_EQ(textOf(tree, chosen, {}), "port e, 10000000000\n");
+}
+
+struct BadLine {
+    const char* line;
+    const char* reason;
+};
+
+TEST_F(PresentationTest, ABadLineIsNamedWithItsPlace) {
+    constexpr BadLine rows[] = {
+        {"colour = red", "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns ="},
+        {"port", "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns ="},
+        {"[T_None]", "there is no class \"T_None\""},
+        {"root = T_None", "there is no class \"T_None\""},
+        {"label =", "a label begins with a word"},
+        {"label = box | Id", "\"Id\" is not written TEXT {PROPERTY}"},
+        {"label = box | {Id", "\"{Id\" is not written TEXT {PROPERTY}"},
+        {"label = box | {Colour}", "class T_Box has no property \"Colour\""},
+        {"columns = Colour {Colour}", "class T_Box has no property \"Colour\""},
+        {"below = T_Port", "\"T_Port\" is neither CLASS through ASSOCIATION nor CLASS where KEY begins with KEY"},
+        {"below = T_None through T_Link", "there is no class \"T_None\""},
+        {"below = T_Port through T_Counter", "T_Counter is no association"},
+        {"below = T_EtherPort through T_Link, T_Link, T_Link", "a way has one association or two"},
+        {"below = T_Counter through T_Link", "T_Link has no reference to T_Counter"},
+        {"below = T_Port where Id begins with Colour", "class T_Port has no property \"Colour\""},
+    };
+    for (const BadLine& row : rows) {
+        SCOPED_TRACE(row.line);
+        const TemporaryFile file(std::string("# first\n[T_Box]\n") + row.line + "\n");
+        try {
+            readPresentation(file.path, host.repository, "root/ns");
+            ADD_FAILURE() << "it was taken";
+        } catch (const std::runtime_error& error) {
+            EXPECT_EQ(error.what(), file.path.string() + ":3: " + row.reason);
+        }
+    }
+}
+
+TEST_F(PresentationTest, WhatIsSaidTwiceOrOfNoClassIsRefused) {
+    EXPECT_THROW(read("[T_Box]\nlabel = box\n[T_Link]\n[T_Box]\nlabel = case\n"), std::runtime_error);
+    EXPECT_THROW(read("[T_Box]\ncolumns = {Id}\ncolumns = {Id}\n"), std::runtime_error);
+    EXPECT_THROW(read("label = box\n"), std::runtime_error);
+    EXPECT_THROW(readPresentation("/nonexistent/file", host.repository, "root/ns"), std::runtime_error);
+}
+
+} // namespace
+} // namespace cimhost::cli

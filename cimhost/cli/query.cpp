@@ -79,24 +79,26 @@ std::string get(const Question& question) {
     return question.options.form == Form::json ? jsonOf(instance) : listOf({&instance});
 }
 
-std::string associators(const Question& question) {
-    const auto& [options, presentation, operations, scope] = question;
-    if (namesClass(options)) {
-        return shown(question, operations.associatorClasses(options.nameSpace, options.subject, options.filter));
-    }
-    const ObjectPathObject& path = subjectPath(question);
-    if (options.namesAlone) return shown(question, operations.associatorNames(scope, {}, path, options.filter));
-    return shown(question, operations.associators(scope, {}, path, options.filter, std::nullopt));
-}
+/// How associations are followed: to the objects at their other ends, or to themselves.
+struct Following {
+    decltype(&Operations::associatorClasses) classes;
+    decltype(&Operations::associatorNames) names;
+    decltype(&Operations::associators) objects;
+};
 
-std::string references(const Question& question) {
+constexpr Following toObjects = {&Operations::associatorClasses, &Operations::associatorNames,
+                                 &Operations::associators};
+constexpr Following toAssociations = {&Operations::referenceClasses, &Operations::referenceNames,
+                                      &Operations::references};
+
+std::string follow(const Question& question, const Following& how) {
     const auto& [options, presentation, operations, scope] = question;
     if (namesClass(options)) {
-        return shown(question, operations.referenceClasses(options.nameSpace, options.subject, options.filter));
+        return shown(question, (operations.*how.classes)(options.nameSpace, options.subject, options.filter));
     }
     const ObjectPathObject& path = subjectPath(question);
-    if (options.namesAlone) return shown(question, operations.referenceNames(scope, {}, path, options.filter));
-    return shown(question, operations.references(scope, {}, path, options.filter, std::nullopt));
+    if (options.namesAlone) return shown(question, (operations.*how.names)(scope, {}, path, options.filter));
+    return shown(question, (operations.*how.objects)(scope, {}, path, options.filter, std::nullopt));
 }
 
 std::string tree(const Question& question) {
@@ -120,9 +122,9 @@ std::string answer(const Question& question) {
     case Query::classes:
         return classes(question);
     case Query::associators:
-        return associators(question);
+        return follow(question, toObjects);
     case Query::references:
-        return references(question);
+        return follow(question, toAssociations);
     case Query::tree:
         return tree(question);
     }

@@ -9,6 +9,19 @@ ShortText textAt(Memory memory, std::size_t offset, std::size_t size) {
     return {field.data(), field.size()};
 }
 
+Identity textsAt(Memory memory, const IdentityPlaces& places) {
+    Identity identity;
+    identity.identifier = byteAt(memory, places.identifier);
+    identity.vendor = textAt(memory, places.vendor, 16);
+    identity.partNumber = textAt(memory, places.partNumber, 16);
+    identity.revision = textAt(memory, places.revision, places.revisionSize);
+    identity.serialNumber = textAt(memory, places.serialNumber, 16);
+    identity.dateCode = textAt(memory, places.dateCode, 8);
+    for (std::size_t i = 0; i < identity.vendorOui.size(); ++i)
+        identity.vendorOui[i] = byteAt(memory, places.vendorOui + i);
+    return identity;
+}
+
 bool checksumHolds(Memory memory, std::size_t first, std::size_t checksum) {
     if (memory.size() <= checksum) return false;
     unsigned sum = 0;

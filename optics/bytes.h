@@ -33,6 +33,21 @@ inline std::int16_t signedWordAt(Memory memory, std::size_t offset) {
     return static_cast<std::int16_t>(wordAt(memory, offset));
 }
 
+/// Where the texts of a family's serial ID stand; they have the same widths in all, but the revision.
+struct IdentityPlaces {
+    std::size_t identifier;
+    std::size_t vendor;
+    std::size_t vendorOui;
+    std::size_t partNumber;
+    std::size_t revision;
+    std::size_t revisionSize;
+    std::size_t serialNumber;
+    std::size_t dateCode;
+};
+
+/// Identifier and texts; everything else of the identity is absent.
+Identity textsAt(Memory memory, const IdentityPlaces& places);
+
 ShortText textAt(Memory memory, std::size_t offset, std::size_t size);
 
 /// The low byte of the sum of the bytes from first up to checksum stands at checksum.

@@ -37,16 +37,10 @@ constexpr std::array<LaneQuantity, 3> laneQuantities{{
 }};
 // clang-format on
 
+constexpr IdentityPlaces places{128, 129, 145, 148, 164, 2, 166, 182};
+
 Identity decodeIdentity(Memory memory, bool checksumIsRight) {
-    Identity identity;
-    identity.identifier = byteAt(memory, 128);
-    identity.vendor = textAt(memory, 129, 16);
-    identity.partNumber = textAt(memory, 148, 16);
-    identity.revision = textAt(memory, 164, 2);
-    identity.serialNumber = textAt(memory, 166, 16);
-    identity.dateCode = textAt(memory, 182, 8);
-    for (std::size_t i = 0; i < identity.vendorOui.size(); ++i)
-        identity.vendorOui[i] = byteAt(memory, 145 + i);
+    Identity identity = textsAt(memory, places);
     if (!checksumIsRight) return identity;
     identity.formFactor = formFactorName(identity.identifier);
     identity.connector = connectorName(byteAt(memory, 203));

@@ -46,17 +46,11 @@ constexpr Quantity transmitPower{24, 102, 80, 112, 1, milliwattScale,   0,    6.
 constexpr Quantity receivePower {32, 104, 56, 113, 7, milliwattScale,   0,    6.5536};
 // clang-format on
 
+constexpr IdentityPlaces places{0, 20, 37, 40, 56, 4, 68, 84};
+
 /// The serial ID, as far as it can be told; its checksum decides about the numbers.
 Identity decodeIdentity(Memory page, bool checksumIsRight) {
-    Identity identity;
-    identity.vendor = textAt(page, 20, 16);
-    identity.partNumber = textAt(page, 40, 16);
-    identity.revision = textAt(page, 56, 4);
-    identity.serialNumber = textAt(page, 68, 16);
-    identity.dateCode = textAt(page, 84, 8);
-    for (std::size_t i = 0; i < identity.vendorOui.size(); ++i)
-        identity.vendorOui[i] = byteAt(page, 37 + i);
-    identity.identifier = byteAt(page, 0);
+    Identity identity = textsAt(page, places);
     if (!checksumIsRight) return identity;
 
     identity.formFactor = formFactorName(identity.identifier);

@@ -53,16 +53,10 @@ std::string_view standardOf(Memory memory) {
     return found == ethernetBits.end() ? std::string_view() : found->name;
 }
 
+constexpr IdentityPlaces places{128, 148, 165, 168, 184, 2, 196, 212};
+
 Identity decodeIdentity(Memory memory, bool checksumIsRight) {
-    Identity identity;
-    identity.identifier = byteAt(memory, 128);
-    identity.vendor = textAt(memory, 148, 16);
-    identity.partNumber = textAt(memory, 168, 16);
-    identity.revision = textAt(memory, 184, 2);
-    identity.serialNumber = textAt(memory, 196, 16);
-    identity.dateCode = textAt(memory, 212, 8);
-    for (std::size_t i = 0; i < identity.vendorOui.size(); ++i)
-        identity.vendorOui[i] = byteAt(memory, 165 + i);
+    Identity identity = textsAt(memory, places);
     if (!checksumIsRight) return identity;
 
     identity.formFactor = formFactorName(identity.identifier);

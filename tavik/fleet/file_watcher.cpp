@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <system_error>
 
@@ -32,9 +33,9 @@ FileWatcher::Descriptor::~Descriptor() {
     if (number_ >= 0) close(number_);
 }
 
-FileWatcher::FileWatcher(const std::string& path, std::function<void()> onChange)
-    : path_(path), onChange_(std::move(onChange)), notifications_(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
-      stop_(eventfd(0, EFD_CLOEXEC)) {
+FileWatcher::FileWatcher(const std::string& path, std::function<void()> onChange, std::function<bool()> isUnread)
+    : path_(path), onChange_(std::move(onChange)), isUnread_(std::move(isUnread)),
+      notifications_(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)), stop_(eventfd(0, EFD_CLOEXEC)) {
     if (stop_.number() < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
     const std::filesystem::path file(path);
     folder_ = file.has_parent_path() ? file.parent_path().string() : ".";
@@ -62,10 +63,17 @@ void FileWatcher::run() {
         if (waits[0].revents != 0) return;
         const bool named = ready > 0 && waits[1].revents != 0 && eventsNameTheFile();
         watchFolder();
-        if (named || looksChanged()) {
-            told_ = lastSeen_ = signature();
-            onChange_();
-        }
+        if (named || looksChanged()) tellChange();
+    }
+}
+
+/** Memory that is short for a moment must cost neither the change nor the thread. */
+void FileWatcher::tellChange() {
+    lastSeen_ = signature();
+    try {
+        onChange_();
+        told_ = lastSeen_;
+    } catch (const std::exception&) { // the next look finds it untold
     }
 }
 
@@ -88,12 +96,12 @@ bool FileWatcher::eventsNameTheFile() {
     }
 }
 
-/** True if the file is not as it was told last and has come to rest since the look before. */
+/** True if the file is not as it was told last, or could not be read, and has come to rest since the look before. */
 bool FileWatcher::looksChanged() {
     const auto now = signature();
     const bool atRest = now == lastSeen_;
     lastSeen_ = now;
-    return atRest && now != told_;
+    return atRest && (now != told_ || isUnread_());
 }
 
 std::optional<FileWatcher::Signature> FileWatcher::signature() const {

@@ -13,9 +13,11 @@ namespace tavik::fleet {
 
 class FileWatcher {
 public:
-    /** @param onChange is called on the watcher's thread after the file may have changed, also when it did not.
-     *  Changes after the constructor has returned are not missed. */
-    FileWatcher(const std::string& path, std::function<void()> onChange);
+    /** Both are called on the watcher's thread.
+     *  @param onChange comes after the file may have changed, also when it did not, and again from time to time as long
+     *  as the file isUnread, or when it throws. Changes after the constructor has returned are not missed.
+     *  @param isUnread tells that the last attempt to read the file failed. */
+    FileWatcher(const std::string& path, std::function<void()> onChange, std::function<bool()> isUnread);
     ~FileWatcher();
     FileWatcher(const FileWatcher&) = delete;
     FileWatcher& operator=(const FileWatcher&) = delete;
@@ -45,6 +47,7 @@ private:
     };
 
     void run();
+    void tellChange();
     void watchFolder();
     bool eventsNameTheFile();
     bool looksChanged();
@@ -54,6 +57,7 @@ private:
     std::string folder_;
     std::string name_;
     std::function<void()> onChange_;
+    std::function<bool()> isUnread_;
     Descriptor notifications_;
     Descriptor stop_;
     int folderWatch_ = -1;

@@ -126,9 +126,14 @@ void FleetSource::resetChanged() {
 
 void FleetSource::watch(AlarmSink sink) {
     sink_ = std::move(sink);
-    watcher_ = std::make_unique<FileWatcher>(path_, [this] {
+    const auto read = [this] {
         if (const auto error = readAgain()) report(error->message);
-    });
+    };
+    const auto isUnread = [this] {
+        const std::lock_guard lock(readMutex_);
+        return !lastText_;
+    };
+    watcher_ = std::make_unique<FileWatcher>(path_, read, isUnread);
 }
 
 /** Reads the file if it has changed. @return what is wrong with it, the first time that it is. */
@@ -140,13 +145,18 @@ std::optional<FleetError> FleetSource::readAgain() {
         if (lastError_ == *error) return std::nullopt;
         return lastError_ = std::move(*error);
     }
-    if (lastText_ == std::get<std::string>(text)) return std::nullopt;
-    lastText_ = std::move(std::get<std::string>(text));
-
-    auto fleet = parseFleet(*lastText_, path_);
-    if (auto* error = std::get_if<FleetError>(&fleet)) return lastError_ = std::move(*error);
-    lastError_.reset();
+    auto& newText = std::get<std::string>(text);
+    if (lastText_ == newText) return std::nullopt;
+    // A text counts as read when everything is done, so that one which memory was short for is read again.
+    lastText_.reset();
+    auto fleet = parseFleet(newText, path_);
+    if (auto* error = std::get_if<FleetError>(&fleet)) {
+        lastText_ = std::move(newText);
+        return lastError_ = std::move(*error);
+    }
     adopt(std::move(std::get<Fleet>(fleet)));
+    lastText_ = std::move(newText);
+    lastError_.reset();
     return std::nullopt;
 }
 

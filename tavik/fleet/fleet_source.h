@@ -58,7 +58,7 @@ private:
     AlarmSink sink_;
 
     std::mutex readMutex_;                ///< one reading at a time; taken before mutex_
-    std::optional<std::string> lastText_; ///< of the last reading, good or bad
+    std::optional<std::string> lastText_; ///< of the last reading, good or bad; none: it failed
     std::optional<FleetError> lastError_; ///< of the last reading, if it was bad
 
     std::mutex mutex_; ///< guards what follows

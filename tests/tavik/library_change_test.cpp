@@ -2,6 +2,9 @@
 #include <optional>
 #include <tuple>
 
+#include <sys/resource.h>
+#include <sys/stat.h>
+
 #include "library_fixture.h"
 #include "tavik/status.h"
 
@@ -309,6 +312,43 @@ TEST_F(LibraryChange, AFileThatGoesAwayAndComesBackIsFollowed) {
     EXPECT_EQ(linkState("eth0"), 1U);
     replaceFleet(fleetWith("operational", "operational", "down"));
     EXPECT_TRUE(eventually([this] { return linkState("eth0") == 2; }));
+}
+
+/** Nothing can be opened while it lives; what is open stays usable. */
+class NoDescriptors {
+public:
+    NoDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        rlimit none = before_;
+        none.rlim_cur = STDERR_FILENO + 1;
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+private:
+    rlimit before_{};
+};
+
+/** Needs no descriptor of its own. */
+bool somethingIsReported() {
+    struct stat written {};
+    return fstat(STDERR_FILENO, &written) == 0 && written.st_size > 0;
+}
+
+TEST_F(LibraryChange, AChangeThatCouldNotBeReadOnceIsReadLater) {
+    start(healthy);
+    const auto fresh = folder_ / "fresh.json";
+    std::ofstream(fresh) << exchanged;
+    test::StandardError error(folder_ / "stderr");
+    {
+        const NoDescriptors none;
+        std::filesystem::rename(fresh, file_);
+        ASSERT_TRUE(eventually(somethingIsReported));
+    }
+    EXPECT_TRUE(changes()) << "the file has not changed again";
+    EXPECT_EQ(error.text(), "tavik: " + file_.string() + ": cannot be read: Too many open files\n");
 }
 
 TEST_F(LibraryChange, AStartOnABadFileHasNoListUntilTheFileIsGood) {

@@ -3,7 +3,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <limits>
 
 namespace merolt {
 
@@ -67,44 +70,77 @@ struct ChainAllowance {
     std::uint32_t left;
 };
 
-/// The entries of one chain in their order, each once, as far as the walk's allowance goes.
+/// The entries of one chain in their order, each once, as far as the walk's allowance goes. Entries whose addresses
+/// only rise, or only fall, cannot come back to one that was visited; the first that lies among those visited has the
+/// chain measured.
 template <class Entry>
 class Chain {
 public:
     class Iterator {
     public:
-        Iterator(Entry* start, std::uint32_t count, ChainAllowance* from)
-            : entry(start), left(count), allowance(from) {}
+        Iterator() = default;
+        Iterator(Entry* start, ChainAllowance& from)
+            : first(start), entry(start), lowest(start), highest(start), allowance(&from) {
+            if (entry && allowance->left == 0) cut();
+        }
         Entry& operator*() const { return *entry; }
         Iterator& operator++() {
-            entry = entry->next;
-            --left;
+            ++visited;
             --allowance->left;
+            entry = entry->next;
+            if (entry && !mayVisit()) cut();
             return *this;
         }
-        /// At the end of the chain or of its allowance: the library may shorten a chain while it is walked.
-        bool operator!=(const Iterator&) const { return left > 0 && entry; }
+        bool operator!=(const Iterator& other) const { return entry != other.entry; }
 
     private:
-        Entry* entry;
-        std::uint32_t left;
-        ChainAllowance* allowance;
+        bool mayVisit() {
+            if (allowance->left == 0) return false;
+            if (!isMeasured && !liesBeyondVisited()) measure();
+            return visited < differentOnes;
+        }
+
+        bool liesBeyondVisited() {
+            const std::less<const Entry*> isBefore;
+            if (isBefore(entry, lowest)) {
+                lowest = entry;
+            } else if (isBefore(highest, entry)) {
+                highest = entry;
+            } else {
+                return false;
+            }
+            return true;
+        }
+
+        void measure() {
+            isMeasured = true;
+            const ChainLength length = lengthOfChain<Entry>(first, visited + allowance->left);
+            if (length.circles) differentOnes = length.entries;
+        }
+
+        void cut() {
+            reportCutChain(allowance->kind);
+            entry = nullptr;
+        }
+
+        Entry* first = nullptr;
+        Entry* entry = nullptr;
+        const Entry* lowest = nullptr; ///< of the visited ones, as long as they are not measured
+        const Entry* highest = nullptr;
+        ChainAllowance* allowance = nullptr;
+        std::uint32_t visited = 0;
+        std::uint32_t differentOnes = std::numeric_limits<std::uint32_t>::max(); ///< unless a circle tells their number
+        bool isMeasured = false;
     };
 
-    Chain(Entry* start, ChainAllowance& from) : first(start), allowance(from) {
-        if (!first) return;
-        const ChainLength length = lengthOfChain(first, allowance.left);
-        count = std::min(length.entries, allowance.left);
-        if (length.circles || length.entries > allowance.left) reportCutChain(allowance.kind);
-    }
+    Chain(Entry* start, ChainAllowance& from) : first(start), allowance(from) {}
 
-    Iterator begin() const { return {first, count, &allowance}; }
-    Iterator end() const { return {nullptr, 0, nullptr}; }
+    Iterator begin() const { return {first, allowance}; }
+    Iterator end() const { return {}; }
 
 private:
     Entry* first;
     ChainAllowance& allowance;
-    std::uint32_t count = 0;
 };
 
 } // namespace merolt

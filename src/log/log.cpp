@@ -7,10 +7,12 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <string>
+#include <string_view>
 
 namespace merolt {
 
@@ -27,21 +29,21 @@ constexpr const char* previousLogFile = "Merolt_CNA_Provider_prev.log";
 constexpr long long rotationSize = 0x100000;
 
 /// Where others may make files, a link could lead a line to a file that only this user may write to. Elsewhere an
-/// administrator's link is followed. @return null if there is no log to be had.
-std::FILE* openLog() {
-    const bool isShared = platform::othersMayMakeFilesBeside(gLogFileName);
-    return platform::openForAppending(gLogFileName, isShared ? platform::Links::refused : platform::Links::followed);
+/// administrator's link is followed. The folder is looked at only where there is a link.
+void append(std::string_view line) {
+    if (platform::appendToFile(gLogFileName, platform::Links::refused, line) || errno != ELOOP) return;
+    if (!platform::othersMayMakeFilesBeside(gLogFileName))
+        platform::appendToFile(gLogFileName, platform::Links::followed, line);
 }
 
 void appendLine(const char* message) {
-    std::FILE* file = openLog();
-    if (!file) return;
     const std::time_t now = platform::services().now();
     char time[32] = "";
     ctime_r(&now, time);
     time[std::strcspn(time, "\n")] = '\0';
-    std::fprintf(file, "%s %s\n", time, message);
-    std::fclose(file);
+    char line[sizeof(time) + logMessageSize + 2];
+    const int length = std::snprintf(line, sizeof(line), "%s %s\n", time, message);
+    append({line, static_cast<std::size_t>(length)});
 }
 
 // The line about a failed rename comes before the line that was to be written. It does not rotate by itself: with the

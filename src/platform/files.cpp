@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include <cerrno>
+#include <cstddef>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,18 +17,24 @@ int openRegular(const char* path, int flags) {
     struct stat status {};
     if (opened < 0 || (fstat(opened, &status) == 0 && S_ISREG(status.st_mode))) return opened;
     close(opened);
+    errno = EINVAL;
     return -1;
 }
 
 } // namespace
 
-std::FILE* openForAppending(const char* path, Links links) {
+bool appendToFile(const char* path, Links links, std::string_view text) {
     const int noLinks = links == Links::refused ? O_NOFOLLOW : 0;
     const int opened = openRegular(path, O_WRONLY | O_CREAT | O_APPEND | noLinks);
-    if (opened < 0) return nullptr;
-    std::FILE* file = fdopen(opened, "a");
-    if (!file) close(opened);
-    return file;
+    if (opened < 0) return false;
+    while (!text.empty()) {
+        const ssize_t length = write(opened, text.data(), text.size());
+        if (length < 0 && errno == EINTR) continue;
+        if (length < 0) break;
+        text.remove_prefix(static_cast<std::size_t>(length));
+    }
+    close(opened);
+    return true;
 }
 
 DescriptorBuffer::~DescriptorBuffer() {

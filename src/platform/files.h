@@ -3,18 +3,19 @@
 #pragma once
 
 #include <array>
-#include <cstdio>
 #include <istream>
 #include <streambuf>
+#include <string_view>
 
 namespace merolt::platform {
 
 /// What becomes of a symbolic link that stands in the place of a file.
 enum class Links { followed, refused };
 
-/// Opens a regular file for appending; makes it, with the rights that the process's mask leaves, where there is none.
-/// Never waits for another process. @return to be closed with std::fclose; null if it cannot be opened so.
-std::FILE* openForAppending(const char* path, Links links);
+/// Appends a text to a regular file; makes it, with the rights that the process's mask leaves, where there is none.
+/// Never waits for another process, and takes no memory. What cannot be written is lost.
+/// @return false if the file cannot be opened so; errno is ELOOP where a link was refused.
+bool appendToFile(const char* path, Links links, std::string_view text);
 
 /// The bytes of a descriptor, which is closed at the end; none of a negative one.
 class DescriptorBuffer : public std::streambuf {

@@ -9,7 +9,7 @@
 namespace merolt::platform {
 
 bool othersMayMakeFilesBeside(const char* path) {
-    // Asked for each line of the log, which is written when memory is short, too.
+    // Asked for lines of the log, which are written when memory is short, too.
     char folder[PATH_MAX];
     const char* slash = std::strrchr(path, '/');
     const std::string_view name = !slash ? "." : slash == path ? "/" : std::string_view(path, slash);

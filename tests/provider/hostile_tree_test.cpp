@@ -8,8 +8,11 @@
 #include "inventory/chain.h"
 #include "inventory/cna_list.h"
 
+#include <algorithm>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <vector>
 
 using namespace adapters;
 using namespace merolt;
@@ -347,6 +350,88 @@ TEST(ChainLengthTest, OfAChainThatComesBackIsItsDifferentLinks) {
 TEST(ChainLengthTest, OfACircleBeyondTheLimitIsMoreThanTheLimit) {
     EXPECT_GT(lengthOf(1000, 500, 64).entries, 64U);
     EXPECT_EQ(lengthOf(1, 1, 0).entries, 1U);
+}
+
+// A walk along a chain by itself.
+
+struct CountedLink;
+
+/// Counts how often the chain is followed here.
+struct CountedPointer {
+    CountedLink* target = nullptr;
+    mutable int reads = 0;
+    operator CountedLink*() const { // NOLINT(google-explicit-constructor): stands for a plain pointer
+        ++reads;
+        return target;
+    }
+};
+
+struct CountedLink {
+    CountedPointer next;
+    int visits = 0;
+};
+
+/// Links whose order in the chain is that of the places, the last of which leads back to the one at `back`.
+class CountedChain {
+public:
+    CountedChain(const std::vector<std::size_t>& places, std::size_t back) : links(places.size()) {
+        for (std::size_t link = 0; link + 1 < places.size(); ++link)
+            links[places[link]].next.target = &links[places[link + 1]];
+        if (back < places.size()) links[places.back()].next.target = &links[places[back]];
+        first = &links[places.front()];
+    }
+
+    void walk(ChainAllowance& allowance) {
+        for (CountedLink& link : Chain<CountedLink>(first, allowance))
+            ++link.visits;
+    }
+
+    bool all(const std::function<bool(const CountedLink&)>& isSo) const {
+        return std::all_of(links.begin(), links.end(), isSo);
+    }
+
+private:
+    std::vector<CountedLink> links;
+    CountedLink* first;
+};
+
+bool isVisitedOnce(const CountedLink& link) { return link.visits == 1; }
+
+TEST(ChainTest, WithRisingOrFallingAddressesIsFollowedOnce) {
+    for (const std::vector<std::size_t>& places :
+         {std::vector<std::size_t>{0, 1, 2, 3, 4, 5}, {5, 4, 3, 2, 1, 0}, {0}, {2, 3, 1, 4, 0, 5}}) {
+        ChainAllowance allowance(ChainKind::functions);
+        CountedChain chain(places, places.size());
+        chain.walk(allowance);
+        EXPECT_TRUE(chain.all(isVisitedOnce));
+        EXPECT_TRUE(chain.all([](const CountedLink& link) { return link.next.reads == 1; }));
+        EXPECT_EQ(allowance.left, mostEntries(ChainKind::functions) - places.size());
+    }
+}
+
+TEST(ChainTest, InAnyOrderAndWithAnyCircleIsVisitedOnce) {
+    std::vector<std::size_t> places = {0, 1, 2, 3, 4, 5};
+    do {
+        for (std::size_t back = 0; back <= places.size(); ++back) {
+            ChainAllowance allowance(ChainKind::functions);
+            CountedChain chain(places, back);
+            chain.walk(allowance);
+            ASSERT_TRUE(chain.all(isVisitedOnce)) << "back to " << back;
+            ASSERT_EQ(allowance.left, mostEntries(ChainKind::functions) - places.size());
+        }
+    } while (std::next_permutation(places.begin(), places.end()));
+}
+
+TEST(ChainTest, EndsWhereTheAllowanceDoes) {
+    for (const std::size_t back : {std::size_t{0}, std::size_t{3}, std::size_t{6}}) {
+        ChainAllowance allowance(ChainKind::functions);
+        allowance.left = 3;
+        CountedChain chain({4, 0, 5, 1, 3, 2}, back);
+        chain.walk(allowance);
+        EXPECT_EQ(allowance.left, 0U);
+        chain.walk(allowance);
+        EXPECT_TRUE(chain.all([](const CountedLink& link) { return link.visits <= 1; }));
+    }
 }
 
 } // namespace

@@ -4,10 +4,13 @@
 
 #include "log/log.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/ptrace.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -212,6 +215,43 @@ TEST_P(LogTest, ALinkIsFollowedOnlyWhereNobodyElseCouldHaveMadeIt) {
     write("a file of its own");
     EXPECT_EQ(readFile(current), timeText() + " a file of its own\n") << "a shared folder holds a log that is no link";
     std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+}
+
+/// How many system calls the child makes between the two signals by which it stops itself; -1 if it cannot be watched.
+int callsBetweenStops(pid_t child) {
+    int status = 0;
+    const auto stops = [&] { return waitpid(child, &status, 0) == child && WIFSTOPPED(status); };
+    constexpr int callStop = SIGTRAP | 0x80;
+    if (!stops() || ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL) != 0)
+        return -1;
+    int halves = 0;
+    for (;;) {
+        if (ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) != 0 || !stops()) return -1;
+        if (WSTOPSIG(status) != callStop) break;
+        ++halves;
+    }
+    return halves / 2;
+}
+
+// With the log on, a refresh of a large host writes thousands of lines.
+TEST_P(LogTest, ALineTakesFewSystemCalls) {
+    write("the first line makes the file");
+    const pid_t child = fork();
+    if (child == 0) {
+        if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(1);
+        raise(SIGSTOP);
+        write("hello");
+        raise(SIGSTOP);
+        _exit(0);
+    }
+    const int calls = callsBetweenStops(child);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    if (calls < 0) GTEST_SKIP() << "programs cannot be watched here";
+    constexpr int ofTheTest = 3; // the end of the first raise() and the beginning of the second
+    EXPECT_GE(calls, 4) << "open, write and close at least";
+    EXPECT_LE(calls, 5 + ofTheTest) << "the size for the rotation, open, what was opened, write, close";
+    EXPECT_EQ(readFile(current), timeText() + " the first line makes the file\n" + timeText() + " hello\n");
 }
 
 TEST_P(LogTest, LinesOfManyThreadsStayWhole) {

@@ -95,6 +95,7 @@ void replace(const std::filesystem::path& file, const std::vector<std::string>& 
     std::string content;
     for (const std::string& line : lines)
         content.append(line).append("\n");
+    removeUnfinished(file);
     replacePrivateFile(file, content);
 }
 

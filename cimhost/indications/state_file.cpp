@@ -17,9 +17,11 @@ using SortedJson = nlohmann::json;
 constexpr std::string_view format = "cimhost subscriptions 1";
 constexpr int deepestValue = 4;
 
-Json jsonOf(const InstanceObject& instance) {
+Json jsonOf(const OwnedInstance& owned) {
+    const InstanceObject& instance = *owned.instance;
     Json object;
     object["class"] = std::string(instance.className());
+    if (owned.owner) object["owner"] = *owned.owner;
     Json& properties = object["properties"] = Json::object();
     instance.forEachSetProperty([&](std::string_view name, const PropertyDeclaration*, const CMPIData& data) {
         if ((data.state & CMPI_nullValue) != 0) return;
@@ -36,6 +38,11 @@ const SortedJson& member(const SortedJson& object, const char* name, Json::value
         throw std::runtime_error("\"" + std::string(name) + "\": " + std::string(kindName) + " is expected");
     }
     return *place;
+}
+
+Owner ownerOf(const SortedJson& object) {
+    if (!object.contains("owner")) return std::nullopt;
+    return member(object, "owner", Json::value_t::string, "a text").get<std::string>();
 }
 
 cimxml::Property propertyOf(const PropertyDeclaration& declared, const SortedJson& text, std::string_view nameSpace,
@@ -100,17 +107,17 @@ SortedJson parse(std::string_view text) {
 
 } // namespace
 
-std::string stateText(const std::vector<const InstanceObject*>& instances) {
+std::string stateText(const std::vector<OwnedInstance>& instances) {
     Json document;
     document["format"] = format;
     Json& list = document["instances"] = Json::array();
-    for (const InstanceObject* instance : instances)
-        list.push_back(jsonOf(*instance));
+    for (const OwnedInstance& instance : instances)
+        list.push_back(jsonOf(instance));
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 void readState(const std::filesystem::path& file, std::string_view text, const ClassRepository& repository,
-               std::string_view nameSpace, const std::function<void(const cimxml::Instance&)>& take) {
+               std::string_view nameSpace, const TakeInstance& take) {
     std::string place;
     try {
         const SortedJson document = parse(text);
@@ -120,7 +127,7 @@ void readState(const std::filesystem::path& file, std::string_view text, const C
         std::size_t index = 0;
         for (const SortedJson& object : member(document, "instances", Json::value_t::array, "a list")) {
             place = "/instances/" + std::to_string(index++) + ": ";
-            take(instanceOf(object, nameSpace, repository));
+            take(instanceOf(object, nameSpace, repository), ownerOf(object));
         }
     } catch (const std::exception& error) {
         throw std::runtime_error(file.string() + ": " + place + printable(error.what()) +

@@ -7,19 +7,31 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace cimhost {
 
-/// The file's text: each instance with its class and every property that has a value, all as texts.
-std::string stateText(const std::vector<const InstanceObject*>& instances);
+/// Who made an instance: a user's name, empty for somebody without one; nothing where files of older versions do not
+/// tell.
+using Owner = std::optional<std::string>;
+
+struct OwnedInstance {
+    const InstanceObject* instance = nullptr;
+    Owner owner;
+};
+
+/// The file's text: each instance with its class, its owner and every property that has a value, all as texts.
+std::string stateText(const std::vector<OwnedInstance>& instances);
+
+using TakeInstance = std::function<void(const cimxml::Instance& instance, const Owner& owner)>;
 
 /// Calls take for each instance of the text, in its order. What take throws and what is wrong with the text becomes a
 /// std::runtime_error with the file's name and the place.
 void readState(const std::filesystem::path& file, std::string_view text, const ClassRepository& repository,
-               std::string_view nameSpace, const std::function<void(const cimxml::Instance&)>& take);
+               std::string_view nameSpace, const TakeInstance& take);
 
 /// Bytes of a state file that is written or read.
 constexpr std::size_t longestStateFile = std::size_t{16} << 20;

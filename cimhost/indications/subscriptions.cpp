@@ -1,7 +1,6 @@
 #include "cimhost/indications/subscriptions.h"
 
 #include "cimhost/indications/object_key.h"
-#include "cimhost/indications/state_file.h"
 #include "cimhost/model/names.h"
 #include "cimhost/service/cim_failure.h"
 #include "cimhost/service/request_values.h"
@@ -106,7 +105,7 @@ struct Subscriptions::Object {
     InstanceObject* instance = nullptr;
     const ObjectPathObject* path = nullptr;
     std::string key;
-    std::optional<std::string> owner; // who made it; nothing for what was remembered over a restart
+    Owner owner;
 
     std::shared_ptr<const Query> query; // of a filter
     std::string sourceNamespace;
@@ -378,9 +377,9 @@ void Subscriptions::refreshRoutes() {
 
 void Subscriptions::save() {
     if (settings.stateFile.empty()) return;
-    std::vector<const InstanceObject*> lasting;
+    std::vector<OwnedInstance> lasting;
     for (const auto& object : objects) {
-        if (!object->isTransient()) lasting.push_back(object->instance);
+        if (!object->isTransient()) lasting.push_back({object->instance, object->owner});
     }
     if (lasting.empty() && lastState.empty()) return;
     std::string text = stateText(lasting);
@@ -470,16 +469,17 @@ std::vector<const InstanceObject*> Subscriptions::list(RequestScope& scope, std:
     return found;
 }
 
-void Subscriptions::restoreObject(const cimxml::Instance& remembered) {
+void Subscriptions::restoreObject(const cimxml::Instance& remembered, const Owner& owner) {
     RequestScope scope(broker);
     const ObjectPathObject& path = *scope.make().path(settings.interopNamespace, remembered.className);
     std::unique_ptr<Object> made = make(makeInstance(scope, path, remembered));
+    made->owner = owner;
     const Object& object = *made;
     insert(std::move(made));
     if (!object.isActive()) return;
     refreshRoutes();
     try {
-        activate(scope, object, {});
+        activate(scope, object, owner.value_or(""));
     } catch (const CimFailure& failure) {
         log(LogLevel::warning, std::string("a remembered subscription has no effect: ") + failure.what());
     }
@@ -488,10 +488,11 @@ void Subscriptions::restoreObject(const cimxml::Instance& remembered) {
 void Subscriptions::restore() {
     if (settings.stateFile.empty()) return;
     const std::lock_guard change(changing);
+    removeUnfinished(settings.stateFile);
     const std::optional<std::string> text = readWholeFile(settings.stateFile, longestStateFile);
     if (!text) return;
     readState(settings.stateFile, *text, broker.repository(), settings.interopNamespace,
-              [this](const cimxml::Instance& remembered) { restoreObject(remembered); });
+              [this](const cimxml::Instance& remembered, const Owner& owner) { restoreObject(remembered, owner); });
     lastState = *text;
 }
 

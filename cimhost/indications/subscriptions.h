@@ -6,6 +6,7 @@
 #include "cimhost/indications/indication_calls.h"
 #include "cimhost/indications/query.h"
 #include "cimhost/indications/router.h"
+#include "cimhost/indications/state_file.h"
 #include "cimhost/service/registration.h"
 
 #include <filesystem>
@@ -80,7 +81,7 @@ private:
     void insert(std::unique_ptr<Object> object);
     std::unique_ptr<Object> take(const Object& object);
     void refreshRoutes();
-    void restoreObject(const cimxml::Instance& remembered);
+    void restoreObject(const cimxml::Instance& remembered, const Owner& owner);
     void save();
     void log(LogLevel level, const std::string& text) const;
 

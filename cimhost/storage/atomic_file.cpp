@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <stdexcept>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,13 +19,26 @@ namespace {
     throw std::runtime_error(file.string() + ": " + std::string(what) + ": " + std::strerror(reason));
 }
 
-// Gone again unless it has taken its place.
+constexpr std::string_view unfinished = ".unfinished.";
+constexpr std::string_view anyLetters = "XXXXXX";
+
+// Whoever removes what others have left may come between the making and the locking: then it is made again.
+int makeLocked(const std::filesystem::path& target, std::string& name) {
+    for (;;) {
+        name = target.string().append(unfinished).append(anyLetters);
+        Descriptor made(::mkostemp(name.data(), O_CLOEXEC));
+        if (made.get() < 0) fail(target, "cannot write beside it");
+        ::flock(made.get(), LOCK_EX | LOCK_NB);
+        struct stat status {};
+        if (::fstat(made.get(), &status) != 0 || status.st_nlink > 0) return made.release();
+    }
+}
+
+// Gone again unless it has taken its place. As long as its writer lives it is locked, so that what is left of others
+// can be told.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const std::filesystem::path& target)
-        : name(target.string() + ".XXXXXX"), descriptor(::mkostemp(name.data(), O_CLOEXEC)) {
-        if (descriptor.get() < 0) fail(target, "cannot write beside it");
-    }
+    explicit TemporaryFile(const std::filesystem::path& target) : descriptor(makeLocked(target, name)) {}
     ~TemporaryFile() {
         if (!name.empty()) ::unlink(name.c_str());
     }
@@ -39,7 +53,6 @@ public:
             content.remove_prefix(static_cast<std::size_t>(written));
         }
         if (::fsync(descriptor.get()) != 0) fail(target, "cannot write");
-        if (::close(descriptor.release()) != 0) fail(target, "cannot write");
     }
 
     void keepPermissionsOf(const std::filesystem::path& target) {
@@ -84,6 +97,21 @@ void syncFolder(const std::filesystem::path& folder) {
     if (opened.get() >= 0) ::fsync(opened.get());
 }
 
+bool isUnfinishedOf(const std::filesystem::path& target, const std::filesystem::path& file) {
+    const std::string head = target.filename().string().append(unfinished);
+    const std::string name = file.filename().string();
+    return name.size() == head.size() + anyLetters.size() && name.compare(0, head.size(), head) == 0;
+}
+
+// What a killed writer has left is our own and nobody holds its lock.
+void removeIfLeft(const std::filesystem::path& file) {
+    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status {};
+    if (opened.get() < 0 || ::fstat(opened.get(), &status) != 0) return;
+    if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid()) return;
+    if (::flock(opened.get(), LOCK_EX | LOCK_NB) == 0) ::unlink(file.c_str());
+}
+
 } // namespace
 
 std::optional<std::string> readWholeFile(const std::filesystem::path& file, std::size_t longest) {
@@ -104,6 +132,16 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& file, std:
         if (content.size() > longest) {
             throw std::runtime_error(file.string() + ": longer than " + std::to_string(longest) + " bytes");
         }
+    }
+}
+
+void removeUnfinished(const std::filesystem::path& file) {
+    const std::filesystem::path target = targetOf(file);
+    std::error_code error;
+    const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
+    std::filesystem::directory_iterator place(folder, error);
+    for (; !error && place != std::filesystem::directory_iterator(); place.increment(error)) {
+        if (isUnfinishedOf(target, place->path())) removeIfLeft(place->path());
     }
 }
 

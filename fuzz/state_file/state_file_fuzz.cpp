@@ -38,12 +38,13 @@ void require(bool condition) {
 /// What a server keeps of the text, written again; nothing if it refuses the text.
 std::string kept(World& world, std::string_view text) {
     RequestScope scope(world.broker);
-    std::vector<const InstanceObject*> instances;
+    std::vector<OwnedInstance> instances;
     try {
-        readState("state.json", text, world.repository, nameSpace, [&](const cimxml::Instance& instance) {
-            const ObjectPathObject& path = *scope.make().path(nameSpace, instance.className);
-            instances.push_back(&makeInstance(scope, path, instance));
-        });
+        readState("state.json", text, world.repository, nameSpace,
+                  [&](const cimxml::Instance& instance, const Owner& owner) {
+                      const ObjectPathObject& path = *scope.make().path(nameSpace, instance.className);
+                      instances.push_back({&makeInstance(scope, path, instance), owner});
+                  });
     } catch (const std::runtime_error& refused) {
         const std::string reason = refused.what();
         require(reason.rfind("state.json: ", 0) == 0 && reason.find('\n') == std::string::npos);

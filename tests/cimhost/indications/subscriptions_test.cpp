@@ -1,10 +1,21 @@
 #include "indication_world.h"
 
 #include "../protocol/temporary_file.h"
+#include "cimhost/storage/atomic_file.h"
+#include "cimhost/storage/descriptor.h"
 
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <thread>
 
 using cimhost::testing_support::Properties;
 using cimhost::testing_support::World;
@@ -295,4 +306,81 @@ TEST(Subscriptions, OneUserCannotTakeWhatIsThereForAll) {
     EXPECT_THAT(world.names("CIM_ListenerDestinationCIMXML"), SizeIs(128));
     world.remove(last);
     EXPECT_EQ(World::statusOf([&] { world.destination("more", nowhere); }), CMPI_RC_OK);
+}
+
+TEST(Subscriptions, ARestartGivesNobodyMoreThanTheirShare) {
+    const TemporaryFolder folder;
+    const auto file = folder.path / "state.json";
+    {
+        World world(file);
+        for (int number = 0; number < 128; ++number)
+            world.destination(std::to_string(number), nowhere);
+    }
+    World again(file);
+    again.server->subscriptions().restore();
+    EXPECT_EQ(World::statusOf([&] { again.destination("more", nowhere); }), CMPI_RC_ERR_FAILED);
+    EXPECT_THAT(again.names("CIM_ListenerDestinationCIMXML"), SizeIs(128));
+}
+
+TEST(Subscriptions, AFileOfAnOlderVersionThatTellsNoOwnersIsRead) {
+    const TemporaryFolder folder;
+    const auto file = folder.path / "state.json";
+    std::ofstream(file) << R"({"format": "cimhost subscriptions 1", "instances": [
+        {"class": "CIM_ListenerDestinationCIMXML", "properties": {"Name": "d", "Destination": "http://127.0.0.1:1/",
+         "SystemName": "host", "SystemCreationClassName": "CIM_ComputerSystem", "PersistenceType": "2",
+         "CreationClassName": "CIM_ListenerDestinationCIMXML"}}]})";
+    World world(file);
+    world.server->subscriptions().restore();
+    EXPECT_THAT(world.names("CIM_ListenerDestinationCIMXML"), SizeIs(1));
+    world.destination("e", nowhere);
+    World again(file);
+    again.server->subscriptions().restore();
+    EXPECT_THAT(again.names("CIM_ListenerDestinationCIMXML"), SizeIs(2));
+}
+
+TEST(Subscriptions, WhatKilledServersHaveLeftIsRemovedAtTheStartAndNothingElse) {
+    const TemporaryFolder folder;
+    const auto file = folder.path / "state.json";
+    const auto left = folder.path / "state.json.unfinished.aB3xYz";
+    const auto written = folder.path / "state.json.unfinished.bbbbbb";
+    const std::vector<std::string> others = {"state.json.backup", "state.json.unfinished.", "state.json.unfinished.old",
+                                             "other.json.unfinished.aB3xYz"};
+    for (const std::string& other : others)
+        std::ofstream(folder.path / other) << "kept";
+    std::filesystem::create_symlink(folder.path / others.front(), folder.path / "state.json.unfinished.link12");
+    std::ofstream(left) << "{";
+    std::ofstream(written) << "{";
+    const cimhost::Descriptor writer(::open(written.c_str(), O_WRONLY | O_CLOEXEC));
+    ASSERT_EQ(::flock(writer.get(), LOCK_EX), 0);
+    World world(file);
+    world.server->subscriptions().restore();
+    EXPECT_FALSE(std::filesystem::exists(left));
+    EXPECT_TRUE(std::filesystem::exists(written)) << "somebody writes it at this moment";
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path / "state.json.unfinished.link12"));
+    for (const std::string& other : others)
+        EXPECT_EQ(contentOf(folder.path / other), "kept") << other;
+}
+
+TEST(Subscriptions, AServerThatIsKilledWhileItWritesLeavesNothingForLong) {
+    const TemporaryFolder folder;
+    const auto file = folder.path / "state.json";
+    cimhost::replaceFile(file, "first");
+    const std::string text(std::size_t{1} << 20, 'x');
+    for (int killed = 0; killed < 8; ++killed) {
+        const pid_t writer = ::fork();
+        ASSERT_GE(writer, 0);
+        if (writer == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            for (;;)
+                cimhost::replaceFile(file, text);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10 + 7 * killed));
+        ::kill(writer, SIGKILL);
+        ASSERT_EQ(::waitpid(writer, nullptr, 0), writer);
+        cimhost::removeUnfinished(file);
+        const std::filesystem::directory_iterator names(folder.path);
+        EXPECT_EQ(std::distance(begin(names), end(names)), 1) << "the file itself";
+        const std::string content = contentOf(file);
+        EXPECT_TRUE(content == "first" || content == text) << content.size() << " bytes";
+    }
 }

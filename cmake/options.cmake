@@ -1,9 +1,14 @@
 # What every target of ours is built with.
 
+# Whoever starts a build, ccache works alike: another clone of the same sources finds its objects, wherever it lies, and
+# precompiled headers are known by their content.
 find_program(CCACHE_PROGRAM ccache)
-if(CCACHE_PROGRAM)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
-    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+find_program(ENV_PROGRAM env)
+if(CCACHE_PROGRAM AND ENV_PROGRAM)
+    set(ccache ${ENV_PROGRAM} CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1
+        CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE_PROGRAM})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${ccache})
+    set(CMAKE_C_COMPILER_LAUNCHER ${ccache})
 endif()
 
 # Our own code: link against this to be held to the project's warnings.

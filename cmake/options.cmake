@@ -6,7 +6,7 @@ find_program(CCACHE_PROGRAM ccache)
 find_program(ENV_PROGRAM env)
 if(CCACHE_PROGRAM AND ENV_PROGRAM)
     set(ccache ${ENV_PROGRAM} CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1
-        CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE_PROGRAM})
+        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_ctime,include_file_mtime ${CCACHE_PROGRAM})
     set(CMAKE_CXX_COMPILER_LAUNCHER ${ccache})
     set(CMAKE_C_COMPILER_LAUNCHER ${ccache})
 endif()

@@ -2,10 +2,6 @@
 # What ./demo and ./check share: messages, Debian packages, builds. Sourced; the caller has set `root`.
 : "${root:?}"
 
-# Another clone of the same sources finds its objects in the cache, wherever it lies.
-export CCACHE_BASEDIR="$root"
-export CCACHE_NOHASHDIR=1
-
 say() { printf '%s\n' "$*"; }
 
 fail() {

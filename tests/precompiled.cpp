@@ -1,4 +1,2 @@
 // The precompiled headers need a program that they are compiled for.
-int main() {
-    return 0;
-}
+int main() { return 0; }

@@ -2,6 +2,7 @@
 
 #include "cimhost/http/mailbox.h"
 #include "cimhost/http/name_lookup.h"
+#include "cimhost/http/stream.h"
 #include "cimhost/http/tls_files.h"
 #include "cimhost/http/wire.h"
 #include "cimhost/model/names.h"
@@ -11,20 +12,15 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
 #include <boost/asio/ssl/context.hpp>
-#include <boost/asio/ssl/host_name_verification.hpp>
 #include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/error.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http/read.hpp>
-#include <boost/beast/http/string_body.hpp>
-#include <boost/beast/http/write.hpp>
-#include <boost/beast/ssl/ssl_stream.hpp>
 
 #include <algorithm>
 #include <exception>
 #include <iostream>
 #include <utility>
-#include <variant>
 
 namespace cimhost::http {
 
@@ -72,6 +68,13 @@ bool takeHost(std::string_view& text, Url& url) {
 }
 
 bool isVisible(char character) { return character > ' ' && character < 0x7f; }
+
+std::string messageOf(const Url& url, const std::vector<Field>& fields, std::string_view body) {
+    std::string message = "POST " + url.path + " HTTP/1.1\r\nHost: " + url.authority() + "\r\n";
+    for (const Field& field : fields)
+        message.append(field.name).append(": ").append(field.value).append("\r\n");
+    return message.append("Content-Length: ").append(std::to_string(body.size())).append("\r\n\r\n").append(body);
+}
 
 } // namespace
 
@@ -161,27 +164,18 @@ void Timer::start(std::chrono::steady_clock::time_point when, std::function<void
 void Timer::cancel() { state->timer.cancel(); }
 
 struct AsyncClient::State : std::enable_shared_from_this<AsyncClient::State> {
-    using Plain = beast::tcp_stream;
-    using Secure = beast::ssl_stream<beast::tcp_stream>;
-    using Outgoing = beast::http::request<beast::http::string_body>;
     using Incoming = beast::http::response_parser<GrowingBody>;
 
     State(ClientLoop::State& shared, Url target, ClientLimits bounds)
         : loop(shared), url(std::move(target)), limits(bounds), lookupTimer(shared.io) {}
 
-    Plain& lowest() {
-        if (auto* plain = std::get_if<Plain>(&stream)) return *plain;
-        return std::get<Secure>(stream).next_layer();
-    }
-    [[nodiscard]] bool isOpen() const { return !std::holds_alternative<std::monostate>(stream); }
-    void close() { stream.emplace<std::monostate>(); }
+    [[nodiscard]] bool isOpen() const { return stream != nullptr; }
+    void close() { stream.reset(); }
 
-    template <typename Next>
     class Step;
-    template <typename Next>
-    Step<Next> step(const char* name, Next next) {
-        return {shared_from_this(), name, std::move(next)};
-    }
+    using Next = void (State::*)();
+    // What the next operation ends with.
+    Stream::Done step(const char* name, Next next);
 
     // What goes wrong on this side, such as memory that is short, ends the message and nothing else.
     template <typename Work>
@@ -200,11 +194,10 @@ struct AsyncClient::State : std::enable_shared_from_this<AsyncClient::State> {
     void onPlaces(error_code error, Places found);
     void connect();
     void handshake();
-    template <typename Operation>
-    void onStream(Operation operation);
     void send();
     void readHead();
     void readBody();
+    void succeedLater();
     void succeed();
     void fail(const std::string& name, error_code error);
     void finish(ClientResult result);
@@ -217,36 +210,34 @@ struct AsyncClient::State : std::enable_shared_from_this<AsyncClient::State> {
     bool isKept = false;    // the connection that is tried had been kept
     bool hasAnswer = false; // some byte of one has come
     Done done;
-    std::optional<Outgoing> request;
+    std::string request;
     std::optional<Incoming> parser;
     beast::flat_buffer buffer;
     std::shared_ptr<int> lookup; // set while a name is looked up
     asio::steady_timer lookupTimer;
     Places places;
     std::shared_ptr<asio::ssl::context> tls;
-    std::variant<std::monostate, Plain, Secure> stream;
+    std::unique_ptr<Stream> stream; // null: there is no connection
 };
 
 // The handler of one step: on with the next one, or the end. The end destroys the stream, whose operation is done only
 // when its handler has returned. An operation that throws destroys its handler without calling it: that is the end too.
-template <typename Next>
 class AsyncClient::State::Step {
 public:
     Step(std::shared_ptr<State> owner, const char* stepName, Next nextStep)
-        : self(std::move(owner)), name(stepName), next(std::move(nextStep)) {}
+        : self(std::move(owner)), name(stepName), next(nextStep) {}
     ~Step() {
         if (self) endLater(std::move(self), name, boost::system::errc::make_error_code(shortage));
     }
-    Step(Step&&) noexcept = default;
-    Step& operator=(Step&&) = delete;
+    Step(const Step&) = delete;
+    Step& operator=(const Step&) = delete;
 
-    template <typename... Results>
-    void operator()(error_code error, Results&&...) {
+    void take(error_code error) {
         const std::shared_ptr<State> owner = std::move(self);
         if (owner->isAborted) error = asio::error::operation_aborted;
         if (error) return endLater(owner, name, error);
         try {
-            next(*owner);
+            (*owner.*next)();
         } catch (const std::exception&) {
             endLater(owner, name, boost::system::errc::make_error_code(shortage));
         }
@@ -269,6 +260,12 @@ private:
     const char* name;
     Next next;
 };
+
+Stream::Done AsyncClient::State::step(const char* name, Next next) {
+    return [kept = std::make_shared<Step>(shared_from_this(), name, next)](error_code error, std::size_t) {
+        kept->take(error);
+    };
+}
 
 void AsyncClient::State::begin() {
     hasAnswer = false;
@@ -306,59 +303,40 @@ void AsyncClient::State::onPlaces(error_code error, Places found) {
 
 void AsyncClient::State::connect() {
     buffer.clear();
-    if (url.isSecure) {
-        tls = loop.trusted();
-        Secure& made = stream.emplace<Secure>(loop.io, *tls);
-        made.set_verify_callback(asio::ssl::host_name_verification(url.host));
-        SSL_set_tlsext_host_name(made.native_handle(), url.host.c_str());
-    } else {
-        stream.emplace<Plain>(loop.io);
-    }
-    lowest().expires_after(limits.connect);
-    lowest().async_connect(places, step("connecting", [](State& self) { self.handshake(); }));
+    tls = url.isSecure ? loop.trusted() : nullptr;
+    stream = clientStream(loop.io, tls.get(), url.host);
+    stream->expireAfter(limits.connect);
+    stream->connect(places, step("connecting", &State::handshake));
 }
 
 void AsyncClient::State::handshake() {
     error_code ignored;
-    lowest().socket().set_option(tcp::no_delay(true), ignored);
-    auto* secure = std::get_if<Secure>(&stream);
-    if (!secure) return send();
-    secure->async_handshake(asio::ssl::stream_base::client, step("TLS", [](State& self) { self.send(); }));
-}
-
-template <typename Operation>
-void AsyncClient::State::onStream(Operation operation) {
-    if (auto* secure = std::get_if<Secure>(&stream)) return operation(*secure);
-    operation(std::get<Plain>(stream));
+    stream->socket().set_option(tcp::no_delay(true), ignored);
+    if (!stream->isSecure()) return send();
+    stream->handshake(step("TLS", &State::send));
 }
 
 void AsyncClient::State::send() {
-    lowest().expires_after(limits.answer);
-    onStream([this](auto& through) {
-        beast::http::async_write(through, *request, step("sending", [](State& self) { self.readHead(); }));
-    });
+    stream->expireAfter(limits.answer);
+    stream->write(request, step("sending", &State::readHead));
 }
 
 void AsyncClient::State::readHead() {
-    onStream([this](auto& through) {
-        beast::http::async_read_header(through, buffer, *parser, step("waiting for the answer", [](State& self) {
-                                           self.hasAnswer = true;
-                                           self.readBody();
-                                       }));
-    });
+    beast::http::async_read_header(*stream, buffer, *parser, step("waiting for the answer", &State::readBody));
 }
 
 void AsyncClient::State::readBody() {
-    onStream([this](auto& through) {
-        beast::http::async_read(
-            through, buffer, *parser, step("reading the answer", [](State& self) {
-                asio::post(self.loop.io, [kept = self.shared_from_this()] { kept->tryTo([&] { kept->succeed(); }); });
-            }));
-    });
+    hasAnswer = true;
+    beast::http::async_read(*stream, buffer, *parser, step("reading the answer", &State::succeedLater));
+}
+
+// The operation that has read the answer ends first.
+void AsyncClient::State::succeedLater() {
+    asio::post(loop.io, [kept = shared_from_this()] { kept->tryTo([&] { kept->succeed(); }); });
 }
 
 void AsyncClient::State::succeed() {
-    lowest().expires_never();
+    stream->expireNever();
     if (!parser->keep_alive()) close();
     finish({{parser->get().result_int(), std::move(parser->get().body())}, {}});
 }
@@ -371,7 +349,7 @@ void AsyncClient::State::fail(const std::string& name, error_code error) {
 }
 
 void AsyncClient::State::finish(ClientResult result) {
-    request.reset();
+    request.clear();
     parser.reset();
     const Done told = std::exchange(done, nullptr);
     if (told) told(std::move(result));
@@ -381,7 +359,7 @@ void AsyncClient::State::abort() {
     isAborted = true;
     if (lookup) return onPlaces(asio::error::operation_aborted, {});
     // The step under way ends with an error, and its handler closes the rest.
-    if (isOpen()) lowest().close();
+    if (isOpen()) stream->close();
 }
 
 AsyncClient::AsyncClient(ClientLoop& loop, Url url, ClientLimits limits)
@@ -390,12 +368,7 @@ AsyncClient::AsyncClient(ClientLoop& loop, Url url, ClientLimits limits)
 AsyncClient::~AsyncClient() = default;
 
 void AsyncClient::post(const std::vector<Field>& fields, std::string body, Done done) {
-    State::Outgoing& request = state->request.emplace(beast::http::verb::post, state->url.path, 11);
-    request.set(beast::http::field::host, state->url.authority());
-    for (const Field& field : fields)
-        request.set(field.name, field.value);
-    request.body() = std::move(body);
-    request.prepare_payload();
+    state->request = messageOf(state->url, fields, body);
     state->isKept = state->isOpen();
     state->done = std::move(done);
     state->tryTo([this] { state->begin(); });

@@ -4,7 +4,9 @@
 #include "cimhost/http/tls_files.h"
 
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
+#include <boost/asio/ssl/context.hpp>
 #include <boost/asio/steady_timer.hpp>
 
 #include <fcntl.h>
@@ -24,8 +26,6 @@ namespace cimhost::http {
 namespace asio = boost::asio;
 using asio::ip::tcp;
 using boost::system::error_code;
-using PlainSession = Session<boost::beast::tcp_stream>;
-using TlsSession = Session<boost::beast::ssl_stream<boost::beast::tcp_stream>>;
 
 namespace {
 
@@ -53,12 +53,6 @@ Source v6Bytes(const asio::ip::address& address) {
 }
 
 int openSpare() { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); }
-
-// Every standing in a server's room is a connection of its.
-bool closeIfAny(Standing* standing) {
-    if (standing) static_cast<Connection*>(standing)->close();
-    return standing != nullptr;
-}
 
 bool closeForRoom(const Room& room) {
     const auto now = Standing::Clock::now();
@@ -183,58 +177,9 @@ void Server::State::admit(tcp::socket socket) {
     if (room.isFullOfNewcomers()) closeIfAny(room.newcomerToGiveWay(Standing::Clock::now()));
     const Source source = sourceOf(v6Bytes(remote.address()));
     std::string address = local.address().to_string(ignored);
-    if (tls) {
-        std::make_shared<TlsSession>(*this, source, std::move(address), boost::beast::tcp_stream(std::move(socket)),
-                                     *tls)
-            ->start();
-    } else {
-        std::make_shared<PlainSession>(*this, source, std::move(address), std::move(socket))->start();
-    }
-}
-
-bool ConnectionHost::makeRoomForKnown() {
-    return !room.isFullOfKnown() || closeIfAny(room.knownToGiveWay(Standing::Clock::now()));
-}
-
-void ConnectionHost::verify(Guess guess) {
-    const Source source = guess.connection->source;
-    guesses.push(source, std::move(guess));
-    verifyNext();
-}
-
-// Whom an earlier guess of the same address settles needs none of its own.
-void ConnectionHost::verifyNext() {
-    while (!isVerifying && !guesses.empty()) {
-        Guess guess = guesses.pop();
-        if (guess.connection->isClosed) continue;
-        if (std::optional<std::string> user = options.credentials->recall(guess.authorization)) {
-            guess.connection->onLogin(std::move(*user));
-            continue;
-        }
-        if (const auto wait = gate.wait(guess.connection->source, guess.user, LoginGate::Clock::now())) {
-            guess.connection->onWrongLogin(tooManyGuesses(*wait));
-            continue;
-        }
-        isVerifying = true;
-        asio::post(verifier, [this, credentials = options.credentials, guess = std::move(guess)]() mutable {
-            std::optional<std::string> user = credentials->verify(guess.authorization);
-            // The connection's end touches what belongs to the network thread.
-            asio::post(io, [this, guess = std::move(guess), user = std::move(user)] { onVerified(guess, user); });
-        });
-    }
-}
-
-void ConnectionHost::onVerified(const Guess& guess, const std::optional<std::string>& user) {
-    isVerifying = false;
-    Connection& connection = *guess.connection;
-    if (user) {
-        gate.succeeded(connection.source, guess.user);
-        connection.onLogin(*user);
-    } else {
-        gate.failed(connection.source, guess.user, LoginGate::Clock::now());
-        connection.onWrongLogin(unauthorized());
-    }
-    verifyNext();
+    std::make_shared<Connection>(*this, source, std::move(address),
+                                 acceptedStream(std::move(socket), tls ? &*tls : nullptr))
+        ->start();
 }
 
 void Server::State::closeIf(bool (*condition)(Standing::Phase)) {

@@ -1,0 +1,347 @@
+#include "cimhost/http/connection.h"
+
+#include <boost/asio/post.hpp>
+#include <boost/beast/http/read.hpp>
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace cimhost::http {
+
+namespace asio = boost::asio;
+namespace beast_http = boost::beast::http;
+
+namespace {
+
+constexpr std::size_t firstRead = 4096;
+constexpr std::size_t readSize = std::size_t{64} << 10;
+constexpr std::size_t pieceSize = std::size_t{64} << 10; // of a body, for its reader
+constexpr std::size_t sliceSize = std::size_t{64} << 10; // of an answer
+
+Response noRoom() { return textResponse(503, "too many clients wait for answers at this moment"); }
+
+// On a worker, which knows nothing of the connection: that may end before the answer comes.
+void answerNow(Handler& handler, std::unique_ptr<BodyReader> reader, Request given, const std::shared_ptr<Reply>& to) {
+    try {
+        if (!reader) return handler.answerTo(std::move(given), to);
+        reader->finish(std::move(given), to);
+    } catch (const std::exception&) {
+        to->send(textResponse(500, "the request could not be answered"));
+    }
+}
+
+} // namespace
+
+Connection::Connection(ConnectionHost& server, const Source& from, std::string to, std::unique_ptr<Stream> through)
+    : host(server), localAddress(std::move(to)), stream(std::move(through)),
+      buffer(server.options.limits.headerBytes + readSize) {
+    source = from;
+    place = host.room.enter(*this);
+}
+
+Connection::~Connection() {
+    host.bodyBytes -= heldBytes;
+    host.room.leave(place);
+    if (host.room.all().empty() && host.onLastConnectionGone) host.onLastConnectionGone();
+}
+
+void Connection::start() {
+    enter(Phase::reading);
+    stream->expireAfter(limits().header);
+    if (!stream->isSecure()) return readFirstBytes();
+    stream->handshake([self = shared_from_this()](error_code error, std::size_t) {
+        if (!error) self->readHead();
+    });
+}
+
+void Connection::close() {
+    isClosed = true;
+    stream->close();
+    if (!awaited) return;
+    *awaited = false;
+    // Whoever closes all connections goes through a list of them, which the last share of this one leaves.
+    asio::post(host.io, [self = shared_from_this()] { self->endWaiting(); });
+}
+
+void Connection::enter(Phase next) {
+    phase = next;
+    since = Clock::now();
+    moved = 0;
+}
+
+bool Connection::becomeKnown() {
+    if (!isKnown) isKnown = host.makeRoomForKnown();
+    return isKnown;
+}
+
+bool Connection::isOwnName(const Authority& authority) const {
+    if (host.options.host == HostField::anything) return true;
+    return host.names.contains(authority, localAddress) || (host.isCertified && host.isCertified(authority));
+}
+
+bool Connection::holdBytes(std::size_t held) {
+    host.bodyBytes += held - heldBytes;
+    heldBytes = held;
+    return host.bodyBytes <= host.options.limits.allBodyBytes;
+}
+
+std::string Connection::clientName() {
+    error_code error;
+    const auto client = stream->socket().remote_endpoint(error);
+    if (error) return "unknown";
+    const std::string address = client.address().to_string();
+    return (client.address().is_v6() ? "[" + address + "]" : address) + ":" + std::to_string(client.port());
+}
+
+void Connection::waitForNext() {
+    if (host.stopping) return close();
+    if (buffer.size() > 0) return readHead();
+    enter(Phase::waiting);
+    stream->expireAfter(limits().idle);
+    readFirstBytes();
+}
+
+// Between two requests a client may be silent for long, within a header it may not: the two deadlines part here.
+void Connection::readFirstBytes() {
+    stream->readSome(buffer.prepare(firstRead), [self = shared_from_this()](error_code error, std::size_t bytes) {
+        if (error) return;
+        self->buffer.commit(bytes);
+        self->readHead();
+    });
+}
+
+void Connection::readHead() {
+    enter(Phase::reading);
+    parser.emplace();
+    parser->header_limit(static_cast<std::uint32_t>(limits().headerBytes));
+    parser->body_limit(limits().bodyBytes);
+    parser->eager(true);
+    stream->expireAfter(limits().header);
+    beast_http::async_read_header(
+        *stream, buffer, *parser,
+        [self = shared_from_this()](error_code error, std::size_t bytes) { self->onHead(error, bytes); });
+}
+
+void Connection::onHead(error_code error, std::size_t headBytes) {
+    if (error) return onReadError(error);
+    if (isClosed) return;
+    moved += headBytes;
+    request = headOf(*parser);
+    request.client = clientName();
+    bodyReader.reset();
+    readerBytes = 0;
+    receivedBytes = 0;
+    const auto isOwn = [this](const Authority& authority) { return isOwnName(authority); };
+    if (std::optional<Response> refusal = refuseSender(*parser, isOwn)) return refuse(std::move(*refusal));
+    if (std::optional<Response> refusal = host.handler.refuse(request)) return refuse(std::move(*refusal));
+    if (std::optional<Response> refusal = refuseFraming(*parser)) return refuse(std::move(*refusal));
+    authenticate();
+}
+
+void Connection::onReadError(error_code error) {
+    if (std::optional<Response> refusal = answerToReadError(error)) refuse(std::move(*refusal));
+}
+
+void Connection::authenticate() {
+    if (!host.options.credentials) return readBody();
+    const std::string* authorization = request.field("Authorization");
+    if (!authorization) return refuse(unauthorized());
+    std::optional<std::string> claimed = Credentials::claimedUser(*authorization);
+    if (!claimed) return refuse(unauthorized());
+    if (std::optional<std::string> user = host.options.credentials->recall(*authorization)) {
+        return onLogin(std::move(*user));
+    }
+    enter(Phase::verifying);
+    host.verify({shared_from_this(), *authorization, std::move(*claimed), keepRunning()});
+}
+
+void Connection::onLogin(std::string user) {
+    if (!stream->socket().is_open()) return;
+    if (!becomeKnown()) return refuse(noRoom());
+    enter(Phase::reading);
+    request.user = std::move(user);
+    readBody();
+}
+
+void Connection::onWrongLogin(Response refusal) {
+    tellRefusedLogin();
+    refuse(std::move(refusal));
+}
+
+void Connection::tellRefusedLogin() {
+    if (!host.options.onRefusedLogin) return;
+    host.options.onRefusedLogin(request.client, Credentials::claimedUser(*request.field("Authorization")).value_or(""));
+}
+
+void Connection::readBody() {
+    bodyStart = std::chrono::steady_clock::now();
+    const std::string* expect = request.field("Expect");
+    if (!expect || parser->is_done() || buffer.size() > 0) return readMoreBody();
+    stream->expireAfter(limits().write);
+    stream->write("HTTP/1.1 100 Continue\r\n\r\n", [self = shared_from_this()](error_code error, std::size_t) {
+        if (!error) self->readMoreBody();
+    });
+}
+
+void Connection::readMoreBody() {
+    if (parser->is_done()) return answer();
+    stream->expireAt(std::min(bodyDeadline(), std::chrono::steady_clock::now() + limits().bodyProgress));
+    beast_http::async_read_some(*stream, buffer, *parser,
+                                [self = shared_from_this()](error_code error, std::size_t bytes) {
+                                    if (error) return self->onReadError(error);
+                                    self->receivedBytes += bytes;
+                                    self->moved += bytes;
+                                    self->onBodyBytes();
+                                });
+}
+
+// A large body takes its time, but no client holds a connection by sending little now and then.
+std::chrono::steady_clock::time_point Connection::bodyDeadline() const {
+    return bodyStart + limits().body + std::chrono::seconds(receivedBytes / limits().bodyBytesPerSecond);
+}
+
+void Connection::onBodyBytes() {
+    const std::string& body = parser->get().body();
+    // Whoever holds no more than a piece is not to blame, and need not wait for whoever is.
+    if (!holdBytes(readerBytes + body.capacity()) && readerBytes + body.size() > pieceSize) {
+        return refuse(textResponse(503, "too many large requests at this moment"));
+    }
+    if (body.size() < pieceSize || parser->is_done()) return readMoreBody();
+    if (!bodyReader) bodyReader = host.handler.readerOfLargeBody(request);
+    if (!bodyReader) return readMoreBody();
+    passPiece();
+}
+
+// The worker keeps no share of the connection when it is done: the connection's end touches what belongs to the network
+// thread.
+void Connection::passPiece() {
+    enter(Phase::answering);
+    asio::post(host.workers,
+               [self = shared_from_this(), keep = keepRunning(), piece = std::move(parser->get().body())]() mutable {
+                   std::optional<Response> refusal = self->readNow(piece);
+                   const std::size_t held = self->bodyReader->heldBytes();
+                   ConnectionHost& server = self->host;
+                   asio::post(server.io, [self = std::move(self), refusal = std::move(refusal), held,
+                                          piece = std::move(piece)]() mutable {
+                       self->onPieceRead(std::move(refusal), held, std::move(piece));
+                   });
+               });
+}
+
+// On a worker.
+std::optional<Response> Connection::readNow(std::string_view piece) {
+    try {
+        return bodyReader->read(piece);
+    } catch (const std::exception&) {
+        return textResponse(500, "the request could not be read");
+    }
+}
+
+void Connection::onPieceRead(std::optional<Response> refusal, std::size_t held, std::string piece) {
+    if (refusal) return refuse(std::move(*refusal));
+    if (host.stopping) return close();
+    enter(Phase::reading);
+    readerBytes = held;
+    piece.clear();
+    parser->get().body() = std::move(piece);
+    onBodyBytes();
+}
+
+void Connection::answer() {
+    if (!becomeKnown()) return refuse(noRoom());
+    enter(Phase::answering);
+    closesBehindAnswer = !parser->keep_alive();
+    request.body = std::move(parser->get().body());
+    awaited = std::make_shared<std::atomic<bool>>(true);
+    waiting = shared_from_this();
+    running.emplace(keepRunning());
+    host.watchForLeaving();
+    auto reply = std::make_shared<ConnectionReply>(host.mailbox, weak_from_this(), awaited);
+    asio::post(host.workers,
+               [&handler = host.handler, reader = std::move(bodyReader), given = std::move(request),
+                to = std::move(reply)]() mutable { answerNow(handler, std::move(reader), std::move(given), to); });
+}
+
+void Connection::noteIfLeft() {
+    if (!awaited || !isClosedByPeer(stream->socket().native_handle())) return;
+    *awaited = false;
+    hasLeft = true;
+}
+
+void Connection::takeAnswer(Response finished) {
+    if (!awaited) return;
+    const bool isLost = !*awaited;
+    endWaiting();
+    write(std::move(finished), closesBehindAnswer || isLost);
+}
+
+// The answer has come, or nobody waits for it any more.
+void Connection::endWaiting() {
+    awaited.reset();
+    running.reset();
+    waiting.reset();
+}
+
+// Answers a request whose rest nobody will read.
+void Connection::refuse(Response refusal) {
+    unread = true;
+    write(std::move(refusal), true);
+}
+
+void Connection::write(Response answerToWrite, bool closes) {
+    if (!stream->socket().is_open()) return;
+    enter(Phase::writing);
+    holdBytes(0);
+    response = std::move(answerToWrite);
+    closing = closes || host.stopping;
+    head = serializeHead(response, closing);
+    const std::string_view slice = response.body.view().substr(0, sliceSize);
+    head.append(slice);
+    writtenBytes = slice.size();
+    writeEnd = Clock::now() + limits().write;
+    writeSlice(head);
+}
+
+// Slice by slice, for who takes an answer slowly is to be told from who takes it at all.
+void Connection::writeSlice(std::string_view slice) {
+    stream->expireAt(std::min(writeEnd, Clock::now() + limits().writeProgress));
+    stream->write(slice, [self = shared_from_this()](error_code error, std::size_t bytes) {
+        if (error) return;
+        self->moved += bytes;
+        self->writeNext();
+    });
+}
+
+void Connection::writeNext() {
+    const std::string_view slice = response.body.view().substr(writtenBytes, sliceSize);
+    if (slice.empty()) return onWritten();
+    writtenBytes += slice.size();
+    writeSlice(slice);
+}
+
+void Connection::onWritten() {
+    response = {};
+    if (!closing) return waitForNext();
+    enter(Phase::writing);
+    stream->expireAfter(limits().linger);
+    if (stream->isSecure()) {
+        return stream->shutDown([self = shared_from_this()](error_code, std::size_t) { self->close(); });
+    }
+    error_code ignored;
+    stream->socket().shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+    if (unread) return discardRest();
+    close();
+}
+
+// To close while bytes of the client are under way would reset the connection, and the client would see that in place
+// of the answer.
+void Connection::discardRest() {
+    buffer.clear();
+    stream->readSome(buffer.prepare(readSize), [self = shared_from_this()](error_code error, std::size_t) {
+        if (error) return self->close();
+        self->discardRest();
+    });
+}
+
+} // namespace cimhost::http

@@ -1,0 +1,77 @@
+// The bytes of one connection, with TLS or without. Asio and Beast make much code for each type of stream and of
+// handler; here is one of each, so that it is made once, in stream.cpp. Private to the HTTP server and client.
+#pragma once
+
+#include "cimhost/http/name_lookup.h"
+
+#include <boost/asio/async_result.hpp>
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace boost::asio::ssl {
+class context;
+}
+
+namespace cimhost::http {
+
+/// One operation of each direction at a time. To be closed, or destroyed, ends those under way with an error.
+class Stream {
+public:
+    using error_code = boost::system::error_code;
+    /// bytes is 0 where none are moved. A handler of an operation that throws goes without being called.
+    using Done = std::function<void(error_code error, std::size_t bytes)>;
+    using executor_type = boost::asio::ip::tcp::socket::executor_type;
+
+    virtual ~Stream() = default;
+
+    [[nodiscard]] virtual bool isSecure() const = 0;
+    [[nodiscard]] virtual boost::asio::ip::tcp::socket& socket() = 0;
+
+    /// What is under way then ends with boost::beast::error::timeout, and so does what begins later.
+    virtual void expireAt(std::chrono::steady_clock::time_point when) = 0;
+    virtual void expireNever() = 0;
+    void expireAfter(std::chrono::milliseconds duration) { expireAt(std::chrono::steady_clock::now() + duration); }
+
+    virtual void close() = 0;
+
+    /// Tries one place after the other. TLS begins with handshake() only.
+    virtual void connect(const Places& places, Done done) = 0;
+    /// The beginning and the end of TLS; only where isSecure().
+    virtual void handshake(Done done) = 0;
+    virtual void shutDown(Done done) = 0;
+    virtual void readSome(boost::asio::mutable_buffer into, Done done) = 0;
+    /// All of the bytes, which stay until it is done.
+    virtual void write(std::string_view bytes, Done done) = 0;
+
+    /// What Beast asks of a stream that it reads from.
+    executor_type get_executor() { return socket().get_executor(); }
+    template <typename Buffers, typename Handler>
+    auto async_read_some(const Buffers& into, Handler&& handler) {
+        const boost::asio::mutable_buffer first = *boost::asio::buffer_sequence_begin(into);
+        const auto begin = [this, first](auto&& taken) {
+            using Taken = std::decay_t<decltype(taken)>;
+            readSome(first, [kept = std::make_shared<Taken>(std::forward<decltype(taken)>(taken))](
+                                error_code error, std::size_t bytes) { (*kept)(error, bytes); });
+        };
+        return boost::asio::async_initiate<Handler, void(error_code, std::size_t)>(begin, handler);
+    }
+};
+
+/// Of a client that was accepted. @param tls null: without TLS. It outlives the stream.
+std::unique_ptr<Stream> acceptedStream(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context* tls);
+
+/// To a server, whose certificate has to bear that name. @param tls as above
+std::unique_ptr<Stream> clientStream(boost::asio::io_context& io, boost::asio::ssl::context* tls,
+                                     const std::string& serverName);
+
+} // namespace cimhost::http

@@ -90,7 +90,7 @@ CmpiStatus enumerate(const Family& family, Enumeration enumeration, const Enumer
     }
     status = {CMPI_RC_OK, nullptr};
     Ends ends(family, nameSpace);
-    family.forEachPair(enumeration, [&](const Pair& pair) {
+    family.matching.forEachPair(enumeration, [&](const Pair& pair) {
         ends.make(pair);
         if (ends.left && ends.right) status = deliver(pair, *ends.left, *ends.right);
         return status.rc == CMPI_RC_OK;
@@ -115,8 +115,10 @@ struct Direction {
     bool farIsLeft;
 };
 
-Direction toLeft(const Family& family) { return {family.findLeft, family.texts.findLeft, family.left, true}; }
-Direction toRight(const Family& family) { return {family.findRight, family.texts.findRight, family.right, false}; }
+Direction toLeft(const Family& family) { return {family.matching.findLeft, family.texts.findLeft, family.left, true}; }
+Direction toRight(const Family& family) {
+    return {family.matching.findRight, family.texts.findRight, family.right, false};
+}
 
 /// Reads the keys that the search goes by. @return false if one cannot be used; status is then the search's result.
 bool readKeys(const Family& family, const Direction& direction, const CmpiObjectPath& path, Source& source,
@@ -312,7 +314,17 @@ bool Source::equals(std::size_t key, const char* text) const {
     return keys[key] && equalsIgnoringCase(keys[key], text);
 }
 
+void FreshLists::read() const {
+    for (const ClassList* list : {first, second}) {
+        if (list) list->clear();
+    }
+    for (const ClassList* list : {first, second}) {
+        if (list) list->build();
+    }
+}
+
 CmpiStatus enumInstanceNames(const Family& family, CmpiResult& result, const CmpiObjectPath& cop) {
+    if (family.own) return family.own->enumInstanceNames(result, cop);
     const EnumerationTexts& texts = family.texts.names;
     const char* const roles[] = {family.left.name, family.right.name};
     std::optional<ClonedPath> path;
@@ -327,6 +339,7 @@ CmpiStatus enumInstanceNames(const Family& family, CmpiResult& result, const Cmp
 }
 
 CmpiStatus enumInstances(const Family& family, CmpiResult& result, const CmpiObjectPath& cop) {
+    if (family.own) return family.own->enumInstances(result, cop);
     std::optional<ClonedPath> path;
     std::optional<CmpiInstance> instance;
     return enumerate(family, Enumeration::instances, family.texts.instances, cop,
@@ -341,6 +354,7 @@ CmpiStatus enumInstances(const Family& family, CmpiResult& result, const CmpiObj
 
 CmpiStatus getInstance(const Family& family, const CmpiContext& context, CmpiResult& result,
                        const CmpiObjectPath& cop) {
+    if (family.own) return family.own->getInstance(context, result, cop);
     const GetInstanceTexts& texts = family.texts.getInstance;
     log(texts.open, {.token = family.token});
     const char* className = "";
@@ -363,6 +377,7 @@ CmpiStatus getInstance(const Family& family, const CmpiContext& context, CmpiRes
 }
 
 CmpiStatus answer(const Family& family, CmpiResult& result, const CmpiObjectPath& source, const Request& request) {
+    if (family.own) return family.own->answer(result, source, request);
     const char* operation = operationNames[request.wanted];
     log(family.texts.requests.open[request.wanted], {.token = family.token, .operation = operation});
     // Before the source's class is looked at, so that a request that wants other associations is not refused for it.

@@ -1,6 +1,6 @@
 // The association pattern. An association stores nothing: each request derives its instances from the class lists.
-// An association is a Family: two roles, which pairs exist, how a source finds the far side, and its log texts. The
-// seven request operations stand here once.
+// An association is a Family: two roles, which pairs exist, how a source finds the far side, its log texts, and its
+// places in the sequences that requests walk. The seven request operations stand here once.
 #pragma once
 
 #include "associations/object_class.h"
@@ -14,6 +14,7 @@
 
 #include <array>
 #include <functional>
+#include <span>
 
 namespace merolt::association {
 
@@ -50,6 +51,10 @@ struct Role {
     Aliases aliases = nullptr;
     /// How getInstance tests that the object exists; null: through the class itself.
     GetInstance existence = nullptr;
+    /// Whether references and referenceNames start from an object of a subclass, too.
+    bool takesSubclasses = false;
+    /// The base class that referenceNames knows from this end, where it differs from the family's.
+    const char* referenceNamesBaseClass = nullptr;
 
     GetInstance test() const { return existence ? existence : objects.getInstance; }
 };
@@ -96,16 +101,66 @@ enum class Side { left, right };
 /// Whether role, resultRole and resultClass of a request narrow the answer.
 enum class Filters { ignored, applied };
 
-struct Family {
-    const char* token;     ///< the family's name in log texts
-    const char* className; ///< of the association
-    Role left;
-    Role right;
+/// Which pairs there are, and how a source of one side finds the other.
+struct Matching {
     void (*forEachPair)(Enumeration enumeration, const PairVisitor& visit);
     Search findLeft;  ///< from a source of the right class
     Search findRight; ///< from a source of the left class
-    Filters filters;
-    const Texts& texts;
+};
+
+/// Lists that are read anew before a request, so that it shows how things are now.
+struct FreshLists {
+    const ClassList* first = nullptr;
+    const ClassList* second = nullptr;
+    bool forEnumerations = false; ///< for enumerations and getInstance, too
+
+    void read() const;
+};
+
+/// Places in the sequences that requests walk are counted from 1. What comes new has none: it stands behind all that
+/// have one.
+constexpr int behindAll = 0;
+constexpr int nowhere = -1;
+
+/// How a source class leads to the association.
+struct SourcePlaces {
+    int lookUp = behindAll; ///< where a request that names no association comes to it
+    int test = behindAll;   ///< where it is tested on the storage side; the Ethernet side goes by name alone
+};
+
+/// A source class beside those of the two ends.
+struct FurtherSource {
+    const char* className;
+    SourcePlaces places;
+};
+
+struct Places {
+    int row = behindAll; ///< among all classes and associations, in enumerations
+    int getInstanceRow = row;
+    SourcePlaces left = {};
+    SourcePlaces right = {};
+};
+
+struct Family;
+struct Request;
+
+/// Request functions in the place of the engine's.
+struct OwnRequests {
+    CmpiStatus (*enumInstanceNames)(CmpiResult& result, const CmpiObjectPath& cop);
+    CmpiStatus (*enumInstances)(CmpiResult& result, const CmpiObjectPath& cop);
+    CmpiStatus (*getInstance)(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop);
+    CmpiStatus (*answer)(CmpiResult& result, const CmpiObjectPath& source, const Request& request);
+};
+
+struct Family {
+    const char* token;               ///< the family's name in log texts
+    const char* className;           ///< of the association
+    const char* baseClass = nullptr; ///< its CIM parent, which references may name instead; null: they may not
+    Role left;
+    Role right;
+    Matching matching = {};
+    Filters filters = Filters::ignored;
+    Texts texts = {};
     const FurtherProperty* further = nullptr;
     /// Names of the two keys in referenceNames; null: the roles.
     TwoForms<const char* const*> referenceNameKeys = {};
@@ -115,16 +170,15 @@ struct Family {
     /// association's own path or instance are made once and serve both, so an end's maker tells of itself in the log
     /// once a record.
     Side secondRowChanges = Side::left;
+    /// There only while targets are discovered. Its right end is then a source of the chain that is walked last.
+    bool needsTargets = false;
+    FreshLists fresh = {};
+    std::span<const FurtherSource> furtherSources = {};
+    const OwnRequests* own = nullptr;
+    Places places = {};
 
     bool hasAnything() const { return !isPopulated || isPopulated(); }
 };
-
-CmpiStatus enumInstanceNames(const Family& family, CmpiResult& result, const CmpiObjectPath& cop);
-CmpiStatus enumInstances(const Family& family, CmpiResult& result, const CmpiObjectPath& cop);
-
-/// The association between the two ends that the path names. Only the existence of the ends is tested, not that they
-/// belong together. Throws CmpiStatus 6 if one does not exist.
-CmpiStatus getInstance(const Family& family, const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop);
 
 /// What a client asks of an association. Texts may be null.
 struct Request {
@@ -135,56 +189,14 @@ struct Request {
     const char** properties = nullptr;
 };
 
-/// Throws CmpiStatus 7 with the source's class name if that is of neither side.
+CmpiStatus enumInstanceNames(const Family& family, CmpiResult& result, const CmpiObjectPath& cop);
+CmpiStatus enumInstances(const Family& family, CmpiResult& result, const CmpiObjectPath& cop);
+
+/// The association between the two ends that the path names. Only the existence of the ends is tested, not that they
+/// belong together. Throws CmpiStatus 6 if one does not exist.
+CmpiStatus getInstance(const Family& family, const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop);
+
+/// The four association requests. Throws CmpiStatus 7 with the source's class name if that is of neither side.
 CmpiStatus answer(const Family& family, CmpiResult& result, const CmpiObjectPath& source, const Request& request);
 
 } // namespace merolt::association
-
-/// Declares the seven request functions of a family.
-#define DECLARE_ASSOCIATION(X)                                                                                         \
-    CmpiStatus enumInstanceNames_##X(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop);       \
-    CmpiStatus enumInstances_##X(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,            \
-                                 const char** properties);                                                             \
-    CmpiStatus getInstance_##X(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop);             \
-    CmpiStatus associators_##X(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& source,           \
-                               const char* assocClass, const char* resultClass, const char* role,                      \
-                               const char* resultRole, const char** properties);                                       \
-    CmpiStatus associatorNames_##X(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& source,       \
-                                   const char* assocClass, const char* resultClass, const char* role,                  \
-                                   const char* resultRole);                                                            \
-    CmpiStatus references_##X(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& source,            \
-                              const char* resultClass, const char* role, const char** properties);                     \
-    CmpiStatus referenceNames_##X(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& source,        \
-                                  const char* resultClass, const char* role);
-
-/// Defines them over the family. Instances of an association know no property filter.
-#define DEFINE_ASSOCIATION(X, family)                                                                                  \
-    CmpiStatus enumInstanceNames_##X(const CmpiContext&, CmpiResult& result, const CmpiObjectPath& cop) {              \
-        return enumInstanceNames(family, result, cop);                                                                 \
-    }                                                                                                                  \
-    CmpiStatus enumInstances_##X(const CmpiContext&, CmpiResult& result, const CmpiObjectPath& cop, const char**) {    \
-        return enumInstances(family, result, cop);                                                                     \
-    }                                                                                                                  \
-    CmpiStatus getInstance_##X(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop) {            \
-        return getInstance(family, context, result, cop);                                                              \
-    }                                                                                                                  \
-    DEFINE_ASSOCIATION_REQUESTS(X, family)
-
-#define DEFINE_ASSOCIATION_REQUESTS(X, family)                                                                         \
-    CmpiStatus associators_##X(const CmpiContext&, CmpiResult& result, const CmpiObjectPath& source, const char*,      \
-                               const char* resultClass, const char* role, const char* resultRole,                      \
-                               const char** properties) {                                                              \
-        return answer(family, result, source, {association::FUNC_ASSOC, resultClass, role, resultRole, properties});   \
-    }                                                                                                                  \
-    CmpiStatus associatorNames_##X(const CmpiContext&, CmpiResult& result, const CmpiObjectPath& source, const char*,  \
-                                   const char* resultClass, const char* role, const char* resultRole) {                \
-        return answer(family, result, source, {association::FUNC_ASSOCNAME, resultClass, role, resultRole});           \
-    }                                                                                                                  \
-    CmpiStatus references_##X(const CmpiContext&, CmpiResult& result, const CmpiObjectPath& source,                    \
-                              const char* resultClass, const char* role, const char** properties) {                    \
-        return answer(family, result, source, {association::FUNC_REF, resultClass, role, nullptr, properties});        \
-    }                                                                                                                  \
-    CmpiStatus referenceNames_##X(const CmpiContext&, CmpiResult& result, const CmpiObjectPath& source,                \
-                                  const char* resultClass, const char* role) {                                         \
-        return answer(family, result, source, {association::FUNC_REFNAME, resultClass, role});                         \
-    }

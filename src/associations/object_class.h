@@ -26,9 +26,9 @@ using MakeInstance = std::optional<CmpiInstance> (*)(const char* className, cons
 
 struct ObjectClass {
     const char* name;
-    MakePath makePath;
-    MakeInstance makeInstance;
-    GetInstance getInstance;
+    MakePath makePath = nullptr;
+    MakeInstance makeInstance = nullptr;
+    GetInstance getInstance = nullptr;
 };
 
 namespace detail {

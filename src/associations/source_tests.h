@@ -25,4 +25,13 @@ void onlyIf(const Source& source, const ObjectVisitor& visit) {
     if (test(source)) walk(source, visit);
 }
 
+/// The host and an installation service on it.
+template <void (*pairs)(Enumeration, const PairVisitor&)>
+inline constexpr Matching hostAndItsService = {
+    .forEachPair = pairs,
+    .findLeft = {.keys = {{{"SystemName", KeyTest::isString}, {"SystemCreationClassName"}, {"Name"}}},
+                 .find = onlyIf<namesServiceOfHost, theObject>},
+    .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesHost, theObject>},
+};
+
 } // namespace merolt::association

@@ -29,4 +29,10 @@ using EnumInstances = CmpiStatus (*)(const CmpiContext&, CmpiResult&, const Cmpi
 using GetInstance = CmpiStatus (*)(const CmpiContext&, CmpiResult&, const CmpiObjectPath&, const char** properties,
                                    bool returnInstance);
 
+/// How the list of a class is read anew.
+struct ClassList {
+    void (*build)();
+    void (*clear)();
+};
+
 } // namespace merolt

@@ -8,7 +8,6 @@
 #include "classes/wrapper_access.h"
 #include "configuration/configuration.h"
 #include "log/log.h"
-#include "provider/association_families.h"
 #include "provider/association_tables.h"
 #include "provider/locks.h"
 #include "provider/merolt_cna_provider.h"
@@ -22,6 +21,7 @@
 #include <string>
 
 using namespace merolt;
+using association::Family;
 using association::ftype;
 
 namespace {
@@ -63,8 +63,7 @@ void logEntering(const Request& request, const char* className) {
 
 /// Whether the look-up table has the request's association for the source's class or one above it.
 bool hasAssociations(const Request& request) {
-    for (int row = 0; row < m_assocLookupTableSize; ++row) {
-        const AssocLookupRow& candidate = m_assocLookupTable[row];
+    for (const AssocLookupRow& candidate : assocLookupTable()) {
         if (!request.source.classPathIsA(candidate.sourceClass)) continue;
         if (!request.associationClass || equalsIgnoringCase(candidate.associationClass, request.associationClass))
             return true;
@@ -72,66 +71,55 @@ bool hasAssociations(const Request& request) {
     return false;
 }
 
-void callFamily(const Request& request, const char* associationClass, const AssociationBuffer& buffer) {
-    const AssociationFamily* family = findAssociationFamily(associationClass);
-    if (!family) return;
-    if (family->clearLists) family->clearLists();
-    if (family->buildLists) family->buildLists();
-    const char* className = buffer.text();
-    switch (request.operation) {
-    case association::FUNC_ASSOC:
-        family->associators(request.context, request.result, request.source, className, request.resultClass,
-                            request.role, request.resultRole, request.properties);
-        break;
-    case association::FUNC_ASSOCNAME:
-        family->associatorNames(request.context, request.result, request.source, className, request.resultClass,
-                                request.role, request.resultRole);
-        break;
-    case association::FUNC_REF:
-        family->references(request.context, request.result, request.source, className, request.role,
-                           request.properties);
-        break;
-    case association::FUNC_REFNAME:
-        family->referenceNames(request.context, request.result, request.source, className, request.role);
-        break;
-    }
+/// @param buffer the association class as the request or the look-up table has it.
+void callFamily(const Request& request, const Family& family, const AssociationBuffer& buffer) {
+    family.fresh.read();
+    const char* resultClass = request.wantsReferences() ? buffer.text() : request.resultClass;
+    answer(family, request.result, request.source,
+           {request.operation, resultClass, request.role, request.resultRole, request.properties});
 }
 
-/// Whether a row's source class is that of the request. @param bySubclass an object of a subclass will do.
-bool isSource(const Request& request, const char* className, const char* sourceClass, unsigned traits) {
-    return traits & bySubclass ? request.source.classPathIsA(sourceClass) : equalsIgnoringCase(className, sourceClass);
+/// Whether the request's source is of the class.
+bool isSource(const Request& request, const char* className, const AssociationSource& source) {
+    return source.takesSubclasses ? request.source.classPathIsA(source.className)
+                                  : equalsIgnoringCase(className, source.className);
+}
+
+/// Whether the request names the association or what it is derived from.
+bool isWanted(const Request& request, const AssociationTest& test, const AssociationBuffer& buffer) {
+    if (equalsIgnoringCase(buffer.text(), test.family->className)) return true;
+    const bool hasOwnName = request.operation == association::FUNC_REFNAME && test.source.referenceNamesBaseClass;
+    const char* baseClass = hasOwnName ? test.source.referenceNamesBaseClass : test.family->baseClass;
+    return baseClass && equalsIgnoringCase(buffer.text(), baseClass);
 }
 
 /// The tests of the first source class of a chain that matches, one after another.
-/// @param chain scsiSource for the second chain, else 0.
-void runStorageChain(const Request& request, const char* className, const AssociationBuffer& buffer, unsigned chain) {
+void runStorageChain(const Request& request, const char* className, const AssociationBuffer& buffer, bool isLastChain) {
     const char* owner = nullptr;
-    for (const StorageTest& test : storageTests) {
-        if ((test.traits & scsiSource) != chain) continue;
-        if (!owner && isSource(request, className, test.sourceClass, test.traits)) owner = test.sourceClass;
-        if (!owner || !equalsIgnoringCase(owner, test.sourceClass)) continue;
-        if ((test.traits & needsTargets) && !gTargetDiscoveryEnabled) continue;
-        const bool isReferenceNames = request.operation == association::FUNC_REFNAME;
-        const char* baseClass =
-            isReferenceNames && test.referenceNamesBaseClass ? test.referenceNamesBaseClass : test.baseClass;
-        if (equalsIgnoringCase(buffer.text(), test.associationClass) || equalsIgnoringCase(buffer.text(), baseClass))
-            callFamily(request, test.associationClass, buffer);
+    for (const AssociationTest& test : storageTests()) {
+        const AssociationSource& source = test.source;
+        if (source.isInLastChain != isLastChain) continue;
+        if (!owner && isSource(request, className, source)) owner = source.className;
+        if (!owner || !equalsIgnoringCase(owner, source.className)) continue;
+        if (test.family->needsTargets && !gTargetDiscoveryEnabled) continue;
+        if (isWanted(request, test, buffer)) callFamily(request, *test.family, buffer);
     }
 }
 
+/// associators and associatorNames take any source.
 void runEthernetAssociators(const Request& request, const AssociationBuffer& buffer) {
-    for (const char* associationClass : ethernetChainOfAssociators) {
-        if (!equalsIgnoringCase(buffer.text(), associationClass)) continue;
-        callFamily(request, associationClass, buffer);
+    for (const Family* family : association::ethernetFamilies()) {
+        if (!equalsIgnoringCase(buffer.text(), family->className)) continue;
+        callFamily(request, *family, buffer);
         return;
     }
 }
 
 void runEthernetReferences(const Request& request, const char* className, const AssociationBuffer& buffer) {
-    for (const EthernetPair& pair : ethernetPairsOfReferences) {
-        if (!equalsIgnoringCase(buffer.text(), pair.associationClass)) continue;
-        if (!isSource(request, className, pair.sourceClass, pair.traits)) continue;
-        callFamily(request, pair.associationClass, buffer);
+    for (const AssociationTest& test : ethernetTests()) {
+        if (!equalsIgnoringCase(buffer.text(), test.family->className)) continue;
+        if (!isSource(request, className, test.source)) continue;
+        callFamily(request, *test.family, buffer);
         return;
     }
 }
@@ -141,8 +129,8 @@ void runPass(const Request& request, const char* className, const AssociationBuf
     if (request.operation == association::FUNC_REFNAME)
         DEBUG_LOG("sConstCopStr = %s, calcResultClass = %s", className, buffer.text());
     if (!request.wantsReferences()) DEBUG_LOG("Merolt_CNA_Provider::%s() assocClass=%s", request.name(), buffer.text());
-    runStorageChain(request, className, buffer, 0);
-    if (gTargetDiscoveryEnabled) runStorageChain(request, className, buffer, scsiSource);
+    runStorageChain(request, className, buffer, false);
+    if (gTargetDiscoveryEnabled) runStorageChain(request, className, buffer, true);
     if (request.wantsReferences()) {
         runEthernetReferences(request, className, buffer);
     } else {
@@ -161,8 +149,7 @@ void runPasses(const Request& request) {
         runPass(request, className, buffer);
         return;
     }
-    for (int row = 0; row < m_assocLookupTableSize; ++row) {
-        const AssocLookupRow& candidate = m_assocLookupTable[row];
+    for (const AssocLookupRow& candidate : assocLookupTable()) {
         if (!equalsIgnoringCase(candidate.sourceClass, className)) continue;
         buffer.assign(candidate.associationClass);
         if (request.operation == association::FUNC_REFNAME) DEBUG_LOG("Copied %s to calcResultClass", buffer.text());
@@ -201,7 +188,7 @@ CmpiStatus dispatch(const Request& request) {
         if (!hasAssociations(request)) return withoutAssociations(request, guard, className);
         DEBUG_LOG("Class %s has associators\n", className);
     }
-    DEBUG_LOG("m_assocLookupTableSize = %d\n", m_assocLookupTableSize);
+    DEBUG_LOG("m_assocLookupTableSize = %d\n", static_cast<int>(assocLookupTable().size()));
     try {
         runPasses(request);
     } catch (const CmpiStatus& failure) {

@@ -1,241 +1,82 @@
 #include "provider/association_tables.h"
 
+#include "provider/places.h"
+
 namespace merolt {
 
-// clang-format off
-const AssocLookupRow m_assocLookupTable[] = {
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemCommMech"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemFCPort"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemLogicalPortGroup"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemPortController"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSCSIProtocolController"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointHBA"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointTarget"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSoftwareIdentity"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemStorageExtent"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSoftwareInstallationService"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_FCPortFCPortStatistics"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_FCPortSCSIProtocolEndpointHBA"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_PhysicalConnectorFCPort"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_PhysicalPortFCPort"},
-    {"Merolt_FCHBA_LogicalPortGroup", "Merolt_FCHBA_LogicalPortGroupFCPort"},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_Adapter_PhysicalPackagePhysicalConnector"},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_FCHBA_PhysicalPackagePortController"},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_Adapter_PhysicalPackagePhysicalPort"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_PortControllerFCPort"},
-    {"Merolt_Adapter_Product", "Merolt_Adapter_ProductPhysicalPackage"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemObjectManager"},
-    {"Merolt_FCHBA_ObjectManager", "Merolt_FCHBA_ObjectManagerCommMech"},
-    {"Merolt_FCHBA_ObjectManager", "Merolt_FCHBA_ObjectManagerNamespace"},
-    {"Merolt_FCHBA_RegisteredProfile", "Merolt_FCHBA_RegisteredProfileObjectManager"},
-    {"Merolt_FCHBA_SCSIProtocolController", "Merolt_FCHBA_SCSIProtocolControllerFCPort"},
-    {"Merolt_FCHBA_SoftwareIdentity", "Merolt_FCHBA_SoftwareIdentityPortController"},
-    {"Merolt_FCHBA_SoftwareIdentity", "Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService"},
-    {"Merolt_FCHBA_SoftwareInstallationService", "Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities"},
-    {"Merolt_FCHBA_CIMXMLCommMech", "Merolt_FCHBA_ComputerSystemCommMech"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_ComputerSystemFCPort"},
-    {"Merolt_FCHBA_LogicalPortGroup", "Merolt_FCHBA_ComputerSystemLogicalPortGroup"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_ComputerSystemPortController"},
-    {"Merolt_FCHBA_SCSIProtocolController", "Merolt_FCHBA_ComputerSystemSCSIProtocolController"},
-    {"Merolt_FCHBA_SCSIProtocolEndpointHBA", "Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointHBA"},
-    {"Merolt_FCHBA_SCSIProtocolEndpointTarget", "Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointTarget"},
-    {"Merolt_FCHBA_SoftwareIdentity", "Merolt_FCHBA_ComputerSystemSoftwareIdentity"},
-    {"Merolt_FCHBA_StorageExtent", "Merolt_FCHBA_ComputerSystemStorageExtent"},
-    {"Merolt_FCHBA_FCPortStatistics", "Merolt_FCHBA_FCPortFCPortStatistics"},
-    {"Merolt_FCHBA_SCSIProtocolEndpointHBA", "Merolt_FCHBA_FCPortSCSIProtocolEndpointHBA"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_LogicalPortGroupFCPort"},
-    {"Merolt_Adapter_PhysicalPort", "Merolt_NIC_PhysicalPortEthernetPort"},
-    {"Merolt_Adapter_PhysicalPort", "Merolt_FCHBA_PhysicalPortFCPort"},
-    {"Merolt_Adapter_PhysicalPort", "Merolt_Adapter_PhysicalPackagePhysicalPort"},
-    {"Merolt_Adapter_PhysicalConnector", "Merolt_Adapter_PhysicalPackagePhysicalConnector"},
-    {"Merolt_Adapter_PhysicalConnector", "Merolt_FCHBA_PhysicalConnectorFCPort"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_PhysicalPackagePortController"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_PortControllerFCPort"},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_Adapter_ProductPhysicalPackage"},
-    {"Merolt_FCHBA_ObjectManager", "Merolt_FCHBA_ComputerSystemObjectManager"},
-    {"Merolt_FCHBA_ObjectManager", "Merolt_FCHBA_RegisteredProfileObjectManager"},
-    {"Merolt_FCHBA_CIMXMLCommMech", "Merolt_FCHBA_ObjectManagerCommMech"},
-    {"Merolt_FCHBA_Namespace", "Merolt_FCHBA_ObjectManagerNamespace"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_SCSIProtocolControllerFCPort"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_SoftwareIdentityPortController"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_PortControllerSoftwareInstallationService"},
-    {"Merolt_FCHBA_SoftwareInstallationService", "Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService"},
-    {"Merolt_FCHBA_SoftwareInstallationService", "Merolt_FCHBA_ComputerSystemSoftwareInstallationService"},
-    {"Merolt_FCHBA_SoftwareInstallationService", "Merolt_FCHBA_PortControllerSoftwareInstallationService"},
-    {"Merolt_FCHBA_SoftwareInstallationServiceCapabilities", "Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemEthernetPort"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemIPProtocolEndpoint"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemLANEndpoint"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemNetworkPort"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemPortController"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemRemoteServiceAccessPoint"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemSoftwareIdentity"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemSoftwareInstallationService"},
-    {"Merolt_NIC_IPProtocolEndpointCapabilities", "Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_ElementConformsToRegisteredProfile"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_ComputerSystemEthernetPort"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_EthernetPortLANEndpoint"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_PhysicalConnectorEthernetPort"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_PhysicalPortEthernetPort"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_PortControllerEthernetPort"},
-    {"Merolt_NIC_IPProtocolEndpoint", "Merolt_NIC_ComputerSystemIPProtocolEndpoint"},
-    {"Merolt_NIC_IPProtocolEndpoint", "Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint"},
-    {"Merolt_NIC_IPProtocolEndpoint", "Merolt_NIC_LANEndpointIPProtocolEndpoint"},
-    {"Merolt_NIC_IPProtocolEndpoint", "Merolt_NIC_ElementConformsToRegisteredProfile"},
-    {"Merolt_NIC_LANEndpoint", "Merolt_NIC_ComputerSystemLANEndpoint"},
-    {"Merolt_NIC_LANEndpoint", "Merolt_NIC_EthernetPortLANEndpoint"},
-    {"Merolt_NIC_LANEndpoint", "Merolt_NIC_LANEndpointIPProtocolEndpoint"},
-    {"Merolt_NIC_LANEndpoint", "Merolt_NIC_NetworkPortLANEndpoint"},
-    {"Merolt_NIC_NetworkPort", "Merolt_NIC_ComputerSystemNetworkPort"},
-    {"Merolt_NIC_NetworkPort", "Merolt_NIC_NetworkPortLANEndpoint"},
-    {"Merolt_NIC_NetworkPort", "Merolt_NIC_ElementConformsToRegisteredProfile"},
-    {"Merolt_Adapter_PhysicalConnector", "Merolt_NIC_PhysicalConnectorEthernetPort"},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_NIC_PhysicalPackagePortController"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_ComputerSystemPortController"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_PortControllerEthernetPort"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_PortControllerSoftwareInstallationService"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_SoftwareIdentityPortController"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_PhysicalPackagePortController"},
-    {"Merolt_NIC_RegisteredProfile", "Merolt_NIC_ElementConformsToRegisteredProfile"},
-    {"Merolt_NIC_RemoteServiceAccessPoint", "Merolt_NIC_ComputerSystemRemoteServiceAccessPoint"},
-    {"Merolt_NIC_SoftwareIdentity", "Merolt_NIC_ComputerSystemSoftwareIdentity"},
-    {"Merolt_NIC_SoftwareIdentity", "Merolt_NIC_SoftwareIdentityPortController"},
-    {"Merolt_NIC_SoftwareIdentity", "Merolt_NIC_SoftwareIdentitySoftwareInstallationService"},
-    {"Merolt_NIC_SoftwareInstallationService", "Merolt_NIC_ComputerSystemSoftwareInstallationService"},
-    {"Merolt_NIC_SoftwareInstallationService", "Merolt_NIC_PortControllerSoftwareInstallationService"},
-    {"Merolt_NIC_SoftwareInstallationService", "Merolt_NIC_SoftwareIdentitySoftwareInstallationService"},
-    {"Merolt_NIC_SoftwareInstallationService", "Merolt_NIC_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities"},
-    {"Merolt_NIC_SoftwareInstallationServiceCapabilities", "Merolt_NIC_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities"},
-};
-const int m_assocLookupTableSize = static_cast<int>(std::size(m_assocLookupTable));
+namespace {
 
-const StorageTest storageTests[storageTestCount] = {
-    {"Merolt_FCHBA_CIMXMLCommMech", "Merolt_FCHBA_ComputerSystemCommMech", "CIM_HostedAccessPoint"},
-    {"Merolt_FCHBA_CIMXMLCommMech", "Merolt_FCHBA_ObjectManagerCommMech", "CIM_CommMechanismForManager"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemCommMech", "CIM_HostedAccessPoint"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemFCPort", "CIM_SystemDevice"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemLogicalPortGroup", "CIM_HostedCollection"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemObjectManager", "CIM_HostedService"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemPortController", "CIM_SystemDevice"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSCSIProtocolController", "CIM_SystemDevice"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSoftwareIdentity", "CIM_InstalledSoftwareIdentity"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSoftwareInstallationService", "CIM_HostedService"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointHBA", "CIM_HostedAccessPoint", needsTargets},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointTarget", "CIM_HostedAccessPoint", needsTargets},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_FCHBA_ComputerSystemStorageExtent", "CIM_SystemDevice", needsTargets},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_FCPortFCPortStatistics", "CIM_ElementStatisticalData"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_FCPortSCSIProtocolEndpointHBA", "CIM_DeviceSAPImplementation", needsTargets},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_ComputerSystemFCPort", "CIM_SystemDevice"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_LogicalPortGroupFCPort", "CIM_MemberOfCollection"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_PhysicalConnectorFCPort", "CIM_Realizes", exactSource, "CIM_Reailizes"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_PhysicalPortFCPort", "CIM_Realizes", exactSource, "CIM_Reailizes"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_PortControllerFCPort", "CIM_ControlledBy"},
-    {"Merolt_FCHBA_FCPort", "Merolt_FCHBA_SCSIProtocolControllerFCPort", "CIM_ProtocolControllerForPort"},
-    {"Merolt_FCHBA_FCPortStatistics", "Merolt_FCHBA_FCPortFCPortStatistics", "CIM_ElementStatisticalData"},
-    {"Merolt_FCHBA_LogicalPortGroup", "Merolt_FCHBA_LogicalPortGroupFCPort", "CIM_MemberOfCollection"},
-    {"Merolt_FCHBA_LogicalPortGroup", "Merolt_FCHBA_ComputerSystemLogicalPortGroup", "CIM_HostedCollection"},
-    {"Merolt_FCHBA_Namespace", "Merolt_FCHBA_ObjectManagerNamespace", "CIM_NamespaceInManager"},
-    {"Merolt_FCHBA_ObjectManager", "Merolt_FCHBA_ObjectManagerCommMech", "CIM_CommMechanismForManager"},
-    {"Merolt_FCHBA_ObjectManager", "Merolt_FCHBA_ObjectManagerNamespace", "CIM_NamespaceInManager"},
-    {"Merolt_FCHBA_ObjectManager", "Merolt_FCHBA_ComputerSystemObjectManager", "CIM_HostedService"},
-    {"Merolt_Adapter_PhysicalConnector", "Merolt_Adapter_PhysicalPackagePhysicalConnector", "CIM_Container"},
-    {"Merolt_Adapter_PhysicalConnector", "Merolt_FCHBA_PhysicalConnectorFCPort", "CIM_Realizes"},
-    {"Merolt_Adapter_PhysicalPort", "Merolt_Adapter_PhysicalPackagePhysicalPort", "CIM_Container", bySubclass},
-    {"Merolt_Adapter_PhysicalPort", "Merolt_FCHBA_PhysicalPortFCPort", "CIM_Realizes", bySubclass},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_FCHBA_PhysicalPackagePortController", "CIM_Realizes"},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_Adapter_PhysicalPackagePhysicalConnector", "CIM_Container"},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_Adapter_PhysicalPackagePhysicalPort", "CIM_Container"},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_Adapter_ProductPhysicalPackage", "CIM_ProductPhysicalComponent"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_PortControllerFCPort", "CIM_ControlledBy"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_PortControllerSoftwareInstallationService", "CIM_ServiceAffectsElement"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_ComputerSystemPortController", "CIM_SystemDevice"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_PhysicalPackagePortController", "CIM_Realizes"},
-    {"Merolt_FCHBA_PortController", "Merolt_FCHBA_SoftwareIdentityPortController", "CIM_ElementSoftwareIdentity"},
-    {"Merolt_Adapter_Product", "Merolt_Adapter_ProductPhysicalPackage", "CIM_ProductPhysicalComponent"},
-    {"Merolt_FCHBA_SCSIProtocolController", "Merolt_FCHBA_SCSIProtocolControllerFCPort", "CIM_ProtocolControllerForPort"},
-    {"Merolt_FCHBA_SCSIProtocolController", "Merolt_FCHBA_ComputerSystemSCSIProtocolController", "CIM_SystemDevice"},
-    {"Merolt_FCHBA_SoftwareIdentity", "Merolt_FCHBA_SoftwareIdentityPortController", "CIM_ElementSoftwareIdentity"},
-    {"Merolt_FCHBA_SoftwareIdentity", "Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService", "CIM_ServiceAffectsElement"},
-    {"Merolt_FCHBA_SoftwareIdentity", "Merolt_FCHBA_ComputerSystemSoftwareIdentity", "CIM_InstalledSoftwareIdentity"},
-    {"Merolt_FCHBA_SoftwareInstallationService", "Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities", "CIM_ElementCapabilities"},
-    {"Merolt_FCHBA_SoftwareInstallationService", "Merolt_FCHBA_ComputerSystemSoftwareInstallationService", "CIM_HostedService"},
-    {"Merolt_FCHBA_SoftwareInstallationService", "Merolt_FCHBA_PortControllerSoftwareInstallationService", "CIM_ServiceAffectsElement"},
-    {"Merolt_FCHBA_SoftwareInstallationService", "Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService", "CIM_ServiceAffectsElement"},
-    {"Merolt_FCHBA_SoftwareInstallationServiceCapabilities", "Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities", "CIM_ElementCapabilities"},
-    {"Merolt_FCHBA_SoftwareInstallationServiceCapabilities", "Merolt_FCHBA_ComputerSystemSoftwareInstallationService", "CIM_HostedService"},
-    {"Merolt_FCHBA_SCSIProtocolEndpointHBA", "Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointHBA", "CIM_HostedAccessPoint", scsiSource | needsTargets},
-    {"Merolt_FCHBA_SCSIProtocolEndpointHBA", "Merolt_FCHBA_FCPortSCSIProtocolEndpointHBA", "CIM_DeviceSAPImplementation", scsiSource | needsTargets},
-    {"Merolt_FCHBA_SCSIProtocolEndpointTarget", "Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointTarget", "CIM_HostedAccessPoint", scsiSource | needsTargets},
-    {"Merolt_FCHBA_StorageExtent", "Merolt_FCHBA_ComputerSystemStorageExtent", "CIM_SystemDevice", scsiSource | needsTargets},
+using association::ethernetFamilies;
+using association::Family;
+using association::storageFamilies;
+
+struct RowWithoutFamily {
+    int place;
+    AssocLookupRow row;
 };
 
-const char* const ethernetChainOfAssociators[ethernetAssociatorCount] = {
-    "Merolt_NIC_ComputerSystemPortController",
-    "Merolt_NIC_ComputerSystemEthernetPort",
-    "Merolt_NIC_PhysicalConnectorEthernetPort",
-    "Merolt_NIC_PhysicalPortEthernetPort",
-    "Merolt_NIC_PhysicalPackagePortController",
-    "Merolt_NIC_PortControllerEthernetPort",
-    "Merolt_NIC_ElementConformsToRegisteredProfile",
-    "Merolt_NIC_ComputerSystemLANEndpoint",
-    "Merolt_NIC_EthernetPortLANEndpoint",
-    "Merolt_NIC_SoftwareIdentityPortController",
-    "Merolt_NIC_ComputerSystemNetworkPort",
-    "Merolt_NIC_NetworkPortLANEndpoint",
-    "Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint",
-    "Merolt_NIC_ComputerSystemSoftwareInstallationService",
-    "Merolt_NIC_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities",
-    "Merolt_NIC_SoftwareIdentitySoftwareInstallationService",
-    "Merolt_NIC_PortControllerSoftwareInstallationService",
-    "Merolt_NIC_ComputerSystemIPProtocolEndpoint",
-    "Merolt_NIC_LANEndpointIPProtocolEndpoint",
-    "Merolt_NIC_ComputerSystemSoftwareIdentity",
+// They pass the look-up, and nothing answers.
+constexpr RowWithoutFamily rowsWithoutFamily[] = {
+    {24, {"Merolt_FCHBA_RegisteredProfile", "Merolt_FCHBA_RegisteredProfileObjectManager"}},
+    {50, {"Merolt_FCHBA_ObjectManager", "Merolt_FCHBA_RegisteredProfileObjectManager"}},
+    {65, {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemRemoteServiceAccessPoint"}},
+    {94, {"Merolt_NIC_RemoteServiceAccessPoint", "Merolt_NIC_ComputerSystemRemoteServiceAccessPoint"}},
 };
 
-const EthernetPair ethernetPairsOfReferences[ethernetPairCount] = {
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemPortController"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemEthernetPort"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemLANEndpoint"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemNetworkPort"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemSoftwareInstallationService"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemIPProtocolEndpoint"},
-    {"Merolt_Adapter_ComputerSystem", "Merolt_NIC_ComputerSystemSoftwareIdentity"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_ComputerSystemPortController"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_PortControllerEthernetPort"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_SoftwareIdentityPortController"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_PortControllerSoftwareInstallationService"},
-    {"Merolt_NIC_PortController", "Merolt_NIC_PhysicalPackagePortController"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_PortControllerEthernetPort"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_ComputerSystemEthernetPort"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_PhysicalConnectorEthernetPort"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_PhysicalPortEthernetPort", bySubclass},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_EthernetPortLANEndpoint"},
-    {"Merolt_NIC_EthernetPort2", "Merolt_NIC_ElementConformsToRegisteredProfile"},
-    {"Merolt_Adapter_PhysicalConnector", "Merolt_NIC_PhysicalConnectorEthernetPort"},
-    {"Merolt_Adapter_PhysicalPort", "Merolt_NIC_PhysicalPortEthernetPort", bySubclass},
-    {"Merolt_Adapter_PhysicalPackage", "Merolt_NIC_PhysicalPackagePortController"},
-    {"Merolt_NIC_RegisteredProfile", "Merolt_NIC_ElementConformsToRegisteredProfile"},
-    {"Merolt_NIC_LANEndpoint", "Merolt_NIC_EthernetPortLANEndpoint"},
-    {"Merolt_NIC_LANEndpoint", "Merolt_NIC_ComputerSystemLANEndpoint"},
-    {"Merolt_NIC_LANEndpoint", "Merolt_NIC_NetworkPortLANEndpoint"},
-    {"Merolt_NIC_LANEndpoint", "Merolt_NIC_LANEndpointIPProtocolEndpoint"},
-    {"Merolt_NIC_SoftwareIdentity", "Merolt_NIC_SoftwareIdentityPortController"},
-    {"Merolt_NIC_SoftwareIdentity", "Merolt_NIC_SoftwareIdentitySoftwareInstallationService"},
-    {"Merolt_NIC_SoftwareIdentity", "Merolt_NIC_ComputerSystemSoftwareIdentity"},
-    {"Merolt_NIC_NetworkPort", "Merolt_NIC_ComputerSystemNetworkPort"},
-    {"Merolt_NIC_NetworkPort", "Merolt_NIC_NetworkPortLANEndpoint"},
-    {"Merolt_NIC_NetworkPort", "Merolt_NIC_ElementConformsToRegisteredProfile"},
-    {"Merolt_NIC_IPProtocolEndpoint", "Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint"},
-    {"Merolt_NIC_IPProtocolEndpoint", "Merolt_NIC_ComputerSystemIPProtocolEndpoint"},
-    {"Merolt_NIC_IPProtocolEndpoint", "Merolt_NIC_LANEndpointIPProtocolEndpoint"},
-    {"Merolt_NIC_IPProtocolEndpoint", "Merolt_NIC_ElementConformsToRegisteredProfile"},
-    {"Merolt_NIC_SoftwareInstallationService", "Merolt_NIC_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities"},
-    {"Merolt_NIC_SoftwareInstallationService", "Merolt_NIC_SoftwareIdentitySoftwareInstallationService"},
-    {"Merolt_NIC_SoftwareInstallationService", "Merolt_NIC_PortControllerSoftwareInstallationService"},
-    {"Merolt_NIC_SoftwareInstallationService", "Merolt_NIC_ComputerSystemSoftwareInstallationService"},
-    {"Merolt_NIC_SoftwareInstallationServiceCapabilities", "Merolt_NIC_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities"},
-    {"Merolt_NIC_IPProtocolEndpointCapabilities", "Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint"},
-};
-// clang-format on
+AssociationSource sourceOf(const association::Role& role, const association::SourcePlaces& places) {
+    return {.className = role.objects.name,
+            .places = places,
+            .takesSubclasses = role.takesSubclasses,
+            .referenceNamesBaseClass = role.referenceNamesBaseClass};
+}
+
+/// The right end first: where both ends take subclasses, it is asked first.
+std::vector<AssociationSource> sourcesOf(const Family& family) {
+    std::vector<AssociationSource> sources = {sourceOf(family.right, family.places.right),
+                                              sourceOf(family.left, family.places.left)};
+    sources.front().isInLastChain = family.needsTargets;
+    for (const association::FurtherSource& further : family.furtherSources)
+        sources.push_back({.className = further.className, .places = further.places});
+    return sources;
+}
+
+std::vector<AssocLookupRow> makeLookupTable() {
+    PlacedRows<AssocLookupRow> rows;
+    for (const RowWithoutFamily& each : rowsWithoutFamily)
+        rows.add(each.place, each.row);
+    for (const association::Families& families : {storageFamilies(), ethernetFamilies()}) {
+        for (const Family* family : families) {
+            for (const AssociationSource& source : sourcesOf(*family))
+                rows.add(source.places.lookUp, {source.className, family->className});
+        }
+    }
+    return rows.inOrder();
+}
+
+std::vector<AssociationTest> makeTests(const association::Families& families) {
+    PlacedRows<AssociationTest> tests;
+    for (const Family* family : families) {
+        for (const AssociationSource& source : sourcesOf(*family))
+            tests.add(source.places.test, {source, family});
+    }
+    return tests.inOrder();
+}
+
+} // namespace
+
+const std::vector<AssocLookupRow>& assocLookupTable() {
+    static const std::vector<AssocLookupRow> table = makeLookupTable();
+    return table;
+}
+
+const std::vector<AssociationTest>& storageTests() {
+    static const std::vector<AssociationTest> tests = makeTests(storageFamilies());
+    return tests;
+}
+
+const std::vector<AssociationTest>& ethernetTests() {
+    static const std::vector<AssociationTest> tests = makeTests(ethernetFamilies());
+    return tests;
+}
 
 } // namespace merolt

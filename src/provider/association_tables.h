@@ -1,9 +1,10 @@
 // How an association request finds its families: which associations a source class has, and the tests that select a
-// family, each table in the order in which it is walked.
+// family. Both follow from the families, each row at its place.
 #pragma once
 
-#include <cstddef>
-#include <iterator>
+#include "associations/families.h"
+
+#include <vector>
 
 namespace merolt {
 
@@ -13,40 +14,27 @@ struct AssocLookupRow {
     const char* sourceClass;
     const char* associationClass;
 };
-extern const AssocLookupRow m_assocLookupTable[];
-extern const int m_assocLookupTableSize;
+const std::vector<AssocLookupRow>& assocLookupTable();
 
-/// How a test takes its source; may be combined.
-enum SourceTraits : unsigned {
-    exactSource = 0,
-    scsiSource = 1,   ///< in the second chain, which is walked whatever the first one found
-    bySubclass = 2,   ///< an object of a subclass will do
-    needsTargets = 4, ///< tested only while targets are discovered
+/// A class from which an association is followed.
+struct AssociationSource {
+    const char* className;
+    association::SourcePlaces places;
+    bool takesSubclasses = false; ///< an object of a subclass will do
+    bool isInLastChain = false;   ///< in the chain that is walked whatever the first one found
+    const char* referenceNamesBaseClass = nullptr;
+};
+/// A family and a class from which it is asked for.
+struct AssociationTest {
+    AssociationSource source;
+    const association::Family* family;
 };
 
-/// A family on the storage side, asked for if the request's class is the association class or the base class. The first
-/// source class of a chain that matches owns all its tests.
-struct StorageTest {
-    const char* sourceClass;
-    const char* associationClass;
-    const char* baseClass;
-    unsigned traits = exactSource;
-    const char* referenceNamesBaseClass = nullptr; ///< the base class of referenceNames, where it differs
-};
-constexpr std::size_t storageTestCount = 57;
-extern const StorageTest storageTests[storageTestCount];
+/// On the storage side the request's class is the association class or the base class. The first source class of a
+/// chain that matches owns all its tests.
+const std::vector<AssociationTest>& storageTests();
 
-/// Association classes of the Ethernet side for associators and associatorNames: whatever the source is.
-constexpr std::size_t ethernetAssociatorCount = 20;
-extern const char* const ethernetChainOfAssociators[ethernetAssociatorCount];
-
-/// For references and referenceNames both must be met.
-struct EthernetPair {
-    const char* sourceClass;
-    const char* associationClass;
-    unsigned traits = exactSource;
-};
-constexpr std::size_t ethernetPairCount = 42;
-extern const EthernetPair ethernetPairsOfReferences[ethernetPairCount];
+/// On the Ethernet side it is the association class alone, and the first match ends the walk.
+const std::vector<AssociationTest>& ethernetTests();
 
 } // namespace merolt

@@ -39,18 +39,16 @@ CmpiStatus done(const InstanceOperation& operation, RequestGuard& guard, CmpiRes
     return CmpiStatus(CMPI_RC_OK);
 }
 
-/// Calls the families of the rows that match the request's class.
+/// Calls back with the rows that match the request's class.
 template <class Call>
 void walk(const InstanceRows& rows, const CmpiObjectPath& cop, Call&& call) {
     bool matched[chainCount] = {};
-    for (const InstanceRow* row : rows) {
-        const bool needsTargets = row->chain == storageExtentChain || row->chain == scsiEndpointChain;
-        if (matched[row->chain] || (needsTargets && !gTargetDiscoveryEnabled)) continue;
-        if (!cop.classPathIsA(row->className)) continue;
-        matched[row->chain] = true;
-        if (!row->family.getInstance) continue;
-        if (row->refresh) row->refresh();
-        call(row->family);
+    for (const InstanceRow& row : rows) {
+        const bool needsTargets = row.chain == storageExtentChain || row.chain == scsiEndpointChain;
+        if (matched[row.chain] || (needsTargets && !gTargetDiscoveryEnabled)) continue;
+        if (!cop.classPathIsA(row.className)) continue;
+        matched[row.chain] = true;
+        call(row);
     }
 }
 
@@ -85,19 +83,19 @@ CmpiStatus dispatch(const InstanceOperation& operation, CmpiResult& result, cons
 CmpiStatus Merolt_CNA_Provider::enumInstanceNames(const CmpiContext& context, CmpiResult& result,
                                                   const CmpiObjectPath& cop) {
     return dispatch({"enumInstanceNames", enumerationRows(), true}, result, cop,
-                    [&](const InstanceFamily& family) { family.enumInstanceNames(context, result, cop); });
+                    [&](const InstanceRow& row) { row.enumInstanceNames(context, result, cop); });
 }
 
 CmpiStatus Merolt_CNA_Provider::enumInstances(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
                                               const char** properties) {
     return dispatch({"enumInstances", enumerationRows(), false}, result, cop,
-                    [&](const InstanceFamily& family) { family.enumInstances(context, result, cop, properties); });
+                    [&](const InstanceRow& row) { row.enumInstances(context, result, cop, properties); });
 }
 
 CmpiStatus Merolt_CNA_Provider::getInstance(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
                                             const char** properties) {
     return dispatch({"getInstance", getInstanceRows(), true}, result, cop,
-                    [&](const InstanceFamily& family) { family.getInstance(context, result, cop, properties, true); });
+                    [&](const InstanceRow& row) { row.getInstance(context, result, cop, properties); });
 }
 
 CmpiStatus Merolt_CNA_Provider::createInstance(const CmpiContext&, CmpiResult&, const CmpiObjectPath&,

@@ -1,7 +1,6 @@
 #include "provider/instance_table.h"
 
-#include "associations/ethernet/families.h"
-#include "associations/storage/families.h"
+#include "associations/families.h"
 #include "classes/ethernet/ethernet_port.h"
 #include "classes/ethernet/ip_protocol_endpoint.h"
 #include "classes/ethernet/ip_protocol_endpoint_capabilities.h"
@@ -28,6 +27,7 @@
 #include "classes/storage/scsi_protocol_endpoint_hba.h"
 #include "classes/storage/scsi_protocol_endpoint_target.h"
 #include "classes/storage/storage_extent.h"
+#include "provider/places.h"
 #include "software/software_identity.h"
 #include "software/software_installation_service.h"
 #include "software/software_installation_service_capabilities.h"
@@ -36,148 +36,117 @@ namespace merolt {
 
 namespace {
 
-#define FAMILY(side, X)                                                                                                \
+using association::Family;
+
+struct ClassRow {
+    int place; ///< among all classes and associations; association::behindAll for what comes new
+    const char* className;
+    Chain chain;
+    ClassFunctions functions;
+    const ClassList* fresh = nullptr; ///< read anew before each request
+};
+
+#define CLASS(side, X)                                                                                                 \
     { side::enumInstanceNames_##X, side::enumInstances_##X, side::getInstance_##X }
 
-/// An association's getInstance in the form of a class's: it knows no property filter and always answers.
-template <auto GetAssociation>
-CmpiStatus getAssociation(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop, const char**,
-                          bool) {
-    return GetAssociation(context, result, cop);
-}
-
-#define ASSOCIATION(side, X)                                                                                           \
-    { side::enumInstanceNames_##X, side::enumInstances_##X, getAssociation<side::getInstance_##X> }
-
-/// Clears and rebuilds a list, so that the request shows fresh data.
-template <void (*Clear)(), void (*Build)()>
-void rebuild() {
-    Clear();
-    Build();
-}
-
-constexpr auto freshFCPorts = rebuild<storage::clearFCPortList, storage::buildFCPortList>;
-constexpr auto freshStatistics = rebuild<storage::clearFCPortStatisticsList, storage::buildFCPortStatisticsList>;
-constexpr auto freshExtents = rebuild<storage::clearStorageExtentList, storage::buildStorageExtentList>;
-constexpr auto freshTargets =
-    rebuild<storage::clearSCSIProtocolEndpointTargetList, storage::buildSCSIProtocolEndpointTargetList>;
-
-#define ASSOCIATION_LISTS(X) (rebuild<storage::clearLists_##X, storage::buildLists_##X>)
-
 // clang-format off
-constexpr InstanceRow rows[instanceRowCount] = {
-    {"Merolt_Adapter_ComputerSystem", storageChain, nullptr, FAMILY(server, ComputerSystem)},
-    {"Merolt_FCHBA_FCPort", storageChain, freshFCPorts, FAMILY(storage, FCPort)},
-    {"Merolt_FCHBA_PortController", storageChain, nullptr, FAMILY(storage, PortController)},
-    {"Merolt_FCHBA_FCPortStatistics", storageChain, freshStatistics, FAMILY(storage, FCPortStatistics)},
-    {"Merolt_FCHBA_LogicalPortGroup", storageChain, nullptr, FAMILY(storage, LogicalPortGroup)},
-    {"Merolt_Adapter_PhysicalPackage", storageChain, nullptr, FAMILY(physical, PhysicalPackage)},
-    {"Merolt_Adapter_Product", storageChain, nullptr, FAMILY(physical, Product)},
-    {"Merolt_FCHBA_SCSIProtocolController", storageChain, nullptr, FAMILY(storage, SCSIProtocolController)},
-    {"Merolt_FCHBA_SoftwareIdentity", storageChain, nullptr, FAMILY(software, SoftwareIdentity)},
-    {"Merolt_FCHBA_ComputerSystemPortController", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemPortController)},
-    {"Merolt_FCHBA_ComputerSystemSCSIProtocolController", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemSCSIProtocolController)},
-    {"Merolt_FCHBA_ComputerSystemFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemFCPort)},
-    {"Merolt_FCHBA_ComputerSystemLogicalPortGroup", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemLogicalPortGroup)},
-    {"Merolt_FCHBA_ComputerSystemSoftwareIdentity", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemSoftwareIdentity)},
-    {"Merolt_FCHBA_SoftwareIdentityPortController", storageChain, nullptr, ASSOCIATION(storage, AssocSoftwareIdentityPortController)},
-    {"Merolt_FCHBA_PhysicalPackagePortController", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalPackagePortController)},
-    {"Merolt_FCHBA_PhysicalConnectorFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalConnectorFCPort)},
-    {"Merolt_FCHBA_PhysicalPortFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalPortFCPort)},
-    {"Merolt_FCHBA_PortControllerFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocPortControllerFCPort)},
-    {"Merolt_FCHBA_PortControllerSoftwareInstallationService", storageChain, nullptr, ASSOCIATION(storage, AssocPortControllerSoftwareInstallationService)},
-    {"Merolt_FCHBA_LogicalPortGroupFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocLogicalPortGroupFCPort)},
-    {"Merolt_FCHBA_FCPortFCPortStatistics", storageChain, ASSOCIATION_LISTS(AssocFCPortFCPortStatistics), ASSOCIATION(storage, AssocFCPortFCPortStatistics)},
-    {"Merolt_Adapter_ProductPhysicalPackage", storageChain, nullptr, ASSOCIATION(storage, AssocProductPhysicalPackage)},
-    {"Merolt_FCHBA_SCSIProtocolControllerFCPort", storageChain, nullptr, ASSOCIATION(storage, AssocSCSIProtocolControllerFCPort)},
-    {"Merolt_FCHBA_ObjectManager", storageChain, nullptr, FAMILY(server, ObjectManager)},
-    {"Merolt_FCHBA_CIMXMLCommMech", storageChain, nullptr, FAMILY(server, CIMXMLCommMech)},
-    {"Merolt_FCHBA_ComputerSystemObjectManager", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemObjectManager)},
-    {"Merolt_FCHBA_ObjectManagerCommMech", storageChain, nullptr, ASSOCIATION(storage, AssocObjectManagerCommMech)},
-    {"Merolt_FCHBA_ComputerSystemCommMech", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemCommMech)},
-    {"Merolt_FCHBA_Namespace", storageChain, nullptr, FAMILY(server, Namespace)},
-    {"Merolt_FCHBA_ObjectManagerNamespace", storageChain, nullptr, ASSOCIATION(storage, AssocObjectManagerNamespace)},
-    {"Merolt_Adapter_PhysicalConnector", storageChain, nullptr, FAMILY(physical, PhysicalConnector)},
-    {"Merolt_Adapter_PhysicalPort", storageChain, nullptr, FAMILY(physical, PhysicalPort)},
-    {"Merolt_Adapter_PhysicalPackagePhysicalConnector", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalPackagePhysicalConnector)},
-    {"Merolt_Adapter_PhysicalPackagePhysicalPort", storageChain, nullptr, ASSOCIATION(storage, AssocPhysicalPackagePhysicalPort)},
-    {"Merolt_FCHBA_SoftwareInstallationService", storageChain, nullptr, FAMILY(software, SoftwareInstallationService)},
-    {"Merolt_FCHBA_SoftwareInstallationServiceCapabilities", storageChain, nullptr, FAMILY(software, SoftwareInstallationServiceCapabilities)},
-    {"Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService", storageChain, nullptr, ASSOCIATION(storage, AssocSoftwareIdentitySoftwareInstallationService)},
-    {"Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities", storageChain, nullptr, ASSOCIATION(storage, AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities)},
-    {"Merolt_FCHBA_ComputerSystemSoftwareInstallationService", storageChain, nullptr, ASSOCIATION(storage, AssocComputerSystemSoftwareInstallationService)},
-    {"Merolt_FCHBA_StorageExtent", storageExtentChain, freshExtents, FAMILY(storage, StorageExtent)},
-    {"Merolt_FCHBA_SCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, FAMILY(storage, SCSIProtocolEndpointHBA)},
-    {"Merolt_FCHBA_SCSIProtocolEndpointTarget", scsiEndpointChain, freshTargets, FAMILY(storage, SCSIProtocolEndpointTarget)},
-    {"Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointHBA", scsiEndpointChain, nullptr, ASSOCIATION(storage, AssocComputerSystemSCSIProtocolEndpointHBA)},
-    {"Merolt_FCHBA_ComputerSystemSCSIProtocolEndpointTarget", scsiEndpointChain, ASSOCIATION_LISTS(AssocComputerSystemSCSIProtocolEndpointTarget), ASSOCIATION(storage, AssocComputerSystemSCSIProtocolEndpointTarget)},
-    {"Merolt_FCHBA_ComputerSystemStorageExtent", scsiEndpointChain, ASSOCIATION_LISTS(AssocComputerSystemStorageExtent), ASSOCIATION(storage, AssocComputerSystemStorageExtent)},
-    {"Merolt_FCHBA_FCPortSCSIProtocolEndpointHBA", scsiEndpointChain, ASSOCIATION_LISTS(AssocFCPortSCSIProtocolEndpointHBA), ASSOCIATION(storage, AssocFCPortSCSIProtocolEndpointHBA)},
-    {"Merolt_NIC_EthernetPort2", ethernetChain, nullptr, FAMILY(ethernet, EthernetPort)},
-    {"Merolt_NIC_PortController", ethernetChain, nullptr, FAMILY(ethernet, PortController)},
-    {"Merolt_NIC_LANEndpoint", ethernetChain, nullptr, FAMILY(ethernet, LANEndPoint)},
-    {"Merolt_NIC_RegisteredProfile", ethernetChain, nullptr, FAMILY(ethernet, RegisteredProfile)},
-    {"Merolt_NIC_SoftwareIdentity", ethernetChain, nullptr, FAMILY(ethernet, SoftwareIdentity)},
-    {"Merolt_NIC_NetworkPort", ethernetChain, nullptr, FAMILY(ethernet, NetworkPort)},
-    {"Merolt_NIC_IPProtocolEndpointCapabilities", ethernetChain, nullptr, FAMILY(ethernet, IPProtocolEndPointCapabilities)},
-    {"Merolt_NIC_SoftwareInstallationService", ethernetChain, nullptr, FAMILY(ethernet, SoftwareInstallationService)},
-    {"Merolt_NIC_SoftwareInstallationServiceCapabilities", ethernetChain, nullptr, FAMILY(ethernet, SoftwareInstallationServiceCapabilities)},
-    {"Merolt_NIC_IPProtocolEndpoint", ethernetChain, nullptr, FAMILY(ethernet, IPProtocolEndPoint)},
-    {"Merolt_NIC_ComputerSystemPortController", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemPortController)},
-    {"Merolt_NIC_ComputerSystemEthernetPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemEthernetPort)},
-    {"Merolt_NIC_PortControllerEthernetPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPortControllerEthernetPort)},
-    {"Merolt_NIC_PhysicalConnectorEthernetPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPhysicalConnectorEthernetPort)},
-    {"Merolt_NIC_PhysicalPortEthernetPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPhysicalPortEthernetPort)},
-    {"Merolt_NIC_PhysicalPackagePortController", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPhysicalPackagePortController)},
-    {"Merolt_NIC_EthernetPortLANEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocEthernetPortLANEndPoint)},
-    {"Merolt_NIC_ComputerSystemLANEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemLANEndPoint)},
-    {"Merolt_NIC_ElementConformsToRegisteredProfile", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocElementConformsToRegisteredProfile)},
-    {"Merolt_NIC_SoftwareIdentityPortController", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocSoftwareIdentityPortController)},
-    {"Merolt_NIC_ComputerSystemNetworkPort", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemNetworkPort)},
-    {"Merolt_NIC_NetworkPortLANEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocNetworkPortLANEndPoint)},
-    {"Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocIPProtocolEndPointCapabilitiesIPProtocolEndPoint)},
-    {"Merolt_NIC_ComputerSystemSoftwareInstallationService", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemSoftwareInstallationService)},
-    {"Merolt_NIC_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocSoftwareInstallationServiceCapabilities)},
-    {"Merolt_NIC_SoftwareIdentitySoftwareInstallationService", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocSoftwareIdentitySoftwareInstallationService)},
-    {"Merolt_NIC_PortControllerSoftwareInstallationService", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocPortControllerSoftwareInstallationService)},
-    {"Merolt_NIC_ComputerSystemIPProtocolEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemIPProtocolEndPoint)},
-    {"Merolt_NIC_LANEndpointIPProtocolEndpoint", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocLANEndPointIPProtocolEndPoint)},
-    {"Merolt_NIC_ComputerSystemSoftwareIdentity", ethernetChain, nullptr, ASSOCIATION(ethernet, AssocComputerSystemSoftwareIdentity)},};
+constexpr ClassRow classRows[] = {
+    { 1, "Merolt_Adapter_ComputerSystem", storageChain, CLASS(server, ComputerSystem)},
+    { 2, "Merolt_FCHBA_FCPort", storageChain, CLASS(storage, FCPort), &storage::listOfFCPorts},
+    { 3, "Merolt_FCHBA_PortController", storageChain, CLASS(storage, PortController)},
+    { 4, "Merolt_FCHBA_FCPortStatistics", storageChain, CLASS(storage, FCPortStatistics), &storage::listOfFCPortStatistics},
+    { 5, "Merolt_FCHBA_LogicalPortGroup", storageChain, CLASS(storage, LogicalPortGroup)},
+    { 6, "Merolt_Adapter_PhysicalPackage", storageChain, CLASS(physical, PhysicalPackage)},
+    { 7, "Merolt_Adapter_Product", storageChain, CLASS(physical, Product)},
+    { 8, "Merolt_FCHBA_SCSIProtocolController", storageChain, CLASS(storage, SCSIProtocolController)},
+    { 9, "Merolt_FCHBA_SoftwareIdentity", storageChain, CLASS(software, SoftwareIdentity)},
+    {25, "Merolt_FCHBA_ObjectManager", storageChain, CLASS(server, ObjectManager)},
+    {26, "Merolt_FCHBA_CIMXMLCommMech", storageChain, CLASS(server, CIMXMLCommMech)},
+    {30, "Merolt_FCHBA_Namespace", storageChain, CLASS(server, Namespace)},
+    {32, "Merolt_Adapter_PhysicalConnector", storageChain, CLASS(physical, PhysicalConnector)},
+    {33, "Merolt_Adapter_PhysicalPort", storageChain, CLASS(physical, PhysicalPort)},
+    {36, "Merolt_FCHBA_SoftwareInstallationService", storageChain, CLASS(software, SoftwareInstallationService)},
+    {37, "Merolt_FCHBA_SoftwareInstallationServiceCapabilities", storageChain, CLASS(software, SoftwareInstallationServiceCapabilities)},
+    {41, "Merolt_FCHBA_StorageExtent", storageExtentChain, CLASS(storage, StorageExtent), &storage::listOfStorageExtents},
+    {42, "Merolt_FCHBA_SCSIProtocolEndpointHBA", scsiEndpointChain, CLASS(storage, SCSIProtocolEndpointHBA)},
+    {43, "Merolt_FCHBA_SCSIProtocolEndpointTarget", scsiEndpointChain, CLASS(storage, SCSIProtocolEndpointTarget), &storage::listOfSCSIEndpointTargets},
+    {48, "Merolt_NIC_EthernetPort2", ethernetChain, CLASS(ethernet, EthernetPort)},
+    {49, "Merolt_NIC_PortController", ethernetChain, CLASS(ethernet, PortController)},
+    {50, "Merolt_NIC_LANEndpoint", ethernetChain, CLASS(ethernet, LANEndPoint)},
+    {51, "Merolt_NIC_RegisteredProfile", ethernetChain, CLASS(ethernet, RegisteredProfile)},
+    {52, "Merolt_NIC_SoftwareIdentity", ethernetChain, CLASS(ethernet, SoftwareIdentity)},
+    {53, "Merolt_NIC_NetworkPort", ethernetChain, CLASS(ethernet, NetworkPort)},
+    {54, "Merolt_NIC_IPProtocolEndpointCapabilities", ethernetChain, CLASS(ethernet, IPProtocolEndPointCapabilities)},
+    {55, "Merolt_NIC_SoftwareInstallationService", ethernetChain, CLASS(ethernet, SoftwareInstallationService)},
+    {56, "Merolt_NIC_SoftwareInstallationServiceCapabilities", ethernetChain, CLASS(ethernet, SoftwareInstallationServiceCapabilities)},
+    {57, "Merolt_NIC_IPProtocolEndpoint", ethernetChain, CLASS(ethernet, IPProtocolEndPoint)},
+};
 // clang-format on
 
-#undef ASSOCIATION_LISTS
-#undef ASSOCIATION
-#undef FAMILY
+#undef CLASS
 
-// getInstance tests the rows from ComputerSystemEthernetPort to SoftwareIdentityPortController in this order.
-constexpr std::size_t firstReordered = 59;
-constexpr std::size_t getInstanceOrder[] = {59, 61, 62, 63, 60, 66, 65, 64, 67};
-
-InstanceRows inTableOrder() {
-    InstanceRows order{};
-    for (std::size_t index = 0; index < instanceRowCount; ++index)
-        order[index] = &rows[index];
-    return order;
+InstanceRow rowOf(const ClassRow& row) {
+    return {.className = row.className, .chain = row.chain, .functions = row.functions, .fresh = {row.fresh}};
 }
 
-InstanceRows inGetInstanceOrder() {
-    InstanceRows order = inTableOrder();
-    std::size_t position = firstReordered;
-    for (const std::size_t row : getInstanceOrder)
-        order[position++ - 1] = &rows[row - 1];
-    return order;
+InstanceRow rowOf(const Family& family, Chain chain) {
+    InstanceRow row = {.className = family.className, .chain = chain, .association = &family};
+    if (family.fresh.forEnumerations) row.fresh = family.fresh;
+    return row;
+}
+
+/// @param associationPlace which of an association's two places.
+std::vector<InstanceRow> makeRows(int association::Places::*associationPlace) {
+    PlacedRows<InstanceRow> rows;
+    for (const ClassRow& row : classRows)
+        rows.add(row.place, rowOf(row));
+    for (const Family* family : association::storageFamilies())
+        rows.add(family->places.*associationPlace,
+                 rowOf(*family, family->needsTargets ? scsiEndpointChain : storageChain));
+    for (const Family* family : association::ethernetFamilies())
+        rows.add(family->places.*associationPlace, rowOf(*family, ethernetChain));
+    return rows.inOrder();
 }
 
 } // namespace
 
+void InstanceRow::enumInstanceNames(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop) const {
+    fresh.read();
+    if (association) {
+        association::enumInstanceNames(*association, result, cop);
+    } else {
+        functions.enumInstanceNames(context, result, cop);
+    }
+}
+
+void InstanceRow::enumInstances(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
+                                const char** properties) const {
+    fresh.read();
+    if (association) {
+        association::enumInstances(*association, result, cop);
+    } else {
+        functions.enumInstances(context, result, cop, properties);
+    }
+}
+
+void InstanceRow::getInstance(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
+                              const char** properties) const {
+    fresh.read();
+    if (association) {
+        association::getInstance(*association, context, result, cop);
+    } else {
+        functions.getInstance(context, result, cop, properties, true);
+    }
+}
+
 const InstanceRows& enumerationRows() {
-    static const InstanceRows order = inTableOrder();
-    return order;
+    static const InstanceRows rows = makeRows(&association::Places::row);
+    return rows;
 }
 
 const InstanceRows& getInstanceRows() {
-    static const InstanceRows order = inGetInstanceOrder();
-    return order;
+    static const InstanceRows rows = makeRows(&association::Places::getInstanceRow);
+    return rows;
 }
 
 } // namespace merolt

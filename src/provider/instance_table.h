@@ -1,32 +1,39 @@
-// Which family answers for which class: the rows that every instance request walks, in their order.
+// Which class or association answers: the rows that every instance request walks, in their order.
 #pragma once
 
+#include "associations/association.h"
 #include "classes/request.h"
 
-#include <array>
-#include <cstddef>
+#include <vector>
 
 namespace merolt {
 
 /// Rows of one chain: the first match ends the chain, and the other chains are walked all the same.
 enum Chain { storageChain, storageExtentChain, scsiEndpointChain, ethernetChain, chainCount };
 
-/// The family's three functions. A family without functions answers like a class without a row: with nothing.
-struct InstanceFamily {
+/// A class's three functions.
+struct ClassFunctions {
     EnumInstanceNames enumInstanceNames;
     EnumInstances enumInstances;
     GetInstance getInstance;
 };
 
+/// A class by its functions, or an association by its family. Instances of an association know no property filter.
 struct InstanceRow {
     const char* className; ///< tested with classPathIsA, so subclasses match too
     Chain chain;
-    void (*refresh)(); ///< brings the family's list up to date before each of its functions; or null
-    InstanceFamily family;
+    ClassFunctions functions = {};
+    const association::Family* association = nullptr;
+    association::FreshLists fresh = {}; ///< read anew before each of the requests
+
+    void enumInstanceNames(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop) const;
+    void enumInstances(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
+                       const char** properties) const;
+    void getInstance(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop,
+                     const char** properties) const;
 };
 
-constexpr std::size_t instanceRowCount = 77;
-using InstanceRows = std::array<const InstanceRow*, instanceRowCount>;
+using InstanceRows = std::vector<InstanceRow>;
 
 /// Rows in the order of enumerations.
 const InstanceRows& enumerationRows();

@@ -1,7 +1,7 @@
 // The host and its network ports. A port finds the host once for each port of its key.
-#include "associations/ethernet/families.h"
 #include "associations/ethernet/texts.h"
 #include "associations/ethernet/walks.h"
+#include "associations/modules.h"
 
 namespace merolt::ethernet {
 
@@ -25,26 +25,26 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
     t.findRight.key = keyError;
 });
 
-constexpr Family family = {
+} // namespace
+
+constexpr Family computerSystemNetworkPort = {
     .token = "Assoc_ComputerSystem_NetworkPort",
     .className = "Merolt_NIC_ComputerSystemNetworkPort",
     .left = {"GroupComponent", computerSystem},
     .right = {"PartComponent", nic::networkPort},
-    .forEachPair = nic::bothEndsOf<nic::eachPort>,
-    .findLeft = {.keys = {{{"SystemName"},
-                           {"SystemCreationClassName"},
-                           {"CreationClassName", KeyTest::none, keyError},
-                           // The type that is tested behind the read of DeviceID is that of SystemName.
-                           {"DeviceID", KeyTest::firstKeyIsString, keyError}}},
-                 .find = hostOfPort},
-    .findRight = {.keys = {{{"Name"}, {"CreationClassName"}}}, .find = onlyIf<namesHostAndClass, nic::eachPort>},
+    .matching = {.forEachPair = nic::bothEndsOf<nic::eachPort>,
+                 .findLeft = {.keys = {{{"SystemName"},
+                                        {"SystemCreationClassName"},
+                                        {"CreationClassName", KeyTest::none, keyError},
+                                        // The type that is tested behind the read of DeviceID is that of SystemName.
+                                        {"DeviceID", KeyTest::firstKeyIsString, keyError}}},
+                              .find = hostOfPort},
+                 .findRight = {.keys = {{{"Name"}, {"CreationClassName"}}},
+                               .find = onlyIf<namesHostAndClass, nic::eachPort>}},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,
+    .places = {.row = 68, .left = {63}, .right = {83}},
 };
-
-} // namespace
-
-DEFINE_ASSOCIATION(AssocComputerSystemNetworkPort, family)
 
 } // namespace merolt::ethernet

@@ -1,7 +1,7 @@
 // The host and the Ethernet controller of each card. A controller finds the host once for each card of its name.
-#include "associations/ethernet/families.h"
 #include "associations/ethernet/texts.h"
 #include "associations/ethernet/walks.h"
+#include "associations/modules.h"
 #include "classes/instance.h"
 
 namespace merolt::ethernet {
@@ -21,22 +21,22 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
     nic::logErrorsAsDebug(t);
 });
 
-constexpr Family family = {
+} // namespace
+
+constexpr Family computerSystemPortController = {
     .token = "Assoc_ComputerSystem_PortController",
     .className = "Merolt_NIC_ComputerSystemPortController",
     .left = {"GroupComponent", computerSystem},
     .right = {"PartComponent", nic::portController},
-    .forEachPair = nic::bothEndsOf<nic::eachCard>,
-    .findLeft = {.keys = {{{"SystemName"}, {"SystemCreationClassName"}, {"DeviceID"}}}, .find = hostOfController},
-    .findRight = {.keys = {{{"Name"}, {"CreationClassName", KeyTest::isString}}},
-                  .find = onlyIf<namesHostAndClass, nic::eachCard>},
+    .matching = {.forEachPair = nic::bothEndsOf<nic::eachCard>,
+                 .findLeft = {.keys = {{{"SystemName"}, {"SystemCreationClassName"}, {"DeviceID"}}},
+                              .find = hostOfController},
+                 .findRight = {.keys = {{{"Name"}, {"CreationClassName", KeyTest::isString}}},
+                               .find = onlyIf<namesHostAndClass, nic::eachCard>}},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,
+    .places = {.row = 58, .left = {64}, .right = {88}},
 };
-
-} // namespace
-
-DEFINE_ASSOCIATION(AssocComputerSystemPortController, family)
 
 } // namespace merolt::ethernet

@@ -2,8 +2,8 @@
 // the one across namespaces: profiles live in the interop namespace, elements in the implementation namespace, whatever
 // namespace a request names. It has its own requests, since class names are compared as texts: a subclass is foreign
 // here.
-#include "associations/ethernet/families.h"
 #include "associations/ethernet/walks.h"
+#include "associations/modules.h"
 #include "associations/paths.h"
 #include "classes/ethernet/registered_profile.h"
 #include "configuration/nic_properties.h"
@@ -272,10 +272,7 @@ void verifyElement(const CmpiContext& context, CmpiResult& result, const CmpiObj
     if (conformance) conformance->elements.getInstance(context, result, element, nullptr, false);
 }
 
-} // namespace
-
-CmpiStatus enumInstanceNames_AssocElementConformsToRegisteredProfile(const CmpiContext&, CmpiResult& result,
-                                                                     const CmpiObjectPath& cop) {
+CmpiStatus enumInstanceNames(CmpiResult& result, const CmpiObjectPath& cop) {
     DEBUG_LOG(FAMILY ": enumInstanceNames_ElementConformsToRegisteredProfile was called\n");
     const char* nameSpace = "";
     CMPIStatus status = readNameSpace(cop, nameSpace);
@@ -298,8 +295,7 @@ CmpiStatus enumInstanceNames_AssocElementConformsToRegisteredProfile(const CmpiC
     return status;
 }
 
-CmpiStatus enumInstances_AssocElementConformsToRegisteredProfile(const CmpiContext&, CmpiResult& result,
-                                                                 const CmpiObjectPath& cop, const char**) {
+CmpiStatus enumInstances(CmpiResult& result, const CmpiObjectPath& cop) {
     DEBUG_LOG(FAMILY ": enumInstances_ElementConformsToRegisteredProfile was called\n");
     const char* nameSpace = "";
     const CMPIStatus status = readNameSpace(cop, nameSpace);
@@ -321,8 +317,7 @@ CmpiStatus enumInstances_AssocElementConformsToRegisteredProfile(const CmpiConte
     return status;
 }
 
-CmpiStatus getInstance_AssocElementConformsToRegisteredProfile(const CmpiContext& context, CmpiResult& result,
-                                                               const CmpiObjectPath& cop) {
+CmpiStatus getInstance(const CmpiContext& context, CmpiResult& result, const CmpiObjectPath& cop) {
     DEBUG_LOG(FAMILY ": getInstance was called\n");
     const char* className = "";
     CMPIStatus status = readClassName(cop, className);
@@ -353,34 +348,35 @@ CmpiStatus getInstance_AssocElementConformsToRegisteredProfile(const CmpiContext
     return CmpiStatus(CMPI_RC_OK);
 }
 
-CmpiStatus associators_AssocElementConformsToRegisteredProfile(const CmpiContext&, CmpiResult& result,
-                                                               const CmpiObjectPath& source, const char*,
-                                                               const char* resultClass, const char* role,
-                                                               const char* resultRole, const char** properties) {
-    DEBUG_LOG(FAMILY ": associators was called\n");
-    return answerAssociators(result, source, {FUNC_ASSOC, resultClass, role, resultRole, properties});
+// By ftype.
+constexpr const char* openTexts[] = {FAMILY ": associators was called\n", FAMILY ": associatorNames was called\n",
+                                     FAMILY ": references was called\n",
+                                     FAMILY ": referenceNames_ElementConformsToRegisteredProfile was called\n"};
+
+CmpiStatus answer(CmpiResult& result, const CmpiObjectPath& source, const Request& request) {
+    DEBUG_LOG("%s", openTexts[request.wanted]);
+    const bool wantsReferences = request.wanted == FUNC_REF || request.wanted == FUNC_REFNAME;
+    return wantsReferences ? answerReferences(result, source, request) : answerAssociators(result, source, request);
 }
 
-CmpiStatus associatorNames_AssocElementConformsToRegisteredProfile(const CmpiContext&, CmpiResult& result,
-                                                                   const CmpiObjectPath& source, const char*,
-                                                                   const char* resultClass, const char* role,
-                                                                   const char* resultRole) {
-    DEBUG_LOG(FAMILY ": associatorNames was called\n");
-    return answerAssociators(result, source, {FUNC_ASSOCNAME, resultClass, role, resultRole});
-}
+constexpr OwnRequests requests = {enumInstanceNames, enumInstances, getInstance, answer};
 
-CmpiStatus references_AssocElementConformsToRegisteredProfile(const CmpiContext&, CmpiResult& result,
-                                                              const CmpiObjectPath& source, const char* resultClass,
-                                                              const char* role, const char** properties) {
-    DEBUG_LOG(FAMILY ": references was called\n");
-    return answerReferences(result, source, {FUNC_REF, resultClass, role, nullptr, properties});
-}
+// The ports are the right end; these are the other elements.
+constexpr FurtherSource otherElements[] = {
+    {"Merolt_NIC_IPProtocolEndpoint", {.lookUp = 78}},
+    {"Merolt_NIC_NetworkPort", {.lookUp = 85}},
+};
 
-CmpiStatus referenceNames_AssocElementConformsToRegisteredProfile(const CmpiContext&, CmpiResult& result,
-                                                                  const CmpiObjectPath& source, const char* resultClass,
-                                                                  const char* role) {
-    DEBUG_LOG(FAMILY ": referenceNames_ElementConformsToRegisteredProfile was called\n");
-    return answerReferences(result, source, {FUNC_REFNAME, resultClass, role});
-}
+} // namespace
+
+constexpr Family elementConformsToRegisteredProfile = {
+    .token = FAMILY,
+    .className = associationClass,
+    .left = {.name = role1, .objects = {.name = profileClass}},
+    .right = {role2, nic::ethernetPort},
+    .furtherSources = otherElements,
+    .own = &requests,
+    .places = {.row = 66, .getInstanceRow = 64, .left = {93}, .right = {69}},
+};
 
 } // namespace merolt::ethernet

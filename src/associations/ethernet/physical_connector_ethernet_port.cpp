@@ -1,7 +1,7 @@
 // A transceiver module and its Ethernet port. Ports whose module could not be read have none.
-#include "associations/ethernet/families.h"
 #include "associations/ethernet/texts.h"
 #include "associations/ethernet/walks.h"
+#include "associations/modules.h"
 
 namespace merolt::ethernet {
 
@@ -28,21 +28,20 @@ void portsOfModule(const Source& source, const ObjectVisitor& visit) {
 
 constexpr Texts texts = deviating(ethernetTexts, nic::speakOfPhysicalElement);
 
-constexpr Family family = {
+} // namespace
+
+constexpr Family physicalConnectorEthernetPort = {
     .token = "Assoc_PhysicalConnector_EthernetPort",
     .className = "Merolt_NIC_PhysicalConnectorEthernetPort",
     .left = {"Antecedent", nic::physicalConnector},
     .right = {"Dependent", nic::ethernetPort},
-    .forEachPair = nic::bothEndsOf<eachPortWithModule>,
-    .findLeft = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = modulesOfPort},
-    .findRight = {.keys = {{{"Tag", KeyTest::isString}}}, .find = portsOfModule},
+    .matching = {.forEachPair = nic::bothEndsOf<eachPortWithModule>,
+                 .findLeft = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = modulesOfPort},
+                 .findRight = {.keys = {{{"Tag", KeyTest::isString}}}, .find = portsOfModule}},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,
+    .places = {.row = 61, .getInstanceRow = 60, .left = {86}, .right = {72}},
 };
-
-} // namespace
-
-DEFINE_ASSOCIATION(AssocPhysicalConnectorEthernetPort, family)
 
 } // namespace merolt::ethernet

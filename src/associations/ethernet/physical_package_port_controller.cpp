@@ -1,7 +1,7 @@
 // A card and its Ethernet controller. The search for the card tells each of its steps in the log.
-#include "associations/ethernet/families.h"
 #include "associations/ethernet/texts.h"
 #include "associations/ethernet/walks.h"
+#include "associations/modules.h"
 #include "log/log.h"
 
 namespace merolt::ethernet {
@@ -47,21 +47,20 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
     t.findLeft.open = debugText(TRAIL " called with ftype = {n}");
 });
 
-constexpr Family family = {
+} // namespace
+
+constexpr Family physicalPackagePortController = {
     .token = "Assoc_PhysicalPackagePortController",
     .className = "Merolt_NIC_PhysicalPackagePortController",
     .left = {"Antecedent", nic::physicalPackage},
     .right = {"Dependent", nic::portController},
-    .forEachPair = nic::bothEndsOf<nic::eachCard>,
-    .findLeft = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = packagesOfController},
-    .findRight = {.keys = {{{"Tag", KeyTest::isString}}}, .find = controllersOfPackage},
+    .matching = {.forEachPair = nic::bothEndsOf<nic::eachCard>,
+                 .findLeft = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = packagesOfController},
+                 .findRight = {.keys = {{{"Tag", KeyTest::isString}}}, .find = controllersOfPackage}},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,
+    .places = {.row = 63, .getInstanceRow = 62, .left = {87}, .right = {92}},
 };
-
-} // namespace
-
-DEFINE_ASSOCIATION(AssocPhysicalPackagePortController, family)
 
 } // namespace merolt::ethernet

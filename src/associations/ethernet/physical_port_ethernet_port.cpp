@@ -1,7 +1,7 @@
 // A jack of a card and its Ethernet port, with or without a module in it.
-#include "associations/ethernet/families.h"
 #include "associations/ethernet/texts.h"
 #include "associations/ethernet/walks.h"
+#include "associations/modules.h"
 
 namespace merolt::ethernet {
 
@@ -19,21 +19,20 @@ void portsOfJack(const Source& source, const ObjectVisitor& visit) {
 
 constexpr Texts texts = deviating(ethernetTexts, nic::speakOfPhysicalElement);
 
-constexpr Family family = {
+} // namespace
+
+constexpr Family physicalPortEthernetPort = {
     .token = "Assoc_PhysicalPort_EthernetPort",
     .className = "Merolt_NIC_PhysicalPortEthernetPort",
-    .left = {"Antecedent", nic::physicalPort},
-    .right = {"Dependent", nic::ethernetPort},
-    .forEachPair = nic::bothEndsOf<nic::eachPort>,
-    .findLeft = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = nic::eachPortWith<nic::macTextOf>},
-    .findRight = {.keys = {{{"Tag", KeyTest::isString}}}, .find = portsOfJack},
+    .left = {.name = "Antecedent", .objects = nic::physicalPort, .takesSubclasses = true},
+    .right = {.name = "Dependent", .objects = nic::ethernetPort, .takesSubclasses = true},
+    .matching = {.forEachPair = nic::bothEndsOf<nic::eachPort>,
+                 .findLeft = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = nic::eachPortWith<nic::macTextOf>},
+                 .findRight = {.keys = {{{"Tag", KeyTest::isString}}}, .find = portsOfJack}},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,
+    .places = {.row = 62, .getInstanceRow = 61, .left = {41}, .right = {73}},
 };
-
-} // namespace
-
-DEFINE_ASSOCIATION(AssocPhysicalPortEthernetPort, family)
 
 } // namespace merolt::ethernet

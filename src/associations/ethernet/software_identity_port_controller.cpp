@@ -1,8 +1,8 @@
 // Driver and firmware of a card and its Ethernet controller. Where referenceNames starts from the controller it names
 // the driver twice and the firmware never.
-#include "associations/ethernet/families.h"
 #include "associations/ethernet/texts.h"
 #include "associations/ethernet/walks.h"
+#include "associations/modules.h"
 
 namespace merolt::ethernet {
 
@@ -34,24 +34,23 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
     t.requests.open[FUNC_REFNAME] = "{F}: associatorNames was called\n";
 });
 
-constexpr Family family = {
+} // namespace
+
+constexpr Family softwareIdentityPortController = {
     .token = "Assoc_SoftwareIdentity_PortController",
     .className = "Merolt_NIC_SoftwareIdentityPortController",
     .left = {"Antecedent", nic::softwareIdentity},
     .right = {"Dependent", nic::portController},
-    .forEachPair = nic::bothEndsOf<nic::eachIdentity>,
-    .findLeft = {.keys = {{{"DeviceID", KeyTest::isString}}},
-                 .find = identitiesOfController,
-                 .referenceNamePath = pathOfDriver},
-    .findRight = {.keys = {{{"InstanceID", KeyTest::isString}}}, .find = nic::eachCardOfIdentity},
+    .matching = {.forEachPair = nic::bothEndsOf<nic::eachIdentity>,
+                 .findLeft = {.keys = {{{"DeviceID", KeyTest::isString}}},
+                              .find = identitiesOfController,
+                              .referenceNamePath = pathOfDriver},
+                 .findRight = {.keys = {{{"InstanceID", KeyTest::isString}}}, .find = nic::eachCardOfIdentity}},
     .filters = Filters::applied,
     .texts = texts,
     .isPopulated = nic::hasCards,
     .secondRowChanges = Side::left,
+    .places = {.row = 67, .left = {96}, .right = {91}},
 };
-
-} // namespace
-
-DEFINE_ASSOCIATION(AssocSoftwareIdentityPortController, family)
 
 } // namespace merolt::ethernet

@@ -42,7 +42,7 @@ const char* portControllerIDOf(const Object& card) {
     return calcDeviceID_NICPortController(card.card->properties.serialNumber);
 }
 
-void firstPortOfEachCardWithMac(const Source& source, std::size_t key, const ObjectVisitor& visit) {
+void findFirstPortOfEachCard(const Source& source, std::size_t key, const ObjectVisitor& visit) {
     const CNACard* found = nullptr;
     eachPort(source, [&](const Object& object) {
         if (object.card == found || !source.equals(key, macTextOf(object))) return true;

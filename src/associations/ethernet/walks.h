@@ -50,8 +50,18 @@ void firstOf(const Source& source, const ObjectVisitor& visit) {
     });
 }
 
+/// The one object of the far side, once for each object of a search.
+template <void (*find)(const Source&, const ObjectVisitor&)>
+void theObjectForEach(const Source& source, const ObjectVisitor& visit) {
+    find(source, [&](const Object&) { return visit({}); });
+}
+
 /// Of each card the first port whose MAC text equals the source's key.
-void firstPortOfEachCardWithMac(const Source& source, std::size_t key, const ObjectVisitor& visit);
+void findFirstPortOfEachCard(const Source& source, std::size_t key, const ObjectVisitor& visit);
+template <std::size_t key>
+void firstPortOfEachCardWithMac(const Source& source, const ObjectVisitor& visit) {
+    findFirstPortOfEachCard(source, key, visit);
+}
 
 /// The InstanceID of a software identity, taken apart at its first underscore.
 struct IdentityKey {

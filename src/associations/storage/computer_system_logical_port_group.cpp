@@ -1,5 +1,5 @@
 // The host and its Fibre Channel nodes. A group's key begins with the host's name, and by that it finds the host.
-#include "associations/storage/families.h"
+#include "associations/modules.h"
 #include "associations/storage/walks.h"
 #include "classes/system_name.h"
 #include "text/text.h"
@@ -25,20 +25,19 @@ constexpr Texts texts = deviating(storageTexts, [](Texts& t) {
     }
 });
 
-constexpr Family family = {
-    .token = "AssocComputerSystemLogicalPortGroup",
-    .className = "Merolt_FCHBA_ComputerSystemLogicalPortGroup",
-    .left = hostAs("Antecedent"),
-    .right = {"Dependent", logicalPortGroup},
-    .forEachPair = oneWithEach<every>,
-    .findLeft = {.keys = {{{"InstanceID"}}}, .find = hostOfGroup},
-    .findRight = {.find = every},
-    .filters = Filters::ignored,
-    .texts = texts,
-};
-
 } // namespace
 
-DEFINE_ASSOCIATION(AssocComputerSystemLogicalPortGroup, family)
+constexpr Family computerSystemLogicalPortGroup = {
+    .token = "AssocComputerSystemLogicalPortGroup",
+    .className = "Merolt_FCHBA_ComputerSystemLogicalPortGroup",
+    .baseClass = "CIM_HostedCollection",
+    .left = hostAs("Antecedent"),
+    .right = {"Dependent", logicalPortGroup},
+    .matching = {.forEachPair = oneWithEach<every>,
+                 .findLeft = {.keys = {{{"InstanceID"}}}, .find = hostOfGroup},
+                 .findRight = {.find = every}},
+    .texts = texts,
+    .places = {.row = 13, .left = {3, 5}, .right = {31, 24}},
+};
 
 } // namespace merolt::storage

@@ -1,6 +1,6 @@
 // The host and the drivers of its storage functions. Of all software only what has "_Driver" in its key is installed on
 // the host; "_DriverFirmware" has it too.
-#include "associations/storage/families.h"
+#include "associations/modules.h"
 #include "associations/storage/walks.h"
 #include "classes/system_name.h"
 #include "text/text.h"
@@ -29,20 +29,19 @@ void hostOfDriver(const Source& source, const ObjectVisitor& visit) {
     if (equalsIgnoringCase(host.prefixOf(source.text(0)), gSystemName) && isDriver(source.text(0))) visit({});
 }
 
-constexpr Family family = {
-    .token = "AssocComputerSystemSoftwareIdentity",
-    .className = "Merolt_FCHBA_ComputerSystemSoftwareIdentity",
-    .left = hostAs("System"),
-    .right = {"InstalledSoftware", softwareIdentity},
-    .forEachPair = oneWithEach<everyDriver>,
-    .findLeft = {.keys = {{{"InstanceID"}}}, .find = hostOfDriver},
-    .findRight = {.find = everyDriver},
-    .filters = Filters::ignored,
-    .texts = storageTexts,
-};
-
 } // namespace
 
-DEFINE_ASSOCIATION(AssocComputerSystemSoftwareIdentity, family)
+constexpr Family computerSystemSoftwareIdentity = {
+    .token = "AssocComputerSystemSoftwareIdentity",
+    .className = "Merolt_FCHBA_ComputerSystemSoftwareIdentity",
+    .baseClass = "CIM_InstalledSoftwareIdentity",
+    .left = hostAs("System"),
+    .right = {"InstalledSoftware", softwareIdentity},
+    .matching = {.forEachPair = oneWithEach<everyDriver>,
+                 .findLeft = {.keys = {{{"InstanceID"}}}, .find = hostOfDriver},
+                 .findRight = {.find = everyDriver}},
+    .texts = storageTexts,
+    .places = {.row = 14, .left = {8, 9}, .right = {36, 47}},
+};
 
 } // namespace merolt::storage

@@ -6,8 +6,45 @@
 
 namespace merolt::association {
 
+using physical::g_physicalConnectorCount;
+using physical::g_physicalConnectorList;
 using physical::g_physicalPackageCount;
 using physical::g_physicalPackageList;
+using physical::g_physicalPortCount;
+using physical::g_physicalPortList;
+
+namespace {
+
+CardToken cardOfConnector(const char* tag) {
+    char moduleSerial[256] = {};
+    CardToken card;
+    std::uint32_t portNumber = 0;
+    physical::parsePhysicalConnectorTag(tag, moduleSerial, card.data(), &portNumber);
+    return card;
+}
+
+CardToken cardOfJack(const char* tag) {
+    CardToken card;
+    std::uint32_t portNumber = 0;
+    physical::parsePhysicalPortTag(tag, card.data(), &portNumber);
+    return card;
+}
+
+} // namespace
+
+constexpr PartList connectorsInCards = {
+    .logName = "PHYSICALCONNECTOR",
+    .count = &g_physicalConnectorCount,
+    .tag = [](int index) { return g_physicalConnectorList[index].tag.text(); },
+    .cardOf = cardOfConnector,
+};
+
+constexpr PartList jacksInCards = {
+    .logName = "PHYSICALPORT",
+    .count = &g_physicalPortCount,
+    .tag = [](int index) { return g_physicalPortList[index].tag.text(); },
+    .cardOf = cardOfJack,
+};
 
 void pairContained(const PartList& parts, Enumeration enumeration, const PairVisitor& visit) {
     matchingRecords(g_physicalPackageCount, *parts.count, visit, [&](int package, int part) {

@@ -26,18 +26,19 @@ void findCardOfPart(const PartList& parts, const Source& source, const ObjectVis
 /// no part.
 void findPartsOfCard(const PartList& parts, const Source& source, const ObjectVisitor& visit);
 
+/// A card and the parts in it.
 template <const PartList& parts>
-constexpr void (*containedPairs)(Enumeration, const PairVisitor&) =
-    [](Enumeration enumeration, const PairVisitor& visit) { pairContained(parts, enumeration, visit); };
+inline constexpr Matching containedIn = {
+    .forEachPair = [](Enumeration enumeration, const PairVisitor& visit) { pairContained(parts, enumeration, visit); },
+    .findLeft = {.keys = {{{"Tag"}}},
+                 .find = [](const Source& source,
+                            const ObjectVisitor& visit) { findCardOfPart(parts, source, visit); }},
+    .findRight = {.keys = {{{"Tag"}}},
+                  .find = [](const Source& source,
+                             const ObjectVisitor& visit) { findPartsOfCard(parts, source, visit); }},
+};
 
-template <const PartList& parts>
-constexpr Search cardOfPart = {.keys = {{{"Tag"}}}, .find = [](const Source& source, const ObjectVisitor& visit) {
-                                   findCardOfPart(parts, source, visit);
-                               }};
-
-template <const PartList& parts>
-constexpr Search partsOfCard = {.keys = {{{"Tag"}}}, .find = [](const Source& source, const ObjectVisitor& visit) {
-                                    findPartsOfCard(parts, source, visit);
-                                }};
+extern const PartList connectorsInCards;
+extern const PartList jacksInCards;
 
 } // namespace merolt::association

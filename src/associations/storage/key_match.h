@@ -11,6 +11,7 @@ enum class Cut { whole, prefix, suffix };
 struct KeyedList {
     const std::int32_t* count;
     const char* (*text)(int index);
+    const char* key; ///< the key by which one of them, as a source, finds the other side
     Cut cut = Cut::whole;
 };
 
@@ -30,14 +31,19 @@ void findEqual(const Source& source, Cut sourceCut, const KeyedList& far, const 
 /// Each pair of records with equal texts, left outer, right inner.
 void pairEqual(const KeyedList& left, const KeyedList& right, const PairVisitor& visit);
 
-template <Cut sourceCut, const KeyedList& far>
-void equalTo(const Source& source, const ObjectVisitor& visit) {
-    findEqual(source, sourceCut, far, visit);
-}
-
 template <const KeyedList& left, const KeyedList& right>
 void equalPairs(Enumeration, const PairVisitor& visit) {
     pairEqual(left, right, visit);
 }
+
+/// From a source of the one list to the records of the other.
+template <const KeyedList& source, const KeyedList& far>
+inline constexpr Search findEqualOf = {
+    .keys = {{{source.key}}},
+    .find = [](const Source& object, const ObjectVisitor& visit) { findEqual(object, source.cut, far, visit); }};
+
+/// Whatever has equal texts belongs together.
+template <const KeyedList& left, const KeyedList& right>
+inline constexpr Matching equalTexts = {equalPairs<left, right>, findEqualOf<right, left>, findEqualOf<left, right>};
 
 } // namespace merolt::association

@@ -3,19 +3,14 @@
 //
 // The enumerations show as a group's member the port that stands at the place of the group's own function in the list
 // of ports, whichever port matched; searches show the port that matched.
-#include "associations/storage/families.h"
-#include "associations/storage/key_match.h"
+#include "associations/modules.h"
+#include "associations/storage/keyed_lists.h"
 
 namespace merolt::storage {
 
 using namespace association;
 
 namespace {
-
-constexpr KeyedList groups = {&g_logicalPortGroupCount,
-                              [](int index) { return g_logicalPortGroupList[index].instanceID.text(); }, Cut::suffix};
-constexpr KeyedList ports = {&g_fcPortCount, [](int index) { return g_fcPortList[index].deviceID.text(); },
-                             Cut::suffix};
 
 /// By contract a group stands at the place of its function, the empty ones in between too.
 constexpr TwoForms<int (*)(int group)> functionOf = {
@@ -24,36 +19,26 @@ constexpr TwoForms<int (*)(int group)> functionOf = {
 };
 
 void pairs(Enumeration, const PairVisitor& visit) {
-    pairEqual(groups, ports, [&](const Pair& pair) {
+    pairEqual(groupsByName, portsByName, [&](const Pair& pair) {
         const Object member = {.index = functionOf.chosen()(pair.left.index)};
         return member.index >= g_fcPortCount || visit({pair.left, member});
     });
 }
 
-constexpr Family family = {
-    .token = "AssocLogicalPortGroupFCPort",
-    .className = "Merolt_FCHBA_LogicalPortGroupFCPort",
-    .left = {"Collection", logicalPortGroup},
-    .right = {"Member", fcPort},
-    .forEachPair = pairs,
-    .findLeft = {.keys = {{{"DeviceID"}}}, .find = equalTo<Cut::suffix, groups>},
-    .findRight = {.keys = {{{"InstanceID"}}}, .find = equalTo<Cut::suffix, ports>},
-    .filters = Filters::ignored,
-    .texts = storageTexts,
-};
-
 } // namespace
 
-DEFINE_ASSOCIATION(AssocLogicalPortGroupFCPort, family)
-
-void clearLists_AssocLogicalPortGroupFCPort() {
-    clearLogicalPortGroupList();
-    clearFCPortList();
-}
-
-void buildLists_AssocLogicalPortGroupFCPort() {
-    buildLogicalPortGroupList();
-    buildFCPortList();
-}
+constexpr Family logicalPortGroupFCPort = {
+    .token = "AssocLogicalPortGroupFCPort",
+    .className = "Merolt_FCHBA_LogicalPortGroupFCPort",
+    .baseClass = "CIM_MemberOfCollection",
+    .left = {"Collection", logicalPortGroup},
+    .right = {"Member", fcPort},
+    .matching = {.forEachPair = pairs,
+                 .findLeft = findEqualOf<portsByName, groupsByName>,
+                 .findRight = findEqualOf<groupsByName, portsByName>},
+    .texts = storageTexts,
+    .fresh = {.first = &listOfLogicalPortGroups, .second = &listOfFCPorts},
+    .places = {.row = 21, .left = {15, 23}, .right = {40, 17}},
+};
 
 } // namespace merolt::storage

@@ -1,7 +1,7 @@
 // A card and its storage controller, joined by the serial number. From the package its Tag is compared and not its
 // serial number: the two directions agree only while both texts are equal.
-#include "associations/storage/families.h"
-#include "associations/storage/key_match.h"
+#include "associations/modules.h"
+#include "associations/storage/keyed_lists.h"
 #include "associations/storage/object_manager_texts.h"
 #include "classes/physical/serial_form.h"
 #include "log/log.h"
@@ -15,9 +15,6 @@ using physical::g_physicalPackageList;
 using physical::getDisplaySerialNumber;
 
 namespace {
-
-constexpr KeyedList controllers = {&g_portControllerCount,
-                                   [](int index) { return g_portControllerList[index].deviceID.text(); }};
 
 // The display form is for the log alone.
 void pairs(Enumeration enumeration, const PairVisitor& visit) {
@@ -39,20 +36,19 @@ void packagesOfController(const Source& source, const ObjectVisitor& visit) {
     });
 }
 
-constexpr Family family = {
-    .token = "AssocPhysicalPackagePortController",
-    .className = "Merolt_FCHBA_PhysicalPackagePortController",
-    .left = {"Antecedent", physicalPackage},
-    .right = {"Dependent", portController},
-    .forEachPair = pairs,
-    .findLeft = {.keys = {{{"DeviceID"}}}, .find = packagesOfController},
-    .findRight = {.keys = {{{"Tag"}}}, .find = equalTo<Cut::whole, controllers>},
-    .filters = Filters::ignored,
-    .texts = getInstanceAsObjectManagerNamespace,
-};
-
 } // namespace
 
-DEFINE_ASSOCIATION(AssocPhysicalPackagePortController, family)
+constexpr Family physicalPackagePortController = {
+    .token = "AssocPhysicalPackagePortController",
+    .className = "Merolt_FCHBA_PhysicalPackagePortController",
+    .baseClass = "CIM_Realizes",
+    .left = {"Antecedent", physicalPackage},
+    .right = {"Dependent", portController},
+    .matching = {.forEachPair = pairs,
+                 .findLeft = {.keys = {{{"DeviceID"}}}, .find = packagesOfController},
+                 .findRight = findEqualOf<packages, controllers>},
+    .texts = getInstanceAsObjectManagerNamespace,
+    .places = {.row = 16, .left = {17, 33}, .right = {46, 40}},
+};
 
 } // namespace merolt::storage

@@ -1,7 +1,7 @@
 // Storage controllers and the service that updates their flash. By contract referenceNames names the ends by other keys
 // than references does, keys that the class has not: servers write them in a form that clients refuse.
+#include "associations/modules.h"
 #include "associations/service_texts.h"
-#include "associations/storage/families.h"
 #include "associations/storage/walks.h"
 
 namespace merolt::storage {
@@ -29,21 +29,21 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
     t.instances.open = "{F}: enumInstances_AssocPortControllerSoftwareInstallationService was called\n";
 });
 
-constexpr Family family = {
+} // namespace
+
+constexpr Family portControllerSoftwareInstallationService = {
     .token = "Assoc_PortController_SoftwareInstallationService",
     .className = "Merolt_FCHBA_PortControllerSoftwareInstallationService",
+    .baseClass = "CIM_ServiceAffectsElement",
     .left = {"AffectedElement", portController},
     .right = {"AffectingElement", installationService},
-    .forEachPair = pairs,
-    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, every>},
-    .findRight = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = serviceOfController},
+    .matching = {.forEachPair = pairs,
+                 .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, every>},
+                 .findRight = {.keys = {{{"DeviceID", KeyTest::isString}}}, .find = serviceOfController}},
     .filters = Filters::applied,
     .texts = texts,
     .referenceNameKeys = {.contract = controllerAndServiceNameKeys, .corrected = nullptr},
+    .places = {.row = 20, .left = {55, 38}, .right = {58, 50}},
 };
-
-} // namespace
-
-DEFINE_ASSOCIATION(AssocPortControllerSoftwareInstallationService, family)
 
 } // namespace merolt::storage

@@ -1,5 +1,5 @@
 // Software and the storage controller that it runs on or drives: the middle of an identity's key is the controller's.
-#include "associations/storage/families.h"
+#include "associations/modules.h"
 #include "associations/storage/walks.h"
 #include "text/text.h"
 
@@ -56,21 +56,20 @@ void controllersOfIdentity(const Source& source, const ObjectVisitor& visit) {
 
 constexpr FurtherProperty upgradeCondition = {.name = "UpgradeCondition", .value = 3, .inEnumeration = true};
 
-constexpr Family family = {
-    .token = "AssocSoftwareIdentityPortController",
-    .className = "Merolt_FCHBA_SoftwareIdentityPortController",
-    .left = {"Antecedent", softwareIdentity},
-    .right = {"Dependent", portController},
-    .forEachPair = pairs,
-    .findLeft = {.keys = {{{"DeviceID"}}}, .find = identitiesOfController},
-    .findRight = {.keys = {{{"InstanceID"}}}, .find = controllersOfIdentity},
-    .filters = Filters::ignored,
-    .texts = storageTexts,
-    .further = &upgradeCondition,
-};
-
 } // namespace
 
-DEFINE_ASSOCIATION(AssocSoftwareIdentityPortController, family)
+constexpr Family softwareIdentityPortController = {
+    .token = "AssocSoftwareIdentityPortController",
+    .className = "Merolt_FCHBA_SoftwareIdentityPortController",
+    .baseClass = "CIM_ElementSoftwareIdentity",
+    .left = {"Antecedent", softwareIdentity},
+    .right = {"Dependent", portController},
+    .matching = {.forEachPair = pairs,
+                 .findLeft = {.keys = {{{"DeviceID"}}}, .find = identitiesOfController},
+                 .findRight = {.keys = {{{"InstanceID"}}}, .find = controllersOfIdentity}},
+    .texts = storageTexts,
+    .further = &upgradeCondition,
+    .places = {.row = 15, .left = {26, 45}, .right = {54, 41}},
+};
 
 } // namespace merolt::storage

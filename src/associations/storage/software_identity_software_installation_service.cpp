@@ -1,6 +1,6 @@
 // The flash images of storage cards and the service that updates them. From an identity of any kind, a driver's too,
 // the service is found.
-#include "associations/storage/families.h"
+#include "associations/modules.h"
 #include "associations/storage/walks.h"
 
 #include <cstring>
@@ -47,20 +47,19 @@ constexpr Texts texts = deviating(storageTexts, [](Texts& t) {
                           "Assoc_SoftwareIdentity_SoftwareInstallationService: Error addkey Role2 in findMatchedRole2"};
 });
 
-constexpr Family family = {
-    .token = "AssocSoftwareIdentitySoftwareInstallationService",
-    .className = "Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService",
-    .left = {"AffectedElement", softwareIdentity},
-    .right = {"AffectingElement", installationService},
-    .forEachPair = pairs,
-    .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, everyFlashImage>},
-    .findRight = {.keys = {{{"InstanceID", KeyTest::isString}}}, .find = serviceOfIdentity},
-    .filters = Filters::ignored,
-    .texts = texts,
-};
-
 } // namespace
 
-DEFINE_ASSOCIATION(AssocSoftwareIdentitySoftwareInstallationService, family)
+constexpr Family softwareIdentitySoftwareInstallationService = {
+    .token = "AssocSoftwareIdentitySoftwareInstallationService",
+    .className = "Merolt_FCHBA_SoftwareIdentitySoftwareInstallationService",
+    .baseClass = "CIM_ServiceAffectsElement",
+    .left = {"AffectedElement", softwareIdentity},
+    .right = {"AffectingElement", installationService},
+    .matching = {.forEachPair = pairs,
+                 .findLeft = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, everyFlashImage>},
+                 .findRight = {.keys = {{{"InstanceID", KeyTest::isString}}}, .find = serviceOfIdentity}},
+    .texts = texts,
+    .places = {.row = 38, .left = {27, 46}, .right = {56, 51}},
+};
 
 } // namespace merolt::storage

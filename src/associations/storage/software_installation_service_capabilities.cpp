@@ -1,6 +1,6 @@
 // The storage side's installation service and what it can do.
+#include "associations/modules.h"
 #include "associations/service_texts.h"
-#include "associations/storage/families.h"
 #include "associations/storage/walks.h"
 
 namespace merolt::storage {
@@ -29,23 +29,23 @@ constexpr Texts texts = deviating(ethernetTexts, [](Texts& t) {
     speakOfServiceAndCapabilities(t);
 });
 
-constexpr Family family = {
-    .token = "Assoc_SoftwareInstallationService_Capabilities",
-    .className = "Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities",
-    .left = {"ManagedElement", installationService},
-    .right = {"Capabilities", installationServiceCapabilities},
-    .forEachPair = oneWithEach<theObject>,
-    // referenceNames gives the service's path the capabilities' key.
-    .findLeft = {.keys = {{{"InstanceID", KeyTest::isString}}},
-                 .find = onlyIf<namesInstaller, theObject>,
-                 .referenceNamePath = installationServiceCapabilities.makePath},
-    .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, theObject>},
-    .filters = Filters::applied,
-    .texts = texts,
-};
-
 } // namespace
 
-DEFINE_ASSOCIATION(AssocSoftwareInstallationServiceSoftwareInstallationServiceCapabilities, family)
+constexpr Family softwareInstallationServiceCapabilities = {
+    .token = "Assoc_SoftwareInstallationService_Capabilities",
+    .className = "Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities",
+    .baseClass = "CIM_ElementCapabilities",
+    .left = {"ManagedElement", installationService},
+    .right = {"Capabilities", installationServiceCapabilities},
+    .matching = {.forEachPair = oneWithEach<theObject>,
+                 // referenceNames gives the service's path the capabilities' key.
+                 .findLeft = {.keys = {{{"InstanceID", KeyTest::isString}}},
+                              .find = onlyIf<namesInstaller, theObject>,
+                              .referenceNamePath = installationServiceCapabilities.makePath},
+                 .findRight = {.keys = {{{"Name", KeyTest::isString}}}, .find = onlyIf<namesInstaller, theObject>}},
+    .filters = Filters::applied,
+    .texts = texts,
+    .places = {.row = 39, .left = {28, 48}, .right = {59, 52}},
+};
 
 } // namespace merolt::storage

@@ -1,6 +1,8 @@
 #include "associations/storage/tree_position.h"
 
 #include "classes/physical/nic_lookup.h"
+#include "classes/physical/physical_connector.h"
+#include "classes/physical/physical_port.h"
 #include "classes/storage/fc_port.h"
 #include "inventory/tree_walk.h"
 #include "log/log.h"
@@ -10,6 +12,10 @@
 
 namespace merolt::association {
 
+using physical::g_physicalConnectorCount;
+using physical::g_physicalConnectorList;
+using physical::g_physicalPortCount;
+using physical::g_physicalPortList;
 using storage::g_fcPortCount;
 using storage::g_fcPortList;
 
@@ -43,6 +49,32 @@ bool isInHeaderOf(const TAVIK_DeviceRecord* device, const TAVIK_ProtocolEntry& e
 }
 
 } // namespace
+
+constexpr TaggedList connectorsInTree = {
+    .logName = "PHYSICALCONNECTOR",
+    .count = &g_physicalConnectorCount,
+    .tag = [](int index) { return g_physicalConnectorList[index].tag.text(); },
+    .format =
+        [](TagText& out, int index, const char* adapterSerial, int portNumber) {
+            physical::formatPhysicalConnectorTag(out.data(), g_physicalConnectorList[index].sfp.SerialNumber.text(),
+                                                 adapterSerial, portNumber);
+        },
+    .parse =
+        [](const char* tag, AdapterToken& adapterSerial, std::uint32_t* portNumber) {
+            char moduleSerial[sizeof(AdapterToken)] = {};
+            physical::parsePhysicalConnectorTag(tag, moduleSerial, adapterSerial, portNumber);
+        },
+};
+
+constexpr TaggedList jacksInTree = {
+    .logName = "PHYSICALPORT",
+    .count = &g_physicalPortCount,
+    .tag = [](int index) { return g_physicalPortList[index].tag.text(); },
+    .format = [](TagText& out, int, const char* adapterSerial,
+                 int portNumber) { physical::formatPhysicalPortTag(out.data(), adapterSerial, portNumber); },
+    .parse = [](const char* tag, AdapterToken& adapterSerial,
+                std::uint32_t* portNumber) { physical::parsePhysicalPortTag(tag, adapterSerial, portNumber); },
+};
 
 bool findTAVIKStructsForFCPort(const TAVIK_DeviceRecord* device, TAVIK_AdapterEntry** adapter,
                                TAVIK_PhyPortEntry** phyPort, TAVIK_ProtocolEntry** protocol) {

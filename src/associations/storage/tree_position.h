@@ -38,18 +38,19 @@ void findThingOfPort(const TaggedList& things, const Source& source, const Objec
 /// the function's device record is compared, so this direction can disagree with the other two.
 void findPortsOfThing(const TaggedList& things, const Source& source, const ObjectVisitor& visit);
 
+/// Things and the storage ports at their place.
 template <const TaggedList& things>
-constexpr void (*pairsByPlace)(Enumeration, const PairVisitor&) =
-    [](Enumeration enumeration, const PairVisitor& visit) { pairByPlace(things, enumeration, visit); };
+inline constexpr Matching atOnePlace = {
+    .forEachPair = [](Enumeration enumeration, const PairVisitor& visit) { pairByPlace(things, enumeration, visit); },
+    .findLeft = {.keys = {{{"DeviceID"}}},
+                 .find = [](const Source& source,
+                            const ObjectVisitor& visit) { findThingOfPort(things, source, visit); }},
+    .findRight = {.keys = {{{"Tag"}}},
+                  .find = [](const Source& source,
+                             const ObjectVisitor& visit) { findPortsOfThing(things, source, visit); }},
+};
 
-template <const TaggedList& things>
-constexpr Search thingOfPort = {.keys = {{{"DeviceID"}}}, .find = [](const Source& source, const ObjectVisitor& visit) {
-                                    findThingOfPort(things, source, visit);
-                                }};
-
-template <const TaggedList& things>
-constexpr Search portsOfThing = {.keys = {{{"Tag"}}}, .find = [](const Source& source, const ObjectVisitor& visit) {
-                                     findPortsOfThing(things, source, visit);
-                                 }};
+extern const TaggedList connectorsInTree;
+extern const TaggedList jacksInTree;
 
 } // namespace merolt::association

@@ -29,6 +29,10 @@ constexpr Role hostAs(const char* role) { return {role, computerSystem, computer
 inline constexpr Search findHost = {.keys = {{{"SystemName"}, {"SystemCreationClassName"}}},
                                     .find = onlyIf<namesHostAndClass, theObject>};
 
+/// The host with every object of a class that it scopes.
+template <void (*find)(const Source&, const ObjectVisitor&)>
+inline constexpr Matching hostWithEach = {oneWithEach<find>, findHost, {.find = find}};
+
 /// Calls the visitor with each pair of a left and a right record that belong together; the left list is the outer one.
 template <class Match>
 void matchingRecords(std::int32_t leftCount, std::int32_t rightCount, const PairVisitor& visit, Match&& match) {

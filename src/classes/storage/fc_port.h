@@ -35,6 +35,7 @@ extern FCPortEntry* g_fcPortList;
 
 void buildFCPortList();
 void clearFCPortList();
+inline constexpr ClassList listOfFCPorts = {buildFCPortList, clearFCPortList};
 void createFCPort(TAVIK_DeviceRecord* device, int index);
 
 CmpiObjectPath makePath_FCPort(const char* className, const char* nameSpace, int index);

@@ -30,6 +30,7 @@ extern FCPortStatisticsEntry* g_fcPortStatisticsList;
 
 void buildFCPortStatisticsList();
 void clearFCPortStatisticsList();
+inline constexpr ClassList listOfFCPortStatistics = {buildFCPortStatisticsList, clearFCPortStatisticsList};
 void createFCPortStatistics(TAVIK_DeviceRecord* device, int index);
 
 CmpiObjectPath makePath_FCPortStatistics(const char* className, const char* nameSpace, int index);

@@ -25,6 +25,7 @@ extern LogicalPortGroupEntry* g_logicalPortGroupList;
 
 void buildLogicalPortGroupList();
 void clearLogicalPortGroupList();
+inline constexpr ClassList listOfLogicalPortGroups = {buildLogicalPortGroupList, clearLogicalPortGroupList};
 void createLogicalPortGroup(TAVIK_DeviceRecord* device, int index);
 
 CmpiObjectPath makePath_LogicalPortGroup(const char* className, const char* nameSpace, int index);

@@ -18,6 +18,8 @@ extern SCSIProtocolControllerEntry* g_scsiProtocolControllerList;
 
 void buildSCSIProtocolControllerList();
 void clearSCSIProtocolControllerList();
+inline constexpr ClassList listOfSCSIProtocolControllers = {buildSCSIProtocolControllerList,
+                                                            clearSCSIProtocolControllerList};
 
 CmpiObjectPath makePath_SCSIProtocolController(const char* className, const char* nameSpace, int index);
 CmpiInstance makeInstance_SCSIProtocolController(const char* className, const char* nameSpace, const char** properties,

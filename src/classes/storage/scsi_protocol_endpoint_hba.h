@@ -11,6 +11,8 @@ extern SCSIEndpointEntry* g_scsiEndpointHBAList;
 
 void buildSCSIProtocolEndpointHBAList();
 void clearSCSIProtocolEndpointHBAList();
+inline constexpr ClassList listOfSCSIEndpointHBAs = {buildSCSIProtocolEndpointHBAList,
+                                                     clearSCSIProtocolEndpointHBAList};
 
 CmpiObjectPath makePath_SCSIProtocolEndpointHBA(const char* className, const char* nameSpace, int index);
 CmpiInstance makeInstance_SCSIProtocolEndpointHBA(const char* className, const char* nameSpace, const char** properties,

@@ -14,6 +14,8 @@ extern SCSIEndpointEntry* g_scsiEndpointTargetList;
 /// records are left and enumerated; what a longer chain has beyond the sum is not listed.
 void buildSCSIProtocolEndpointTargetList();
 void clearSCSIProtocolEndpointTargetList();
+inline constexpr ClassList listOfSCSIEndpointTargets = {buildSCSIProtocolEndpointTargetList,
+                                                        clearSCSIProtocolEndpointTargetList};
 
 CmpiObjectPath makePath_SCSIProtocolEndpointTarget(const char* className, const char* nameSpace, int index);
 CmpiInstance makeInstance_SCSIProtocolEndpointTarget(const char* className, const char* nameSpace,

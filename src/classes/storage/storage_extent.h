@@ -25,6 +25,7 @@ extern StorageExtentEntry* g_storageExtentList;
 /// shorter chains leave empty, and what longer chains have beyond the sum is not listed.
 void buildStorageExtentList();
 void clearStorageExtentList();
+inline constexpr ClassList listOfStorageExtents = {buildStorageExtentList, clearStorageExtentList};
 void createStorageExtent(TAVIK_DeviceRecord* device, TAVIK_TargetEntry* target, TAVIK_LunEntry* lun, int index);
 
 CmpiObjectPath makePath_StorageExtent(const char* className, const char* nameSpace, int index);

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -13,14 +15,23 @@ namespace cimhost {
 
 class ByteBuffer {
 public:
+    /// Thrown by what would make the buffer longer than it may be.
+    struct Full : std::exception {
+        [[nodiscard]] const char* what() const noexcept override { return "too many bytes"; }
+    };
+
     ByteBuffer() = default;
+    /// For no more than that many bytes.
+    explicit ByteBuffer(std::size_t most) : longest(most) {}
     explicit ByteBuffer(std::string_view text) { append(text); }
     ByteBuffer(ByteBuffer&& other) noexcept
-        : bytes(std::move(other.bytes)), used(std::exchange(other.used, 0)), room(std::exchange(other.room, 0)) {}
+        : bytes(std::move(other.bytes)), used(std::exchange(other.used, 0)), room(std::exchange(other.room, 0)),
+          longest(other.longest) {}
     ByteBuffer& operator=(ByteBuffer&& other) noexcept {
         bytes = std::move(other.bytes);
         used = std::exchange(other.used, 0);
         room = std::exchange(other.room, 0);
+        longest = other.longest;
         return *this;
     }
 
@@ -51,7 +62,10 @@ public:
     void truncate(std::size_t total) noexcept { used = std::min(used, total); }
 
 private:
-    void grow(std::size_t count) { reallocate(std::max({std::size_t{256}, used + count, room * 2})); }
+    void grow(std::size_t count) {
+        if (count > longest - used) throw Full();
+        reallocate(std::min(longest, std::max({std::size_t{256}, used + count, room * 2})));
+    }
 
     void reallocate(std::size_t total) {
         std::unique_ptr<char[]> larger = std::make_unique_for_overwrite<char[]>(total);
@@ -63,6 +77,7 @@ private:
     std::unique_ptr<char[]> bytes;
     std::size_t used = 0;
     std::size_t room = 0;
+    std::size_t longest = SIZE_MAX;
 };
 
 } // namespace cimhost

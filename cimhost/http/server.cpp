@@ -1,11 +1,11 @@
 #include "cimhost/http/server.h"
 
 #include "cimhost/http/connection.h"
+#include "cimhost/http/stop_signals.h"
 #include "cimhost/http/tls_files.h"
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/signal_set.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/steady_timer.hpp>
 
@@ -17,8 +17,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <iostream>
+#include <mutex>
 #include <stdexcept>
 
 namespace cimhost::http {
@@ -85,8 +85,7 @@ bool isCertifiedBy(SSL_CTX* context, const Authority& authority) {
 
 struct Server::State : ConnectionHost {
     State(Options settings, Handler& requestHandler)
-        : ConnectionHost(std::move(settings), requestHandler), acceptor(io), signals(io), retryTimer(io),
-          graceTimer(io) {
+        : ConnectionHost(std::move(settings), requestHandler), acceptor(io), retryTimer(io), graceTimer(io) {
         if (options.tls) {
             tls = makeTlsContext(*options.tls);
             isCertified = [this](const Authority& authority) { return isCertifiedBy(tls->native_handle(), authority); };
@@ -104,15 +103,19 @@ struct Server::State : ConnectionHost {
     void acceptLater();
     void admit(tcp::socket socket);
     void refuseOne();
+    void stop();
+    void closeAcceptor();
     void beginStop();
     void closeIf(bool (*condition)(Standing::Phase));
 
     std::optional<asio::ssl::context> tls;
     tcp::acceptor acceptor;
-    asio::signal_set signals;
     asio::steady_timer retryTimer;
     asio::steady_timer graceTimer;
     int spareDescriptor = openSpare();
+    std::once_flag told;                    // that it is to stop
+    std::mutex closing;                     // of the acceptor
+    std::optional<StopSignals> stopSignals; // last: its thread uses the above
 };
 
 void Server::State::listen() {
@@ -188,13 +191,26 @@ void Server::State::closeIf(bool (*condition)(Standing::Phase)) {
     }
 }
 
+// From any thread. A loop that could not be told of the message wakes up where nobody can come any more.
+void Server::State::stop() {
+    std::call_once(told, [this] {
+        if (options.onStop) options.onStop();
+    });
+    asio::post(io, [this] { beginStop(); });
+    const std::lock_guard lock(closing);
+    if (acceptor.is_open()) ::shutdown(acceptor.native_handle(), SHUT_RDWR);
+}
+
+void Server::State::closeAcceptor() {
+    const std::lock_guard lock(closing);
+    error_code ignored;
+    acceptor.close(ignored);
+}
+
 void Server::State::beginStop() {
     if (stopping) return;
     stopping = true;
-    if (options.onStop) options.onStop();
-    error_code ignored;
-    acceptor.close(ignored);
-    signals.cancel(ignored);
+    closeAcceptor();
     retryTimer.cancel();
     closeIf(
         [](Standing::Phase phase) { return phase != Standing::Phase::answering && phase != Standing::Phase::writing; });
@@ -227,9 +243,7 @@ void Server::run() {
     state->verifier.join();
 }
 
-void Server::stop() {
-    asio::post(state->io, [server = state.get()] { server->beginStop(); });
-}
+void Server::stop() { state->stop(); }
 
 void Server::useTls(const Tls& files) {
     // A connection shares the context that it began with.
@@ -238,15 +252,7 @@ void Server::useTls(const Tls& files) {
 }
 
 void Server::stopOnSignals() {
-    state->signals.add(SIGINT);
-    state->signals.add(SIGTERM);
-    state->signals.async_wait([server = state.get()](error_code error, int) {
-        if (error) return;
-        // The default action is back for whoever cannot wait.
-        error_code ignored;
-        server->signals.clear(ignored);
-        server->beginStop();
-    });
+    state->stopSignals.emplace([server = state.get()] { server->stop(); });
 }
 
 bool isLoopback(const std::string& address) { return parseAddress(address).is_loopback(); }

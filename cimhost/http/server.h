@@ -61,7 +61,8 @@ struct Options {
     Limits limits;
     /// Called on the network thread with a client's address and the name that he gave with a wrong password.
     std::function<void(std::string_view client, std::string_view user)> onRefusedLogin;
-    std::function<void()> onStop; // called once, on the network thread, when the server begins to stop
+    /// Called once, when the server is to stop, on the thread that says so; again if it throws and that is said again.
+    std::function<void()> onStop;
 };
 
 /// The way back to the client of one request. Any thread may keep and use it for as long as it likes.

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace cimhost {
@@ -233,8 +235,8 @@ CimError errorOf(const std::exception& failure) {
 
 } // namespace
 
-Dispatcher::Dispatcher(Operations& behind, Broker& owner, AuditLog* changes)
-    : operations(behind), broker(owner), audit(changes), tags(behind.repository()) {}
+Dispatcher::Dispatcher(Operations& behind, Broker& owner, AuditLog* changes, std::size_t most)
+    : operations(behind), broker(owner), audit(changes), longestAnswer(most), tags(behind.repository()) {}
 
 void Dispatcher::tell(const Request& request, const Caller& caller, const ChangeNote& change) const {
     if (!audit || accessFor(request) == Access::read) return;
@@ -258,11 +260,7 @@ public:
         document.append(element);
         cimxml::appendAttribute(document, "NAME", request.methodName);
         document.append(">");
-        begin = document.size();
     }
-
-    // Takes back what stands between begin and here.
-    void clear() { document.truncate(begin); }
 
     void end() {
         document.append("</");
@@ -273,7 +271,6 @@ public:
 private:
     ByteBuffer& document;
     std::string_view element;
-    std::size_t begin = 0;
 };
 
 } // namespace
@@ -287,23 +284,32 @@ ByteBuffer Dispatcher::handle(const Request& request, Caller caller) {
     return answer(renamed, std::move(caller));
 }
 
+CimError Dispatcher::tooLong() const {
+    return {CMPI_RC_ERR_FAILED, "the answer would be longer than " + std::to_string(longestAnswer >> 20) +
+                                    " MiB: ask for fewer objects or properties at a time"};
+}
+
 ByteBuffer Dispatcher::answer(const Request& request, Caller caller) {
-    ByteBuffer document;
+    ByteBuffer document(longestAnswer);
     document.reserve(std::min(largestReserve, lastSize.load(std::memory_order_relaxed)));
     Message message(document, request);
     Encoder encoder(document, tags);
     if (!caller.calledNamespace.empty()) encoder.showNamespaceAs(request.nameSpace, caller.calledNamespace);
     ChangeNote change{objectOf(request)};
+    std::optional<CimError> error;
     try {
         RequestScope scope(broker);
         runOperation({operations, scope, request, caller, encoder, change});
+        message.end();
+    } catch (const ByteBuffer::Full&) {
+        error = tooLong();
     } catch (const std::exception& failure) {
-        message.clear();
-        const CimError error = errorOf(failure);
-        encoder.error(error);
-        change.result = statusName(error.code);
+        error = errorOf(failure);
     }
-    message.end();
+    if (error) {
+        document = refuse(request, *error);
+        change.result = statusName(error->code);
+    }
     tell(request, caller, change);
     lastSize.store(document.size() + document.size() / 8, std::memory_order_relaxed);
     return document;

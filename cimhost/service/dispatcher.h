@@ -8,14 +8,19 @@
 #include "cimhost/service/operations.h"
 
 #include <atomic>
+#include <cstddef>
 
 namespace cimhost {
+
+/// Bytes of one answer. The objects that it tells of have a limit of their own, but are shorter than their XML.
+constexpr std::size_t longestAnswerDocument = std::size_t{256} << 20;
 
 class Dispatcher {
 public:
     /// All outlive the dispatcher; the broker is the one whose repository the operations use. Without an audit log
-    /// nobody hears of changes.
-    Dispatcher(Operations& operations, Broker& broker, AuditLog* audit = nullptr);
+    /// nobody hears of changes. Whoever asks for more than longestAnswer bytes is told so in place of it.
+    Dispatcher(Operations& operations, Broker& broker, AuditLog* audit = nullptr,
+               std::size_t longestAnswer = longestAnswerDocument);
 
     /// The response message: a result, or an ERROR with a CIM status. Never throws for what a request or a provider
     /// does. caller.flags are set from the request's parameters. Who asks by a further name of a namespace reads that
@@ -33,11 +38,13 @@ public:
 
 private:
     ByteBuffer answer(const cimxml::Request& request, Caller caller);
+    [[nodiscard]] CimError tooLong() const;
     void tell(const cimxml::Request& request, const Caller& caller, const ChangeNote& change) const;
 
     Operations& operations;
     Broker& broker;
     AuditLog* audit;
+    const std::size_t longestAnswer;
     cimxml::TagTable tags;
     std::atomic<std::size_t> lastSize = 4096; // answers resemble each other: room for the next one
 };

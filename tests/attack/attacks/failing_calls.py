@@ -101,8 +101,8 @@ START_CALLS = ("clone3", "eventfd2", "socket", "mmap", "openat", "bind", "listen
 # What a running server does for its clients, its listeners and its fleet.
 LIFE_CALLS = ("clone3", "accept4", "openat", "fsync", "rename", "socket", "connect", "mmap", "recvmsg",
               "sendmsg", "fcntl", "flock", "fchmod", "newfstatat", "unlink", "mprotect", "ioctl", "setsockopt")  # fmt: skip
-# The event loop's own, of which Asio does not say that they failed: no signal or no connection is noticed any more.
-# The system lets them fail only where its memory for them is exhausted.
+# The event loop's own, of which Asio does not say that they failed: no connection is noticed any more, and nobody is
+# answered. The system lets them fail only where its memory for them is exhausted. The server ends when it is told.
 LOOP_CALLS = ("epoll_ctl", "epoll_wait", "timerfd_settime", "read", "write", "poll")
 START_SECONDS = 20.0  # many times what it takes under strace
 STOP_SECONDS = 30.0  # under strace, with other programs on the same processors
@@ -167,6 +167,30 @@ class OfAStart(Attack):
         require(fault, traced.is_running(), f"it crashed: {traced.process.poll()}: {traced.errors()[-500:]}")
         took = traced.stop(STOP_SECONDS)
         require(fault, traced.process.returncode >= 0, f"status {traced.process.returncode} after {took:.0f} s")
+
+
+class OfAnEventLoop(OfAStart):
+    """Single system calls fail of which an event loop does not say so: SIGTERM ends the server all the same."""
+
+    seconds = 4.0
+
+    def attack(self, server, stopping):
+        trace = server.folder / "trace"
+        self.start(server, None, strace(trace))
+        faults = [fault for fault in faults_of(trace) if fault[0] in ("epoll_ctl", "eventfd2", "timerfd_settime", "pipe2")]
+        for fault in first_places(faults, ["epoll_ctl"]):
+            if stopping.is_set():
+                return
+            self.start(server, fault, strace("/dev/null", "--seccomp-bpf", *failing(*fault)))
+
+    def live(self, traced, fault, must_serve):
+        try:
+            traced.start(START_SECONDS)
+        except CannotStart as error:
+            require(fault, not must_serve and traced.process.poll() is not None, f"it does not start: {error}")
+            return
+        took = traced.stop(STOP_SECONDS)
+        require(fault, traced.process.returncode == 0, f"status {traced.process.returncode} after {took:.0f} s")
 
 
 class Watched:

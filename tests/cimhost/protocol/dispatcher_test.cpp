@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstddef>
+#include <memory>
 #include <ostream>
 #include <sstream>
 #include <thread>
@@ -59,6 +61,16 @@ TEST_F(DispatcherTest, EnumeratingABaseClassCallsTheProviderOnceForEachServedSub
     EXPECT_EQ(countOf(answer, "<VALUE.NAMEDINSTANCE>"), 3U);
     EXPECT_EQ(countOf(answer, "<INSTANCE CLASSNAME=\"T_FibrePort\">"), 2U);
     EXPECT_THAT(answer, HasSubstr("<PROPERTY NAME=\"Mtu\" TYPE=\"uint32\"></PROPERTY>"));
+}
+
+TEST_F(DispatcherTest, AnAnswerThatWouldBeTooLongIsAnErrorThatSaysSo) {
+    host.dispatcher = std::make_unique<Dispatcher>(*host.operations, *host.broker, nullptr, std::size_t{1} << 20);
+    for (int number = 0; number < 4; ++number)
+        host.provider.objects.push_back({"T_FibrePort", std::string(std::size_t{100} << 10, '&') + char('0' + number)});
+    const std::string answer = host.call("EnumerateInstances", className("T_FibrePort"));
+    EXPECT_THAT(answer, StartsWith(error(1)));
+    EXPECT_THAT(answer, HasSubstr("the answer would be longer than 1 MiB: ask for fewer objects or properties"));
+    EXPECT_THAT(host.call("EnumerateInstances", className("T_EtherPort")), HasSubstr("<VALUE.NAMEDINSTANCE>"));
 }
 
 TEST_F(DispatcherTest, EnumeratingAConcreteClassCallsForItAlone) {

@@ -64,6 +64,10 @@ std::optional<Thresholds> thresholdsAt(Memory memory, std::size_t offset, Scale 
     return orderedThresholds({limit(0), limit(1), limit(2), limit(3)}, findings);
 }
 
+bool isMeasured(Memory memory, std::size_t reading, std::size_t thresholds) {
+    return wordAt(memory, reading) != 0 || hasThresholdsAt(memory, thresholds);
+}
+
 Flags flagsAt(Memory memory, std::size_t offset, unsigned highest) {
     return {bitAt(memory, offset, highest), bitAt(memory, offset, highest - 1), bitAt(memory, offset, highest - 2),
             bitAt(memory, offset, highest - 3)};

@@ -82,6 +82,9 @@ std::optional<Thresholds> thresholdsAt(Memory memory, std::size_t offset, Scale 
 /// True where a module has filled the four words of a quantity's limits.
 bool hasThresholdsAt(Memory memory, std::size_t offset);
 
+/// Modules that do not measure a quantity leave its reading and its limits at zero.
+bool isMeasured(Memory memory, std::size_t reading, std::size_t thresholds);
+
 /// Four bits in the order high alarm, low alarm, high warning, low warning.
 /// @param highest the bit of the high alarm; the others follow below it.
 Flags flagsAt(Memory memory, std::size_t offset, unsigned highest);

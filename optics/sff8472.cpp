@@ -77,6 +77,7 @@ public:
     /// @param readable whether the readings themselves are valid.
     Monitor monitor(const Quantity& quantity, bool readable) const {
         Monitor monitor;
+        if (!isMeasured(page_, quantity.reading, quantity.thresholds)) return monitor;
         if (hasFlags_) monitor.flags = flags(quantity);
         if (calibration_ == Calibration::Internal) return internal(quantity, readable, monitor);
         if (!constantsAreRight_) return monitor;

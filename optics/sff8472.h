@@ -24,7 +24,8 @@ namespace optics {
 /// status                      | A2h 110: 7 disabled, 2 fault, 1 loss, 0 not ready | | flags                       |
 /// A2h 112, 113 (alarms), 116, 117 (warnings) (table 9-12) |
 ///
-/// What is not told is absent, and `findings` has the reason. Receive power below zero, as some calibration polynomials
+/// What is not told is absent, and `findings` has the reason. A quantity whose reading and limits are all zero is not
+/// measured. Receive power below zero, as some calibration polynomials
 /// have it in the dark, is zero.
 ///
 /// @param identityPage page A0h: 96 bytes or more are needed; @param diagnosticsPage page A2h, or nothing.

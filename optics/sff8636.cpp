@@ -74,6 +74,7 @@ Identity decodeIdentity(Memory memory, bool checksumIsRight) {
 void decodeLane(Memory memory, std::size_t index, bool isReady, Lane& lane, Findings& findings) {
     for (const auto& quantity : laneQuantities) {
         auto& monitor = lane.*quantity.monitor;
+        if (!isMeasured(memory, quantity.readings + 2 * index, quantity.thresholds)) continue;
         monitor.thresholds = thresholdsAt(memory, quantity.thresholds, quantity.scale, findings);
         if (!isReady) continue;
         monitor.reading = scaledAt(memory, quantity.readings + 2 * index, quantity.scale);
@@ -90,6 +91,7 @@ void decodeLane(Memory memory, std::size_t index, bool isReady, Lane& lane, Find
 Monitor moduleMonitor(Memory memory, std::size_t reading, std::size_t thresholds, std::size_t flags, bool isReady,
                       Scale scale, Findings& findings) {
     Monitor monitor;
+    if (!isMeasured(memory, reading, thresholds)) return monitor;
     monitor.thresholds = thresholdsAt(memory, thresholds, scale, findings);
     if (!isReady) return monitor;
     monitor.reading = scaledAt(memory, reading, scale);

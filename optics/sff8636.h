@@ -28,7 +28,8 @@ constexpr std::size_t sff8636Size = 640;
 /// 4 faults, 86 disabled, 2: bit 0 not ready, bit 2 no further pages | | flags                       | 6, 7; two lanes
 /// a byte: 9 and 10 receive power, 11 and 12 bias, 13 and 14 transmit power |
 ///
-/// There is no checksum over page 03h. Bit 3 of 131 and the like name several standards; the fastest is told.
+/// There is no checksum over page 03h. Byte 131 can name several standards; the fastest is told. A quantity whose
+/// reading and limits are all zero is not measured.
 Module decodeSff8636(Memory memory);
 
 } // namespace optics

@@ -1,7 +1,11 @@
 #include "tavik/host/dump.h"
 
+#include <array>
+#include <cstdio>
 #include <type_traits>
 
+#include "optics/level.h"
+#include "optics/sff8472.h"
 #include "tavik/host/module_translation.h"
 #include "tavik/host/text_forms.h"
 
@@ -118,6 +122,33 @@ void dumpParent(Page& page, const Attribute<DeviceParent>& attribute) {
     });
 }
 
+std::string fixed(double number, int decimals, const char* unit) {
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%.*f %s", decimals, number, unit);
+    return text.data();
+}
+
+void dumpMonitor(Page& page, const std::string& label, const optics::Monitor& monitor, int decimals, const char* unit) {
+    if (!monitor.reading) return;
+    const auto level = optics::levelOf(monitor);
+    const auto standing = level == optics::Level::Unknown ? "" : ", " + std::string(optics::nameOf(level));
+    page.line(label, fixed(*monitor.reading, decimals, unit) + standing);
+}
+
+/** What page A2 says, and what of both pages cannot be believed. */
+void dumpReadings(Page& page, const Transceiver& transceiver) {
+    const auto module = optics::decodeSff8472(transceiver.pageA0, transceiver.pageA2);
+    const auto lane = optics::worstLane(module);
+    dumpMonitor(page, "temperature", module.temperatureCelsius, 2, "degrees Celsius");
+    dumpMonitor(page, "supply", module.supplyVolts, 3, "V");
+    dumpMonitor(page, "bias", lane.biasMilliamperes, 3, "mA");
+    dumpMonitor(page, "transmit power", lane.transmitPowerMilliwatts, 4, "mW");
+    dumpMonitor(page, "receive power", lane.receivePowerMilliwatts, 4, "mW");
+    for (unsigned i = 0; i < static_cast<unsigned>(optics::Finding::Count); ++i)
+        if (const auto finding = static_cast<optics::Finding>(i); module.findings.has(finding))
+            page.line("note", std::string(optics::sentenceOf(finding)));
+}
+
 void dumpTransceiver(Page& page, const Attribute<Transceiver>& attribute) {
     page.part("transceiver", attribute, [&](const Transceiver& transceiver) {
         page.line("vendor", serialIdText(transceiver.pageA0, 20));
@@ -125,6 +156,7 @@ void dumpTransceiver(Page& page, const Attribute<Transceiver>& attribute) {
         page.line("serial number", serialIdText(transceiver.pageA0, 68));
         page.line("bytes of page A0", transceiver.pageA0.size());
         page.line("bytes of page A2", transceiver.pageA2.size());
+        dumpReadings(page, transceiver);
     });
 }
 

@@ -211,14 +211,21 @@ void describePci(const Attribute<DeviceParent>& parent, StorageFunction& storage
     storage.pciSubsystemDeviceId = parent->pci->subsystemDevice.valueOr(0);
 }
 
+/** Fibre Channel over Ethernet in software goes through the module of its interface. */
+const Attribute<Transceiver>& moduleOf(const HostPort& port, const FibreChannelHost& host) {
+    const bool isOverEthernet = host.networkInterface.present() && port.networkDevice != nullptr;
+    return host.transceiver || !isOverEthernet ? host.transceiver : port.networkDevice->transceiver;
+}
+
 StorageFunction describeStorage(const HostPort& port, const FibreChannelHost& host, const CardContext& context) {
     StorageFunction storage;
+    const auto& module = moduleOf(port, host);
     storage.protocolType = host.networkInterface ? protocolFCoE : protocolFibreChannel;
     storage.handle = handleOfHost(host.number);
     storage.deviceNumber = static_cast<std::uint16_t>(host.number);
     describePci(host.parent, storage);
     storage.nodeName = host.nodeName.valueOr({});
-    storage.property = describePortProperty(host.link, host.transceiver.present());
+    storage.property = describePortProperty(host.link, module.present());
     storage.modelName = host.model.valueOr(context.identity.model);
     storage.driverVersion = host.driverVersion.valueOr({});
     storage.driverFirmwareVersion = host.firmwareVersion.valueOr({});
@@ -228,7 +235,7 @@ StorageFunction describeStorage(const HostPort& port, const FibreChannelHost& ho
         storage.eNodeMac = *port.networkDevice->currentAddress;
     storage.targets = describeTargets(host.remotePorts);
     storage.vpd = describeVpd(context);
-    if (host.transceiver) storage.transceiver = *host.transceiver;
+    if (module) storage.transceiver = *module;
     storage.statistics = describeStatistics(host.counters);
     return storage;
 }

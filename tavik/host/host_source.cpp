@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <utility>
@@ -120,8 +121,7 @@ public:
 
     Answer<PortProperty> portProperty(std::uint32_t handle) override {
         if (!isLoaded(handle)) return Answer<PortProperty>::failure(statusNoSuchDevice);
-        const auto number = hostOfHandle(handle);
-        return describePortProperty(fibreChannel_.link(number), fibreChannel_.transceiver(number).present());
+        return describePortProperty(fibreChannel_.link(hostOfHandle(handle)), hasTransceiver(handle));
     }
 
     Answer<Bytes> vpd(std::uint32_t handle) override {
@@ -139,7 +139,10 @@ public:
 
     Answer<Transceiver> storageTransceiver(std::uint32_t handle) override {
         if (!isLoaded(handle)) return Answer<Transceiver>::failure(statusNoSuchDevice);
-        return answer(fibreChannel_.transceiver(hostOfHandle(handle)));
+        const auto number = hostOfHandle(handle);
+        if (const auto module = fibreChannel_.transceiver(number)) return *module;
+        return answer(fibreChannel_.networkInterface(number).then(
+            [this](const std::string& interface) { return network_.transceiver(interface); }));
     }
 
     Answer<std::string> multiBootVersion(std::uint32_t handle) override { return noData<std::string>(handle); }
@@ -204,6 +207,13 @@ private:
         return interfaces_.contains(std::string(deviceName)) && network_.exists(std::string(deviceName));
     }
 
+    /** Over Ethernet that of the load: the interface's module would be read over its bus for every question. */
+    bool hasTransceiver(std::uint32_t handle) {
+        if (fibreChannel_.transceiver(hostOfHandle(handle))) return true;
+        const std::lock_guard lock(mutex_);
+        return ethernetModules_.contains(handle);
+    }
+
     bool hasUntoldLink() {
         std::map<std::string, std::uint32_t> told;
         {
@@ -219,17 +229,22 @@ private:
     void remember(const Fleet& fleet) {
         std::map<std::string, std::uint32_t> interfaces;
         std::map<std::uint32_t, Bytes> vpds;
+        std::set<std::uint32_t> ethernetModules;
         for (const auto& card : *fleet.cards)
             for (const auto& port : *card.ports)
                 for (const auto& function : *port.functions) {
                     if (const auto* nic = std::get_if<NicFunction>(&function))
                         interfaces[nic->deviceName] = nic->link.state;
-                    if (const auto* storage = std::get_if<StorageFunction>(&function))
-                        vpds[storage->handle] = storage->vpd.value_or(Bytes());
+                    const auto* storage = std::get_if<StorageFunction>(&function);
+                    if (storage == nullptr) continue;
+                    vpds[storage->handle] = storage->vpd.value_or(Bytes());
+                    if (storage->transceiver && fibreChannel_.networkInterface(hostOfHandle(storage->handle)))
+                        ethernetModules.insert(storage->handle);
                 }
         const std::lock_guard lock(mutex_);
         interfaces_ = std::move(interfaces);
         vpdOfHandle_ = std::move(vpds);
+        ethernetModules_ = std::move(ethernetModules);
     }
 
     const SysTree tree_;
@@ -243,6 +258,8 @@ private:
     bool isPutOff_ = false;                           ///< the last question's change
     std::map<std::string, std::uint32_t> interfaces_; ///< of the load, with the link state that was told last
     std::map<std::uint32_t, Bytes> vpdOfHandle_;      ///< a card's memory is read once a load, because that is slow
+
+    std::set<std::uint32_t> ethernetModules_; ///< handles of Fibre Channel over an interface with a module
 
     std::optional<StateWatch> watch_; // last: its thread ends first
 };

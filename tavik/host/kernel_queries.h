@@ -24,7 +24,9 @@ struct DriverInfo {
 
 /** The memory of a plugged transceiver module, laid out as its kind says. */
 struct ModuleMemory {
-    enum Kind : std::uint32_t { Sff8079 = 1, Sff8472 = 2, Sff8636 = 3, Sff8436 = 4 };
+    /** The kernel's numbers. It has none for CMIS, whose pages it gives one by one: ours is that of the QSFP-DD in
+     *  SFF-8024, and the content is laid out as optics::decodeCmis takes it. */
+    enum Kind : std::uint32_t { Sff8079 = 1, Sff8472 = 2, Sff8636 = 3, Sff8436 = 4, Cmis = 0x18 };
 
     std::uint32_t kind = 0; ///< a Kind or a number that has no name here
     Bytes content;          ///< at most largestModuleMemory

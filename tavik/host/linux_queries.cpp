@@ -18,6 +18,9 @@
 
 #include <libmnl/libmnl.h>
 
+#include "tavik/host/ethtool_netlink.h"
+#include "tavik/host/module_pages.h"
+
 namespace tavik::host {
 
 namespace {
@@ -163,7 +166,22 @@ public:
         return address;
     }
 
+    /** The newer call for modules of several lanes. Older kernels answer it for an SFP module's second page with
+     * another place of its memory, so SFP modules are read by the older call wherever that works. */
     Attribute<ModuleMemory> moduleMemory(const std::string& interface) override {
+        EthtoolNetlink netlink;
+        const auto read = [&](const HalfPage& half) { return netlink.halfPage(interface, half); };
+        if (auto memory = readSeveralLanes(read)) return memory;
+        auto memory = olderModuleMemory(interface);
+        if (memory) return memory;
+        auto sfp = readSfp(read);
+        return sfp ? sfp : memory;
+    }
+
+    Attribute<std::vector<InterfaceAddress>> addresses() override { return AddressDump().run(); }
+
+private:
+    Attribute<ModuleMemory> olderModuleMemory(const std::string& interface) const {
         ethtool_modinfo info{};
         info.cmd = ETHTOOL_GMODULEINFO;
         if (const int error = socket_.ethtool(interface, &info)) return systemAbsence(error);
@@ -174,9 +192,6 @@ public:
         return ModuleMemory{info.type, *content};
     }
 
-    Attribute<std::vector<InterfaceAddress>> addresses() override { return AddressDump().run(); }
-
-private:
     Attribute<Bytes> readModule(const std::string& interface, std::uint32_t size) const {
         CommandWithData<ethtool_eeprom, largestModuleMemory> command;
         ethtool_eeprom request{};

@@ -7,24 +7,29 @@
 
 namespace tavik::host {
 
-/** SFF-8079 and SFF-8472 modules pass on as they are, page A0 and page A2. Of SFF-8436 and SFF-8636 modules (QSFP)
- *  these move to where SFP modules have them, and page A2 stays empty:
+/** SFF-8079 and SFF-8472 modules pass on as they are, page A0 and page A2. Of SFF-8436 and SFF-8636 (QSFP) and of CMIS
+ *  modules (QSFP-DD and later) these move to where SFP modules have them:
  *
- *  | fact            | QSFP, page 0 | page A0 |
- *  |-----------------|--------------|---------|
- *  | identifier      | 128          | 0       |
- *  | ext. identifier | 129          | 1       |
- *  | connector       | 130          | 2       |
- *  | nominal rate    | 140          | 12      |
- *  | vendor name     | 148 to 163   | 20 to 35|
- *  | vendor OUI      | 165 to 167   | 37 to 39|
- *  | part number     | 168 to 183   | 40 to 55|
- *  | revision        | 184 to 185   | 56 to 59, padded with blanks |
- *  | wavelength      | 186 to 187, in twentieths of a nanometre | 60 to 61, in nanometres |
- *  | serial number   | 196 to 211   | 68 to 83|
- *  | date code       | 212 to 219   | 84 to 91|
+ *  | fact            | QSFP         | CMIS, page 00h | page A0 |
+ *  |-----------------|--------------|----------------|---------|
+ *  | identifier      | 128          | 128            | 0       |
+ *  | ext. identifier | 129          |                | 1       |
+ *  | connector       | 130          | 203            | 2       |
+ *  | 10GBASE-SR, LR and LRM | 131 bits 4 to 6 |      | 3       |
+ *  | distance and speeds of Fibre Channel | 135, 138 | | 7, 10 |
+ *  | copper cable, passive or active | 147 bits 4 to 7 | 212 | 8 bits 2 and 3 |
+ *  | nominal rate    | 140, 222     |                | 12, 66  |
+ *  | vendor name     | 148 to 163   | 129 to 144     | 20 to 35|
+ *  | extended compliance | 192, where 131 bit 7 says so | | 36 |
+ *  | vendor OUI      | 165 to 167   | 145 to 147     | 37 to 39|
+ *  | part number     | 168 to 183   | 148 to 163     | 40 to 55|
+ *  | revision        | 184 to 185   | 164 to 165     | 56 to 59, padded with blanks |
+ *  | wavelength, not of copper | 186 to 187 | page 01h: 138 to 139 | 60 to 61, in whole nanometres |
+ *  | serial number   | 196 to 211   | 166 to 181     | 68 to 83|
+ *  | date code       | 212 to 219   | 182 to 189     | 84 to 91|
  *
- *  The compliance codes are left at zero, because their meaning differs; both checksums of page A0 are made anew.
+ *  Page A2 has the module's diagnostics where it tells any, of its several lanes the worst: encodeDiagnosticsPage. Both
+ *  checksums of page A0 are made anew; where the module's own is wrong, so is the new one.
  *  Absent for a module of another kind, one whose memory is too short, or one that answers with ones only. */
 Attribute<Transceiver> translateModule(const ModuleMemory& memory);
 

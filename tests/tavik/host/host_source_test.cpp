@@ -9,6 +9,7 @@
 #include "tavik/host/module_translation.h"
 #include "tavik/host/pci_vpd.h"
 #include "tavik/host/text_forms.h"
+#include "tests/optics/memories.h"
 
 namespace tavik::host::test {
 namespace {
@@ -242,6 +243,23 @@ TEST(HostSource, queriesAnswerAsTheFleetDid) {
     EXPECT_EQ(source->ipConfiguration("eth2").value, *nic.ip);
     EXPECT_EQ(source->fcoeLinkage("eth2").value, nic.fcoeLinkage);
     EXPECT_EQ(source->nicTransceiver("eth2").status, statusNoData);
+}
+
+TEST(HostSource, fibreChannelOverEthernetHasTheModuleOfItsInterface) {
+    ScratchTree tree;
+    tree.copy("fibre-channel");
+    const auto memory = optics::tests::qsfp28Memory();
+    tree.file("kernel/net/eth2/module_kind", "3");
+    tree.file("kernel/net/eth2/module_memory", {memory.begin(), memory.end()});
+    const auto source = sourceOf(SysTree(tree.root()));
+    const auto fleet = load(*source);
+    const auto& storage = functionOf<StorageFunction>(cardOf(fleet, "CNA-0001"), 0);
+    ASSERT_TRUE(storage.transceiver);
+    EXPECT_EQ(serialIdText(storage.transceiver->pageA0, 68), "EXQ0000007");
+    EXPECT_EQ(storage.transceiver->pageA2.size(), 256U);
+    EXPECT_EQ(source->storageTransceiver(storage.handle).value, *storage.transceiver);
+    EXPECT_EQ(source->portProperty(storage.handle).value, storage.property);
+    EXPECT_EQ(storage.property.transceiverKind, 6U);
 }
 
 TEST(HostSource, countersAreTheKernelsAndWrapAt32Bits) {

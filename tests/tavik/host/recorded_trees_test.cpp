@@ -29,8 +29,8 @@ TEST_P(RecordedTree, readsAsExpected) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, RecordedTree,
-                         testing::Values("broken-attributes", "fibre-channel", "several-lanes", "software-interfaces", "two-port-card",
-                                         "virtual-functions", "virtual-machine"),
+                         testing::Values("broken-attributes", "fibre-channel", "several-lanes", "software-interfaces",
+                                         "two-port-card", "virtual-functions", "virtual-machine"),
                          [](const auto& tree) {
                              std::string name = tree.param;
                              for (auto& character : name)

@@ -112,6 +112,15 @@ void CommandLine::onRun(CLI::App& command, Action action) {
     command.callback([this, action = std::move(action)] { given = action; });
 }
 
+void CommandLine::onRun(CLI::App& command, const ServerOptions& servers, Action action) {
+    command.callback([this, &servers, action = std::move(action)] {
+        given = action;
+        asksProvider = !servers.areGiven();
+        if (asksProvider || settings.fleet.empty()) return;
+        throw CLI::ValidationError("--fleet", "is for the adapters here, and --server asks elsewhere");
+    });
+}
+
 void CommandLine::onRunAlone(CLI::App& command, Action action) {
     command.callback([this, action = std::move(action)] {
         given = action;

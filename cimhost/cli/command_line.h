@@ -43,6 +43,8 @@ public:
 
     /// What to do for a command. It owns what its options write to.
     void onRun(CLI::App& command, Action action);
+    /// For one that asks CIM servers where its options name some.
+    void onRun(CLI::App& command, const ServerOptions& servers, Action action);
     /// For a command that does not ask the provider: its source of adapters may be missing.
     void onRunAlone(CLI::App& command, Action action);
 

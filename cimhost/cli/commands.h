@@ -1,6 +1,8 @@
 // The commands of the program, after their options were read.
 #pragma once
 
+#include "cimhost/cli/messages.h"
+#include "cimhost/cli/server_options.h"
 #include "cimhost/cli/terminal.h"
 #include "cimhost/service/host.h"
 
@@ -13,7 +15,7 @@
 namespace cimhost::cli {
 
 /// Exit status of the program.
-enum ExitStatus : int { ok = 0, cimError = 1, cannotStart = 2, cutShort = 3, methodFailed = 4 };
+enum ExitStatus : int { ok = 0, cimError = 1, cannotStart = 2, cutShort = 3, methodFailed = 4, someFailed = 5 };
 
 struct ServeOptions {
     std::string listen; ///< "127.0.0.1:5988", "[::1]:5988"; the port may be left out
@@ -50,6 +52,10 @@ struct QueryOptions {
 /// start.
 void ask(const HostOptions& hostOptions, const QueryOptions& options);
 
+/// The same of CIM servers. Where they fail they are told on standard error. Throws only where nobody was asked.
+ExitStatus ask(const HostOptions& hostOptions, const QueryOptions& options, const ServerOptions& servers,
+               const MessageOptions& messages);
+
 struct InvokeOptions {
     std::string object;
     std::string method;
@@ -62,6 +68,10 @@ struct InvokeOptions {
 /// bytes of a file; that of a reference is a path; without a value the argument is null. Throws as above.
 /// @return why the method failed, by what it returned; empty if it did not.
 std::string invoke(const HostOptions& hostOptions, const InvokeOptions& options);
+
+/// The same at CIM servers, as ask() does.
+ExitStatus invoke(const HostOptions& hostOptions, const InvokeOptions& options, const ServerOptions& servers,
+                  const MessageOptions& messages);
 
 struct ImageOptions {
     std::string file;

@@ -1,6 +1,9 @@
 #include "cimhost/cli/commands.h"
+#include "cimhost/cli/local_source.h"
 #include "cimhost/cli/output_stream.h"
 #include "cimhost/cli/own_location.h"
+#include "cimhost/cli/remote_source.h"
+#include "cimhost/cli/server_round.h"
 #include "cimhost/cli/values_text.h"
 #include "cimhost/model/cim_type.h"
 #include "cimhost/service/method_requests.h"
@@ -14,6 +17,7 @@
 #include <deque>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 namespace cimhost::cli {
 
@@ -112,34 +116,43 @@ std::string jsonOf(const Outcome& outcome) {
     return answer.dump(2) + '\n';
 }
 
-/// What the command prints, and what is wrong with it.
-struct Answer {
-    std::string text;
-    std::string failure; ///< empty: nothing
-};
-
 std::string failureOf(const MethodDeclaration& method, const Outcome& outcome) {
     if (!tellsOfFailure(outcome)) return {};
     return method.name + " answered " + withMeaning(method, *outcome.returnValue) +
            "; the provider's log tells why, if meroltcna.properties says ErrorLog=1 and DebugLog=1";
 }
 
-Answer answer(Host& host, const InvokeOptions& options) {
-    RequestScope scope(host.broker());
-    Operations& operations = host.operations();
-    const cimxml::ObjectPath target = parseObject(options, operations.repository());
-    const MethodDeclaration& method =
-        Operations::findMethod(operations.findClass(target.nameSpace, target.className), options.method);
+/// What is to be called, read once for all servers: an argument may be a file.
+struct PreparedCall {
+    cimxml::ObjectPath target;
+    const MethodDeclaration& method;
     std::deque<Argument> arguments;
-    std::vector<NamedValue> values;
-    for (const std::string& text : options.arguments) {
-        const Argument& added = arguments.emplace_back(parseArgument(method, text));
-        values.push_back({added.name, &added.value});
+    Form form;
+};
+
+/// declaration is that of the target's class, null where it is not declared here.
+PreparedCall prepare(const InvokeOptions& options, cimxml::ObjectPath target, const ClassDeclaration* declaration) {
+    if (!declaration) {
+        throw CimFailure(CMPI_RC_ERR_INVALID_CLASS, "class " + target.className.substr(0, 64) +
+                                                        " is not declared here, so its arguments have no types; --mof "
+                                                        "names the folder of class definitions");
     }
+    PreparedCall call{std::move(target), Operations::findMethod(*declaration, options.method), {}, options.form};
+    for (const std::string& text : options.arguments)
+        call.arguments.push_back(parseArgument(call.method, text));
+    return call;
+}
+
+ServerAnswer answer(ObjectSource& source, const PreparedCall& call) {
+    RequestScope scope(source.broker());
+    const std::string& nameSpace = call.target.nameSpace;
+    std::vector<NamedValue> values;
+    for (const Argument& argument : call.arguments)
+        values.push_back({argument.name, &argument.value});
     const Outcome outcome =
-        operations.invokeMethod(scope, {}, makePath(scope, target.nameSpace, target), method,
-                                makeArguments(scope, target.nameSpace, method, values, operations.arrayArguments));
-    return {options.form == Form::json ? jsonOf(outcome) : listOf(method, outcome), failureOf(method, outcome)};
+        source.invokeMethod(scope, makePath(scope, nameSpace, call.target), call.method,
+                            makeArguments(scope, nameSpace, call.method, values, source.arrayArguments()));
+    return {call.form == Form::json ? jsonOf(outcome) : listOf(call.method, outcome), failureOf(call.method, outcome)};
 }
 
 } // namespace
@@ -148,10 +161,22 @@ std::string invoke(const HostOptions& hostOptions, const InvokeOptions& options)
     useOwnInstallLocation();
     const CleanOutput output(hostOptions.broker.log);
     Host host(hostOptions);
-    const Answer given = answer(host, options);
+    LocalSource source(host.operations(), host.broker());
+    cimxml::ObjectPath target = parseObject(options, source.repository());
+    const ClassDeclaration* declaration = source.findClass(target.nameSpace, target.className);
+    const ServerAnswer given = answer(source, prepare(options, std::move(target), declaration));
     output.write(given.text);
     host.shutdown();
     return given.failure;
+}
+
+ExitStatus invoke(const HostOptions& hostOptions, const InvokeOptions& options, const ServerOptions& servers,
+                  const MessageOptions& messages) {
+    DeclaredClasses declared(hostOptions, options.nameSpace);
+    cimxml::ObjectPath target = parseObject(options, declared.repository);
+    const ClassDeclaration* declaration = declared.repository.find(target.nameSpace, target.className);
+    const PreparedCall call = prepare(options, std::move(target), declaration);
+    return askServers(servers, messages, declared, [&](ObjectSource& source) { return answer(source, call); });
 }
 
 } // namespace cimhost::cli

@@ -102,16 +102,18 @@ std::string jsonOf(const std::vector<const ObjectPathObject*>& paths) {
     return dump(list);
 }
 
-std::string jsonOf(const std::vector<const ClassDeclaration*>& classes, const Registration& registration) {
+std::string jsonOf(const std::vector<ListedClass>& classes, const Registration& registration) {
     Json list = Json::array();
-    for (const ClassDeclaration* declaration : classes) {
+    for (const ListedClass& listed : classes) {
+        const ClassDeclaration* declaration = listed.declaration;
+        const auto told = [declaration](bool fact) { return declaration ? Json(fact) : Json(nullptr); };
         Json object;
-        object["class"] = declaration->name();
-        object["superclass"] = declaration->superclass() ? Json(declaration->superclass()->name()) : Json(nullptr);
-        object["abstract"] = declaration->isAbstract();
-        object["association"] = declaration->isAssociation();
-        object["indication"] = declaration->isIndication();
-        object["served"] = registration.serves(*declaration, ProviderKind::instance);
+        object["class"] = listed.name;
+        object["superclass"] = listed.superclass.empty() ? Json(nullptr) : Json(listed.superclass);
+        object["abstract"] = told(declaration && declaration->isAbstract());
+        object["association"] = told(declaration && declaration->isAssociation());
+        object["indication"] = told(declaration && declaration->isIndication());
+        object["served"] = told(declaration && registration.serves(*declaration, ProviderKind::instance));
         list.push_back(std::move(object));
     }
     return dump(list);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cimhost/broker/objects.h"
+#include "cimhost/cli/object_source.h"
 #include "cimhost/service/registration.h"
 
 #include <string>
@@ -20,6 +21,7 @@ std::string jsonOf(const InstanceObject& instance);
 std::string jsonOf(const std::vector<const ObjectPathObject*>& paths);
 
 /// [{"class": ..., "superclass": ..., "abstract": ..., "association": ..., "indication": ..., "served": ...}]
-std::string jsonOf(const std::vector<const ClassDeclaration*>& classes, const Registration& registration);
+/// The last four are null for a class that is not declared here.
+std::string jsonOf(const std::vector<ListedClass>& classes, const Registration& registration);
 
 } // namespace cimhost::cli

@@ -1,6 +1,7 @@
 #include "cimhost/cli/messages.h"
 
 #include "cimhost/cli/terminal.h"
+#include "cimhost/model/printable.h"
 
 #include <nlohmann/json.hpp>
 
@@ -14,6 +15,8 @@ namespace cimhost::cli {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+constexpr const char* clearLine = "\r\033[K";
 
 // Not to std::cerr, which is the provider's while a command asks it.
 void write(const std::string& line) { std::clog << line << '\n' << std::flush; }
@@ -72,7 +75,26 @@ void sayError(const MessageOptions& options, const CimFailure& failure) {
         jsonLine("error", {{"code", static_cast<int>(code)}, {"name", statusName(code)}, {"message", failure.what()}}));
 }
 
-Progress::Progress(const MessageOptions& options, std::string waitedFor) : what(std::move(waitedFor)) {
+void sayServerError(const MessageOptions& options, std::string_view server, const CimError* status,
+                    std::string_view reason) {
+    if (!options.json) {
+        const std::string front =
+            status ? std::string(statusName(status->code)) + " (" + std::to_string(status->code) + "): " : "";
+        return write(name() + printable(server) + ": " + front + printable(reason));
+    }
+    Json error = {{"server", server}};
+    if (status) {
+        error["code"] = static_cast<int>(status->code);
+        error["name"] = statusName(status->code);
+    }
+    error["message"] = reason;
+    write(jsonLine("error", std::move(error)));
+}
+
+Progress::Progress(const MessageOptions& options, std::string waitedFor)
+    : Progress(options, [waitedFor = std::move(waitedFor)] { return waitedFor; }) {}
+
+Progress::Progress(const MessageOptions& options, std::function<std::string()> waitedFor) : what(std::move(waitedFor)) {
     if (options.json || options.verbosity == Verbosity::quiet || !isTerminal(STDERR_FILENO)) return;
     thread = std::thread([this] { run(); });
 }
@@ -87,13 +109,19 @@ Progress::~Progress() {
     thread.join();
 }
 
+void Progress::clear() {
+    const std::lock_guard guard(mutex);
+    if (std::exchange(isShown, false)) std::clog << clearLine << std::flush;
+}
+
 void Progress::run() {
-    constexpr const char* clearLine = "\r\033[K";
     std::unique_lock guard(mutex);
     int seconds = 0;
-    while (!changed.wait_for(guard, std::chrono::seconds(1), [this] { return isOver; }))
-        std::clog << clearLine << "cimhost: " << what << ", " << ++seconds << " s" << std::flush;
-    if (seconds > 0) std::clog << clearLine << std::flush;
+    while (!changed.wait_for(guard, std::chrono::seconds(1), [this] { return isOver; })) {
+        std::clog << clearLine << "cimhost: " << what() << ", " << ++seconds << " s" << std::flush;
+        isShown = true;
+    }
+    if (isShown) std::clog << clearLine << std::flush;
 }
 
 } // namespace cimhost::cli

@@ -5,6 +5,7 @@
 #include "cimhost/service/cim_failure.h"
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -27,19 +28,29 @@ void sayError(const MessageOptions& options, std::string_view reason);
 /// The same with the status of CIM (DSP0200, 5.3), in JSON as "code" and "name".
 void sayError(const MessageOptions& options, const CimFailure& failure);
 
+/// The same of one of several servers. status is null where the failure is none of CIM.
+void sayServerError(const MessageOptions& options, std::string_view server, const CimError* status,
+                    std::string_view reason);
+
 /// While it lives, and from the end of the first second, tells a person at a terminal what is waited for. Nothing where
 /// standard error is no terminal, or where it should be quiet or JSON.
 class Progress {
 public:
     Progress(const MessageOptions& options, std::string what);
+    /// @param what tells anew each second, by any thread
+    Progress(const MessageOptions& options, std::function<std::string()> what);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
+    /// Takes the line away, until it is told again: before something else is printed.
+    void clear();
+
 private:
     void run();
 
-    const std::string what;
+    const std::function<std::string()> what;
+    bool isShown = false;
     std::mutex mutex;
     std::condition_variable changed;
     bool isOver = false;

@@ -39,27 +39,53 @@ std::string contentText(const InstanceObject& instance) {
     return text;
 }
 
-std::vector<const InstanceObject*> allInstances(Operations& operations, RequestScope& scope,
-                                                std::string_view nameSpace) {
-    std::vector<const InstanceObject*> all;
-    for (const ClassDeclaration* declaration : operations.enumerateClasses(nameSpace, std::nullopt, true)) {
-        if (declaration->isAssociation() || !operations.registration().serves(*declaration, ProviderKind::instance)) {
-            continue;
+// Those of the classes that the provider serves. A server may have the provider of another day, with fewer of them.
+class ServedClasses {
+public:
+    ServedClasses(ObjectSource& asked, std::string_view where) : source(asked), nameSpace(where) {}
+
+    std::vector<const InstanceObject*> instances(RequestScope& scope) {
+        std::vector<const InstanceObject*> all;
+        for (const ClassDeclaration* declaration : source.declaredClasses(nameSpace)) {
+            if (!isWanted(*declaration)) continue;
+            for (const InstanceObject* instance : instancesOf(scope, *declaration)) {
+                if (instance->declaration() == declaration) all.push_back(instance);
+            }
         }
-        for (const InstanceObject* instance :
-             operations.enumerateInstances(scope, {}, *declaration, true, std::nullopt)) {
-            if (instance->declaration() == declaration) all.push_back(instance);
+        if (!hasAny && firstFailure) throw CimFailure(*firstFailure);
+        return all;
+    }
+
+private:
+    [[nodiscard]] bool isWanted(const ClassDeclaration& declaration) const {
+        return !declaration.isAssociation() && source.registration().serves(declaration, ProviderKind::instance);
+    }
+
+    std::vector<const InstanceObject*> instancesOf(RequestScope& scope, const ClassDeclaration& declaration) {
+        try {
+            auto found = source.enumerateInstances(scope, nameSpace, declaration.name());
+            hasAny = true;
+            return found;
+        } catch (const CimFailure& failure) {
+            const CMPIrc code = failure.error().code;
+            if (code != CMPI_RC_ERR_INVALID_CLASS && code != CMPI_RC_ERR_NOT_SUPPORTED) throw;
+            if (!firstFailure) firstFailure = failure.error();
+            return {};
         }
     }
-    return all;
-}
+
+    ObjectSource& source;
+    std::string_view nameSpace;
+    bool hasAny = false;
+    std::optional<CimError> firstFailure;
+};
 
 // Where associations lead from an object, told in numbers of objects. Answers are remembered: a class has more than one
 // placement, and roads share their steps.
 class Roads {
 public:
-    Roads(Operations& behind, Broker& owner, std::vector<const InstanceObject*> instances)
-        : operations(behind), broker(owner), objects(std::move(instances)) {
+    Roads(ObjectSource& asked, std::vector<const InstanceObject*> instances)
+        : source(asked), objects(std::move(instances)) {
         for (std::size_t number = 0; number < objects.size(); ++number)
             byPath[pathText(*objects[number])].push_back(number);
     }
@@ -96,12 +122,12 @@ private:
     }
 
     Numbers ask(std::size_t from, std::string_view association) {
-        RequestScope scope(broker);
+        RequestScope scope(source.broker());
         const AssociationFilter filter{std::string(association), "", "", ""};
         Numbers reached;
         try {
             for (const InstanceObject* instance :
-                 operations.associators(scope, {}, *objects[from]->path(scope.arena()), filter, std::nullopt)) {
+                 source.associators(scope, *objects[from]->path(scope.arena()), filter)) {
                 if (const std::optional<std::size_t> number = find(*instance, reached)) reached.push_back(*number);
             }
         } catch (const CimFailure& failure) {
@@ -124,8 +150,7 @@ private:
         return known->second.front();
     }
 
-    Operations& operations;
-    Broker& broker;
+    ObjectSource& source;
     std::vector<const InstanceObject*> objects;
     std::unordered_map<std::string, Numbers> byPath;
     std::map<std::pair<std::size_t, std::string>, Numbers> steps;
@@ -240,8 +265,8 @@ private:
 
 } // namespace
 
-ObjectTree growTree(Operations& operations, RequestScope& scope, std::string_view nameSpace, const TreePlan& plan) {
-    Roads roads(operations, scope.broker(), allInstances(operations, scope, nameSpace));
+ObjectTree growTree(ObjectSource& source, RequestScope& scope, std::string_view nameSpace, const TreePlan& plan) {
+    Roads roads(source, ServedClasses(source, nameSpace).instances(scope));
     return Grower(roads, plan).grow();
 }
 

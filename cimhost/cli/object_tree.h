@@ -2,7 +2,7 @@
 // any client can.
 #pragma once
 
-#include "cimhost/service/operations.h"
+#include "cimhost/cli/object_source.h"
 
 #include <array>
 #include <string>
@@ -39,7 +39,8 @@ struct TreePlan {
 
 /// Every instance of every class that the provider serves in the namespace, each once. Each association is followed
 /// from the child, and where that leads nowhere from the parent: some answer from one side only. The instances live in
-/// the scope. Throws CimFailure; a refusal to follow an association from a class (CIM_ERR_NOT_SUPPORTED) is none.
-ObjectTree growTree(Operations& operations, RequestScope& scope, std::string_view nameSpace, const TreePlan& plan);
+/// the scope. Throws CimFailure; a refusal to follow an association from a class (CIM_ERR_NOT_SUPPORTED) is none, nor
+/// is a class that the source lacks, unless it lacks them all.
+ObjectTree growTree(ObjectSource& source, RequestScope& scope, std::string_view nameSpace, const TreePlan& plan);
 
 } // namespace cimhost::cli

@@ -80,9 +80,14 @@ std::string ask(const std::string& question) {
 
 std::string askForPassword(const std::string& user) {
     if (::isatty(STDIN_FILENO) == 0) return readLine([] {});
-    const std::string password = ask("password for " + user + ": ");
+    std::string password = askForKnownPassword(user);
     if (ask("once more: ") != password) throw std::runtime_error("the two passwords differ");
     return password;
+}
+
+std::string askForKnownPassword(const std::string& user) {
+    if (::isatty(STDIN_FILENO) == 0) return readLine([] {});
+    return ask("password for " + user + ": ");
 }
 
 } // namespace cimhost::cli

@@ -10,4 +10,7 @@ namespace cimhost::cli {
 /// was.
 std::string askForPassword(const std::string& user);
 
+/// The same for a password that somebody else judges: asked for once.
+std::string askForKnownPassword(const std::string& user);
+
 } // namespace cimhost::cli

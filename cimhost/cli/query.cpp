@@ -1,8 +1,11 @@
 #include "cimhost/cli/commands.h"
 #include "cimhost/cli/json_output.h"
+#include "cimhost/cli/local_source.h"
 #include "cimhost/cli/output_stream.h"
 #include "cimhost/cli/own_location.h"
 #include "cimhost/cli/presentation.h"
+#include "cimhost/cli/remote_source.h"
+#include "cimhost/cli/server_round.h"
 #include "cimhost/cli/text_output.h"
 #include "cimhost/cli/tree_output.h"
 #include "cimhost/service/path_text.h"
@@ -18,7 +21,7 @@ namespace {
 struct Question {
     const QueryOptions& options;
     const Presentation& presentation;
-    Operations& operations;
+    ObjectSource& source;
     RequestScope& scope;
 };
 
@@ -33,21 +36,22 @@ std::string shown(const Question& question, const std::vector<const InstanceObje
     return tablesOf(instances, question.presentation, options.layout);
 }
 
-std::string shown(const Question& question, const std::vector<const ClassDeclaration*>& classes) {
+std::string shown(const Question& question, const std::vector<ListedClass>& classes) {
     const QueryOptions& options = question.options;
-    const Registration& registration = question.operations.registration();
+    const Registration& registration = question.source.registration();
     if (options.form == Form::json) return jsonOf(classes, registration);
     return options.namesAlone ? linesOf(classes) : tableOf(classes, registration, options.layout);
 }
 
-const ClassDeclaration& subjectClass(const Question& question) {
-    return question.operations.findClass(question.options.nameSpace, question.options.subject);
+/// Null where it is not declared here, but may be known to a server.
+const ClassDeclaration* subjectClass(const Question& question) {
+    return question.source.findClass(question.options.nameSpace, question.options.subject);
 }
 
 const ObjectPathObject& subjectPath(const Question& question) {
     const cimxml::ObjectPath given =
-        parsePath(question.options.subject, question.options.nameSpace, question.operations.repository());
-    question.operations.findClass(given.nameSpace, given.className);
+        parsePath(question.options.subject, question.options.nameSpace, question.source.repository());
+    static_cast<void>(question.source.findClass(given.nameSpace, given.className)); // throws where it must be known
     return makePath(question.scope, given.nameSpace, given);
 }
 
@@ -56,59 +60,60 @@ bool namesClass(const QueryOptions& options) { return options.subject.find('=') 
 
 std::string enumerate(const Question& question) {
     const QueryOptions& options = question.options;
-    const ClassDeclaration& declaration = subjectClass(question);
-    const auto instances = question.operations.enumerateInstances(question.scope, {}, declaration, true, std::nullopt);
+    const auto instances = question.source.enumerateInstances(question.scope, options.nameSpace, options.subject);
     if (options.form != Form::table) return shown(question, instances);
-    return tableOf(instances, declaration, question.presentation, options.layout);
+    return tableOf(instances, subjectClass(question), question.presentation, options.layout);
 }
 
 std::string names(const Question& question) {
-    return shown(question, question.operations.enumerateInstanceNames(question.scope, {}, subjectClass(question)));
+    const auto& [options, presentation, source, scope] = question;
+    return shown(question, source.enumerateInstanceNames(scope, options.nameSpace, options.subject));
 }
 
-[[noreturn]] void refuseClass(const Question& question) {
-    const std::string& name = subjectClass(question).name();
+[[noreturn]] void refuseClass(const std::string& name) {
     throw std::runtime_error(name + " is a class; get takes the path of one of its instances, as `cimhost names " +
                              name + "` prints them");
 }
 
 std::string get(const Question& question) {
-    if (namesClass(question.options)) refuseClass(question);
-    const InstanceObject& instance =
-        question.operations.getInstance(question.scope, {}, subjectPath(question), std::nullopt);
+    if (namesClass(question.options)) {
+        const ClassDeclaration* declaration = subjectClass(question);
+        refuseClass(declaration ? declaration->name() : question.options.subject);
+    }
+    const InstanceObject& instance = question.source.getInstance(question.scope, subjectPath(question));
     return question.options.form == Form::json ? jsonOf(instance) : listOf({&instance});
 }
 
 /// How associations are followed: to the objects at their other ends, or to themselves.
 struct Following {
-    decltype(&Operations::associatorClasses) classes;
-    decltype(&Operations::associatorNames) names;
-    decltype(&Operations::associators) objects;
+    decltype(&ObjectSource::associatorClasses) classes;
+    decltype(&ObjectSource::associatorNames) names;
+    decltype(&ObjectSource::associators) objects;
 };
 
-constexpr Following toObjects = {&Operations::associatorClasses, &Operations::associatorNames,
-                                 &Operations::associators};
-constexpr Following toAssociations = {&Operations::referenceClasses, &Operations::referenceNames,
-                                      &Operations::references};
+constexpr Following toObjects = {&ObjectSource::associatorClasses, &ObjectSource::associatorNames,
+                                 &ObjectSource::associators};
+constexpr Following toAssociations = {&ObjectSource::referenceClasses, &ObjectSource::referenceNames,
+                                      &ObjectSource::references};
 
 std::string follow(const Question& question, const Following& how) {
-    const auto& [options, presentation, operations, scope] = question;
+    const auto& [options, presentation, source, scope] = question;
     if (namesClass(options)) {
-        return shown(question, (operations.*how.classes)(options.nameSpace, options.subject, options.filter));
+        return shown(question, (source.*how.classes)(options.nameSpace, options.subject, options.filter));
     }
     const ObjectPathObject& path = subjectPath(question);
-    if (options.namesAlone) return shown(question, (operations.*how.names)(scope, {}, path, options.filter));
-    return shown(question, (operations.*how.objects)(scope, {}, path, options.filter, std::nullopt));
+    if (options.namesAlone) return shown(question, (source.*how.names)(scope, path, options.filter));
+    return shown(question, (source.*how.objects)(scope, path, options.filter));
 }
 
 std::string tree(const Question& question) {
-    const auto& [options, presentation, operations, scope] = question;
-    const ObjectTree grown = growTree(operations, scope, options.nameSpace, presentation.tree);
+    const auto& [options, presentation, source, scope] = question;
+    const ObjectTree grown = growTree(source, scope, options.nameSpace, presentation.tree);
     return options.form == Form::json ? jsonOf(grown) : textOf(grown, presentation, options.layout);
 }
 
 std::string classes(const Question& question) {
-    return shown(question, question.operations.enumerateClasses(question.options.nameSpace, std::nullopt, true));
+    return shown(question, question.source.classes(question.options.nameSpace));
 }
 
 std::string answer(const Question& question) {
@@ -131,9 +136,21 @@ std::string answer(const Question& question) {
     return {};
 }
 
-std::string answer(Host& host, const Presentation& presentation, const QueryOptions& options) {
-    RequestScope scope(host.broker());
-    return answer({options, presentation, host.operations(), scope});
+std::string answer(ObjectSource& source, const Presentation& presentation, const QueryOptions& options) {
+    RequestScope scope(source.broker());
+    return answer({options, presentation, source, scope});
+}
+
+/// Before servers are asked: what none of them could make sense of.
+void requireSubject(const QueryOptions& options, const ClassRepository& repository) {
+    const bool takesPath =
+        options.query == Query::get || options.query == Query::associators || options.query == Query::references;
+    if (!takesPath) return;
+    if (!namesClass(options)) {
+        static_cast<void>(parsePath(options.subject, options.nameSpace, repository));
+    } else if (options.query == Query::get) {
+        refuseClass(options.subject);
+    }
 }
 
 /// Without the file nobody chose, and the generic views are shown.
@@ -149,8 +166,19 @@ void ask(const HostOptions& hostOptions, const QueryOptions& options) {
     useOwnInstallLocation();
     const CleanOutput output(hostOptions.broker.log);
     Host host(hostOptions);
-    output.write(answer(host, presentationOf(hostOptions, host.operations().repository()), options));
+    LocalSource source(host.operations(), host.broker());
+    output.write(answer(source, presentationOf(hostOptions, source.repository()), options));
     host.shutdown();
+}
+
+ExitStatus ask(const HostOptions& hostOptions, const QueryOptions& options, const ServerOptions& servers,
+               const MessageOptions& messages) {
+    DeclaredClasses declared(hostOptions, options.nameSpace);
+    const Presentation presentation = presentationOf(declared.options, declared.repository);
+    requireSubject(options, declared.repository);
+    return askServers(servers, messages, declared, [&](ObjectSource& source) {
+        return ServerAnswer{answer(source, presentation, options), {}};
+    });
 }
 
 } // namespace cimhost::cli

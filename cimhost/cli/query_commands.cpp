@@ -30,6 +30,7 @@ const QueryCommand queryCommands[] = {
 
 struct Given {
     QueryOptions query;
+    ServerOptions servers;
     bool everything = false;
 };
 
@@ -58,10 +59,12 @@ void addQuery(CommandLine& line, const QueryCommand& row) {
     if (showsProperties(row.query)) command.add_flag("--all", given->everything, "Every property, as a list");
     addFilter(command, given->query);
     command.add_option("--namespace", given->query.nameSpace, "Namespace")->capture_default_str();
-    line.onRun(command, [given](const Settings& settings) {
+    addServerOptions(command, given->servers);
+    line.onRun(command, given->servers, [given](const Settings& settings) {
         QueryOptions query = given->query;
         query.form = given->everything && !settings.messages.json ? Form::everything : settings.form();
         query.layout = layoutOf(STDOUT_FILENO);
+        if (given->servers.areGiven()) return ask(settings.host, query, given->servers, settings.messages);
         const Progress progress(settings.messages, "asking the provider");
         ask(settings.host, query);
         return ok;

@@ -31,20 +31,33 @@ bool anyShows(const std::vector<const InstanceObject*>& instances, std::string_v
                        [&](const InstanceObject* instance) { return hasValue(*instance, property); });
 }
 
+// Of a class that is not declared here, the properties of its first instance.
+std::vector<std::string> propertyNames(const std::vector<const InstanceObject*>& instances,
+                                       const ClassDeclaration* declaration) {
+    std::vector<std::string> names;
+    if (declaration) {
+        for (const PropertyDeclaration& property : declaration->properties())
+            names.push_back(property.name);
+    } else if (!instances.empty()) {
+        for (const NamedData& property : instances.front()->freeProperties())
+            names.emplace_back(property.name);
+    }
+    return names;
+}
+
 // What is left when nobody chose: the properties in their order, as many as fit.
 std::vector<ShownProperty> guessedColumns(const std::vector<const InstanceObject*>& instances,
-                                          const ClassDeclaration& declaration, std::size_t width) {
+                                          const ClassDeclaration* declaration, std::size_t width) {
     std::vector<ShownProperty> columns;
     std::size_t used = 0;
-    for (const PropertyDeclaration& property : declaration.properties()) {
-        if (isCommonKey(property.name) || !anyShows(instances, property.name)) continue;
-        std::size_t widest = property.name.size();
-        for (const InstanceObject* instance : instances) {
-            widest = std::max(widest, length(shortText(*instance, property.name)));
-        }
+    for (const std::string& name : propertyNames(instances, declaration)) {
+        if (isCommonKey(name) || !anyShows(instances, name)) continue;
+        std::size_t widest = name.size();
+        for (const InstanceObject* instance : instances)
+            widest = std::max(widest, length(shortText(*instance, name)));
         used += std::min(widest, widestGuess) + 2;
         if (width > 0 && used > width && !columns.empty()) break;
-        columns.push_back({property.name, property.name});
+        columns.push_back({printable(name), name});
     }
     return columns;
 }
@@ -59,7 +72,6 @@ std::vector<ShownProperty> columnsFor(const std::vector<const InstanceObject*>& 
         const auto isFirst = [&](const InstanceObject* instance) { return instance->declaration() == first; };
         if (std::all_of(instances.begin(), instances.end(), isFirst)) common = first;
     }
-    if (!common) return {};
     for (const ClassDeclaration* nearest = common; nearest; nearest = nearest->superclass()) {
         const Columns* chosen = presentation.columnsOf(nearest->name());
         if (!chosen) continue;
@@ -67,7 +79,7 @@ std::vector<ShownProperty> columnsFor(const std::vector<const InstanceObject*>& 
         std::erase_if(columns, [&](const ShownProperty& column) { return !anyShows(instances, column.property); });
         if (!columns.empty()) return columns;
     }
-    return guessedColumns(instances, *common, width);
+    return guessedColumns(instances, common, width);
 }
 
 bool areOfSeveralClasses(const std::vector<const InstanceObject*>& instances) {
@@ -97,7 +109,7 @@ std::string instanceTable(const std::vector<const InstanceObject*>& instances,
     std::vector<Row> rows;
     for (const InstanceObject* instance : instances) {
         Row row;
-        if (tellsClass) row.emplace_back(instance->className());
+        if (tellsClass) row.push_back(printable(instance->className()));
         for (const ShownProperty& column : columns) {
             row.push_back(hasValue(*instance, column.property) ? shortText(*instance, column.property) : "-");
         }
@@ -125,10 +137,10 @@ std::vector<std::vector<const InstanceObject*>> byClass(const std::vector<const 
 
 } // namespace
 
-std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked,
+std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration* asked,
                     const Presentation& presentation, const Layout& layout) {
     if (instances.empty()) return "no instances\n";
-    return instanceTable(instances, columnsFor(instances, &asked, presentation, layout.width), layout);
+    return instanceTable(instances, columnsFor(instances, asked, presentation, layout.width), layout);
 }
 
 std::string tablesOf(const std::vector<const InstanceObject*>& instances, const Presentation& presentation,
@@ -150,11 +162,11 @@ std::string listOf(const std::vector<const InstanceObject*>& instances) {
         std::string path;
         instance->path(arena)->appendText(path);
         text.append(printable(path)).append("\n");
-        instance->forEachSetProperty(
-            [&](std::string_view property, const PropertyDeclaration* declaration, const CMPIData& data) {
-                if ((data.state & CMPI_nullValue) != 0) return;
-                text.append("  ").append(property).append(": ").append(fullText(declaration, data)).append("\n");
-            });
+        instance->forEachSetProperty([&](std::string_view property, const PropertyDeclaration* declaration,
+                                         const CMPIData& data) {
+            if ((data.state & CMPI_nullValue) != 0) return;
+            text.append("  ").append(printable(property)).append(": ").append(fullText(declaration, data)).append("\n");
+        });
     }
     return text.empty() ? "no instances\n" : text;
 }
@@ -169,21 +181,21 @@ std::string linesOf(const std::vector<const ObjectPathObject*>& paths) {
     return text.empty() ? "no instances\n" : text;
 }
 
-std::string linesOf(const std::vector<const ClassDeclaration*>& classes) {
+std::string linesOf(const std::vector<ListedClass>& classes) {
     std::string text;
-    for (const ClassDeclaration* declaration : classes)
-        text.append(declaration->name()).append("\n");
+    for (const ListedClass& listed : classes)
+        text.append(printable(listed.name)).append("\n");
     return text.empty() ? "no classes\n" : text;
 }
 
-std::string tableOf(const std::vector<const ClassDeclaration*>& classes, const Registration& registration,
-                    const Layout& layout) {
+std::string tableOf(const std::vector<ListedClass>& classes, const Registration& registration, const Layout& layout) {
     std::vector<Row> rows;
-    for (const ClassDeclaration* declaration : classes) {
-        const bool isServed = registration.serves(*declaration, ProviderKind::instance) ||
-                              registration.serves(*declaration, ProviderKind::indication);
-        rows.push_back({declaration->name(), kindOf(*declaration), isServed ? "yes" : "",
-                        declaration->superclass() ? declaration->superclass()->name() : ""});
+    for (const ListedClass& listed : classes) {
+        const ClassDeclaration* declaration = listed.declaration;
+        const bool isServed = declaration && (registration.serves(*declaration, ProviderKind::instance) ||
+                                              registration.serves(*declaration, ProviderKind::indication));
+        rows.push_back({printable(listed.name), declaration ? kindOf(*declaration) : "", isServed ? "yes" : "",
+                        printable(listed.superclass)});
     }
     return renderTable({"Class", "Kind", "Served", "Superclass"}, rows, layout) +
            count(classes.size(), "class", "classes");

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cimhost/broker/objects.h"
+#include "cimhost/cli/object_source.h"
 #include "cimhost/cli/presentation.h"
 #include "cimhost/cli/terminal.h"
 #include "cimhost/service/registration.h"
@@ -11,9 +12,9 @@
 
 namespace cimhost::cli {
 
-/// One line an instance. asked is the class that was enumerated; where instances are of several classes, the first
-/// column tells which.
-std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration& asked,
+/// One line an instance. asked is the class that was enumerated, null where it is not declared here; where instances
+/// are of several classes, the first column tells which.
+std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration* asked,
                     const Presentation& presentation, const Layout& layout);
 
 /// A table for each class, under its name.
@@ -27,10 +28,9 @@ std::string listOf(const std::vector<const InstanceObject*>& instances);
 std::string linesOf(const std::vector<const ObjectPathObject*>& paths);
 
 /// One name a line.
-std::string linesOf(const std::vector<const ClassDeclaration*>& classes);
+std::string linesOf(const std::vector<ListedClass>& classes);
 
 /// Name, kind and superclass of each; those that the provider serves are marked.
-std::string tableOf(const std::vector<const ClassDeclaration*>& classes, const Registration& registration,
-                    const Layout& layout);
+std::string tableOf(const std::vector<ListedClass>& classes, const Registration& registration, const Layout& layout);
 
 } // namespace cimhost::cli

@@ -6,13 +6,21 @@ namespace cimhost {
 
 namespace {
 
-// Clients look for the interop namespace under the names that servers give it.
 constexpr std::string_view interopNames[] = {"interop", "root/interop", "root/PG_InterOp"};
 
 void requireFile(const std::filesystem::path& file) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error)) throw std::runtime_error(file.string() + ": no such file");
 }
+
+// What a server does for its clients: they look for the interop namespace under several names.
+ClassRepository withInteropNames(ClassRepository repository, const HostOptions& options) {
+    for (const std::string_view name : interopNames)
+        repository.addAlias(name, options.interopNamespace);
+    return repository;
+}
+
+} // namespace
 
 ClassRepository loadClasses(const HostOptions& options) {
     const std::filesystem::path classes = options.mofDirectory / "merolt.mof";
@@ -22,8 +30,6 @@ ClassRepository loadClasses(const HostOptions& options) {
     repository.loadFile(options.nameSpace, classes);
     repository.addNamespace(options.interopNamespace);
     if (std::filesystem::exists(interop)) repository.loadFile(options.interopNamespace, interop);
-    for (const std::string_view name : interopNames)
-        repository.addAlias(name, options.interopNamespace);
     return repository;
 }
 
@@ -33,10 +39,8 @@ Registration loadRegistration(const HostOptions& options, const ClassRepository&
     return Registration::load(file, repository, {options.nameSpace, options.interopNamespace});
 }
 
-} // namespace
-
 Host::Host(HostOptions options)
-    : settings(std::move(options)), repository(loadClasses(settings)),
+    : settings(std::move(options)), repository(withInteropNames(loadClasses(settings), settings)),
       registration(loadRegistration(settings, repository)) {
     requireFile(settings.provider);
     cmpiBroker = std::make_unique<Broker>(repository, settings.broker);

@@ -23,6 +23,13 @@ struct HostOptions {
     BrokerOptions broker;
 };
 
+/// The classes of the folder, the interop namespace among them. Throws std::runtime_error that names the file and what
+/// is wrong.
+ClassRepository loadClasses(const HostOptions& options);
+
+/// Which of them the provider serves. Throws as above.
+Registration loadRegistration(const HostOptions& options, const ClassRepository& repository);
+
 class Host {
 public:
     /// Reads the classes and loads the library. Throws std::runtime_error that names the file and what is wrong.

@@ -1,5 +1,6 @@
 #include "cimhost/service/method_requests.h"
 
+#include "cimhost/cimxml/argument.h"
 #include "cimhost/model/cim_type.h"
 #include "cimhost/service/parameters.h"
 #include "cimhost/service/path_text.h"
@@ -54,19 +55,6 @@ CMPIData makeArgument(RequestScope& scope, std::string_view nameSpace, const Par
     return makeTyped(scope, nameSpace, declared, given);
 }
 
-void appendArgument(cimxml::Encoder& encoder, std::string_view element, std::string_view name, const CMPIData& data) {
-    encoder.raw("<");
-    encoder.raw(element);
-    if (!name.empty()) cimxml::appendAttribute(encoder.buffer(), "NAME", name);
-    const CMPIType type = elementOf(data.type);
-    cimxml::appendAttribute(encoder.buffer(), "PARAMTYPE", type == CMPI_ref ? "reference" : typeName(type));
-    encoder.raw(">");
-    encoder.value(data);
-    encoder.raw("</");
-    encoder.raw(element);
-    encoder.raw(">");
-}
-
 std::vector<NamedValue> valuesOf(const cimxml::Request& request) {
     std::vector<NamedValue> values;
     for (const cimxml::Parameter& parameter : request.parameters) {
@@ -105,9 +93,9 @@ void invokeMethod(const Call& call) {
         call.change.result = "ReturnValue ";
         appendValueText(call.change.result, *outcome.returnValue);
     }
-    if (outcome.returnValue) appendArgument(call.encoder, "RETURNVALUE", {}, *outcome.returnValue);
+    if (outcome.returnValue) cimxml::appendArgument(call.encoder, "RETURNVALUE", {}, *outcome.returnValue);
     for (const NamedData& given : outcome.outArguments->arguments())
-        appendArgument(call.encoder, "PARAMVALUE", given.name, given.data);
+        cimxml::appendArgument(call.encoder, "PARAMVALUE", given.name, given.data);
 }
 
 } // namespace cimhost

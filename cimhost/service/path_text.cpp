@@ -1,6 +1,7 @@
 #include "cimhost/service/path_text.h"
 
 #include "cimhost/model/cim_type.h"
+#include "cimhost/model/names.h"
 
 #include <algorithm>
 #include <string>
@@ -65,6 +66,13 @@ void giveType(cimxml::KeyBinding& key, CMPIType type, std::string_view nameSpace
     key.reference = std::make_shared<cimxml::ObjectPath>(parse(key.text, nameSpace, repository, depth + 1));
 }
 
+// Of a class that nobody knows here, keys are what they look like; quotes make a text.
+void guessType(cimxml::KeyBinding& key, bool isQuoted) {
+    if (isQuoted) return;
+    if (parseInteger(key.text)) key.type = cimxml::KeyType::numeric;
+    if (equalNames(key.text, "true") || equalNames(key.text, "false")) key.type = cimxml::KeyType::boolean;
+}
+
 cimxml::KeyBinding takeKey(std::string_view& text) {
     cimxml::KeyBinding key;
     const std::size_t equals = text.find('=');
@@ -90,7 +98,9 @@ cimxml::ObjectPath parse(std::string_view text, std::string_view defaultNamespac
     if (path.className.empty()) refuse("no class is named");
     const ClassDeclaration* declaration = repository.find(path.nameSpace, path.className);
     while (!text.empty()) {
+        const bool isQuoted = text.find("=\"") == text.find('=');
         cimxml::KeyBinding key = takeKey(text);
+        if (!declaration) guessType(key, isQuoted);
         const PropertyDeclaration* property = declaration ? declaration->property(key.name) : nullptr;
         if (property && property->isKey) giveType(key, property->type, path.nameSpace, repository, depth);
         path.keys.push_back(std::move(key));

@@ -75,6 +75,7 @@ void Registration::addLine(std::string_view line, const ClassRepository& reposit
     if (options.namespaces.empty()) options.namespaces = {namespaces.implementation};
     for (std::string_view nameSpace : options.namespaces) {
         if (equalNames(nameSpace, Namespaces().interop)) nameSpace = namespaces.interop;
+        if (equalNames(nameSpace, Namespaces().implementation)) nameSpace = namespaces.implementation;
         const ClassDeclaration* declaration = repository.find(nameSpace, className);
         if (!declaration) {
             throw std::runtime_error("namespace " + std::string(nameSpace) + " has no class " + std::string(className));

@@ -20,9 +20,9 @@ class Registration {
 public:
     /// Reads lines `Class: kinds [; namespaces=first,second] [; alone=what]` (kinds: instance, association, method,
     /// indication); # begins a comment. Without namespaces a class is served in the implementation namespace;
-    /// root/PG_InterOp stands for the interop namespace, whatever that is called here. Of all methods of classes with
-    /// the same words behind alone= only one is called at a time. Throws std::runtime_error with file, line and what is
-    /// wrong: a class or namespace that the repository lacks, an unknown kind or option.
+    /// root/merolt_cmpi and root/PG_InterOp stand for these two, whatever they are called here. Of all methods of
+    /// classes with the same words behind alone= only one is called at a time. Throws std::runtime_error with file,
+    /// line and what is wrong: a class or namespace that the repository lacks, an unknown kind or option.
     static Registration load(const std::filesystem::path& file, const ClassRepository& repository,
                              const Namespaces& namespaces);
 

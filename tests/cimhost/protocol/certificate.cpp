@@ -7,11 +7,12 @@
 
 namespace cimhost::testing_support {
 
-void makeCertificate(const std::filesystem::path& certificateFile, const std::filesystem::path& keyFile) {
+void makeCertificate(const std::filesystem::path& certificateFile, const std::filesystem::path& keyFile,
+                     long beginsIn) {
     const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(EVP_EC_gen("P-256"), EVP_PKEY_free);
     const std::unique_ptr<X509, decltype(&X509_free)> certificate(X509_new(), X509_free);
-    X509_gmtime_adj(X509_getm_notBefore(certificate.get()), 0);
-    X509_gmtime_adj(X509_getm_notAfter(certificate.get()), 3600);
+    X509_gmtime_adj(X509_getm_notBefore(certificate.get()), beginsIn);
+    X509_gmtime_adj(X509_getm_notAfter(certificate.get()), beginsIn + 3600);
     X509_set_pubkey(certificate.get(), key.get());
     X509_NAME* name = X509_get_subject_name(certificate.get());
     X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("localhost"), -1, -1,

@@ -1,4 +1,5 @@
 // The command cimhost invoke.
+#include "answer_source.h"
 #include "program.h"
 
 #include <gmock/gmock.h>
@@ -9,21 +10,32 @@ namespace cimhost {
 namespace {
 
 using testing::HasSubstr;
+using testing_support::AnswerSource;
+using testing_support::answerSources;
+using testing_support::askedOf;
 using testing_support::cimhost;
 using testing_support::Ended;
+using testing_support::nameOfSource;
 using testing_support::TemporaryFile;
 
 const std::string storage = "Merolt_FCHBA_SoftwareInstallationService";
 const std::string nic = "Merolt_NIC_SoftwareInstallationService";
 const std::string nicTarget = "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317\"";
 
-Ended invoke(const std::vector<std::string>& words) {
-    std::vector<std::string> arguments = {"--fleet", FLEET, "invoke"};
+Ended invoke(AnswerSource source, const std::vector<std::string>& words) {
+    std::vector<std::string> arguments = {"invoke"};
     arguments.insert(arguments.end(), words.begin(), words.end());
-    return cimhost(arguments);
+    return askedOf(source, arguments);
 }
 
-TEST(InvokeProgram, AMethodThatFailsTellsWhatItsAnswerMeansAndWhereToLook) {
+class InvokeProgram : public testing::TestWithParam<AnswerSource> {
+protected:
+    static Ended invoke(const std::vector<std::string>& words) { return cimhost::invoke(GetParam(), words); }
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, InvokeProgram, testing::ValuesIn(answerSources), nameOfSource);
+
+TEST_P(InvokeProgram, AMethodThatFailsTellsWhatItsAnswerMeansAndWhereToLook) {
     const Ended ended = invoke({nic, "InstallFromURI", "URI=/nonexistent/image.bin", nicTarget});
     EXPECT_EQ(ended.status, 4) << ended.errors;
     EXPECT_EQ(ended.output, "ReturnValue: 2 (Unspecified Error)\n");
@@ -31,14 +43,14 @@ TEST(InvokeProgram, AMethodThatFailsTellsWhatItsAnswerMeansAndWhereToLook) {
                                         "tells why"));
 }
 
-TEST(InvokeProgram, ToolsGetJsonAndNothingElse) {
+TEST_P(InvokeProgram, ToolsGetJsonAndNothingElse) {
     const Ended ended = invoke({"--json", nic, "InstallFromByteStream", "Image=1,2,255", nicTarget});
     EXPECT_EQ(ended.status, 4) << ended.errors;
     EXPECT_EQ(ended.output, "{\n  \"ReturnValue\": 2\n}\n");
     EXPECT_THAT(ended.errors, HasSubstr("{\"error\":{\"message\":\"InstallFromByteStream answered 2 (Unspecified"));
 }
 
-TEST(InvokeProgram, AnInstanceAnArrayAndNullStandAsTheyAreWritten) {
+TEST_P(InvokeProgram, AnInstanceAnArrayAndNullStandAsTheyAreWritten) {
     const Ended names = cimhost({"--fleet", FLEET, "names", storage});
     const std::string service = names.output.substr(0, names.output.find('\n'));
     const std::string target = "Target=Merolt_FCHBA_PortController.DeviceID=\"MC1020R4K00317\"";
@@ -57,13 +69,14 @@ struct BadCall {
 
 void PrintTo(const BadCall& bad, std::ostream* out) { *out << bad.name; }
 
-class RefusedCall : public testing::TestWithParam<BadCall> {};
+class RefusedCall : public testing::TestWithParam<std::tuple<AnswerSource, BadCall>> {};
 
 TEST_P(RefusedCall, SaysWhyAndPrintsNothing) {
-    const Ended ended = invoke(GetParam().words);
-    EXPECT_EQ(ended.status, GetParam().status) << ended.errors;
+    const auto& [source, call] = GetParam();
+    const Ended ended = invoke(source, call.words);
+    EXPECT_EQ(ended.status, call.status) << ended.errors;
     EXPECT_EQ(ended.output, "");
-    EXPECT_THAT(ended.errors, HasSubstr(GetParam().message));
+    EXPECT_THAT(ended.errors, HasSubstr(call.message));
 }
 
 std::vector<BadCall> badCalls() {
@@ -97,8 +110,12 @@ std::vector<BadCall> badCalls() {
     };
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, RefusedCall, testing::ValuesIn(badCalls()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Calls, RefusedCall,
+                         testing::Combine(testing::ValuesIn(answerSources), testing::ValuesIn(badCalls())),
+                         [](const auto& row) {
+                             const bool isServer = std::get<0>(row.param) == AnswerSource::server;
+                             return std::get<1>(row.param).name + (isServer ? "AtAServer" : "");
+                         });
 
 } // namespace
 } // namespace cimhost

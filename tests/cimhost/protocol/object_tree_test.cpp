@@ -1,6 +1,7 @@
 // How the tree of objects grows: who stands below whom, and that nobody is left out.
 #include "fake_provider.h"
 
+#include "cimhost/cli/local_source.h"
 #include "cimhost/cli/object_tree.h"
 #include "cimhost/cli/tree_output.h"
 
@@ -27,7 +28,7 @@ protected:
 
     std::string grown(const std::vector<Placement>& placements) {
         RequestScope scope(*host.broker);
-        return textOf(growTree(*host.operations, scope, "root/ns", {box, placements}));
+        return textOf(growTree(source, scope, "root/ns", {box, placements}));
     }
 
     void link(const std::string& association, const testing_support::FakeObject& left,
@@ -36,6 +37,7 @@ protected:
     }
 
     FakeHost host;
+    LocalSource source{*host.operations, *host.broker};
 };
 
 TEST_F(ObjectTreeTest, AChildStandsBelowTheParentThatItsAssociationNames) {
@@ -107,17 +109,17 @@ TEST_F(ObjectTreeTest, ObjectsThatShareAPathAreAllThere) {
     link("T_Link", {"T_Box", "1"}, {"T_FibrePort", "a"});
     RequestScope scope(*host.broker);
     const std::vector<Placement> placements = {{fibre, box, {"T_Link"}}};
-    const ObjectTree tree = growTree(*host.operations, scope, "root/ns", {box, placements});
+    const ObjectTree tree = growTree(source, scope, "root/ns", {box, placements});
     ASSERT_EQ(tree.roots.size(), 2U);
     EXPECT_EQ(tree.roots[0].children.size() + tree.roots[1].children.size(), 1U);
 }
 
 TEST_F(ObjectTreeTest, WithoutAPlanEachObjectStandsByItself) {
     RequestScope scope(*host.broker);
-    EXPECT_EQ(textOf(growTree(*host.operations, scope, "root/ns", {})), "T_FibrePort a\n"
-                                                                        "T_FibrePort b\n"
-                                                                        "T_EtherPort e\n"
-                                                                        "T_Box 1\n");
+    EXPECT_EQ(textOf(growTree(source, scope, "root/ns", {})), "T_FibrePort a\n"
+                                                              "T_FibrePort b\n"
+                                                              "T_EtherPort e\n"
+                                                              "T_Box 1\n");
 }
 
 TEST_F(ObjectTreeTest, AFailureOfTheProviderIsTheFailureOfTheTree) {
@@ -129,7 +131,7 @@ TEST_F(ObjectTreeTest, ToolsGetNestedObjects) {
     link("T_Link", {"T_Box", "1"}, {"T_FibrePort", "a"});
     RequestScope scope(*host.broker);
     const std::vector<Placement> placements = {{fibre, box, {"T_Link"}}};
-    const std::string json = jsonOf(growTree(*host.operations, scope, "root/ns", {box, placements}));
+    const std::string json = jsonOf(growTree(source, scope, "root/ns", {box, placements}));
     EXPECT_THAT(json, testing::StartsWith("{\n  \"tree\": [\n    {\n      \"class\": \"T_Box\""));
     EXPECT_THAT(json, testing::HasSubstr("\"children\": [\n        {\n          \"class\": \"T_FibrePort\""));
     EXPECT_THAT(json, testing::HasSubstr("\"apart\": [\n    {\n      \"class\": \"T_FibrePort\""));

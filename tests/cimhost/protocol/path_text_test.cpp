@@ -51,7 +51,13 @@ TEST_F(PathText, KeysAreTypedAsTheirClassDeclaresThem) {
     EXPECT_EQ(parse("T_Port.Id=17").keys[0].type, cimxml::KeyType::text);
     EXPECT_EQ(parse("T_Counter.Number=17").keys[0].type, cimxml::KeyType::numeric);
     EXPECT_EQ(parse("T_Counter.Number=\"17\"").keys[0].type, cimxml::KeyType::numeric);
-    EXPECT_EQ(parse("T_Unknown.Number=17").keys[0].type, cimxml::KeyType::text);
+}
+
+TEST_F(PathText, KeysOfAnUnknownClassAreWhatTheyLookLike) {
+    EXPECT_EQ(parse("T_Unknown.Number=17").keys[0].type, cimxml::KeyType::numeric);
+    EXPECT_EQ(parse("T_Unknown.Number=\"17\"").keys[0].type, cimxml::KeyType::text);
+    EXPECT_EQ(parse("T_Unknown.A=\"x\",IsOn=TRUE").keys[1].type, cimxml::KeyType::boolean);
+    EXPECT_EQ(parse("T_Unknown.Name=text").keys[0].type, cimxml::KeyType::text);
 }
 
 TEST_F(PathText, AReferenceIsAPathAgain) {

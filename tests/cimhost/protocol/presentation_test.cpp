@@ -49,8 +49,8 @@ TEST_F(PresentationTest, ColumnsCountForSubclassesThatHaveNoneOfTheirOwn) {
     const Presentation chosen = read("[T_Port]\ncolumns = Port {Id} | Bits {Speed} | Mtu {Mtu}\n"
                                      "[T_EtherPort]\ncolumns = Which {Id}\n");
     RequestScope scope(*host.broker);
-    const ClassDeclaration& fibre = *host.repository.find("root/ns", "T_FibrePort");
-    const ClassDeclaration& ether = *host.repository.find("root/ns", "T_EtherPort");
+    const ClassDeclaration* fibre = host.repository.find("root/ns", "T_FibrePort");
+    const ClassDeclaration* ether = host.repository.find("root/ns", "T_EtherPort");
     EXPECT_EQ(tableOf(all(scope, "T_FibrePort"), fibre, chosen, {}), "Port  Bits\n"
                                                                      "a     16000000000\n"
                                                                      "b     8000000000\n"
@@ -62,7 +62,7 @@ TEST_F(PresentationTest, ColumnsCountForSubclassesThatHaveNoneOfTheirOwn) {
 
 TEST_F(PresentationTest, WithoutAFileATableHasTheFirstColumnsThatFit) {
     RequestScope scope(*host.broker);
-    const ClassDeclaration& ether = *host.repository.find("root/ns", "T_EtherPort");
+    const ClassDeclaration* ether = host.repository.find("root/ns", "T_EtherPort");
     EXPECT_EQ(tableOf(all(scope, "T_EtherPort"), ether, {}, {}), "System  Id  Speed\n"
                                                                  "s       e   10000000000\n"
                                                                  "1 instance\n");

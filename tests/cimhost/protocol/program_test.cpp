@@ -1,4 +1,5 @@
 // The program as people start it: what it prints, where, and how it ends.
+#include "answer_source.h"
 #include "program.h"
 #include "temporary_file.h"
 
@@ -22,10 +23,14 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
+using testing_support::AnswerSource;
+using testing_support::answerSources;
+using testing_support::askedOf;
 using testing_support::cimhost;
 using testing_support::cimhostAtTerminal;
 using testing_support::Ended;
 using testing_support::lineCount;
+using testing_support::nameOfSource;
 using testing_support::Process;
 using testing_support::run;
 using testing_support::TemporaryFile;
@@ -108,8 +113,22 @@ TEST(Program, WithoutUsersNothingCanBeChanged) {
     }
 }
 
-TEST(Program, ToolsGetJsonAndNothingElse) {
-    const Ended ended = cimhost({"--fleet", FLEET, "enumerate", "CIM_FCPort", "--json"});
+// The same question to the provider here and to a server with the same fleet.
+class Answer : public testing::TestWithParam<AnswerSource> {
+protected:
+    static Ended ask(const std::vector<std::string>& question) { return askedOf(GetParam(), question); }
+
+    static std::string firstName(const std::string& className) {
+        const Ended ended = ask({"names", className});
+        EXPECT_EQ(ended.status, 0) << ended.errors;
+        return ended.output.substr(0, ended.output.find('\n'));
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, Answer, testing::ValuesIn(answerSources), nameOfSource);
+
+TEST_P(Answer, ToolsGetJsonAndNothingElse) {
+    const Ended ended = ask({"enumerate", "CIM_FCPort", "--json"});
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_THAT(ended.output, StartsWith("[\n  {\n    \"class\": \"Merolt_FCHBA_FCPort\""));
     EXPECT_THAT(ended.output, EndsWith("\n]\n"));
@@ -139,8 +158,8 @@ TEST(Program, OnlyATerminalGetsColours) {
     EXPECT_THAT(cimhost(question).output, StartsWith("Address "));
 }
 
-TEST(Program, WhatIsNoTerminalGetsTheTableWhole) {
-    const Ended ended = cimhost({"enumerate", "Merolt_FCHBA_SoftwareIdentity", "--fleet", FLEET});
+TEST_P(Answer, WhatIsNoTerminalGetsTheTableWhole) {
+    const Ended ended = ask({"enumerate", "Merolt_FCHBA_SoftwareIdentity"});
     EXPECT_EQ(ended.output.find("…"), std::string::npos);
     EXPECT_THAT(ended.output, HasSubstr("_MC1020R4K00317_2100024D10317001__DriverFirmware\n"));
 }
@@ -156,46 +175,37 @@ TEST(Program, AQuestionDoesNotTakeTheSecondsThatTheProviderSleepsForServers) {
     EXPECT_LT(shortest, std::chrono::seconds(1));
 }
 
-TEST(Program, AnInstanceThatDoesNotExistIsACimError) {
+TEST_P(Answer, AnInstanceThatDoesNotExistIsACimError) {
     const Ended ended =
-        cimhost({"--fleet", FLEET, "get",
-                 "Merolt_FCHBA_FCPort.SystemCreationClassName=a,SystemName=b,CreationClassName=c,DeviceID=nothing"});
+        ask({"get", "Merolt_FCHBA_FCPort.SystemCreationClassName=a,SystemName=b,CreationClassName=c,DeviceID=nothing"});
     EXPECT_EQ(ended.status, 1);
     EXPECT_EQ(ended.output, "");
     EXPECT_THAT(ended.errors, HasSubstr("cimhost: CIM_ERR_NOT_FOUND (6): "));
 }
 
-std::string firstName(const std::string& className) {
-    const Ended ended = cimhost({"--fleet", FLEET, "names", className});
-    EXPECT_EQ(ended.status, 0) << ended.errors;
-    return ended.output.substr(0, ended.output.find('\n'));
-}
-
-TEST(Program, WhatIsAssociatedComesInATableForEachClass) {
+TEST_P(Answer, WhatIsAssociatedComesInATableForEachClass) {
     const std::string port = firstName("Merolt_FCHBA_FCPort");
-    const Ended ended = cimhost({"--fleet", FLEET, "associators", port});
+    const Ended ended = ask({"associators", port});
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_THAT(ended.output, HasSubstr("\nMerolt_FCHBA_PortController\n\nDevice ID "));
     EXPECT_THAT(ended.output, HasSubstr("Merolt_FCHBA_FCPortStatistics\n\nInstance ID "));
 }
 
-TEST(Program, AssociationsAreFilteredAsAClientFiltersThem) {
+TEST_P(Answer, AssociationsAreFilteredAsAClientFiltersThem) {
     const std::string port = firstName("Merolt_FCHBA_FCPort");
-    const Ended names = cimhost(
-        {"--fleet", FLEET, "associators", port, "--association", "Merolt_FCHBA_PortControllerFCPort", "--names"});
+    const Ended names = ask({"associators", port, "--association", "Merolt_FCHBA_PortControllerFCPort", "--names"});
     EXPECT_EQ(names.status, 0) << names.errors;
     EXPECT_THAT(names.output, StartsWith("root/merolt_cmpi:Merolt_FCHBA_PortController."));
     EXPECT_EQ(lineCount(names.output), 1U);
-    const Ended json =
-        cimhost({"--fleet", FLEET, "references", port, "--association", "Merolt_FCHBA_PortControllerFCPort", "--json"});
+    const Ended json = ask({"references", port, "--association", "Merolt_FCHBA_PortControllerFCPort", "--json"});
     EXPECT_THAT(json.output, StartsWith("[\n  {\n    \"class\": \"Merolt_FCHBA_PortControllerFCPort\""));
-    const Ended unknown = cimhost({"--fleet", FLEET, "references", port, "--association", "Merolt_Nothing"});
+    const Ended unknown = ask({"references", port, "--association", "Merolt_Nothing"});
     EXPECT_EQ(unknown.status, 1);
     EXPECT_THAT(unknown.errors, HasSubstr("CIM_ERR_INVALID_PARAMETER (4)"));
 }
 
-TEST(Program, TheTreeLeadsFromTheHostToItsLogicalUnits) {
-    const Ended ended = cimhost({"--fleet", FLEET, "tree"});
+TEST_P(Answer, TheTreeLeadsFromTheHostToItsLogicalUnits) {
+    const Ended ended = ask({"tree"});
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_THAT(ended.output, StartsWith("host "));
     std::size_t place = 0;
@@ -208,8 +218,8 @@ TEST(Program, TheTreeLeadsFromTheHostToItsLogicalUnits) {
     }
 }
 
-TEST(Program, ToolsGetTheTreeAsNestedObjects) {
-    const Ended ended = cimhost({"--fleet", FLEET, "tree", "--json"});
+TEST_P(Answer, ToolsGetTheTreeAsNestedObjects) {
+    const Ended ended = ask({"tree", "--json"});
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_THAT(ended.output,
                 StartsWith("{\n  \"tree\": [\n    {\n      \"class\": \"Merolt_Adapter_ComputerSystem\""));
@@ -217,8 +227,27 @@ TEST(Program, ToolsGetTheTreeAsNestedObjects) {
     EXPECT_THAT(ended.output, EndsWith("\n}\n"));
 }
 
-TEST(Program, AnUnknownClassIsACimError) {
-    const Ended ended = cimhost({"--fleet", FLEET, "names", "T_None"});
+TEST_P(Answer, EveryPropertyAndEachClassAreListed) {
+    const Ended list = ask({"enumerate", "Merolt_FCHBA_FCPort", "--all"});
+    EXPECT_THAT(list.output, HasSubstr("\n  PermanentAddress: 2100024D10317001\n")) << list.errors;
+    const Ended one = ask({"get", firstName("Merolt_FCHBA_FCPort")});
+    EXPECT_THAT(list.output, StartsWith(one.output)) << one.errors;
+    const Ended classes = ask({"classes"});
+    EXPECT_THAT(classes.output, HasSubstr("\nMerolt_FCHBA_FCPort ")) << classes.errors;
+    const Ended json = ask({"classes", "--json"});
+    EXPECT_THAT(json.output, HasSubstr("\"superclass\": \"CIM_FCPort\"")) << json.errors;
+    const Ended associations = ask({"references", "CIM_FCPort", "--names"});
+    EXPECT_THAT(associations.output, HasSubstr("\nCIM_ControlledBy\n")) << associations.errors;
+}
+
+TEST_P(Answer, RegisteredProfilesAreFoundInTheInteropNamespace) {
+    const Ended ended = ask({"enumerate", "CIM_RegisteredProfile", "--namespace", "root/PG_InterOp"});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output, HasSubstr("\nMerolt_SoftwareUpdate "));
+}
+
+TEST_P(Answer, AnUnknownClassIsACimError) {
+    const Ended ended = ask({"names", "T_None"});
     EXPECT_EQ(ended.status, 1);
     EXPECT_THAT(ended.errors, HasSubstr("CIM_ERR_INVALID_CLASS (5)"));
 }

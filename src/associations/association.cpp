@@ -15,9 +15,10 @@ namespace {
 constexpr const char* operationNames[] = {"associators", "associatorNames", "references", "referenceNames"};
 
 /// Sets the two keys of an association path.
-/// @param texts without patterns the keys go through the wrapper class. @return the first status that is not OK.
-CMPIStatus setKeys(const Family& family, CmpiObjectPath& path, const char* const names[2], const CmpiObjectPath& left,
-                   const CmpiObjectPath& right, const AddKeyTexts& texts) {
+/// @param texts without patterns the keys go through the wrapper class. @param operation its name in the log.
+/// @return the first status that is not OK.
+CMPIStatus setKeys(const Family& family, const char* operation, CmpiObjectPath& path, const char* const names[2],
+                   const CmpiObjectPath& left, const CmpiObjectPath& right, const AddKeyTexts& texts) {
     CMPIStatus status = {CMPI_RC_OK, nullptr};
     if (!texts.role1) {
         path.setKey(names[0], CmpiData(left));
@@ -26,11 +27,11 @@ CMPIStatus setKeys(const Family& family, CmpiObjectPath& path, const char* const
     }
     status = addReference(path, names[0], left);
     if (status.rc != CMPI_RC_OK) {
-        log(texts.role1, {.token = family.token, .number = status.rc});
+        log(texts.role1, {.token = family.token, .operation = operation, .number = status.rc});
         return status;
     }
     status = addReference(path, names[1], right);
-    if (status.rc != CMPI_RC_OK) log(texts.role2, {.token = family.token, .number = status.rc});
+    if (status.rc != CMPI_RC_OK) log(texts.role2, {.token = family.token, .operation = operation, .number = status.rc});
     return status;
 }
 
@@ -80,12 +81,14 @@ private:
 template <class Deliver>
 CmpiStatus enumerate(const Family& family, Enumeration enumeration, const EnumerationTexts& texts,
                      const CmpiObjectPath& cop, Deliver&& deliver) {
-    log(texts.open, {.token = family.token});
+    Filling filling = {.token = family.token, .operation = nameOf(enumeration)};
+    log(texts.open, filling);
     if (!family.hasAnything()) return CmpiStatus(CMPI_RC_OK);
     const char* nameSpace = "";
     CMPIStatus status = readNameSpace(cop, nameSpace);
     if (status.rc != CMPI_RC_OK && texts.nameSpace) {
-        log(texts.nameSpace, {.token = family.token, .number = status.rc});
+        filling.number = status.rc;
+        log(texts.nameSpace, filling);
         return status;
     }
     status = {CMPI_RC_OK, nullptr};
@@ -95,7 +98,7 @@ CmpiStatus enumerate(const Family& family, Enumeration enumeration, const Enumer
         if (ends.left && ends.right) status = deliver(pair, *ends.left, *ends.right);
         return status.rc == CMPI_RC_OK;
     });
-    if (status.rc == CMPI_RC_OK) log(texts.close, {.token = family.token});
+    if (status.rc == CMPI_RC_OK) log(texts.close, filling);
     return status;
 }
 
@@ -109,15 +112,18 @@ const char* readThroughWrapper(const CmpiObjectPath& source, const char* name) {
 
 /// One side of an association as a search sees it.
 struct Direction {
+    const char* name; ///< in the log
     const Search& search;
     const SearchTexts& texts;
     const Role& far;
     bool farIsLeft;
 };
 
-Direction toLeft(const Family& family) { return {family.matching.findLeft, family.texts.findLeft, family.left, true}; }
+Direction toLeft(const Family& family) {
+    return {"findMatchedRole1", family.matching.findLeft, family.texts.findLeft, family.left, true};
+}
 Direction toRight(const Family& family) {
-    return {family.matching.findRight, family.texts.findRight, family.right, false};
+    return {"findMatchedRole2", family.matching.findRight, family.texts.findRight, family.right, false};
 }
 
 /// Reads the keys that the search goes by. @return false if one cannot be used; status is then the search's result.
@@ -137,7 +143,7 @@ bool readKeys(const Family& family, const Direction& direction, const CmpiObject
         const bool fits = status.rc == CMPI_RC_OK && (key.test == KeyTest::none || tested == CMPI_string);
         if (!fits) {
             log(key.error ? key.error : direction.texts.key,
-                {.token = family.token, .key = key.name, .number = status.rc});
+                {.token = family.token, .operation = direction.name, .key = key.name, .number = status.rc});
             return false;
         }
         source.keys[index] = read.isText() ? read.text : nullptr;
@@ -194,8 +200,8 @@ private:
         CmpiObjectPath path(nameSpace, family.className);
         const char* const roles[] = {family.left.name, family.right.name};
         const char* const* keys = family.referenceNameKeys.chosen();
-        const CMPIStatus status =
-            setKeys(family, path, keys ? keys : roles, left(far, near), right(far, near), direction.texts.addKey);
+        const CMPIStatus status = setKeys(family, direction.name, path, keys ? keys : roles, left(far, near),
+                                          right(far, near), direction.texts.addKey);
         if (status.rc == CMPI_RC_OK) result.returnData(path);
         return status;
     }
@@ -209,12 +215,12 @@ private:
 /// findMatchedRole1InstancesOrReferences and findMatchedRole2InstancesOrReferences, by direction.
 CmpiStatus findMatched(const Family& family, const Direction& direction, CmpiResult& result, const CmpiObjectPath& path,
                        const Request& request) {
-    log(direction.texts.open, {.token = family.token, .number = request.wanted});
+    log(direction.texts.open, {.token = family.token, .operation = direction.name, .number = request.wanted});
     if (!family.hasAnything()) return CmpiStatus(CMPI_RC_OK);
     const char* nameSpace = "";
     CMPIStatus status = readNameSpace(path, nameSpace);
     if (status.rc != CMPI_RC_OK && direction.texts.nameSpace) {
-        log(direction.texts.nameSpace, {.token = family.token, .number = status.rc});
+        log(direction.texts.nameSpace, {.token = family.token, .operation = direction.name, .number = status.rc});
         return status;
     }
     status = {CMPI_RC_OK, nullptr};
@@ -257,6 +263,12 @@ bool fitsResultClass(const Family& family, const Request& request, const CmpiObj
     return classFilterMatches(request.resultClass, textOf(nameSpace), family.className);
 }
 
+/// How the lines of getInstance name family and operation.
+Filling ofGetInstance(const Family& family, int number = 0) {
+    const char* token = family.texts.getInstance.token;
+    return {.token = token ? token : family.token, .operation = "getInstance", .number = number};
+}
+
 /// The class of a path to get, and, in families that have a text for it, first its namespace.
 CMPIStatus readClass(const Family& family, const CmpiObjectPath& cop, const char*& className) {
     const GetInstanceTexts& texts = family.texts.getInstance;
@@ -265,12 +277,12 @@ CMPIStatus readClass(const Family& family, const CmpiObjectPath& cop, const char
         const char* nameSpace = "";
         status = readNameSpace(cop, nameSpace);
         if (status.rc != CMPI_RC_OK) {
-            log(texts.nameSpace, {.token = family.token, .number = status.rc});
+            log(texts.nameSpace, ofGetInstance(family, status.rc));
             return status;
         }
     }
     status = readClassName(cop, className);
-    if (status.rc != CMPI_RC_OK) log(texts.className, {.token = family.token, .number = status.rc});
+    if (status.rc != CMPI_RC_OK) log(texts.className, ofGetInstance(family, status.rc));
     return status;
 }
 
@@ -281,9 +293,9 @@ CMPIObjectPath* readEnd(const Family& family, const CmpiObjectPath& cop, const R
     const ReferenceKey key = readReference(cop, role.name);
     status = key.status;
     if (status.rc != CMPI_RC_OK) {
-        log(unread, {.token = family.token, .number = status.rc});
+        log(unread, ofGetInstance(family, status.rc));
     } else if (!key.isReference()) {
-        log(wrongType, {.token = family.token, .number = key.type});
+        log(wrongType, ofGetInstance(family, key.type));
     }
     return key.object;
 }
@@ -331,8 +343,9 @@ CmpiStatus enumInstanceNames(const Family& family, CmpiResult& result, const Cmp
     return enumerate(family, Enumeration::names, texts, cop,
                      [&](const Pair& pair, const CmpiObjectPath& left, const CmpiObjectPath& right) {
                          if (pair.row == 0) path.emplace(cop);
-                         const CMPIStatus status = setKeys(family, path->get(), roles, left, right,
-                                                           pair.row == 0 ? texts.addKey : texts.addKeyOfSecondRow);
+                         const CMPIStatus status =
+                             setKeys(family, nameOf(Enumeration::names), path->get(), roles, left, right,
+                                     pair.row == 0 ? texts.addKey : texts.addKeyOfSecondRow);
                          if (status.rc == CMPI_RC_OK) result.returnData(path->get());
                          return status;
                      });
@@ -356,7 +369,7 @@ CmpiStatus getInstance(const Family& family, const CmpiContext& context, CmpiRes
                        const CmpiObjectPath& cop) {
     if (family.own) return family.own->getInstance(context, result, cop);
     const GetInstanceTexts& texts = family.texts.getInstance;
-    log(texts.open, {.token = family.token});
+    log(texts.open, ofGetInstance(family));
     const char* className = "";
     CMPIStatus status = readClass(family, cop, className);
     if (status.rc != CMPI_RC_OK) return status;
@@ -372,7 +385,7 @@ CmpiStatus getInstance(const Family& family, const CmpiContext& context, CmpiRes
         family.right.test()(context, result, right, nullptr, false);
         result.returnData(instanceWithRoles(family, path, left, right));
     }
-    log(texts.close, {.token = family.token});
+    log(texts.close, ofGetInstance(family));
     return CmpiStatus(CMPI_RC_OK);
 }
 

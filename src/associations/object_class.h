@@ -1,13 +1,13 @@
 // What an association has to know of a class at one of its ends: how its objects are named, shown and tested.
 #pragma once
 
+#include "classes/call_maker.h"
 #include "classes/request.h"
 #include "inventory/cna_list.h"
 
 #include "CmpiInstance.h"
 
 #include <optional>
-#include <type_traits>
 
 namespace merolt::association {
 
@@ -31,39 +31,16 @@ struct ObjectClass {
     GetInstance getInstance = nullptr;
 };
 
-namespace detail {
-
-/// Calls a maker of a class with what it takes of an object.
-template <auto make, class... Leading>
-auto callMaker(const Object& object, Leading... leading) {
-    using Make = decltype(make);
-    if constexpr (std::is_invocable_v<Make, Leading...>) {
-        return make(leading...);
-    } else if constexpr (std::is_invocable_v<Make, Leading..., int, CNACard*>) {
-        return make(leading..., object.softwareType, object.card);
-    } else if constexpr (std::is_invocable_v<Make, Leading..., CNACard*, CNAPort*>) {
-        return make(leading..., object.card, object.port);
-    } else if constexpr (std::is_invocable_v<Make, Leading..., CNACard*>) {
-        return make(leading..., object.card);
-    } else if constexpr (std::is_invocable_v<Make, Leading..., CNAPort*>) {
-        return make(leading..., object.port);
-    } else {
-        return make(leading..., object.index);
-    }
-}
-
-} // namespace detail
-
 /// A class's path maker in the form in which associations call it.
 template <auto make>
 std::optional<CmpiObjectPath> pathOf(const char* className, const char* nameSpace, const Object& object) {
-    return detail::callMaker<make>(object, className, nameSpace);
+    return callMaker<make>(object, className, nameSpace);
 }
 
 template <auto make>
 std::optional<CmpiInstance> instanceOf(const char* className, const char* nameSpace, const char** properties,
                                        const Object& object) {
-    return detail::callMaker<make>(object, className, nameSpace, properties);
+    return callMaker<make>(object, className, nameSpace, properties);
 }
 
 } // namespace merolt::association

@@ -10,14 +10,12 @@ namespace merolt::association {
 /// Host and service: a double colon in every line of the searches.
 constexpr void speakOfHostAndService(Texts& t) {
     t.getInstance.className = "{F}: Error getting ClassName in getInstances\n";
-    t.findLeft.nameSpace = "{F}:: Error getting Namespace in findMatchedRole1\n";
-    t.findRight.nameSpace = "{F}:: Error getting namespace in findMatchedRole2\n";
-    t.findLeft.key = "{F}:: Error getting {K} key in findMatchedRole1\n";
-    t.findRight.key = "{F}:: Error getting {K} key in findMatchedRole1\n";
-    t.findLeft.addKey = {"{F}:: Error addkey Role1 in findMatchedRole1\n",
-                         "{F}:: Error addkey Role2 in findMatchedRole1\n"};
-    t.findRight.addKey = {"{F}:: Error addkey Role1 in findMatchedRole2\n",
-                          "{F}:: Error addkey Role2 in findMatchedRole2\n"};
+    t.findLeft.nameSpace = "{F}:: Error getting Namespace in {O}\n";
+    t.findRight.nameSpace = "{F}:: Error getting namespace in {O}\n";
+    for (SearchTexts* search : {&t.findLeft, &t.findRight}) {
+        search->key = "{F}:: Error getting {K} key in findMatchedRole1\n";
+        search->addKey = {"{F}:: Error addkey Role1 in {O}\n", "{F}:: Error addkey Role2 in {O}\n"};
+    }
 }
 
 /// Service and capabilities: the two searches have each other's key text.

@@ -1,10 +1,10 @@
 #include "associations/texts.h"
 
 #include "log/log.h"
+#include "text/pattern.h"
 
 #include <algorithm>
 #include <string>
-#include <string_view>
 
 namespace merolt::association {
 
@@ -15,33 +15,21 @@ std::string withoutUnderscores(std::string text) {
     return text;
 }
 
-std::string valueOf(char place, const Filling& filling) {
-    switch (place) {
-    case 'F':
-        return filling.token;
-    case 'T':
-        return withoutUnderscores(filling.token);
-    case 'O':
-        return filling.operation;
-    case 'K':
-        return filling.key;
-    default:
-        return std::to_string(filling.number);
-    }
-}
-
-/// Every place is a letter in braces.
-std::string fill(std::string_view pattern, const Filling& filling) {
-    std::string text;
-    for (std::size_t at = 0; at < pattern.size(); ++at) {
-        if (pattern[at] != '{') {
-            text += pattern[at];
-            continue;
+std::string fill(const char* pattern, const Filling& filling) {
+    return fillPattern(pattern, [&](char place) -> std::string {
+        switch (place) {
+        case 'F':
+            return filling.token;
+        case 'T':
+            return withoutUnderscores(filling.token);
+        case 'O':
+            return filling.operation;
+        case 'K':
+            return filling.key;
+        default:
+            return std::to_string(filling.number);
         }
-        text += valueOf(pattern[at + 1], filling);
-        at += 2;
-    }
-    return text;
+    });
 }
 
 } // namespace

@@ -7,9 +7,10 @@ namespace merolt::association {
 
 enum class Sink { error, debug };
 
-/// A text with places to fill: {F} the family's token, {T} the token without underscores, {O} the operation, {K} the
-/// key, {n} a number: a status code, a type, an ftype. Without a pattern nothing is logged, and the engine takes its
-/// plain road: a namespace goes untested, keys are read and set through the wrapper classes, whose exceptions pass.
+/// A text with places to fill: {F} the family's token, {T} the token without underscores, {O} the operation, by the
+/// name of its function in a search too, {K} the key, {n} a number: a status code, a type, an ftype. Without a pattern
+/// nothing is logged, and the engine takes its plain road: a namespace goes untested, keys are read and set through the
+/// wrapper classes, whose exceptions pass.
 struct Text {
     const char* pattern = nullptr;
     Sink sink = Sink::error;
@@ -41,6 +42,7 @@ struct EnumerationTexts {
 };
 
 struct GetInstanceTexts {
+    const char* token = nullptr; ///< another family's, where getInstance speaks as that; null: its own
     Text open;
     Text nameSpace; ///< read, before the class name is compared, only by families that have a text for it
     Text className;
@@ -74,65 +76,62 @@ struct Texts {
     RequestTexts requests;
 };
 
+inline constexpr EnumerationTexts storageEnumeration = {
+    .open = debugText("Entering {O}_{F}"),
+    .nameSpace = "{O}_{F}: Error getting namespace, status.rc={n}!",
+    .addKey = {},
+    .addKeyOfSecondRow = {},
+    .close = debugText("Exiting  {O}_{F}"),
+};
+
 /// Lines that open with Entering and close with Exiting; the requests log nothing.
 inline constexpr Texts storageTexts = {
-    .names = {.open = debugText("Entering enumInstanceNames_{F}"),
-              .nameSpace = "enumInstanceNames_{F}: Error getting namespace, status.rc={n}!",
-              .addKey = {},
-              .addKeyOfSecondRow = {},
-              .close = debugText("Exiting  enumInstanceNames_{F}")},
-    .instances = {.open = debugText("Entering enumInstances_{F}"),
-                  .nameSpace = "enumInstances_{F}: Error getting namespace, status.rc={n}!",
-                  .addKey = {},
-                  .addKeyOfSecondRow = {},
-                  .close = debugText("Exiting  enumInstances_{F}")},
-    .getInstance = {.open = debugText("Entering getInstance_{F}"),
+    .names = storageEnumeration,
+    .instances = storageEnumeration,
+    .getInstance = {.open = debugText("Entering {O}_{F}"),
                     .nameSpace = {},
-                    .className = "getInstance_{F}: Error getting classname, status.rc={n}!",
-                    .key1 = "getInstance_{F}: Error getting keyData1, status.rc={n}!",
-                    .key1Type = "getInstance_{F}: Error invalid keyData1 type, keyData1.type={n}!",
-                    .key2 = "getInstance_{F}: Error getting keyData2, status.rc={n}!",
-                    .key2Type = "getInstance_{F}: Error invalid keyData2 type, keyData2.type={n}!",
-                    .close = debugText("Exiting  getInstance_{F}")},
+                    .className = "{O}_{F}: Error getting classname, status.rc={n}!",
+                    .key1 = "{O}_{F}: Error getting keyData1, status.rc={n}!",
+                    .key1Type = "{O}_{F}: Error invalid keyData1 type, keyData1.type={n}!",
+                    .key2 = "{O}_{F}: Error getting keyData2, status.rc={n}!",
+                    .key2Type = "{O}_{F}: Error invalid keyData2 type, keyData2.type={n}!",
+                    .close = debugText("Exiting  {O}_{F}")},
     .findLeft = {},
     .findRight = {},
     .requests = {},
 };
 
+inline constexpr EnumerationTexts ethernetEnumeration = {
+    .open = debugText("{F}: {O} was called\n"),
+    .nameSpace = "{F}: Error getting namespace in {O}\n",
+    .addKey = {"{F}: Error addkey Role1 in {O}\n", "{F}: Error addkey Role2 in {O}\n"},
+    .addKeyOfSecondRow = {"{F}: Error addkey Role1 in {O}1\n", "{F}: Error addkey Role2 in {O}1\n"},
+    .close = {},
+};
+
+inline constexpr SearchTexts ethernetSearch = {
+    .open = {},
+    .nameSpace = "{F}: Error getting namespace in {O}\n",
+    .key = "{F}: Error getting {K} key in findMatchedRole1\n",
+    .addKey = {"{F}: Error addkey Role1 in {O}\n", "{F}: Error addkey Role2 in {O}\n"},
+};
+
 /// Lines that say that the function was called. A text for keys says findMatchedRole1 in both searches.
 inline constexpr Texts ethernetTexts = {
-    .names = {.open = debugText("{F}: enumInstanceNames was called\n"),
-              .nameSpace = "{F}: Error getting namespace in enumInstanceNames\n",
-              .addKey = {"{F}: Error addkey Role1 in enumInstanceNames\n",
-                         "{F}: Error addkey Role2 in enumInstanceNames\n"},
-              .addKeyOfSecondRow = {"{F}: Error addkey Role1 in enumInstanceNames1\n",
-                                    "{F}: Error addkey Role2 in enumInstanceNames1\n"},
-              .close = {}},
-    .instances = {.open = debugText("{F}: enumInstances was called\n"),
-                  .nameSpace = "{F}: Error getting namespace in enumInstances\n",
-                  .addKey = {},
-                  .addKeyOfSecondRow = {},
-                  .close = {}},
-    .getInstance = {.open = debugText("{F}: getInstance was called\n"),
+    .names = ethernetEnumeration,
+    .instances = ethernetEnumeration,
+    .getInstance = {.open = debugText("{F}: {O} was called\n"),
                     .nameSpace = {},
-                    .className = "{F}: Error getting classname in getInstance\n",
+                    .className = "{F}: Error getting classname in {O}\n",
                     .key1 = {},
                     .key1Type = {},
                     .key2 = {},
                     .key2Type = {},
                     .close = {}},
-    .findLeft = {.open = {},
-                 .nameSpace = "{F}: Error getting namespace in findMatchedRole1\n",
-                 .key = "{F}: Error getting {K} key in findMatchedRole1\n",
-                 .addKey = {"{F}: Error addkey Role1 in findMatchedRole1\n",
-                            "{F}: Error addkey Role2 in findMatchedRole1\n"}},
-    .findRight = {.open = {},
-                  .nameSpace = "{F}: Error getting namespace in findMatchedRole2\n",
-                  .key = "{F}: Error getting {K} key in findMatchedRole1\n",
-                  .addKey = {"{F}: Error addkey Role1 in findMatchedRole2\n",
-                             "{F}: Error addkey Role2 in findMatchedRole2\n"}},
-    .requests = {.open = {debugText("{F}: associators was called\n"), debugText("{F}: associatorNames was called\n"),
-                          debugText("{F}: references was called\n"), debugText("{F}: referenceNames was called\n")},
+    .findLeft = ethernetSearch,
+    .findRight = ethernetSearch,
+    .requests = {.open = {debugText("{F}: {O} was called\n"), debugText("{F}: {O} was called\n"),
+                          debugText("{F}: {O} was called\n"), debugText("{F}: {O} was called\n")},
                  .className = {},
                  .foreignClass = {}},
 };

@@ -1,7 +1,11 @@
 #include "classes/ethernet/ethernet_class.h"
 
 #include "log/log.h"
+#include "text/pattern.h"
 #include "text/text.h"
+
+#include <cstring>
+#include <string>
 
 namespace merolt::ethernet {
 
@@ -12,26 +16,55 @@ struct Scope {
     const char* className = "";
 };
 
-/// Namespace first, then class name. The texts are the operation's error lines.
-CMPIStatus readScope(const CmpiObjectPath& cop, const char* nameSpaceError, const char* classNameError, Scope& scope) {
+/// An operation of a class as its log lines name it.
+struct Operation {
+    const EthernetClass& cls;
+    const char* name;
+    const OperationTexts& texts;
+};
+
+/// @param number what stands at {n}.
+std::string fill(const Operation& operation, const char* pattern, int number = 0) {
+    return fillPattern(pattern, [&](char place) -> std::string {
+        const char* token = operation.cls.texts.token;
+        switch (place) {
+        case 'F':
+            return token;
+        case 'X':
+            return std::strrchr(token, '_') + 1;
+        case 'O':
+            return operation.name;
+        case 'K':
+            return operation.cls.key;
+        default:
+            return std::to_string(number);
+        }
+    });
+}
+
+void logEntry(const Operation& operation) { DEBUG_LOG("%s", fill(operation, operation.texts.entry).c_str()); }
+
+/// Namespace first, then class name.
+CMPIStatus readScope(const Operation& operation, const CmpiObjectPath& cop, Scope& scope) {
     CMPIStatus status = readNameSpace(cop, scope.nameSpace);
     if (status.rc != CMPI_RC_OK) {
-        ERROR_LOG("%s", nameSpaceError);
+        ERROR_LOG("%s", fill(operation, operation.texts.nameSpace).c_str());
         return status;
     }
     status = readClassName(cop, scope.className);
-    if (status.rc != CMPI_RC_OK) ERROR_LOG("%s", classNameError);
+    if (status.rc != CMPI_RC_OK) ERROR_LOG("%s", fill(operation, operation.texts.className).c_str());
     return status;
 }
 
-void logKeyError(const EthernetClass& cls, const RequestKey& key) {
+void logKeyError(const Operation& operation, const RequestKey& key) {
+    const EthernetTexts& texts = operation.cls.texts;
     const bool wrongType = key.status.rc == CMPI_RC_OK;
-    if (wrongType && cls.texts.getInstanceKeyType) {
-        ERROR_LOG(cls.texts.getInstanceKeyType, key.type);
-    } else if (cls.keyErrorLog == KeyErrorLog::debug) {
-        DEBUG_LOG("%s", cls.texts.getInstanceKey);
+    if (wrongType && texts.keyType) {
+        ERROR_LOG("%s", fill(operation, texts.keyType, key.type).c_str());
+    } else if (operation.cls.keyErrorLog == KeyErrorLog::debug) {
+        DEBUG_LOG("%s", fill(operation, texts.key).c_str());
     } else {
-        ERROR_LOG("%s", cls.texts.getInstanceKey);
+        ERROR_LOG("%s", fill(operation, texts.key).c_str());
     }
 }
 
@@ -69,13 +102,13 @@ void forEachCard(const ElementVisitor& visitor) {
 void forOne(const ElementVisitor& visitor) { visitor({}); }
 
 CmpiStatus enumInstanceNames(const EthernetClass& cls, CmpiResult& result, const CmpiObjectPath& cop) {
-    DEBUG_LOG("%s", cls.texts.enumInstanceNamesEntry);
+    const Operation operation = {cls, "enumInstanceNames", cls.texts.names};
+    logEntry(operation);
     Scope scope;
-    const CMPIStatus status =
-        readScope(cop, cls.texts.enumInstanceNamesNameSpace, cls.texts.enumInstanceNamesClassName, scope);
+    const CMPIStatus status = readScope(operation, cop, scope);
     if (status.rc != CMPI_RC_OK) return status;
     cls.forEachElement([&](const Element& element) {
-        if (cls.texts.enumInstanceNamesElement) DEBUG_LOG("%s", cls.texts.enumInstanceNamesElement);
+        if (cls.texts.element) DEBUG_LOG("%s", fill(operation, cls.texts.element).c_str());
         result.returnData(cls.makePath(scope.className, scope.nameSpace, element));
         return true;
     });
@@ -84,9 +117,10 @@ CmpiStatus enumInstanceNames(const EthernetClass& cls, CmpiResult& result, const
 
 CmpiStatus enumInstances(const EthernetClass& cls, CmpiResult& result, const CmpiObjectPath& cop,
                          const char** properties) {
-    DEBUG_LOG("%s", cls.texts.enumInstancesEntry);
+    const Operation operation = {cls, "enumInstances", cls.texts.instances};
+    logEntry(operation);
     Scope scope;
-    const CMPIStatus status = readScope(cop, cls.texts.enumInstancesNameSpace, cls.texts.enumInstancesClassName, scope);
+    const CMPIStatus status = readScope(operation, cop, scope);
     if (status.rc != CMPI_RC_OK) return status;
     cls.forEachElement([&](const Element& element) {
         result.returnData(cls.makeInstance(scope.className, scope.nameSpace, properties, element));
@@ -97,14 +131,15 @@ CmpiStatus enumInstances(const EthernetClass& cls, CmpiResult& result, const Cmp
 
 CmpiStatus getInstance(const EthernetClass& cls, CmpiResult& result, const CmpiObjectPath& cop, const char** properties,
                        bool returnInstance) {
-    DEBUG_LOG("%s", cls.texts.getInstanceEntry);
+    const Operation operation = {cls, "getInstance", cls.texts.getInstance};
+    logEntry(operation);
     Scope scope;
-    const CMPIStatus status = readScope(cop, cls.texts.getInstanceNameSpace, cls.texts.getInstanceClassName, scope);
+    const CMPIStatus status = readScope(operation, cop, scope);
     if (status.rc != CMPI_RC_OK) return status;
     const RequestKey key = readKey(cop, cls.key);
-    if (cls.texts.getInstanceKey && !key.isText()) {
+    if (cls.texts.key && !key.isText()) {
         // The status of the read stands, so a key of another type ends in success and an empty answer.
-        logKeyError(cls, key);
+        logKeyError(operation, key);
         return key.status;
     }
     bool secondMatches = true;

@@ -2,6 +2,7 @@
 // class is an EthernetClass row and the functions that are its own; the three request operations stand here once.
 #pragma once
 
+#include "classes/call_maker.h"
 #include "classes/list_class.h"
 #include "configuration/answers.h"
 #include "inventory/cna_list.h"
@@ -31,22 +32,32 @@ void forEachCard(const ElementVisitor& visitor);
 /// One element, for classes with one fixed instance.
 void forOne(const ElementVisitor& visitor);
 
-/// The log texts of a class's operations. Clients' support reads them, so they stand as they are.
+/// The lines of an operation: that it was called, and what of its path could not be read.
+struct OperationTexts {
+    const char* entry = "{F} {O} was called\n";
+    const char* nameSpace = "{F}: Error getting namespace in {O}\n";
+    const char* className = "{F}: Error getting ClassName in {O}\n";
+};
+
+constexpr const char* entryThatNamesClass = "{F} {O}_{X} was called\n";
+
+/// Errors that do not tell in which operation.
+constexpr OperationTexts withoutOperation = {.entry = entryThatNamesClass,
+                                             .nameSpace = "{F}: Error getting namespace\n",
+                                             .className = "{F}: Error getting ClassName\n"};
+
+/// The log texts of a class's operations, with places to fill: {F} the class's name in the log, {X} that name without
+/// its schema, {O} the operation, {K} the key, {n} the number of a type. Clients' support reads them, so each class has
+/// the exceptions that it has, slips included.
 struct EthernetTexts {
-    const char* enumInstanceNamesEntry;
-    const char* enumInstanceNamesNameSpace;
-    const char* enumInstanceNamesClassName;
-    const char* enumInstancesEntry;
-    const char* enumInstancesNameSpace;
-    const char* enumInstancesClassName;
-    const char* getInstanceEntry;
-    const char* getInstanceNameSpace;
-    const char* getInstanceClassName;
-    const char* getInstanceKey; ///< null: the key is not tested, and one that is no text matches nothing
-    /// With the type's number for %d; null: the text above serves a key of another type too.
-    const char* getInstanceKeyType = nullptr;
-    /// One more line for each element that names are enumerated of.
-    const char* enumInstanceNamesElement = nullptr;
+    const char* token; ///< the class's name in the log
+    OperationTexts names = {};
+    OperationTexts instances = {};
+    OperationTexts getInstance = {};
+    const char* key = "{F}: Error getting {K} key in {O}\n"; ///< null: the key is not tested, and one that is no text
+                                                             ///< matches nothing
+    const char* keyType = nullptr;                           ///< null: the text above serves a key of another type too
+    const char* element = nullptr; ///< one more line for each element that names are enumerated of
 };
 
 enum class KeyErrorLog { error, debug };
@@ -76,6 +87,17 @@ struct EthernetClass {
     /// getInstance hands the instance out even where only its existence is asked.
     TwoForms<bool> alwaysReturnsInstance = {false, false};
 };
+
+/// A class's makers in the form in which the descriptor has them.
+template <auto make>
+CmpiObjectPath pathOf(const char* className, const char* nameSpace, const Element& element) {
+    return callMaker<make>(element, className, nameSpace);
+}
+
+template <auto make>
+CmpiInstance instanceOf(const char* className, const char* nameSpace, const char** properties, const Element& element) {
+    return callMaker<make>(element, className, nameSpace, properties);
+}
 
 CmpiStatus enumInstanceNames(const EthernetClass& cls, CmpiResult& result, const CmpiObjectPath& cop);
 CmpiStatus enumInstances(const EthernetClass& cls, CmpiResult& result, const CmpiObjectPath& cop,

@@ -33,27 +33,18 @@ void setLinkageProperties(CmpiInstance& instance, const CNAPort& port) {
 }
 
 const EthernetClass descriptor = {
-    "DeviceID",
-    forEachPort,
-    [](const Element& element) { return macText(*element.port); },
-    [](const char* className, const char* nameSpace, const Element& element) {
-        return makePath_EthernetPort(className, nameSpace, element.card, element.port);
-    },
-    [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
-        return makeInstance_EthernetPort(className, nameSpace, properties, element.card, element.port);
-    },
-    {
-        "Merolt_NIC_EthernetPort enumInstanceNames was called\n",
-        "Merolt_NIC_EthernetPort: Error getting namespace in enumInstanceNames\n",
-        "Merolt_NIC_EthernetPort: Error getting ClassName in enumInstanceNames\n",
-        "Merolt_NIC_EthernetPort enumInstances was called\n",
-        "Merolt_NIC_EthernetPort: Error getting namespace in enumIntances\n",
-        "Merolt_NIC_EthernetPort: Error getting classname in enumIntances\n",
-        "Merolt_NIC_EthernetPort getInstance_EthernetPort was called\n",
-        "Merolt_NIC_EthernetPort: Error getting namespace in getIntances\n",
-        "Merolt_NIC_EthernetPort: Error getting classname in getIntances\n",
-        "Merolt_NIC_EthernetPort: Error getting DeviceID key in findMatchedRole1\n",
-    },
+    .key = "DeviceID",
+    .forEachElement = forEachPort,
+    .keyText = [](const Element& element) { return macText(*element.port); },
+    .makePath = pathOf<makePath_EthernetPort>,
+    .makeInstance = instanceOf<makeInstance_EthernetPort>,
+    .texts = {.token = "Merolt_NIC_EthernetPort",
+              .instances = {.nameSpace = "{F}: Error getting namespace in enumIntances\n",
+                            .className = "{F}: Error getting classname in enumIntances\n"},
+              .getInstance = {.entry = entryThatNamesClass,
+                              .nameSpace = "{F}: Error getting namespace in getIntances\n",
+                              .className = "{F}: Error getting classname in getIntances\n"},
+              .key = "{F}: Error getting {K} key in findMatchedRole1\n"},
 };
 
 constexpr CMPIUint64 megabit = 1000000;

@@ -13,28 +13,17 @@ constexpr const char* cimClass = "Merolt_NIC_IPProtocolEndpoint";
 const char* keys[] = {"SystemCreationClassName", "SystemName", "CreationClassName", "Name", nullptr};
 
 const EthernetClass descriptor = {
-    "Name",
-    forEachPort,
-    [](const Element& element) { return macText(*element.port); },
-    [](const char* className, const char* nameSpace, const Element& element) {
-        return makePath_IPProtocolEndPoint(className, nameSpace, element.port);
-    },
-    [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
-        return makeInstance_IPProtocolEndPoint(className, nameSpace, properties, element.port);
-    },
-    {
-        "Merolt_NIC_IPProtocolEndPoint enumInstanceNames\n",
-        "Merolt_NIC_IPProtocolEndPoint: Error getting namespace in enumInstanceNames\n",
-        "Merolt_NIC_IPProtocolEndPoint: Error getting ClassName in enumInstanceNames\n",
-        "Merolt_NIC_IPProtocolEndPoint enumInstances was called\n",
-        "Merolt_NIC_IPProtocolEndPoint: Error getting namespace in enumInstances\n",
-        "Merolt_NIC_IPProtocolEndPoint: Error getting ClassName in enumInstances\n",
-        "Merolt_NIC_IPProtocolEndPoint getInstance was called\n",
-        "Merolt_NIC_IPProtocolEndPoint: Error getting namespace in getInstances\n",
-        "Merolt_NIC_IPProtocolEndPoint: Error getting ClassName in getInstances\n",
-        "Merolt_NIC_IPProtocolEndPoint: Error getting DeviceID key in getInstances\n",
-        "Merolt_NIC_IPProtocolEndPoint: Error invalid key data type, keyData.type=%d!",
-    },
+    .key = "Name",
+    .forEachElement = forEachPort,
+    .keyText = [](const Element& element) { return macText(*element.port); },
+    .makePath = pathOf<makePath_IPProtocolEndPoint>,
+    .makeInstance = instanceOf<makeInstance_IPProtocolEndPoint>,
+    .texts = {.token = "Merolt_NIC_IPProtocolEndPoint",
+              .names = {.entry = "{F} {O}\n"},
+              .getInstance = {.nameSpace = "{F}: Error getting namespace in getInstances\n",
+                              .className = "{F}: Error getting ClassName in getInstances\n"},
+              .key = "{F}: Error getting DeviceID key in getInstances\n",
+              .keyType = "{F}: Error invalid key data type, keyData.type={n}!"},
 };
 
 } // namespace

@@ -14,28 +14,10 @@ const EthernetClass descriptor = {
     .key = "InstanceID",
     .forEachElement = forEachPort,
     .keyText = [](const Element& element) { return macText(*element.port); },
-    .makePath =
-        [](const char* className, const char* nameSpace, const Element& element) {
-            return makePath_IPProtocolEndPointCapabilities(className, nameSpace, element.port);
-        },
-    .makeInstance =
-        [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
-            return makeInstance_IPProtocolEndPointCapabilities(className, nameSpace, properties, element.port);
-        },
-    .texts =
-        {
-            "Merolt_NIC_IPProtocolEndPointCapabilities enumInstanceNames was called\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting namespace in enumInstanceNames\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting ClassName in enumInstanceNames\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities enumInstances was called\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting namespace in enumInstances\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting ClassName in enumInstances\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities getInstance was called\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting namespace in getInstance\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting ClassName in getInstance\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities: Error getting InstanceID key in getInstance\n",
-            "Merolt_NIC_IPProtocolEndPointCapabilities: Error invalid key data type in getInstance (%d)",
-        },
+    .makePath = pathOf<makePath_IPProtocolEndPointCapabilities>,
+    .makeInstance = instanceOf<makeInstance_IPProtocolEndPointCapabilities>,
+    .texts = {.token = "Merolt_NIC_IPProtocolEndPointCapabilities",
+              .keyType = "{F}: Error invalid key data type in {O} ({n})"},
     // By contract getInstance of their association delivers the capabilities, then the association: two objects, which
     // production servers turn into an error.
     .alwaysReturnsInstance = {.contract = true, .corrected = false},

@@ -12,29 +12,17 @@ constexpr const char* cimClass = "Merolt_NIC_LANEndpoint";
 const char* keys[] = {"SystemCreationClassName", "SystemName", "CreationClassName", "Name", nullptr};
 
 const EthernetClass descriptor = {
-    "Name",
-    forEachPort,
-    [](const Element& element) { return macText(*element.port); },
-    [](const char* className, const char* nameSpace, const Element& element) {
-        return makePath_LANEndPoint(className, nameSpace, element.port);
-    },
-    [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
-        return makeInstance_LANEndPoint(className, nameSpace, properties, element.port);
-    },
-    {
-        "Merolt_NIC_LANEndPoint enumInstanceNames was called\n",
-        "Merolt_NIC_LANEndPoint: Error getting namespace in enumInstanceNames\n",
-        "Merolt_NIC_LANEndPoint: Error getting ClassName in enumInstanceNames\n",
-        "Merolt_NIC_LANEndPoint enumInstances_LANEndPoint was called\n",
-        "Merolt_NIC_LANEndPoint: Error getting namespace in enumInstances\n",
-        "Merolt_NIC_LANEndPoint: Error getting ClassName in enumInstances\n",
-        "Merolt_NIC_LANEndPoint getInstance_LANEndPoint was called\n",
-        "Merolt_NIC_LANEndPoint: Error getting namespace in getInstance\n",
-        "Merolt_NIC_LANEndPoint: Error getting ClassName in getInstance\n",
-        "Merolt_NIC_LANEndPoint: Error getting DeviceID key in getInstances\n",
-        "Merolt_NIC_LANEndPoint: Error invalid key data type(%d)",
-        "Merolt_NIC_LANEndPoint enumInstanceNames_LANEndPoint working",
-    },
+    .key = "Name",
+    .forEachElement = forEachPort,
+    .keyText = [](const Element& element) { return macText(*element.port); },
+    .makePath = pathOf<makePath_LANEndPoint>,
+    .makeInstance = instanceOf<makeInstance_LANEndPoint>,
+    .texts = {.token = "Merolt_NIC_LANEndPoint",
+              .instances = {.entry = entryThatNamesClass},
+              .getInstance = {.entry = entryThatNamesClass},
+              .key = "{F}: Error getting DeviceID key in getInstances\n",
+              .keyType = "{F}: Error invalid key data type({n})",
+              .element = "{F} {O}_LANEndPoint working"},
 };
 
 } // namespace

@@ -15,27 +15,16 @@ constexpr const char* cimClass = "Merolt_NIC_NetworkPort";
 const char* keys[] = {"SystemCreationClassName", "SystemName", "CreationClassName", "DeviceID", nullptr};
 
 const EthernetClass descriptor = {
-    "DeviceID",
-    forEachPort,
-    [](const Element& element) { return calcDeviceID_NetworkPort(element.card, element.port, nullptr); },
-    [](const char* className, const char* nameSpace, const Element& element) {
-        return makePath_NetworkPort(className, nameSpace, element.card, element.port);
-    },
-    [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
-        return makeInstance_NetworkPort(className, nameSpace, properties, element.card, element.port);
-    },
-    {
-        "Merolt_NIC_NetworkPort enumInstanceNames was called\n",
-        "Merolt_NIC_NetworkPort: Error getting namespace\n",
-        "Merolt_NIC_NetworkPort: Error getting ClassName\n",
-        "Merolt_NIC_NetworkPort enumInstances_NetworkPort was called\n",
-        "Merolt_NIC_NetworkPort: Error getting namespace\n",
-        "Merolt_NIC_NetworkPort: Error getting ClassName\n",
-        "Merolt_NIC_NetworkPort getInstance_NetworkPort was called\n",
-        "Merolt_NIC_NetworkPort: Error getting namespace\n",
-        "Merolt_NIC_NetworkPort: Error getting ClassName\n",
-        "Merolt_NIC_NetworkPort: Error getting DeviceID key in findMatchedRole1\n",
-    },
+    .key = "DeviceID",
+    .forEachElement = forEachPort,
+    .keyText = [](const Element& element) { return calcDeviceID_NetworkPort(element.card, element.port, nullptr); },
+    .makePath = pathOf<makePath_NetworkPort>,
+    .makeInstance = instanceOf<makeInstance_NetworkPort>,
+    .texts = {.token = "Merolt_NIC_NetworkPort",
+              .names = {.nameSpace = "{F}: Error getting namespace\n", .className = "{F}: Error getting ClassName\n"},
+              .instances = withoutOperation,
+              .getInstance = withoutOperation,
+              .key = "{F}: Error getting {K} key in findMatchedRole1\n"},
 };
 
 } // namespace

@@ -18,27 +18,16 @@ const char* deviceID(const CNACard* card) {
 }
 
 const EthernetClass descriptor = {
-    "DeviceID",
-    forEachCard,
-    [](const Element& element) { return deviceID(element.card); },
-    [](const char* className, const char* nameSpace, const Element& element) {
-        return makePath_PortController(className, nameSpace, element.card);
-    },
-    [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
-        return makeInstance_PortController(className, nameSpace, properties, element.card);
-    },
-    {
-        "Merolt_NIC_PortController enumInstanceNames was called\n",
-        "Merolt_NIC_PortController: Error getting namespace in enumInstanceNames\n",
-        "Merolt_NIC_PortController: Error getting ClassName in enumInstanceNames\n",
-        "Merolt_NIC_PortController enumInstances_PortController was called\n",
-        "Merolt_NIC_PortController: Error getting namespace in enumInstances\n",
-        "Merolt_NIC_PortController: Error getting classname in enumInstances\n",
-        "Merolt_NIC_PortController getInstance was called\n",
-        "Merolt_NIC_PortController: Error getting namespace in getInstances\n",
-        "Merolt_NIC_PortController: Error getting classname in getInstances\n",
-        "Merolt_NIC_PortController: Error getting DeviceID key in getInstances\n",
-    },
+    .key = "DeviceID",
+    .forEachElement = forEachCard,
+    .keyText = [](const Element& element) { return deviceID(element.card); },
+    .makePath = pathOf<makePath_PortController>,
+    .makeInstance = instanceOf<makeInstance_PortController>,
+    .texts = {.token = "Merolt_NIC_PortController",
+              .instances = {.entry = entryThatNamesClass, .className = "{F}: Error getting classname in {O}\n"},
+              .getInstance = {.nameSpace = "{F}: Error getting namespace in getInstances\n",
+                              .className = "{F}: Error getting classname in getInstances\n"},
+              .key = "{F}: Error getting {K} key in getInstances\n"},
 };
 
 } // namespace

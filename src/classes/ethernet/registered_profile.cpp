@@ -50,27 +50,15 @@ const EthernetClass descriptor = {
     .key = "InstanceID",
     .forEachElement = forEachProfile,
     .keyText = [](const Element& element) { return instanceID(element.profile); },
-    .makePath =
-        [](const char* className, const char* nameSpace, const Element& element) {
-            return makePath_RegisteredProfile(className, nameSpace, element.profile);
-        },
-    .makeInstance =
-        [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
-            return makeInstance_RegisteredProfile(className, nameSpace, properties, element.profile);
-        },
-    .texts =
-        {
-            "Merolt_RegisteredProfile enumInstanceNames was called\n",
-            "Merolt_RegisteredProfile: Error getting namespace\n",
-            "Merolt_RegisteredProfile: Error getting ClassName\n",
-            "Merolt_NIC_RegisteredProfile enumInstances_RegisteredProfile was called\n",
-            "Merolt_NIC_RegisteredProfile: Error getting namespace\n",
-            "Merolt_NIC_RegisteredProfile: Error getting ClassName\n",
-            "Merolt_NIC_RegisteredProfile getInstance_RegisteredProfile was called\n",
-            "Merolt_NIC_RegisteredProfile: Error getting namespace\n",
-            "Merolt_NIC_RegisteredProfile: Error getting ClassName\n",
-            "Merolt_NIC_RegisteredProfile: Error getting Name key in getInstance\n",
-        },
+    .makePath = pathOf<makePath_RegisteredProfile>,
+    .makeInstance = instanceOf<makeInstance_RegisteredProfile>,
+    .texts = {.token = "Merolt_NIC_RegisteredProfile",
+              .names = {.entry = "Merolt_RegisteredProfile {O} was called\n",
+                        .nameSpace = "Merolt_RegisteredProfile: Error getting namespace\n",
+                        .className = "Merolt_RegisteredProfile: Error getting ClassName\n"},
+              .instances = withoutOperation,
+              .getInstance = withoutOperation,
+              .key = "{F}: Error getting Name key in {O}\n"},
     .keyErrorLog = KeyErrorLog::debug,
 };
 

@@ -63,28 +63,9 @@ const EthernetClass descriptor = {
     .key = "InstanceID",
     .forEachElement = forEachSoftware,
     .keyText = [](const Element& element) { return instanceID(element.softwareType, element.card); },
-    .makePath =
-        [](const char* className, const char* nameSpace, const Element& element) {
-            return makePath_SoftwareIdentity(className, nameSpace, element.softwareType, element.card);
-        },
-    .makeInstance =
-        [](const char* className, const char* nameSpace, const char** properties, const Element& element) {
-            return makeInstance_SoftwareIdentity(className, nameSpace, properties, element.softwareType, element.card);
-        },
-    .texts =
-        {
-            "Merolt_NIC_SoftwareIdentity enumInstanceNames was called\n",
-            "Merolt_NIC_SoftwareIdentity: Error getting namespace in enumInstanceNames\n",
-            "Merolt_NIC_SoftwareIdentity: Error getting ClassName in enumInstanceNames\n",
-            "Merolt_NIC_SoftwareIdentity enumInstances was called\n",
-            "Merolt_NIC_SoftwareIdentity: Error getting namespace in enumInstances\n",
-            "Merolt_NIC_SoftwareIdentity: Error getting ClassName in enumInstances\n",
-            "Merolt_NIC_SoftwareIdentity getInstance was called\n",
-            "Merolt_NIC_SoftwareIdentity: Error getting namespace in getInstance\n",
-            "Merolt_NIC_SoftwareIdentity: Error getting ClassName in getInstance\n",
-            "Merolt_NIC_SoftwareIdentity: Error getting InstanceID key in getInstance\n",
-            "Merolt_NIC_SoftwareIdentity: Error invalid key data type(%d)",
-        },
+    .makePath = pathOf<makePath_SoftwareIdentity>,
+    .makeInstance = instanceOf<makeInstance_SoftwareIdentity>,
+    .texts = {.token = "Merolt_NIC_SoftwareIdentity", .keyType = "{F}: Error invalid key data type({n})"},
     .find = findSoftware,
 };
 

@@ -20,26 +20,11 @@ const EthernetClass descriptor = {
     .key = "Name",
     .forEachElement = forOne,
     .keyText = [](const Element&) { return flash::installerName; },
-    .makePath = [](const char* className, const char* nameSpace,
-                   const Element&) { return makePath_SoftwareInstallationService(className, nameSpace); },
-    .makeInstance =
-        [](const char* className, const char* nameSpace, const char** properties, const Element&) {
-            return makeInstance_SoftwareInstallationService(className, nameSpace, properties);
-        },
-    .texts =
-        {
-            "Merolt_NIC_SoftwareInstallationService enumInstanceNames was called\n",
-            "Merolt_NIC_SoftwareInstallationService: Error getting namespace in enumInstanceNames\n",
-            "Merolt_NIC_SoftwareInstallationService: Error getting ClassName in enumInstanceNames\n",
-            "Merolt_NIC_SoftwareInstallationService enumInstances was called\n",
-            "Merolt_NIC_SoftwareInstallationService: Error getting namespace in enumInstances\n",
-            "Merolt_NIC_SoftwareInstallationService: Error getting ClassName in enumInstances\n",
-            "Merolt_NIC_SoftwareInstallationService getInstance was called\n",
-            "Merolt_NIC_SoftwareInstallationService: Error getting namespace in getInstance\n",
-            "Merolt_NIC_SoftwareInstallationService: Error getting ClassName in getInstance\n",
-            "Merolt_NIC_SoftwareIdentity: Error getting Name key in getInstance\n",
-            "Merolt_NIC_SoftwareIdentity: Error invalid key data type(%d)",
-        },
+    .makePath = pathOf<makePath_SoftwareInstallationService>,
+    .makeInstance = instanceOf<makeInstance_SoftwareInstallationService>,
+    .texts = {.token = "Merolt_NIC_SoftwareInstallationService",
+              .key = "Merolt_NIC_SoftwareIdentity: Error getting {K} key in {O}\n",
+              .keyType = "Merolt_NIC_SoftwareIdentity: Error invalid key data type({n})"},
     .secondKey = &systemName,
 };
 

@@ -14,26 +14,11 @@ const EthernetClass descriptor = {
     .key = "InstanceID",
     .forEachElement = forOne,
     .keyText = [](const Element&) { return flash::installerName; },
-    .makePath = [](const char* className, const char* nameSpace,
-                   const Element&) { return makePath_SoftwareInstallationServiceCapabilities(className, nameSpace); },
-    .makeInstance =
-        [](const char* className, const char* nameSpace, const char** properties, const Element&) {
-            return makeInstance_SoftwareInstallationServiceCapabilities(className, nameSpace, properties);
-        },
-    .texts =
-        {
-            "Merolt_NIC_SoftwareInstallationServiceCapabilities enumInstanceNames was called\n",
-            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting namespace in enumInstanceNames\n",
-            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting ClassName in enumInstanceNames\n",
-            "Merolt_NIC_SoftwareInstallationServiceCapabilities enumInstances was called\n",
-            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting namespace in enumInstances\n",
-            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting ClassName in enumInstances\n",
-            "Merolt_NIC_SoftwareInstallationServiceCapabilities getInstance_SoftwareInstallationServiceCapabilities "
-            "was called\n",
-            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting namespace in getInstance\n",
-            "Merolt_NIC_SoftwareInstallationServiceCapabilities: Error getting ClassName in getInstance\n",
-            nullptr,
-        },
+    .makePath = pathOf<makePath_SoftwareInstallationServiceCapabilities>,
+    .makeInstance = instanceOf<makeInstance_SoftwareInstallationServiceCapabilities>,
+    .texts = {.token = "Merolt_NIC_SoftwareInstallationServiceCapabilities",
+              .getInstance = {.entry = entryThatNamesClass},
+              .key = nullptr},
 };
 
 } // namespace

@@ -153,6 +153,10 @@ CMPIObjectPathFT withoutClassName(const CMPIObjectPathFT& functions) {
     return changed;
 }
 
+bool isInTable(const std::string& className) {
+    return std::any_of(std::begin(rows), std::end(rows), [&](const Row& row) { return row.className == className; });
+}
+
 class DispatchTest : public ProviderTest {
 protected:
     BrokerHooks hooks{*broker};
@@ -163,6 +167,14 @@ protected:
         switchLogsOn();
         tavikLibrary.setFleet(fleet({card("S1", {storageFunction(1, 0xA107), storageFunction(2, 0xA107)})}));
         start();
+    }
+
+    /// What has come since stands behind the rows of the table.
+    Names takeTests() {
+        Names tests = hooks.takeTestedClasses();
+        while (!tests.empty() && !isInTable(tests.back()))
+            tests.pop_back();
+        return tests;
     }
 
     std::string keyOfFirstPort() {
@@ -189,14 +201,14 @@ TEST_P(RowTest, AnEnumerationOfPathsTestsTheRowsInOrder) {
     start();
     hooks.takeTestedClasses();
     enumerateInstanceNames(row().className);
-    EXPECT_EQ(hooks.takeTestedClasses(), expectedTests(tableOrder, row().className));
+    EXPECT_EQ(takeTests(), expectedTests(tableOrder, row().className));
 }
 
 TEST_P(RowTest, AnEnumerationOfInstancesTestsTheRowsInOrder) {
     start();
     hooks.takeTestedClasses();
     enumerateInstances(row().className);
-    EXPECT_EQ(hooks.takeTestedClasses(), expectedTests(tableOrder, row().className));
+    EXPECT_EQ(takeTests(), expectedTests(tableOrder, row().className));
 }
 
 std::string rowName(const testing::TestParamInfo<std::size_t>& test) { return rows[test.param].className; }
@@ -210,7 +222,7 @@ TEST_P(EthernetRowTest, GetInstanceTestsTheRowsInItsOwnOrder) {
     start();
     hooks.takeTestedClasses();
     getInstance(row().className, {});
-    EXPECT_EQ(hooks.takeTestedClasses(), expectedTests(getInstanceRows(), row().className));
+    EXPECT_EQ(takeTests(), expectedTests(getInstanceRows(), row().className));
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, EthernetRowTest, testing::Range(std::size_t{47}, rowCount), rowName);
@@ -270,7 +282,7 @@ TEST_P(OperationTest, AClassWithoutRowAnswersWithNothingAndNoError) {
     EXPECT_TRUE(answer.isOk());
     EXPECT_TRUE(answer.objects.empty());
     EXPECT_EQ(answer.doneCount, 1U);
-    EXPECT_EQ(hooks.takeTestedClasses().size(), rowCount) << "every row is tested";
+    EXPECT_EQ(takeTests().size(), rowCount) << "every row is tested";
 }
 
 TEST_P(OperationTest, TheLogTellsEntryAndExit) {
@@ -414,7 +426,7 @@ TEST_F(SubclassTest, ASubclassIsAnsweredByItsAncestorsFamily) {
     const Answer answer = enumerateInstances("Site_FCPort");
     ASSERT_EQ(answer.objects.size(), 2U);
     EXPECT_EQ(answer.objects.front().className, "Site_FCPort");
-    EXPECT_EQ(hooks.takeTestedClasses(), expectedTests({std::begin(rows), std::end(rows)}, fcPort));
+    EXPECT_EQ(takeTests(), expectedTests({std::begin(rows), std::end(rows)}, fcPort));
 }
 
 class RefusalTest : public DispatchTest {

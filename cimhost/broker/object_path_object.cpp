@@ -1,35 +1,30 @@
 #include "cimhost/broker/broker.h"
 #include "cimhost/broker/table_support.h"
 #include "cimhost/broker/values.h"
+#include "cimhost/broker/visit_value.h"
 #include "cimhost/model/date_time.h"
+
+#include <concepts>
 
 namespace cimhost {
 namespace {
 
 // Reads an integer of any width.
-IntegerValue integerOf(const CMPIData& data) noexcept {
-    switch (data.type) {
-    case CMPI_uint8:
-        return {false, data.value.uint8};
-    case CMPI_uint16:
-        return {false, data.value.uint16};
-    case CMPI_uint32:
-        return {false, data.value.uint32};
-    case CMPI_uint64:
-        return {false, data.value.uint64};
-    default:
-        break;
-    }
-    const CMPISint64 number = data.type == CMPI_sint8    ? data.value.sint8
-                              : data.type == CMPI_sint16 ? data.value.sint16
-                              : data.type == CMPI_sint32 ? data.value.sint32
-                                                         : data.value.sint64;
-    const auto bits = static_cast<std::uint64_t>(number);
-    return {number < 0, number < 0 ? 0 - bits : bits};
+IntegerValue integerOf(const CMPIData& data) {
+    return visitValue(data, Overloaded{
+                                [](const std::unsigned_integral auto& number) {
+                                    return IntegerValue{false, number};
+                                },
+                                [](const std::signed_integral auto& number) {
+                                    const auto bits = static_cast<std::uint64_t>(number);
+                                    return IntegerValue{number < 0, number < 0 ? 0 - bits : bits};
+                                },
+                                [](const auto&) { return IntegerValue(); },
+                            });
 }
 
 // What is given for a key that the class declares: the declared type, or what a getter gives for it.
-bool fitsKey(const CMPIData& data, CMPIType declared) noexcept {
+bool fitsKey(const CMPIData& data, CMPIType declared) {
     if (data.type == declared) return true;
     if (isIntegerType(declared)) {
         const bool isWide = data.type == CMPI_sint64 || data.type == CMPI_uint64;

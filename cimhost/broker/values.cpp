@@ -2,9 +2,11 @@
 
 #include <array>
 #include <charconv>
+#include <concepts>
 #include <cstring>
 
 #include "cimhost/broker/table_support.h"
+#include "cimhost/broker/visit_value.h"
 #include "cimhost/model/utf8.h"
 
 namespace cimhost {
@@ -20,20 +22,8 @@ CMPIrc takeText(Arena& arena, const char* text, CMPIData& data) {
 }
 
 // True for a whole object of ours, of the data's type.
-bool isWhole(const CMPIData& data) noexcept {
-    if (isArrayType(data.type)) return ArrayObject::from(data.value.array);
-    switch (data.type) {
-    case CMPI_string:
-        return StringObject::from(data.value.string);
-    case CMPI_dateTime:
-        return DateTimeObject::from(data.value.dateTime);
-    case CMPI_ref:
-        return ObjectPathObject::from(data.value.ref);
-    case CMPI_instance:
-        return InstanceObject::from(data.value.inst);
-    default:
-        return false;
-    }
+bool isWhole(const CMPIData& data) {
+    return visitValue(data, Overloaded{[](NoValue) { return false; }, [](const auto&) { return true; }});
 }
 
 // An object or an array: data has its inward type.
@@ -103,80 +93,36 @@ CMPIrc takeValue(Arena& arena, const CMPIValue* value, CMPIType type, CMPIData& 
 
 CMPIData copyData(Arena& arena, const CMPIData& data) {
     CMPIData copy = data;
-    if ((data.state & CMPI_nullValue) != 0) return copy;
-    if (isArrayType(data.type)) {
-        copy.value.array = ArrayObject::from(data.value.array)->copyTo(arena);
-        return copy;
-    }
-    switch (data.type) {
-    case CMPI_string: {
-        const StringObject* object = StringObject::from(data.value.string);
-        if (object->arena != &arena) copy.value.string = object->copyTo(arena);
-        break;
-    }
-    case CMPI_dateTime: {
-        const DateTimeObject* object = DateTimeObject::from(data.value.dateTime);
-        if (object->arena != &arena) copy.value.dateTime = object->copyTo(arena);
-        break;
-    }
-    case CMPI_ref:
-        copy.value.ref = ObjectPathObject::from(data.value.ref)->copyTo(arena);
-        break;
-    case CMPI_instance:
-        copy.value.inst = InstanceObject::from(data.value.inst)->copyTo(arena);
-        break;
-    default:
-        break;
-    }
+    visitValue(data, Overloaded{
+                         [&](const StringObject& text) {
+                             if (text.arena != &arena) copy.value.string = text.copyTo(arena);
+                         },
+                         [&](const DateTimeObject& time) {
+                             if (time.arena != &arena) copy.value.dateTime = time.copyTo(arena);
+                         },
+                         [&](const ObjectPathObject& path) { copy.value.ref = path.copyTo(arena); },
+                         [&](const InstanceObject& instance) { copy.value.inst = instance.copyTo(arena); },
+                         [&](const ArrayObject& array) { copy.value.array = array.copyTo(arena); },
+                         [](const auto&) {},
+                     });
     return copy;
 }
 
 CMPIData handOut(const CMPIData& data) { return copyData(workArena(), data); }
 
 void appendValueText(std::string& out, const CMPIData& data) {
-    if ((data.state & CMPI_nullValue) != 0) return;
-    if (isUnsignedInteger(data.type)) {
-        std::uint64_t number = 0;
-        std::memcpy(&number, &data.value, scalarSize(data.type));
-        return appendNumber(out, number);
-    }
-    switch (data.type) {
-    case CMPI_boolean:
-        out += data.value.boolean ? "true" : "false";
-        break;
-    case CMPI_char16:
-        appendUtf8(out, data.value.char16);
-        break;
-    case CMPI_sint8:
-        appendNumber(out, int{data.value.sint8});
-        break;
-    case CMPI_sint16:
-        appendNumber(out, data.value.sint16);
-        break;
-    case CMPI_sint32:
-        appendNumber(out, data.value.sint32);
-        break;
-    case CMPI_sint64:
-        appendNumber(out, data.value.sint64);
-        break;
-    case CMPI_real32:
-        appendNumber(out, data.value.real32);
-        break;
-    case CMPI_real64:
-        appendNumber(out, data.value.real64);
-        break;
-    case CMPI_string:
-        out += StringObject::from(data.value.string)->text();
-        break;
-    case CMPI_dateTime:
-        out += DateTimeObject::from(data.value.dateTime)->text();
-        break;
-    case CMPI_ref:
-        ObjectPathObject::from(data.value.ref)->appendText(out);
-        break;
-    default:
-        break;
-    }
+    visitValue(data, Overloaded{
+                         [](NoValue) {},
+                         [&](bool truth) { out += truth ? "true" : "false"; },
+                         [&](char16_t character) { appendUtf8(out, character); },
+                         [&](const std::integral auto& number) { appendNumber(out, +number); },
+                         [&](const std::floating_point auto& number) { appendNumber(out, number); },
+                         [&](const StringObject& text) { out += text.text(); },
+                         [&](const DateTimeObject& time) { out += time.text(); },
+                         [&](const ObjectPathObject& path) { path.appendText(out); },
+                         [](const InstanceObject&) {},
+                         [](const ArrayObject&) {},
+                     });
 }
 
 CMPIData namedDataAt(std::span<const NamedData> items, CMPICount position, CMPIString** name, CMPIStatus* status) {

@@ -1,11 +1,13 @@
 #include "cimhost/cimxml/encoder.h"
 
+#include "cimhost/broker/visit_value.h"
 #include "cimhost/cimxml/xml_text.h"
 #include "cimhost/model/cim_type.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <concepts>
 
 namespace cimhost::cimxml {
 
@@ -31,7 +33,6 @@ const PropertyShape& shapeOf(CMPIType type) {
     return isArrayType(type) ? arrayShape : scalarShape;
 }
 
-// An instance inside a property travels as text.
 std::string_view wireType(CMPIType type) { return elementOf(type) == CMPI_instance ? "string" : typeName(type); }
 
 PropertyTags makeTags(const PropertyDeclaration& property) {
@@ -181,12 +182,6 @@ void Encoder::freeProperty(std::string_view name, const CMPIData& data) {
     raw(shape.close);
 }
 
-// What stands between the tags of a value that is not null.
-void Encoder::content(const CMPIData& data) {
-    if (!isArrayType(data.type)) return scalar(data);
-    if (const ArrayObject* elements = ArrayObject::from(data.value.array)) array(*elements);
-}
-
 void Encoder::value(const CMPIData& data) {
     if (isNull(data)) return;
     const bool isReference = elementOf(data.type) == CMPI_ref;
@@ -199,53 +194,27 @@ void Encoder::value(const CMPIData& data) {
     raw(tag);
 }
 
-void Encoder::scalar(const CMPIData& data) {
-    switch (data.type) {
-    case CMPI_string:
-        if (const StringObject* text = StringObject::from(data.value.string)) appendText(document, text->text());
-        return;
-    case CMPI_boolean:
-        return raw(data.value.boolean != 0 ? "true" : "false");
-    case CMPI_uint8:
-        return appendNumber(document, static_cast<unsigned>(data.value.uint8));
-    case CMPI_uint16:
-        return appendNumber(document, data.value.uint16);
-    case CMPI_uint32:
-        return appendNumber(document, data.value.uint32);
-    case CMPI_uint64:
-        return appendNumber(document, data.value.uint64);
-    case CMPI_sint8:
-        return appendNumber(document, static_cast<int>(data.value.sint8));
-    case CMPI_sint16:
-        return appendNumber(document, data.value.sint16);
-    case CMPI_sint32:
-        return appendNumber(document, data.value.sint32);
-    case CMPI_sint64:
-        return appendNumber(document, data.value.sint64);
-    case CMPI_real32:
-        return appendReal(document, data.value.real32);
-    case CMPI_real64:
-        return appendReal(document, data.value.real64);
-    case CMPI_char16:
-        return appendCharacter(document, data.value.char16);
-    case CMPI_dateTime:
-        if (const DateTimeObject* time = DateTimeObject::from(data.value.dateTime)) raw(time->text());
-        return;
-    case CMPI_ref:
-        if (const ObjectPathObject* path = ObjectPathObject::from(static_cast<const CMPIObjectPath*>(data.value.ref))) {
-            fullestPath(*path);
-        }
-        return;
-    case CMPI_instance:
-        if (const InstanceObject* inner = InstanceObject::from(static_cast<const CMPIInstance*>(data.value.inst))) {
-            ByteBuffer text;
-            Encoder(text, tagTable).instance(*inner, {});
-            appendText(document, text.view());
-        }
-        return;
-    default:
-        return;
-    }
+// What stands between the tags of a value; nothing for null.
+void Encoder::content(const CMPIData& data) {
+    visitValue(data, Overloaded{
+                         [](NoValue) {},
+                         [this](bool truth) { raw(truth ? "true" : "false"); },
+                         [this](char16_t character) { appendCharacter(document, character); },
+                         [this](const std::integral auto& number) { appendNumber(document, +number); },
+                         [this](const std::floating_point auto& number) { appendReal(document, number); },
+                         [this](const StringObject& text) { appendText(document, text.text()); },
+                         [this](const DateTimeObject& time) { raw(time.text()); },
+                         [this](const ObjectPathObject& path) { fullestPath(path); },
+                         [this](const InstanceObject& inner) { embedded(inner); },
+                         [this](const ArrayObject& elements) { array(elements); },
+                     });
+}
+
+// An instance inside a property travels as text.
+void Encoder::embedded(const InstanceObject& inner) {
+    ByteBuffer text;
+    Encoder(text, tagTable).instance(inner, {});
+    appendText(document, text.view());
 }
 
 void Encoder::array(const ArrayObject& array) {
@@ -259,7 +228,7 @@ void Encoder::array(const ArrayObject& array) {
             continue;
         }
         raw(open);
-        scalar(element);
+        content(element);
         raw(close);
     }
 }
@@ -269,14 +238,14 @@ void Encoder::keyBinding(const NamedData& key) {
     appendAttribute(document, "NAME", key.name);
     if (key.data.type == CMPI_ref) {
         raw("><VALUE.REFERENCE>");
-        scalar(key.data);
+        content(key.data);
         raw("</VALUE.REFERENCE></KEYBINDING>");
         return;
     }
     raw("><KEYVALUE VALUETYPE=\"");
     raw(keyValueType(key.data.type));
     raw("\">");
-    scalar(key.data);
+    content(key.data);
     raw("</KEYVALUE></KEYBINDING>");
 }
 
@@ -303,7 +272,7 @@ void Encoder::instanceName(const InstanceObject& instance) {
     raw(tags->name);
     for (const KeyTags& key : tags->keys) {
         raw(key.toValue);
-        scalar(*instance.valueAt(key.position));
+        content(*instance.valueAt(key.position));
         raw("</KEYVALUE></KEYBINDING>");
     }
     raw("</INSTANCENAME>");

@@ -104,7 +104,7 @@ private:
     void property(const PropertyTags& tags, const CMPIData* data, bool includeClassOrigin);
     void freeProperty(std::string_view name, const CMPIData& data);
     void content(const CMPIData& data);
-    void scalar(const CMPIData& data);
+    void embedded(const InstanceObject& inner);
     void array(const ArrayObject& array);
     void keyBinding(const NamedData& key);
     void namespacePath(std::string_view host, std::string_view nameSpace);

@@ -1,54 +1,40 @@
 #include "cimhost/cli/json_output.h"
 
+#include "cimhost/broker/visit_value.h"
 #include "cimhost/cli/instance_json.h"
-#include "cimhost/model/cim_type.h"
+
+#include <concepts>
 
 namespace cimhost::cli {
 
 namespace {
 
-Json scalarJson(const CMPIData& data) {
-    switch (data.type) {
-    case CMPI_boolean:
-        return data.value.boolean != 0;
-    case CMPI_uint8:
-        return data.value.uint8;
-    case CMPI_uint16:
-        return data.value.uint16;
-    case CMPI_uint32:
-        return data.value.uint32;
-    case CMPI_uint64:
-        return data.value.uint64;
-    case CMPI_sint8:
-        return data.value.sint8;
-    case CMPI_sint16:
-        return data.value.sint16;
-    case CMPI_sint32:
-        return data.value.sint32;
-    case CMPI_sint64:
-        return data.value.sint64;
-    case CMPI_real32:
-        return data.value.real32;
-    case CMPI_real64:
-        return data.value.real64;
-    default:
-        break;
-    }
+Json textJson(const CMPIData& data) {
     std::string text;
     appendValueText(text, data);
     return text;
 }
 
-Json valueJson(const CMPIData* data) {
-    if (!data || (data->state & CMPI_nullValue) != 0) return nullptr;
-    if (!isArrayType(data->type)) return scalarJson(*data);
-    Json list = Json::array();
-    const ArrayObject* array = ArrayObject::from(data->value.array);
-    for (CMPICount index = 0; array && index < array->size(); ++index) {
-        const CMPIData element = array->element(index);
-        list.push_back(valueJson(&element));
-    }
-    return list;
+Json valueJson(const CMPIData& data) {
+    return visitValue(data, Overloaded{
+                                [](NoValue) { return Json(nullptr); },
+                                [](bool truth) { return Json(truth); },
+                                [&data](char16_t) { return textJson(data); },
+                                [](const std::integral auto& number) { return Json(number); },
+                                [](const std::floating_point auto& number) { return Json(number); },
+                                [](const ArrayObject& array) {
+                                    Json list = Json::array();
+                                    for (CMPICount index = 0; index < array.size(); ++index)
+                                        list.push_back(valueJson(array.element(index)));
+                                    return list;
+                                },
+                                [&data](const auto&) { return textJson(data); },
+                            });
+}
+
+Json valueAt(const InstanceObject& instance, std::size_t position) {
+    const CMPIData* data = instance.valueAt(position);
+    return data ? valueJson(*data) : Json(nullptr);
 }
 
 std::string pathText(const ObjectPathObject& path) {
@@ -68,11 +54,11 @@ Json instanceJson(const InstanceObject& instance) {
     if (const ClassDeclaration* declaration = instance.declaration()) {
         for (std::size_t position = 0; position < declaration->properties().size(); ++position) {
             if (!instance.isWanted(position)) continue;
-            properties[declaration->properties()[position].name] = valueJson(instance.valueAt(position));
+            properties[declaration->properties()[position].name] = valueAt(instance, position);
         }
     }
     for (const NamedData& property : instance.freeProperties()) {
-        properties[std::string(property.name)] = valueJson(&property.data);
+        properties[std::string(property.name)] = valueJson(property.data);
     }
     return object;
 }
@@ -96,7 +82,7 @@ std::string jsonOf(const std::vector<const ObjectPathObject*>& paths) {
         object["path"] = pathText(*path);
         Json& keys = object["keys"] = Json::object();
         for (const NamedData& key : path->keys())
-            keys[std::string(key.name)] = valueJson(&key.data);
+            keys[std::string(key.name)] = valueJson(key.data);
         list.push_back(std::move(object));
     }
     return dump(list);

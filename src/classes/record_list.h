@@ -1,6 +1,7 @@
-// Storage of the class lists: one block of records behind a global count and pointer, built by walking the library's
-// tree twice, first to count and then to fill. Lists are rebuilt for single requests, so a list keeps its block from
-// build to build.
+// Storage of the class lists: one block of records behind a global count and pointer, filled in a walk of the library's
+// tree. Lists are rebuilt for single requests, so a list keeps its block from build to build. The tree is large, and
+// reading it is what costs on hosts with many ports: it is walked a second time, to count, only where a list does not
+// know from its last build how many records it will have.
 #pragma once
 
 #include "inventory/tree_walk.h"
@@ -58,12 +59,20 @@ public:
         return std::exchange(count, 0);
     }
 
+    /// No records. Those that are then appended are expected to be as many as the list had before, or if it had none,
+    /// as many as countThem tells.
+    template <class Count>
+    void startAnew(Count&& countThem) {
+        clear();
+        if (expected == 0) expected = countThem();
+    }
+
     std::int32_t size() const { return count; }
 
     /// The record behind the last one, which the count then covers; the list grows if it was made too small.
     Record& append() {
         if (!list) {
-            take(1);
+            take(std::max(expected, 1));
         } else if (count == capacity) {
             grow();
         }
@@ -78,8 +87,11 @@ public:
     }
 
     void clear() {
+        if (list) {
+            expected = count;
+            kept = std::exchange(list, nullptr);
+        }
         count = 0;
-        if (list) kept = std::exchange(list, nullptr);
     }
 
 private:
@@ -116,6 +128,7 @@ private:
     Record*& list;
     Record* kept = nullptr; ///< the block while there is no list
     std::int32_t capacity = 0;
+    std::int32_t expected = 0; ///< records of the last list
 };
 
 inline std::int32_t countStorageFunctions(TAVIK_AdapterList* adapters) {
@@ -140,8 +153,11 @@ template <class Record, class Create>
 void buildPerStorageFunction(RecordList<Record>& records, Create&& create) {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    records.make(countStorageFunctions(adapters));
-    createPerStorageFunction(adapters, records.size(), create);
+    records.startAnew([&] { return countStorageFunctions(adapters); });
+    forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) {
+        records.append();
+        create(device, records.size() - 1);
+    });
 }
 
 /// The same for a list that create adds to by itself: the count starts at 0 and every function has room.

@@ -45,7 +45,8 @@ public:
     }
 
     /// Takes the texts one behind the other, up to the capacity. None of them may be this one.
-    void join(std::initializer_list<std::string_view> parts);
+    /// @return its length then.
+    std::size_t join(std::initializer_list<std::string_view> parts);
 
     /// printf into the text; the result is cut at the capacity.
     void format(const char* pattern, ...) __attribute__((format(printf, 2, 3))) {
@@ -80,16 +81,43 @@ public:
         *place = '\0';
     }
 
+    /// How much room is left for more.
+    std::size_t left() const { return room; }
+
 private:
     char* place;
     std::size_t room;
 };
 
 template <std::size_t N>
-void FixedText<N>::join(std::initializer_list<std::string_view> parts) {
+std::size_t FixedText<N>::join(std::initializer_list<std::string_view> parts) {
     TextWriter writer(*this);
     for (const std::string_view part : parts)
         writer.append(part);
+    return capacity - writer.left();
 }
+
+/// The same with its length beside it, for texts that are read several times for each that is written. It takes texts
+/// without a zero byte.
+template <std::size_t N>
+class MeasuredText {
+public:
+    static constexpr std::size_t capacity = FixedText<N>::capacity;
+
+    const char* text() const { return bytes.text(); }
+    bool empty() const { return length == 0; }
+    std::string_view view() const { return {bytes.text(), length}; }
+
+    // As FixedText has them.
+    void clear() { join({}); }
+    void assign(std::string_view value) { join({value}); }
+    void assignField(const char* field, std::size_t width) { assign({field, strnlen(field, width)}); }
+    void join(std::initializer_list<std::string_view> parts) { length = bytes.join(parts); }
+    bool equals(std::string_view other) const { return view() == other; }
+
+private:
+    FixedText<N> bytes;
+    std::size_t length = 0;
+};
 
 } // namespace merolt

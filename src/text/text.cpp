@@ -42,8 +42,10 @@ void trimString(char* text) {
 bool equalsIgnoringCase(const char* left, const char* right) { return strcasecmp(left, right) == 0; }
 
 WorldWideNameText formatWorldWideName(const std::uint8_t* name) {
+    char digits[WorldWideNameText::capacity + 1];
+    writeHexadecimal(name, 8, digits);
     WorldWideNameText text;
-    writeHexadecimal(name, 8, text.data());
+    text.assign({digits, WorldWideNameText::capacity});
     return text;
 }
 

@@ -9,7 +9,7 @@
 
 namespace merolt {
 
-using WorldWideNameText = FixedText<17>;
+using WorldWideNameText = MeasuredText<17>;
 using MacText = FixedText<13>;
 
 /// Removes blanks and tabs at both ends, in place.
@@ -29,7 +29,7 @@ WorldWideNameText formatWorldWideName(const std::uint8_t* name);
 /// @return the buffer that was written.
 const char* formatMACAddress(const std::uint8_t* address, char* buffer);
 
-using NumberText = FixedText<12>;
+using NumberText = MeasuredText<12>;
 
 /// As printf prints "%d", or "%0*d" for a width of up to 9 and a number that is not negative.
 NumberText formatNumber(int number, std::size_t width = 1);

@@ -117,6 +117,19 @@ TEST_P(ListMemoryTest, RecordsInMemoryOfAnEarlierListShowNothingOfIt) {
     EXPECT_EQ(shown(), expected);
 }
 
+// A port's record is mostly room for texts; to clear it would cost more than to fill it.
+TEST_F(ClassTest, TheRecordOfAPortIsNotClearedBehindItsTexts) {
+    startWith(unlikeCards());
+    enumerateInstances("Merolt_FCHBA_FCPort");
+    const Block before = blockOf(storage::g_fcPortList, storage::g_fcPortCount);
+    storage::clearFCPortList();
+    std::memset(before.records, 0xA5, before.bytes);
+    storage::buildFCPortList();
+    ASSERT_EQ(storage::g_fcPortList, before.records);
+    const auto& text = storage::g_fcPortList[0].vpdData;
+    EXPECT_EQ(text.text()[text.capacity], '\xA5');
+}
+
 TEST_P(ListMemoryTest, OfMoreAdaptersHasRoomAndOfFewShowsNoOther) {
     std::vector<tavik::Card> many;
     for (std::uint32_t number = 1; number <= 40; ++number) {

@@ -191,8 +191,9 @@ void createFCPort(TAVIK_DeviceRecord* device, int index) {
     // The names are those of before the property block is refreshed, and so the key is stable.
     const SerialText serial = serialText(device, vpdStatus);
     const WorldWideNameText nodeName = formatWorldWideName(device->nodeName);
-    port.permanentAddress.assign(formatWorldWideName(device->portProperty.portName).view());
-    port.deviceID.join({serial.view(), "_", nodeName.view(), "_", port.permanentAddress.view()});
+    const WorldWideNameText portName = formatWorldWideName(device->portProperty.portName);
+    port.permanentAddress.assign(portName.view());
+    port.deviceID.join({serial.view(), "_", nodeName.view(), "_", portName.view()});
     port.serialNumber.assign(serial.view());
 
     setPortProperty(device, port);

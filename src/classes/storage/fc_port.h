@@ -11,23 +11,27 @@
 namespace merolt::storage {
 
 struct FCPortEntry {
-    std::uint8_t valid;       ///< 1 after createFCPort finished
-    std::uint8_t hasENodeMAC; ///< 1 for a converged function
-    FixedText<128> deviceID;  ///< key: serial text, node name, port name
+    /// Every number zero, every text empty. A constructor of its own, as the compiler would first clear all of the
+    /// record otherwise, most of which is room behind texts.
+    FCPortEntry() {}
+
+    std::uint8_t valid = 0;       ///< 1 after createFCPort finished
+    std::uint8_t hasENodeMAC = 0; ///< 1 for a converged function
+    FixedText<128> deviceID;      ///< key: serial text, node name, port name
     FixedText<128> serialNumber;
     FixedText<128> permanentAddress; ///< port world wide name
     FixedText<2048> vpdData;
     FixedText<512> optionROMVersions;
     FixedText<128> model;
     FixedText<64> speedDescription;
-    std::uint8_t eNodeMAC[6];
-    std::uint16_t portType;
-    std::uint16_t operationalStatus;
-    std::uint64_t speed;    ///< bits per second
-    std::uint64_t maxSpeed; ///< bits per second
-    std::uint16_t deviceNumber;
-    std::uint32_t deviceStatus;
-    TAVIK_DeviceRecord* device;
+    std::uint8_t eNodeMAC[6] = {};
+    std::uint16_t portType = 0;
+    std::uint16_t operationalStatus = 0;
+    std::uint64_t speed = 0;    ///< bits per second
+    std::uint64_t maxSpeed = 0; ///< bits per second
+    std::uint16_t deviceNumber = 0;
+    std::uint32_t deviceStatus = 0;
+    TAVIK_DeviceRecord* device = nullptr;
 };
 
 extern std::int32_t g_fcPortCount;

@@ -14,7 +14,7 @@ OptionRomStore g_optionRomFirmwareVersion;
 
 namespace {
 
-using VersionText = FixedText<64>;
+using VersionText = MeasuredText<64>;
 
 constexpr std::uint8_t firmwareValid = 0x01;
 constexpr std::uint8_t efiValid = 0x02;
@@ -46,9 +46,8 @@ VersionText twoNumbers(const std::uint8_t* version) {
 }
 
 VersionText threeNumbers(const std::uint8_t* version) {
-    VersionText text = twoNumbers(version);
-    text.append(".");
-    text.append(formatNumber(version[2], 2).view());
+    VersionText text;
+    text.join({twoNumbers(version).view(), ".", formatNumber(version[2], 2).view()});
     return text;
 }
 

@@ -6,7 +6,7 @@
 
 namespace merolt::storage {
 
-using OptionRomStore = FixedText<128>;
+using OptionRomStore = MeasuredText<128>;
 
 extern OptionRomStore g_optionRomBiosVersion;
 extern OptionRomStore g_optionRomFCodeVersion;

@@ -6,7 +6,7 @@
 
 namespace merolt::storage {
 
-using SerialText = FixedText<128>;
+using SerialText = MeasuredText<128>;
 
 /// A letter and five digits from three bytes of the record for chips up to index 7; for the others the serial number
 /// of the vital product data, or that of the record on the few chips that have it there when the VPD could not be

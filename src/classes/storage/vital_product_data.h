@@ -13,7 +13,7 @@
 namespace merolt::storage {
 
 /// A label, a colon and the value as parsed, for example "Serial Number:AB1234". Empty if the card has no such item.
-using VpdStore = FixedText<2048>;
+using VpdStore = MeasuredText<2048>;
 
 extern VpdStore g_productIdentifier; ///< tag 0x82
 extern VpdStore g_vpdRTag;           ///< tag 0x90

@@ -89,6 +89,28 @@ test_openpegasus_takes_a_second_registration_after_removing_the_first() {
     check "state" registered "$(state_of openpegasus)"
 }
 
+test_a_module_that_clients_ask_is_waited_for() {
+    fresh
+    register register openpegasus
+    ln -s /bin/true "$scratch/tools/sleep"
+    local command
+    for command in register unregister; do
+        echo 3 >"$STATE/busy"
+        register "$command" openpegasus
+        check "$command" 0 "$status"
+        check "$command: refusals" 0 "$(cat "$STATE/busy")"
+    done
+    check "left" "" "$(left_in openpegasus)"
+    register register openpegasus
+    echo 100 >"$STATE/busy"
+    register register openpegasus
+    check "busy for ever" 1 "$status"
+    check_contains "busy for ever" "Provider is busy" "$output"
+    check_contains "busy for ever" "the earlier registration stays" "$output"
+    check "busy for ever: state" registered "$(state_of openpegasus)"
+    rm "$scratch/tools/sleep"
+}
+
 test_openpegasus_forgets_everything() {
     fresh
     register register openpegasus
@@ -348,6 +370,14 @@ test_check_knows_what_fails_on_a_healthy_server() {
     register check openpegasus
     check "two objects of another class" 1 "$status"
     check_contains "two objects of another class" " 1 fail" "$output"
+    FAIL_TEXT='* wbemcli: Parse Exception: Unknown attribute in list for PROPERTY (EMBEDDEDOB)'
+    register check openpegasus
+    check "an embedded object" 0 "$status"
+    check_contains "an embedded object" \
+        "answers   Merolt_FCHBA_FCPort, with an embedded object that wbemcli cannot read" "$output"
+    FAIL_TEXT='* wbemcli: Parse Exception: Unknown attribute in list for PROPERTY (NONE)'
+    register check openpegasus
+    check "something else that wbemcli cannot read" 1 "$status"
 }
 
 test_missing_tools_are_named() {

@@ -2,7 +2,6 @@
 #include "cimhost/cli/hangup_watch.h"
 #include "cimhost/cli/stop_limit.h"
 #include "cimhost/indications/indication_server.h"
-#include "cimhost/model/host_name.h"
 #include "cimhost/service/endpoint.h"
 
 #include <algorithm>
@@ -125,7 +124,7 @@ std::size_t deliveryConnections(std::size_t clients) {
 IndicationOptions indicationOptions(const HostOptions& host, const ServeOptions& options) {
     IndicationOptions made;
     made.subscriptions.interopNamespace = host.interopNamespace;
-    made.subscriptions.systemName = hostName();
+    made.subscriptions.systemName = systemName();
     made.subscriptions.stateFile = options.state;
     made.delivery.connections = deliveryConnections(options.connections);
     made.asksForUser = !options.credentials.empty();

@@ -131,6 +131,35 @@ std::vector<std::string> Answer::all(const std::string& name) const {
     return texts;
 }
 
+namespace {
+
+/// The classes as an earlier test of this process read them, if it did not add any.
+std::optional<cimhost::ClassRepository>& readEarlier() {
+    static std::optional<cimhost::ClassRepository> classes;
+    return classes;
+}
+
+cimhost::ClassRepository readClasses(const char* nameSpace) {
+    if (readEarlier()) {
+        cimhost::ClassRepository taken = std::move(*readEarlier());
+        readEarlier().reset();
+        return taken;
+    }
+    cimhost::ClassRepository read;
+    read.loadFile(nameSpace, std::filesystem::path(MEROLT_MOF_DIRECTORY) / "merolt.mof");
+    read.addNamespace("root/PG_InterOp");
+    return read;
+}
+
+std::size_t countOf(const cimhost::ClassRepository& classes) {
+    std::size_t count = 0;
+    for (const std::string_view nameSpace : classes.namespaces())
+        count += 1 + classes.classes(nameSpace).size();
+    return count;
+}
+
+} // namespace
+
 ProviderTest::ProviderTest() {
     forgetEarlierTests();
     merolt::platform::replaceServices(&services);
@@ -138,8 +167,8 @@ ProviderTest::ProviderTest() {
     directory = mkdtemp(pattern.data());
     previousDirectory = std::filesystem::current_path();
     std::filesystem::current_path(directory);
-    classes.loadFile(implementationNamespace, std::filesystem::path(MEROLT_MOF_DIRECTORY) / "merolt.mof");
-    classes.addNamespace("root/PG_InterOp");
+    classes = readClasses(implementationNamespace);
+    classCount = countOf(classes);
     cimhost::BrokerOptions options;
     options.indicationSink = [this](std::string_view nameSpace, const InstanceObject& indication) {
         indications.push_back({std::string(nameSpace), describe(indication)});
@@ -159,6 +188,8 @@ ProviderTest::~ProviderTest() {
     merolt::platform::replaceServices(nullptr);
     std::filesystem::current_path(previousDirectory);
     std::filesystem::remove_all(directory);
+    broker.reset();
+    if (countOf(classes) == classCount) readEarlier() = std::move(classes);
 }
 
 void ProviderTest::startForeignServer() {

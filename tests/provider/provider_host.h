@@ -158,6 +158,7 @@ private:
     void readOwnSettings();
 
     std::unique_ptr<foreign_server::Server> foreignServer;
+    std::size_t classCount = 0; ///< of the namespaces as they were read
     std::size_t logLinesTaken = 0;
     static bool settingsWereRead;
     std::filesystem::path directory;

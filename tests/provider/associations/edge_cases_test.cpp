@@ -38,7 +38,7 @@ class AssociationEdgeTest : public WorldTest {
 protected:
     void serveCards() {
         serve(manyCards());
-        learn(manyCards());
+        learn();
     }
 
     Reply askFor(Operation operation, const Path& source, const std::string& association) {
@@ -55,7 +55,7 @@ protected:
 
     Path named(const std::string& className, const std::string& key) {
         for (const Path& path : names(className)) {
-            if (path[lookedUpKey(className)] == key) return path;
+            if (path[lookedUpKey(path)] == key) return path;
         }
         ADD_FAILURE() << "no " << className << ' ' << key;
         return classPath(className);
@@ -79,22 +79,23 @@ protected:
 
 TEST_F(AssociationEdgeTest, HostWithoutCardsKeepsTheRowsOfWhatIsAlwaysThere) {
     serve(fleet({}));
-    learn(fleet({}));
+    learn();
     Texts found;
     forEachFamily([&] {
         const std::size_t rows = instanceNames(classPath(family.associationClass)).rows.size();
         EXPECT_EQ(instances(classPath(family.associationClass)).rows.size(), rows);
         if (rows > 0) found.push_back(family.associationClass + ' ' + std::to_string(rows));
     });
+    std::sort(found.begin(), found.end());
     EXPECT_EQ(found, (Texts{"Merolt_FCHBA_ComputerSystemCommMech 1", "Merolt_FCHBA_ComputerSystemObjectManager 1",
+                            "Merolt_FCHBA_ComputerSystemSoftwareInstallationService 1",
                             "Merolt_FCHBA_ObjectManagerCommMech 1", "Merolt_FCHBA_ObjectManagerNamespace 2",
-                            "Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities 1",
-                            "Merolt_FCHBA_ComputerSystemSoftwareInstallationService 1"}));
+                            "Merolt_FCHBA_SoftwareInstallationServiceSoftwareInstallationServiceCapabilities 1"}));
 }
 
 TEST_F(AssociationEdgeTest, GetInstanceAnswersForAPairThatWasNeverEnumerated) {
     serveCards();
-    const Family& jackOfPort = familyOf("Merolt_FCHBA_PhysicalPortFCPort");
+    const Family jackOfPort = familyOf("Merolt_FCHBA_PhysicalPortFCPort");
     const Path left = named(jack, "MLE004_1");
     const Path right = first(fcPort);
     const Reply reply = instance(associationPath(jackOfPort, left, right));
@@ -121,7 +122,7 @@ TEST_F(AssociationEdgeTest, LeftEndStandsUnderTheFirstRoleAlsoFromTheRight) {
 TEST_F(AssociationEdgeTest, RequestsOwnPathStandsInTheReferenceWithWhateverKeysItHas) {
     serveCards();
     const Path strange = first(host).with("Name", "another host").with("Extra", "kept");
-    const Family& ports = familyOf("Merolt_FCHBA_ComputerSystemFCPort");
+    const Family ports = familyOf("Merolt_FCHBA_ComputerSystemFCPort");
     EXPECT_EQ(askFor(Operation::referenceNames, strange, ports.associationClass).texts().at(0),
               rowOf(associationPath(ports, strange, first(fcPort))).text());
 }
@@ -557,7 +558,7 @@ TEST_F(AssociationEdgeTest, ModuleThatTheListLostAfterARefreshGivesNoRowAndStops
 
 TEST_F(AssociationEdgeTest, EndpointThatDoesNotExistIsTakenOnTrust) {
     serveCards();
-    const Family& endpoints = familyOf("Merolt_NIC_ComputerSystemLANEndpoint");
+    const Family endpoints = familyOf("Merolt_NIC_ComputerSystemLANEndpoint");
     const Path nobody = first(lanEndpoint).with("Name", "FFFFFFFFFFFF");
     logFromHere();
     const Reply reply = instance(associationPath(endpoints, first(host), nobody));
@@ -634,11 +635,11 @@ TEST_F(AssociationEdgeTest, ReferenceNamesOfCapabilitiesNameAServiceByTheCapabil
 
 TEST_F(AssociationEdgeTest, FetchedCapabilitiesComeBeforeTheirAssociation) {
     serveCards();
-    const Family& endpoints = familyOf("Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint");
-    const Reply reply = instance(associationPath(endpoints, first(endpoints.leftClass), first(endpoints.rightClass)));
+    const std::string association = "Merolt_NIC_IPProtocolEndpointCapabilitiesIPProtocolEndpoint";
+    const Reply reply = instance(first(association));
     ASSERT_EQ(reply.rows.size(), 2U);
-    EXPECT_EQ(reply.rows.at(0).className, endpoints.leftClass);
-    EXPECT_EQ(reply.rows.at(1).className, endpoints.associationClass);
+    EXPECT_EQ(reply.rows.at(0).className, "Merolt_NIC_IPProtocolEndpointCapabilities");
+    EXPECT_EQ(reply.rows.at(1).className, association);
 }
 
 TEST_F(AssociationEdgeTest, WayFromAControllerToItsPackageIsToldStepByStep) {
@@ -785,7 +786,8 @@ TEST_F(AssociationEdgeTest, ElementOfAnyOtherClassIsTakenWithoutALook) {
     const Path noProfile = associationPath(familyOf(conformance), profilePath("8"), nobody);
     EXPECT_EQ(instance(noProfile).rc, CMPI_RC_ERR_NOT_FOUND);
     for (const char* className : {"Merolt_NIC_NetworkPort", "Merolt_NIC_IPProtocolEndpoint"}) {
-        const Path missing = first(className).with(lookedUpKey(className), "nothing");
+        const Path object = first(className);
+        const Path missing = object.with(lookedUpKey(object), "nothing");
         EXPECT_EQ(instance(associationPath(familyOf(conformance), profilePath("1"), missing)).rc,
                   CMPI_RC_ERR_NOT_FOUND);
     }

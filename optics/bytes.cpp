@@ -42,7 +42,8 @@ std::optional<Finding> silence(Memory memory, std::size_t serialIdSize) {
 }
 
 double scaledAt(Memory memory, std::size_t offset, Scale scale) {
-    return scale.hasSign ? signedWordAt(memory, offset) * scale.step : wordAt(memory, offset) * scale.step;
+    return scale.hasSign ? signedWordAt(memory, offset) / scale.stepsPerUnit
+                         : wordAt(memory, offset) / scale.stepsPerUnit;
 }
 
 std::optional<Thresholds> orderedThresholds(const Thresholds& limits, Findings& findings) {

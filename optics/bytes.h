@@ -59,16 +59,17 @@ bool consistsOf(Memory memory, std::uint8_t value);
 /// Why a memory tells nothing at all: it is empty, of zeros or of ones only, or shorter than its serial ID.
 std::optional<Finding> silence(Memory memory, std::size_t serialIdSize);
 
-/// How the 16-bit words of a quantity read: one step in the unit of the monitor, and whether they have a sign.
+/// How the 16-bit words of a quantity read: how many steps make one unit of the monitor, and whether they have a sign.
+/// Dividing gives the number that is nearest to the decimal one.
 struct Scale {
-    double step;
+    double stepsPerUnit;
     bool hasSign;
 };
 
-constexpr Scale celsiusScale{1.0 / 256, true};
-constexpr Scale voltScale{0.0001, false};
-constexpr Scale milliampereScale{0.002, false};
-constexpr Scale milliwattScale{0.0001, false};
+constexpr Scale celsiusScale{256, true};
+constexpr Scale voltScale{10000, false};
+constexpr Scale milliampereScale{500, false};
+constexpr Scale milliwattScale{10000, false};
 
 double scaledAt(Memory memory, std::size_t offset, Scale scale);
 

@@ -111,7 +111,7 @@ private:
         if (quantity.supportBit != 0) return quantity.scale;
         const auto factor = byteAt(memory_, page1 + 160) >> 3 & 3U;
         if (factor == reservedBiasScale) return std::nullopt;
-        return Scale{quantity.scale.step * (1U << factor), false};
+        return Scale{quantity.scale.stepsPerUnit / (1U << factor), false};
     }
 
     Memory memory_;

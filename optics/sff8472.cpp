@@ -115,7 +115,7 @@ private:
     template <typename Curve>
     std::optional<double> value(const Quantity& quantity, const Curve& curve, std::size_t offset) const {
         const double raw = quantity.scale.hasSign ? signedWordAt(page_, offset) : wordAt(page_, offset);
-        const auto value = valueAt(curve, raw) * quantity.scale.step;
+        const auto value = valueAt(curve, raw) / quantity.scale.stepsPerUnit;
         if (std::isfinite(value) && value <= quantity.highest && (value >= quantity.lowest || quantity.lowest == 0))
             return std::max(value, quantity.lowest);
         findings_.add(Finding::ReadingOutOfRange);

@@ -69,6 +69,8 @@ using AddCommand = void (*)(CommandLine& line);
 
 void addServe(CommandLine& line);
 void addQueries(CommandLine& line);
+void addOptics(CommandLine& line);
+void addDoctor(CommandLine& line);
 void addListen(CommandLine& line);
 void addFleet(CommandLine& line);
 void addInvoke(CommandLine& line);

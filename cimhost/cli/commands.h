@@ -73,6 +73,37 @@ std::string invoke(const HostOptions& hostOptions, const InvokeOptions& options)
 ExitStatus invoke(const HostOptions& hostOptions, const InvokeOptions& options, const ServerOptions& servers,
                   const MessageOptions& messages);
 
+struct OpticsOptions {
+    std::string nameSpace;
+    Form form = Form::table;
+    Layout layout = {};
+};
+
+/// Prints what the modules tell. Throws as ask() does.
+void showOptics(const HostOptions& hostOptions, const OpticsOptions& options);
+/// The same of CIM servers, as ask() does.
+ExitStatus showOptics(const HostOptions& hostOptions, const OpticsOptions& options, const ServerOptions& servers,
+                      const MessageOptions& messages);
+
+struct DoctorOptions {
+    std::string nameSpace;
+    std::vector<std::string> ignored; ///< names of rules
+    unsigned intervalSeconds = 0;     ///< between two looks at the counters; 0: one look
+    Form form = Form::table;
+    Layout layout = {};
+};
+
+/// Exit statuses of `cimhost doctor`.
+enum DoctorStatus : int { nothingWrong = 0, someWarnings = 1, someFaults = 2 };
+
+/// Prints what is wrong. Throws as ask() does. @return a DoctorStatus.
+ExitStatus examine(const HostOptions& hostOptions, const DoctorOptions& options);
+/// The same of CIM servers, as ask() does; where all answer it is the status of the worst.
+ExitStatus examine(const HostOptions& hostOptions, const DoctorOptions& options, const ServerOptions& servers,
+                   const MessageOptions& messages);
+/// Prints the rules.
+void showRules(const DoctorOptions& options);
+
 struct ImageOptions {
     std::string file;
     std::string model;

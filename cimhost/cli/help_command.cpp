@@ -16,6 +16,8 @@ constexpr const char* examples =
     "Examples:\n"
     "  cimhost tree                                         the adapters of this machine\n"
     "  cimhost --fleet fleet.json tree                      those of a fleet file\n"
+    "  cimhost optics                                       modules, their light and their limits\n"
+    "  cimhost doctor                                       what is wrong, and what to do\n"
     "  cimhost enumerate Merolt_FCHBA_FCPort                its storage ports\n"
     "  cimhost names Merolt_NIC_NetworkPort --json          paths, for tools\n"
     "  cimhost serve --listen 127.0.0.1:5988                any CIM client may ask\n"

@@ -1,0 +1,88 @@
+#include "cimhost/cli/commands.h"
+#include "cimhost/cli/doctor_output.h"
+#include "cimhost/cli/local_source.h"
+#include "cimhost/cli/output_stream.h"
+#include "cimhost/cli/own_location.h"
+#include "cimhost/cli/remote_source.h"
+#include "cimhost/cli/server_round.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <iostream>
+#include <stdexcept>
+#include <thread>
+
+namespace cimhost::cli {
+
+namespace {
+
+struct Examined {
+    std::string text;
+    DoctorStatus status;
+};
+
+DoctorStatus statusOf(const std::vector<doctor::Diagnosis>& found) {
+    if (found.empty()) return nothingWrong;
+    const auto isFault = [](const doctor::Diagnosis& one) { return one.rule->urgency == doctor::Urgency::fault; };
+    return std::any_of(found.begin(), found.end(), isFault) ? someFaults : someWarnings;
+}
+
+/// A wrong name would silence nothing, and nobody would see it.
+void requireRules(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        if (!doctor::findRule(name)) {
+            throw std::runtime_error("there is no rule \"" + name + "\"; see: cimhost doctor --rules");
+        }
+    }
+}
+
+Examined examine(ObjectSource& source, const DoctorOptions& options) {
+    RequestScope scope(source.broker());
+    const monitoring::Enumerate enumerate = [&](const char* className) {
+        return source.enumerateInstances(scope, options.nameSpace, className);
+    };
+    std::vector<monitoring::PortCounters> before;
+    if (options.intervalSeconds != 0) {
+        before = monitoring::readCounters(enumerate);
+        std::this_thread::sleep_for(std::chrono::seconds(options.intervalSeconds));
+    }
+    const monitoring::Snapshot snapshot = monitoring::readSnapshot(enumerate);
+    const doctor::Look look{snapshot, options.intervalSeconds == 0 ? nullptr : &before, options.intervalSeconds};
+    const auto found = doctor::diagnose(look, options.ignored);
+    return {options.form == Form::json ? doctorJson(found) : doctorText(found, options.layout), statusOf(found)};
+}
+
+} // namespace
+
+ExitStatus examine(const HostOptions& hostOptions, const DoctorOptions& options) {
+    requireRules(options.ignored);
+    useOwnInstallLocation();
+    const CleanOutput output(hostOptions.broker.log);
+    Host host(hostOptions);
+    LocalSource source(host.operations(), host.broker());
+    const Examined examined = examine(source, options);
+    output.write(examined.text);
+    host.shutdown();
+    return static_cast<ExitStatus>(examined.status);
+}
+
+ExitStatus examine(const HostOptions& hostOptions, const DoctorOptions& options, const ServerOptions& servers,
+                   const MessageOptions& messages) {
+    requireRules(options.ignored);
+    DeclaredClasses declared(hostOptions, options.nameSpace);
+    std::atomic<int> worst = nothingWrong;
+    const ExitStatus asked = askServers(servers, messages, declared, [&](ObjectSource& source) {
+        Examined examined = examine(source, options);
+        for (int known = worst; known < examined.status && !worst.compare_exchange_weak(known, examined.status);) {
+        }
+        return ServerAnswer{std::move(examined.text), {}};
+    });
+    return asked == ok ? static_cast<ExitStatus>(worst.load()) : asked;
+}
+
+void showRules(const DoctorOptions& options) {
+    std::cout << (options.form == Form::json ? rulesJson() : rulesText(options.layout));
+}
+
+} // namespace cimhost::cli

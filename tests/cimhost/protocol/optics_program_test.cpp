@@ -1,0 +1,173 @@
+// What `cimhost optics` and `cimhost doctor` print of fleets with planted faults.
+#include "program.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <map>
+#include <string>
+
+namespace cimhost::testing_support {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using Json = nlohmann::json;
+
+/// Of the fleet of modules by serial number.
+std::map<std::string, Json> modulesOf(const Ended& ended) {
+    std::map<std::string, Json> modules;
+    for (const Json& module : Json::parse(ended.output))
+        modules[module.at("serialNumber")] = module;
+    return modules;
+}
+
+/// Rule and subject of every finding.
+std::multimap<std::string, std::string> findingsOf(const Ended& ended) {
+    std::multimap<std::string, std::string> findings;
+    const Json document = Json::parse(ended.output);
+    for (const Json& finding : document.at("findings"))
+        findings.emplace(finding.at("rule"), finding.at("subject"));
+    return findings;
+}
+
+TEST(OpticsProgram, ShowsReadingsWithTheirLimits) {
+    const Ended ended = cimhost({"--fleet", OPTICS_FLEET, "optics"});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output, HasSubstr("port 1 of card MF1602S9OPT01: SFP, 16G Fibre Channel, Merolt MSFP-16G-SW, "
+                                        "serial number MOPFINE0001, 850 nm\n"));
+    EXPECT_THAT(ended.output, HasSubstr("receive power   0.4200 mW (-3.77 dBm)  normal  0.0100 mW"));
+    EXPECT_THAT(ended.output, HasSubstr("! temperature: high warning\n"));
+    EXPECT_THAT(ended.output, HasSubstr("! temperature: high alarm\n! bias current: high alarm\n"));
+    EXPECT_THAT(ended.output, HasSubstr("note: the checksum of the serial ID's base fields is wrong\n"));
+    EXPECT_THAT(ended.output, HasSubstr("note: the module declares diagnostics and delivers none\n"));
+    EXPECT_THAT(ended.output, Not(HasSubstr("nan")));
+}
+
+TEST(OpticsProgram, GivesToolsEveryNumberWithItsUnit) {
+    const auto modules = modulesOf(cimhost({"--json", "--fleet", OPTICS_FLEET, "optics"}));
+    ASSERT_EQ(modules.size(), 10U);
+    const Json& fine = modules.at("MOPFINE0001");
+    EXPECT_EQ(fine.at("portNumber"), 1);
+    EXPECT_EQ(fine.at("cardSerialNumber"), "MF1602S9OPT01");
+    EXPECT_EQ(fine.at("fibreChannelPortName"), "2100024D160F0101");
+    EXPECT_EQ(fine.at("wavelengthNanometres"), 850);
+    EXPECT_EQ(fine.at("temperatureCelsius"), 38.25);
+    EXPECT_EQ(fine.at("temperatureHighAlarmCelsius"), 75);
+    EXPECT_EQ(fine.at("temperatureState"), "normal");
+    EXPECT_NEAR(fine.at("receivePowerMilliwatts"), 0.42, 1e-9);
+    EXPECT_NEAR(fine.at("receivePowerDbm"), -3.7675, 1e-4);
+    EXPECT_NEAR(fine.at("receivePowerLowAlarmDbm"), -20, 1e-9);
+    EXPECT_EQ(fine.at("findings"), Json::array());
+    EXPECT_EQ(modules.at("MOPDARK0003").at("receivePowerMilliwatts"), 0);
+    EXPECT_TRUE(modules.at("MOPDARK0003").at("receivePowerDbm").is_null());
+    EXPECT_TRUE(modules.at("MOPMUTE0010").at("temperatureCelsius").is_null());
+    EXPECT_TRUE(modules.at("MOPLIES0005").at("wavelengthNanometres").is_null());
+    EXPECT_EQ(modules.at("MOPLIES0005").at("findings"), Json::array({"baseChecksumWrong"}));
+}
+
+TEST(OpticsProgram, WorksExternalCalibrationOut) {
+    const auto modules = modulesOf(cimhost({"--json", "--fleet", OPTICS_FLEET, "optics"}));
+    const Json& external = modules.at("MOPEXT00009");
+    EXPECT_EQ(external.at("calibration"), "external");
+    EXPECT_NEAR(external.at("temperatureCelsius"), 38.25, 0.01);
+    EXPECT_NEAR(external.at("supplyVolts"), 3.31, 0.0002);
+    EXPECT_NEAR(external.at("biasMilliamperes"), 6.4, 0.002);
+    EXPECT_NEAR(external.at("transmitPowerMilliwatts"), 0.55, 0.0001);
+    EXPECT_NEAR(external.at("receivePowerMilliwatts"), 0.42, 0.0002);
+    EXPECT_NEAR(external.at("receivePowerHighAlarmMilliwatts"), 1, 0.0002);
+    EXPECT_EQ(external.at("findings"), Json::array());
+}
+
+TEST(OpticsProgram, ShowsAModuleOfAnEthernetFunctionByItsTexts) {
+    const TemporaryFile fleet(R"({"cards":[{"serialNumber":"ETH1","modelName":"ME1","ports":[
+        {"transceiver":{"serialNumber":"ETHSFP1"},"ethernet":{"mtuBytes":9000}}]}]})");
+    const auto modules = modulesOf(cimhost({"--json", "--fleet", fleet.path.string(), "optics"}));
+    ASSERT_EQ(modules.size(), 1U);
+    const Json& module = modules.at("ETHSFP1");
+    EXPECT_EQ(module.at("vendor"), "Merolt");
+    EXPECT_EQ(module.at("memoryPublished"), false);
+    EXPECT_TRUE(module.at("temperatureCelsius").is_null());
+    EXPECT_EQ(cimhost({"--fleet", fleet.path.string(), "doctor"}).status, 0);
+}
+
+TEST(DoctorProgram, TellsEachPlantedFaultAndNoOther) {
+    const Ended ended = cimhost({"--json", "--fleet", OPTICS_FLEET, "doctor"});
+    EXPECT_EQ(ended.status, 2) << ended.errors;
+    const std::multimap<std::string, std::string> expected{{"link-down-light", "port 2 of card MF1602S9OPT02"},
+                                                           {"link-down-dark", "port 1 of card MF1602S9OPT02"},
+                                                           {"optics-alarm", "port 2 of card MF1602S9OPT03"},
+                                                           {"optics-alarm", "port 2 of card MF1602S9OPT03"},
+                                                           {"optics-warning", "port 2 of card MF1602S9OPT01"},
+                                                           {"module-unbelievable", "port 1 of card MF1602S9OPT03"},
+                                                           {"module-unbelievable", "port 2 of card MF1602S9OPT05"},
+                                                           {"low-receive-power", "port 1 of card MF1602S9OPT04"},
+                                                           {"low-speed", "port 2 of card MF1602S9OPT04"}};
+    EXPECT_EQ(findingsOf(ended), expected);
+}
+
+TEST(DoctorProgram, TellsPeopleWhatToDoAndCounts) {
+    const Ended ended = cimhost({"--fleet", OPTICS_FLEET, "doctor"});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.output.find("fault link-down-light: A link is down although light arrives\n"), 0U) << ended.output;
+    EXPECT_THAT(ended.output, HasSubstr("  Why: "));
+    EXPECT_THAT(ended.output, HasSubstr("\n4 faults, 5 warnings\n"));
+}
+
+TEST(DoctorProgram, EndsWithOneForWarningsAndWithNoneForNothing) {
+    std::vector<std::string> command{"--fleet", OPTICS_FLEET, "doctor"};
+    for (const auto* rule : {"link-down-light", "link-down-dark", "optics-alarm"})
+        command.insert(command.end(), {"--ignore", rule});
+    EXPECT_EQ(cimhost(command).status, 1);
+    for (const auto* rule : {"optics-warning", "module-unbelievable", "low-receive-power", "low-speed"})
+        command.insert(command.end(), {"--ignore", rule});
+    const Ended ended = cimhost(command);
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.output, "Nothing is wrong.\n");
+}
+
+TEST(DoctorProgram, SeesCountersGrowBetweenTwoLooks) {
+    const TemporaryFile fleet(R"({"cards":[{"serialNumber":"GROW1","modelName":"MF1602","ports":[{"storage":{
+        "vpd":{"readOnly":{"SN":"GROW1"}},"statisticsPerRefresh":{"crcErrors":3,"ioCount":100}}}]}]})");
+    const Ended ended = cimhost({"--json", "--fleet", fleet.path.string(), "doctor", "--interval", "1"});
+    EXPECT_EQ(ended.status, 2) << ended.errors;
+    EXPECT_EQ(findingsOf(ended).count("growing-errors"), 1U) << ended.output;
+    EXPECT_THAT(ended.output, HasSubstr("CRCErrors grew by 3 within 1 s"));
+}
+
+TEST(DoctorProgram, TellsThatThereIsNoAdapter) {
+    const TemporaryFile fleet(R"({"cards":[]})");
+    const Ended ended = cimhost({"--fleet", fleet.path.string(), "doctor"});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_EQ(ended.output.find("fault no-adapters: "), 0U) << ended.output;
+}
+
+TEST(DoctorProgram, RefusesARuleThatItDoesNotHave) {
+    const Ended ended = cimhost({"--fleet", OPTICS_FLEET, "doctor", "--ignore", "link-up"});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_THAT(ended.output, IsEmpty());
+    EXPECT_THAT(ended.errors, HasSubstr("there is no rule \"link-up\"; see: cimhost doctor --rules"));
+}
+
+TEST(DoctorProgram, ListsItsRules) {
+    const Ended ended = cimhost({"doctor", "--rules"});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output, HasSubstr("fcoe-mtu"));
+    EXPECT_EQ(Json::parse(cimhost({"--json", "doctor", "--rules"}).output).size(), lineCount(ended.output) - 1);
+}
+
+TEST(DoctorProgram, AsksServers) {
+    Process server({PROGRAM, "--fleet", OPTICS_FLEET, "serve", "--listen", "127.0.0.1:0"});
+    const std::string url = urlOf(server);
+    ASSERT_FALSE(url.empty()) << server.errors();
+    const Ended here = cimhost({"--json", "--fleet", OPTICS_FLEET, "doctor"});
+    const Ended there = cimhost({"--json", "doctor", "--server", url});
+    EXPECT_EQ(there.status, 2) << there.errors;
+    EXPECT_EQ(Json::parse(there.output).at("answer"), Json::parse(here.output));
+    EXPECT_EQ(Json::parse(cimhost({"--json", "optics", "--server", url}).output).at("answer"),
+              Json::parse(cimhost({"--json", "--fleet", OPTICS_FLEET, "optics"}).output));
+}
+
+} // namespace
+} // namespace cimhost::testing_support

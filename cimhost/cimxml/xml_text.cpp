@@ -1,8 +1,11 @@
 #include "cimhost/cimxml/xml_text.h"
 
+#include "cimhost/model/utf8.h"
+
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 namespace cimhost::cimxml {
 
@@ -132,24 +135,9 @@ void appendText(ByteBuffer& out, std::string_view text) { append(out, text, cont
 void appendAttributeText(ByteBuffer& out, std::string_view text) { append(out, text, attributeTable); }
 
 void appendCharacter(ByteBuffer& out, char16_t character) {
-    std::array<char, 3> bytes{};
-    std::size_t length = 1;
-    const auto code = static_cast<unsigned>(character);
-    if (code < 0x80) {
-        bytes[0] = static_cast<char>(code);
-    } else if (code < 0x800) {
-        bytes = {static_cast<char>(0xC0 | (code >> 6)), static_cast<char>(0x80 | (code & 0x3F))};
-        length = 2;
-    } else {
-        bytes = {static_cast<char>(0xE0 | (code >> 12)), static_cast<char>(0x80 | ((code >> 6) & 0x3F)),
-                 static_cast<char>(0x80 | (code & 0x3F))};
-        length = 3;
-    }
-    if (code >= 0xD800 && code < 0xE000) {
-        out.append(replacement);
-    } else {
-        appendText(out, {bytes.data(), length});
-    }
+    std::string text;
+    appendUtf8(text, character);
+    appendText(out, text);
 }
 
 } // namespace cimhost::cimxml

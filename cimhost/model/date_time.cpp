@@ -1,6 +1,7 @@
 #include "cimhost/model/date_time.h"
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdio>
 
@@ -11,40 +12,9 @@ constexpr std::uint64_t second = 1000000;
 constexpr std::uint64_t minute = 60 * second;
 constexpr std::uint64_t hour = 60 * minute;
 constexpr std::uint64_t day = 24 * hour;
-
-// Days since 1970-01-01 in the Gregorian calendar, counted in eras of 400 years that begin in March.
-std::int64_t daysFromDate(std::int64_t year, unsigned month, unsigned dayOfMonth) noexcept {
-    year -= month <= 2 ? 1 : 0;
-    const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
-    const auto yearOfEra = static_cast<unsigned>(year - era * 400);
-    const unsigned dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + dayOfMonth - 1;
-    const unsigned dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return era * 146097 + static_cast<std::int64_t>(dayOfEra) - 719468;
-}
-
-struct Date {
-    unsigned year;
-    unsigned month;
-    unsigned day;
-};
-
-Date dateFromDays(std::uint64_t daysSince1970) noexcept {
-    const std::uint64_t shifted = daysSince1970 + 719468;
-    const std::uint64_t era = shifted / 146097;
-    const auto dayOfEra = static_cast<unsigned>(shifted - era * 146097);
-    const unsigned yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const unsigned shiftedMonth = (5 * dayOfYear + 2) / 153;
-    const unsigned month = shiftedMonth < 10 ? shiftedMonth + 3 : shiftedMonth - 9;
-    const auto year = static_cast<unsigned>(yearOfEra + era * 400 + (month <= 2 ? 1 : 0));
-    return {year, month, dayOfYear - (153 * shiftedMonth + 2) / 5 + 1};
-}
-
-unsigned daysInMonth(unsigned year, unsigned month) noexcept {
-    constexpr std::array<unsigned, 12> days = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    const bool isLeapYear = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return month == 2 && isLeapYear ? 29 : days[month - 1];
-}
+// Of those that four digits of a year can say, counted from 1970-01-01.
+constexpr std::uint64_t lastDay =
+    std::chrono::sys_days(std::chrono::year(9999) / std::chrono::December / 31).time_since_epoch().count();
 
 // Reads fields of digits one after the other. Asterisks count as zero, and after the first only asterisks may follow.
 class Fields {
@@ -109,12 +79,14 @@ std::optional<DateTimeValue> parsePointInTime(std::string_view text) noexcept {
     Fields offsetField(text.substr(22));
     const unsigned offset = offsetField.next(3);
     if (!rest || !offsetField.areLegal() || offsetField.haveUnknown()) return std::nullopt;
-    if (month < 1 || month > 12 || dayOfMonth < 1 || dayOfMonth > daysInMonth(year, month)) return std::nullopt;
+    const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(year)), std::chrono::month(month),
+                                           std::chrono::day(dayOfMonth)};
+    if (!date.ok()) return std::nullopt;
 
     const auto sinceMidnight = static_cast<std::int64_t>(*rest);
     const std::int64_t east = static_cast<std::int64_t>(offset * minute) * (text[21] == '-' ? -1 : 1);
-    const std::int64_t instant =
-        daysFromDate(year, month, dayOfMonth) * static_cast<std::int64_t>(day) + sinceMidnight - east;
+    const std::int64_t days = std::chrono::sys_days(date).time_since_epoch().count();
+    const std::int64_t instant = days * static_cast<std::int64_t>(day) + sinceMidnight - east;
     return DateTimeValue{instant < 0 ? 0 : static_cast<std::uint64_t>(instant), false};
 }
 
@@ -140,10 +112,10 @@ bool formatDateTime(DateTimeValue value, char* text) noexcept {
         std::snprintf(written.data(), written.size(), "%08u%02u%02u%02u.%06u:000", static_cast<unsigned>(days), hours,
                       minutes, seconds, microseconds);
     } else {
-        const Date date = dateFromDays(days);
-        if (date.year > 9999) return false;
-        std::snprintf(written.data(), written.size(), "%04u%02u%02u%02u%02u%02u.%06u+000", date.year, date.month,
-                      date.day, hours, minutes, seconds, microseconds);
+        if (days > lastDay) return false;
+        const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(days))};
+        std::snprintf(written.data(), written.size(), "%04d%02u%02u%02u%02u%02u.%06u+000", int{date.year()},
+                      unsigned{date.month()}, unsigned{date.day()}, hours, minutes, seconds, microseconds);
     }
     std::string_view(written.data(), dateTimeTextLength).copy(text, dateTimeTextLength);
     return true;

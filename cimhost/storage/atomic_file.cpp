@@ -112,6 +112,17 @@ void removeIfLeft(const std::filesystem::path& file) {
     if (::flock(opened.get(), LOCK_EX | LOCK_NB) == 0) ::unlink(file.c_str());
 }
 
+void replace(const std::filesystem::path& file, std::string_view content,
+             void (TemporaryFile::*keep)(const std::filesystem::path& replaced)) {
+    const std::filesystem::path target = targetOf(file);
+    makeFolder(target.parent_path());
+    TemporaryFile written(target);
+    (written.*keep)(target);
+    written.write(content, target);
+    written.takePlaceOf(target);
+    syncFolder(target.parent_path());
+}
+
 } // namespace
 
 std::optional<std::string> readWholeFile(const std::filesystem::path& file, std::size_t longest) {
@@ -146,23 +157,11 @@ void removeUnfinished(const std::filesystem::path& file) {
 }
 
 void replaceFile(const std::filesystem::path& file, std::string_view content) {
-    const std::filesystem::path target = targetOf(file);
-    makeFolder(target.parent_path());
-    TemporaryFile written(target);
-    written.keepPermissionsOf(target);
-    written.write(content, target);
-    written.takePlaceOf(target);
-    syncFolder(target.parent_path());
+    replace(file, content, &TemporaryFile::keepPermissionsOf);
 }
 
 void replacePrivateFile(const std::filesystem::path& file, std::string_view content) {
-    const std::filesystem::path target = targetOf(file);
-    makeFolder(target.parent_path());
-    TemporaryFile written(target);
-    written.keepOwnerOf(target);
-    written.write(content, target);
-    written.takePlaceOf(target);
-    syncFolder(target.parent_path());
+    replace(file, content, &TemporaryFile::keepOwnerOf);
 }
 
 } // namespace cimhost

@@ -2,7 +2,10 @@
 
 #include <array>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include "optics/level.h"
 #include "optics/sff8472.h"
@@ -26,15 +29,25 @@ std::string show(const Bytes& bytes) { return formatHex(bytes.data(), bytes.size
 template <typename Number>
 requires std::is_integral_v<Number> std::string show(Number number) { return std::to_string(number); }
 
-/** Lines of an indented tree. */
+using Json = nlohmann::ordered_json;
+
+/** Numbers, truths and texts as they are; what has a form of its own as people read it. */
+template <typename Value>
+Json asJson(const Value& value) {
+    if constexpr (std::is_integral_v<Value> || std::is_same_v<Value, std::string>)
+        return value;
+    else
+        return show(value);
+}
+
+/** Each field in both forms: a line of an indented tree, and a member of a JSON object. */
 class Page {
 public:
-    void heading(const std::string& text) { text_ += std::string(depth_ * 2, ' ') + text + "\n"; }
-
     template <typename Value>
     void line(const std::string& label, const Value& value) {
         const auto shown = show(value);
         heading(label + ": " + (shown.empty() ? "- (empty)" : shown));
+        put(label, asJson(value));
     }
 
     template <typename Value>
@@ -42,32 +55,61 @@ public:
         if (attribute)
             line(label, *attribute);
         else
-            heading(label + ": - (" + show(attribute.absence().reason) + ")");
+            absent(label, attribute.absence().reason);
+    }
+
+    void names(const std::string& label, const std::vector<std::string>& names) {
+        std::string all;
+        for (const auto& name : names)
+            all += " " + name;
+        heading(label + ":" + all);
+        put(label, names);
     }
 
     /** For an attribute of many parts: its absence in one line, or what lines makes of it. */
     template <typename Value, typename Lines>
     void part(const std::string& label, const Attribute<Value>& attribute, Lines lines) {
-        if (!attribute) return heading(label + ": - (" + show(attribute.absence().reason) + ")");
-        heading(label);
-        ++depth_;
-        lines(*attribute);
-        --depth_;
+        if (!attribute) return absent(label, attribute.absence().reason);
+        section(label, [&] { lines(*attribute); });
     }
 
     template <typename Lines>
     void section(const std::string& title, Lines lines) {
         heading(title);
-        ++depth_;
+        objects_.push_back(Json::object());
         lines();
-        --depth_;
+        const Json made = std::move(objects_.back());
+        objects_.pop_back();
+        put(title, made);
     }
 
     std::string text() && { return std::move(text_); }
 
+    /** Bytes that are no UTF-8 become the replacement character. */
+    std::string json() && { return objects_.front().dump(2, ' ', false, Json::error_handler_t::replace) + "\n"; }
+
 private:
+    void heading(const std::string& text) { text_ += std::string((objects_.size() - 1) * 2, ' ') + text + "\n"; }
+
+    void absent(const std::string& label, const std::string& reason) {
+        heading(label + ": - (" + show(reason) + ")");
+        put(label, Json{{"absent", reason}});
+    }
+
+    /** A label that comes again makes a list. */
+    void put(const std::string& label, Json value) {
+        Json& object = objects_.back();
+        const auto found = object.find(label);
+        if (found == object.end())
+            object[label] = std::move(value);
+        else if (found->is_array())
+            found->push_back(std::move(value));
+        else
+            *found = Json::array({std::move(*found), std::move(value)});
+    }
+
     std::string text_;
-    std::size_t depth_ = 0;
+    std::vector<Json> objects_{Json::object()};
 };
 
 Attribute<std::string> idText(const Attribute<std::uint16_t>& id) {
@@ -235,17 +277,15 @@ void dumpFibreChannelHost(Page& page, const FibreChannelHost& host) {
 void dumpCard(Page& page, const HostCard& card) {
     page.line("serial number", card.serialNumber);
     for (const auto& port : card.ports) {
-        std::string functions;
-        if (port.networkDevice != nullptr) functions += " " + port.networkDevice->name;
+        std::vector<std::string> functions;
+        if (port.networkDevice != nullptr) functions.push_back(port.networkDevice->name);
         for (const auto* host : port.fibreChannelHosts)
-            functions += " host" + std::to_string(host->number);
-        page.heading("port " + std::to_string(port.number) + ":" + functions);
+            functions.push_back("host" + std::to_string(host->number));
+        page.names("port " + std::to_string(port.number), functions);
     }
 }
 
-} // namespace
-
-std::string dumpFacts(const HostFacts& facts) {
+Page pageOf(const HostFacts& facts) {
     Page page;
     for (const auto& card : groupCards(facts))
         page.section("card " + card.key, [&] { dumpCard(page, card); });
@@ -255,7 +295,13 @@ std::string dumpFacts(const HostFacts& facts) {
         page.section("Fibre Channel host" + std::to_string(host.number), [&] { dumpFibreChannelHost(page, host); });
     for (const auto& interface : facts.leftOut)
         page.line("left out " + interface.name, interface.reason);
-    return std::move(page).text();
+    return page;
 }
+
+} // namespace
+
+std::string dumpFacts(const HostFacts& facts) { return pageOf(facts).text(); }
+
+std::string dumpFactsAsJson(const HostFacts& facts) { return pageOf(facts).json(); }
 
 } // namespace tavik::host

@@ -9,4 +9,8 @@ namespace tavik::host {
 
 std::string dumpFacts(const HostFacts& facts);
 
+/// The same as one JSON object under the same labels. An absent attribute is {"absent": reason}, and a label that comes
+/// more than once has a list.
+std::string dumpFactsAsJson(const HostFacts& facts);
+
 } // namespace tavik::host

@@ -20,6 +20,8 @@ int main(int argc, char** argv) {
     application.add_option("--root", root, "show a recorded tree in place of this machine");
     application.add_option("--record-queries", recordFolder,
                            "write the answers of this machine's kernel below FOLDER/kernel, and show nothing");
+    bool asJson = false;
+    application.add_flag("--json", asJson, "show JSON, for tools");
     CLI11_PARSE(application, argc, argv);
 
     if (!root.empty() && !std::filesystem::is_directory(std::filesystem::path(root) / "sys")) {
@@ -29,7 +31,8 @@ int main(int argc, char** argv) {
     const SysTree tree(root.empty() ? "/" : root);
     const auto queries = root.empty() ? makeLinuxQueries() : makeRecordedQueries(tree);
     if (recordFolder.empty()) {
-        std::cout << dumpFacts(readHostFacts(tree, *queries));
+        const HostFacts facts = readHostFacts(tree, *queries);
+        std::cout << (asJson ? dumpFactsAsJson(facts) : dumpFacts(facts));
         return 0;
     }
     const auto error = recordQueries(*queries, tree.names("sys/class/net"), recordFolder);

@@ -28,6 +28,24 @@ TEST_P(RecordedTree, readsAsExpected) {
     EXPECT_EQ(dumpFacts(readHostFacts(tree, *queries)), expected);
 }
 
+TEST_P(RecordedTree, hasEveryLabelOfTheTextInItsJson) {
+    const SysTree tree(ScratchTree::recorded(GetParam()));
+    const auto queries = makeRecordedQueries(tree);
+    const std::string json = dumpFactsAsJson(readHostFacts(tree, *queries));
+    std::istringstream lines(expectedDump(GetParam()));
+    for (std::string line; std::getline(lines, line);) {
+        const auto begin = line.find_first_not_of(' ');
+        const auto label = line.substr(begin, line.find(": ", begin) - begin);
+        EXPECT_NE(json.find('"' + label + "\":"), std::string::npos) << label;
+        const auto reason = line.find(": - (");
+        if (reason == std::string::npos || line.find("(empty)") != std::string::npos) continue;
+        std::string text;
+        for (const char character : line.substr(reason + 5, line.size() - reason - 6))
+            text += character == '"' ? std::string("\\\"") : std::string(1, character);
+        EXPECT_NE(json.find("\"absent\": \"" + text + '"'), std::string::npos) << line;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Hosts, RecordedTree,
                          testing::Values("broken-attributes", "fibre-channel", "several-lanes", "software-interfaces",
                                          "two-port-card", "virtual-functions", "virtual-machine"),

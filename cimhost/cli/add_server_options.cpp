@@ -25,6 +25,7 @@ void addServerOptions(CLI::App& command, ServerOptions& options) {
     command.add_option("--server", options.urls, "Ask this CIM server, such as https://san1:5989; may be given again")
         ->type_name("URL")
         ->expected(1)
+        ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     command.add_option("--servers", options.list, "File of CIM servers, one URL a line, # for comments");
     command.add_option("--parallel", options.parallel, "How many servers to ask at the same moment")

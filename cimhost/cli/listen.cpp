@@ -5,7 +5,7 @@
 #include "cimhost/cli/cim_client.h"
 #include "cimhost/cli/received_indication.h"
 #include "cimhost/http/server.h"
-#include "cimhost/indications/indication_server.h"
+#include "cimhost/model/host_name.h"
 #include "cimhost/model/names.h"
 #include "cimhost/service/cim_failure.h"
 
@@ -131,7 +131,7 @@ private:
     cimxml::XmlElement createNamed(const std::string& className, const std::string& name,
                                    std::vector<ClientProperty> properties) {
         properties.insert(properties.begin(), {{"SystemCreationClassName", "string", "CIM_ComputerSystem"},
-                                               {"SystemName", "string", systemName()},
+                                               {"SystemName", "string", hostName()},
                                                {"CreationClassName", "string", className},
                                                {"Name", "string", name}});
         return client.createInstance(className, properties);

@@ -2,6 +2,7 @@
 #include "cimhost/cli/hangup_watch.h"
 #include "cimhost/cli/stop_limit.h"
 #include "cimhost/indications/indication_server.h"
+#include "cimhost/model/host_name.h"
 #include "cimhost/service/endpoint.h"
 
 #include <algorithm>
@@ -124,7 +125,7 @@ std::size_t deliveryConnections(std::size_t clients) {
 IndicationOptions indicationOptions(const HostOptions& host, const ServeOptions& options) {
     IndicationOptions made;
     made.subscriptions.interopNamespace = host.interopNamespace;
-    made.subscriptions.systemName = systemName();
+    made.subscriptions.systemName = hostName();
     made.subscriptions.stateFile = options.state;
     made.delivery.connections = deliveryConnections(options.connections);
     made.asksForUser = !options.credentials.empty();

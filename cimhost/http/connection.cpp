@@ -70,9 +70,23 @@ void Connection::enter(Phase next) {
     moved = 0;
 }
 
-bool Connection::becomeKnown() {
-    if (!isKnown) isKnown = host.makeRoomForKnown();
-    return isKnown;
+void Connection::becomeKnown(void (Connection::*next)()) {
+    if (isKnown || isGuest) return (this->*next)();
+    enter(Phase::answering);
+    waitForRoom(next, Clock::now());
+}
+
+// Many ask at once, and soon some of them have their answer or turn out not to take it. Who finds no place is answered
+// once all the same, as long as these are few.
+void Connection::waitForRoom(void (Connection::*next)(), Clock::time_point begin) {
+    constexpr std::chrono::milliseconds untilNextLook{10};
+    if (!stream->socket().is_open()) return;
+    isKnown = host.makeRoomForKnown(source);
+    isGuest = !isKnown && host.makeRoomForGuest();
+    if (isKnown || isGuest) return (this->*next)();
+    if (host.stopping || Clock::now() - begin >= limits().room) return refuse(noRoom());
+    auto timer = std::make_shared<asio::steady_timer>(host.io, untilNextLook);
+    timer->async_wait([self = shared_from_this(), timer, next, begin](error_code) { self->waitForRoom(next, begin); });
 }
 
 bool Connection::isOwnName(const Authority& authority) const {
@@ -158,9 +172,12 @@ void Connection::authenticate() {
 
 void Connection::onLogin(std::string user) {
     if (!stream->socket().is_open()) return;
-    if (!becomeKnown()) return refuse(noRoom());
-    enter(Phase::reading);
     request.user = std::move(user);
+    becomeKnown(&Connection::readBodyOfKnown);
+}
+
+void Connection::readBodyOfKnown() {
+    enter(Phase::reading);
     readBody();
 }
 
@@ -248,10 +265,11 @@ void Connection::onPieceRead(std::optional<Response> refusal, std::size_t held, 
     onBodyBytes();
 }
 
-void Connection::answer() {
-    if (!becomeKnown()) return refuse(noRoom());
+void Connection::answer() { becomeKnown(&Connection::answerKnown); }
+
+void Connection::answerKnown() {
     enter(Phase::answering);
-    closesBehindAnswer = !parser->keep_alive();
+    closesBehindAnswer = isGuest || !parser->keep_alive();
     request.body = std::move(parser->get().body());
     awaited = std::make_shared<std::atomic<bool>>(true);
     waiting = shared_from_this();
@@ -267,6 +285,10 @@ void Connection::noteIfLeft() {
     if (!awaited || !isClosedByPeer(stream->socket().native_handle())) return;
     *awaited = false;
     hasLeft = true;
+}
+
+void Connection::noteUntaken() {
+    if (phase == Phase::waiting && !isClosed) hasUntaken = hasUntakenBytes(stream->socket().native_handle());
 }
 
 void Connection::takeAnswer(Response finished) {

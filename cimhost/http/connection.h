@@ -31,6 +31,8 @@ public:
 
     // While it is answered: tells whoever works on the answer if nobody waits for it any more.
     void noteIfLeft();
+    // While nothing is asked: whether the last answer still lies in the system's buffers.
+    void noteUntaken();
     void takeAnswer(Response finished) override;
     void onLogin(std::string user);
     void onWrongLogin(Response refusal);
@@ -39,8 +41,9 @@ private:
     using error_code = boost::system::error_code;
 
     void enter(Phase next);
-    // False if there is no room for one more client.
-    bool becomeKnown();
+    // What is next comes when there is room for one more client; after a while that is refused.
+    void becomeKnown(void (Connection::*next)());
+    void waitForRoom(void (Connection::*next)(), Clock::time_point begin);
     bool isOwnName(const Authority& authority) const;
     // False if all requests together now hold more than they may. Of a body that is read in pieces, that is the piece
     // and what its reader keeps.
@@ -57,6 +60,7 @@ private:
     void authenticate();
     void tellRefusedLogin();
 
+    void readBodyOfKnown();
     void readBody();
     void readMoreBody();
     std::chrono::steady_clock::time_point bodyDeadline() const;
@@ -66,6 +70,7 @@ private:
     void onPieceRead(std::optional<Response> refusal, std::size_t held, std::string piece);
 
     void answer();
+    void answerKnown();
     void endWaiting();
 
     void refuse(Response refusal);

@@ -22,8 +22,15 @@ bool closeIfAny(Standing* standing) {
     return standing != nullptr;
 }
 
-bool ConnectionHost::makeRoomForKnown() {
-    return !room.isFullOfKnown() || closeIfAny(room.knownToGiveWay(Standing::Clock::now()));
+bool ConnectionHost::makeRoomForKnown(const Source& source) {
+    if (!room.isFullOfKnown()) return true;
+    for (Standing* standing : room.all())
+        static_cast<Connection*>(standing)->noteUntaken();
+    return closeIfAny(room.knownToGiveWay(Standing::Clock::now(), source));
+}
+
+bool ConnectionHost::makeRoomForGuest() {
+    return !room.isFullOfGuests() || closeIfAny(room.guestToGiveWay(Standing::Clock::now()));
 }
 
 void ConnectionHost::watchForLeaving() {

@@ -40,8 +40,9 @@ struct ConnectionHost {
     ConnectionHost(const ConnectionHost&) = delete;
     ConnectionHost& operator=(const ConnectionHost&) = delete;
 
-    // Closes a late or idle one where that is needed; false if all wait for their answers.
-    bool makeRoomForKnown();
+    // Closes a late or idle one where that is needed; false if nobody gives way to that address for now.
+    bool makeRoomForKnown(const Source& source);
+    bool makeRoomForGuest();
     void verify(Guess guess);
     // Nothing is read from a client whose request is being answered, so that it has left is looked for now and then.
     void watchForLeaving();

@@ -1,10 +1,11 @@
 #include "cimhost/http/host_names.h"
 
+#include "cimhost/model/host_name.h"
+
 #include <arpa/inet.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -51,12 +52,6 @@ std::string lowered(std::string_view name) {
 
 bool isLoopbackText(const std::string& address) { return address.substr(0, 4) == "127." || address == "::1"; }
 
-std::string machineName() {
-    std::array<char, 256> name{};
-    if (gethostname(name.data(), name.size() - 1) != 0) return {};
-    return name.data();
-}
-
 } // namespace
 
 std::optional<Authority> parseAuthority(std::string_view text) {
@@ -78,7 +73,7 @@ std::optional<Authority> parseAuthority(std::string_view text) {
 std::string normalizedAddress(const std::string& text) { return addressText(text).value_or(text); }
 
 HostNames::HostNames(const std::vector<std::string>& further) {
-    const std::string own = machineName();
+    const std::string own = hostName();
     add(own);
     add(std::string_view(own).substr(0, own.find('.')));
     for (const std::string& name : further)
@@ -94,7 +89,7 @@ void HostNames::addQualifiedName() {
     hints.ai_flags = AI_CANONNAME;
     hints.ai_socktype = SOCK_STREAM;
     addrinfo* found = nullptr;
-    if (getaddrinfo(machineName().c_str(), nullptr, &hints, &found) != 0) return;
+    if (getaddrinfo(hostName().c_str(), nullptr, &hints, &found) != 0) return;
     const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(found, freeaddrinfo);
     if (found->ai_canonname) add(found->ai_canonname);
 }

@@ -1,6 +1,8 @@
 #include "cimhost/http/reply.h"
 
+#include <linux/sockios.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <utility>
 
 namespace cimhost::http {
@@ -12,6 +14,11 @@ void ConnectionReply::send(Response answer) {
     mailbox->post([to = addressee, answer = std::move(answer)]() mutable {
         if (const std::shared_ptr<Addressee> waiting = to.lock()) waiting->takeAnswer(std::move(answer));
     });
+}
+
+bool hasUntakenBytes(int socket) {
+    int bytes = 0;
+    return ::ioctl(socket, SIOCOUTQ, &bytes) == 0 && bytes > 0;
 }
 
 bool isClosedByPeer(int socket) {

@@ -41,4 +41,7 @@ private:
 /// True if the other end of a connection has closed its side or the connection is broken, whatever it sent before.
 bool isClosedByPeer(int socket);
 
+/// Whether bytes that were sent have not arrived at the other side, or lie there until somebody reads others first.
+bool hasUntakenBytes(int socket);
+
 } // namespace cimhost::http

@@ -9,12 +9,32 @@ namespace cimhost::http {
 namespace {
 
 constexpr std::chrono::milliseconds lateAfter{250};
+// What goes to a client lies in the system's buffers until they are full: who takes nothing then is behind already.
+constexpr std::chrono::milliseconds lateInTaking{50};
 constexpr std::size_t sharesOfRoom = 4;
 
 constexpr std::array<std::uint8_t, 12> mappedPrefix = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff};
 constexpr Source loopback = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
 constexpr std::uint8_t loopbackNetwork = 127;
 constexpr std::size_t networkBytes = 8;
+
+constexpr int idleRank = 2;
+constexpr int lateRank = 3;
+
+std::size_t shareOf(std::size_t room) { return std::max<std::size_t>(1, room / sharesOfRoom); }
+
+bool takesAnAnswer(const Standing& standing) {
+    return standing.phase == Standing::Phase::writing ||
+           (standing.phase == Standing::Phase::waiting && standing.hasUntaken);
+}
+
+// Who gives way goes by this, the highest first; nobody of rank 0 does.
+int rankOfKnown(const Standing& standing, Standing::Clock::duration late) {
+    if (standing.phase == Standing::Phase::answering) return standing.hasLeft ? lateRank + 1 : 0;
+    if (takesAnAnswer(standing) && late > lateInTaking) return lateRank;
+    if (standing.phase == Standing::Phase::waiting) return idleRank;
+    return late > lateAfter ? lateRank : 1;
+}
 
 } // namespace
 
@@ -49,7 +69,7 @@ Standing* Room::chosen(bool known, std::size_t size, Standing::Clock::time_point
     for (const Standing* standing : standings) {
         if (standing->isKnown == known && !standing->isClosed) ++counts[standing->source];
     }
-    const std::size_t share = std::max<std::size_t>(1, size / sharesOfRoom);
+    const std::size_t share = shareOf(size);
     Standing* first = nullptr;
     std::tuple<int, bool, Standing::Clock::duration> best;
     for (Standing* standing : standings) {
@@ -70,12 +90,31 @@ Standing* Room::newcomerToGiveWay(Standing::Clock::time_point now) const {
     });
 }
 
-Standing* Room::knownToGiveWay(Standing::Clock::time_point now) const {
-    return chosen(true, limits.known, now, [](const Standing& standing, Standing::Clock::duration late) {
-        if (standing.phase == Standing::Phase::answering) return standing.hasLeft ? 4 : 0;
-        if (standing.phase == Standing::Phase::waiting) return 2;
-        return late > lateAfter ? 3 : 1;
+std::size_t Room::atWork(const Source& source) const {
+    return static_cast<std::size_t>(std::count_if(standings.begin(), standings.end(), [&](const Standing* standing) {
+        return standing->isKnown && !standing->isClosed && standing->phase != Standing::Phase::waiting &&
+               standing->source == source;
+    }));
+}
+
+Standing* Room::knownToGiveWay(Standing::Clock::time_point now, const Source& to) const {
+    Standing* found = chosen(true, limits.known, now, rankOfKnown);
+    if (!found || rankOfKnown(*found, lateness(*found, now)) > idleRank) return found;
+    return atWork(to) > shareOf(limits.known) ? nullptr : found;
+}
+
+bool Room::isFullOfGuests() const {
+    const auto guests = std::count_if(standings.begin(), standings.end(), [](const Standing* standing) {
+        return standing->isGuest && !standing->isClosed;
     });
+    return static_cast<std::size_t>(guests) >= shareOf(limits.known);
+}
+
+Standing* Room::guestToGiveWay(Standing::Clock::time_point now) const {
+    const auto place = std::find_if(standings.begin(), standings.end(), [&](const Standing* standing) {
+        return standing->isGuest && !standing->isClosed && rankOfKnown(*standing, lateness(*standing, now)) >= lateRank;
+    });
+    return place == standings.end() ? nullptr : *place;
 }
 
 } // namespace cimhost::http

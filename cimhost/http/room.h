@@ -26,7 +26,9 @@ struct Standing {
     Clock::time_point since = Clock::now(); // the phase began
     std::uint64_t moved = 0;                // that came or went since then
     bool isKnown = false;                   // has asked a whole request or proved who it is, and else is a newcomer
+    bool isGuest = false;                   // a newcomer whose one request is answered although the room is full
     bool hasLeft = false;                   // while its request was answered
+    bool hasUntaken = false;                // while it waits for nothing more: some of the last answer
     bool isClosed = false;
 };
 
@@ -48,19 +50,27 @@ public:
 
     [[nodiscard]] bool isFullOfNewcomers() const { return count(false) >= limits.newcomers; }
     [[nodiscard]] bool isFullOfKnown() const { return count(true) >= limits.known; }
+    /// Guests are as many as a quarter of the known clients.
+    [[nodiscard]] bool isFullOfGuests() const;
 
     /// Of the newcomers the one that is furthest behind what a client would have sent by now; first among those of
     /// addresses with more than a quarter of the room, last whom the server keeps waiting. Null: there is none.
     [[nodiscard]] Standing* newcomerToGiveWay(Standing::Clock::time_point now) const;
 
-    /// Of the known clients first who has left, then who is late with a request or with taking an answer, then who has
-    /// been silent for longest. Whom the server keeps waiting stays. Null: that are all.
-    [[nodiscard]] Standing* knownToGiveWay(Standing::Clock::time_point now) const;
+    /// Of the known clients first who has left, then who is late with a request or with taking an answer, if need be
+    /// from the system's buffers, then who has been silent for longest. Whom the server keeps waiting stays. An address
+    /// that has more than a quarter of the room at work gets no silent one's place. Null: nobody gives way to that
+    /// address.
+    [[nodiscard]] Standing* knownToGiveWay(Standing::Clock::time_point now, const Source& to) const;
+
+    /// Of the guests who has left or is late with taking the answer. Null: there is none.
+    [[nodiscard]] Standing* guestToGiveWay(Standing::Clock::time_point now) const;
 
     [[nodiscard]] const std::list<Standing*>& all() const { return standings; }
 
 private:
     [[nodiscard]] std::size_t count(bool known) const;
+    [[nodiscard]] std::size_t atWork(const Source& source) const;
     template <class Rank>
     Standing* chosen(bool known, std::size_t size, Standing::Clock::time_point now, Rank rank) const;
     [[nodiscard]] Standing::Clock::duration lateness(const Standing& standing, Standing::Clock::time_point now) const;

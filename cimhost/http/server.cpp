@@ -56,7 +56,7 @@ int openSpare() { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); }
 
 bool closeForRoom(const Room& room) {
     const auto now = Standing::Clock::now();
-    return closeIfAny(room.newcomerToGiveWay(now)) || closeIfAny(room.knownToGiveWay(now));
+    return closeIfAny(room.newcomerToGiveWay(now)) || closeIfAny(room.knownToGiveWay(now, Source{}));
 }
 
 bool isOutOfDescriptors(error_code error) { return error.value() == EMFILE || error.value() == ENFILE; }

@@ -25,8 +25,10 @@ struct Limits {
     std::size_t bodyBytes = std::size_t{32} << 20;     // then 413
     std::size_t allBodyBytes = std::size_t{128} << 20; // of all requests at the moment; then a large one gets 503
     // Of clients that have asked a whole request or proved who they are; beyond that a late or idle one is closed, and
-    // where all wait for their answers, a new one gets 503.
+    // where all wait for their answers, one request each of a quarter as many new ones is answered. Beyond these a new
+    // one gets 503 unless that changes in time.
     std::size_t connections = 64;
+    std::chrono::milliseconds room{5'000};    // in which it may change
     std::size_t newcomers = 256;              // of all others; beyond that the one that is furthest behind is closed
     std::chrono::milliseconds header{10'000}; // from the first byte to the last of a header; TLS handshake
     std::chrono::milliseconds bodyProgress{10'000};          // without any byte

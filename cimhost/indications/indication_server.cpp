@@ -1,8 +1,6 @@
 #include "cimhost/indications/indication_server.h"
 
-#include <climits>
 #include <cstdlib>
-#include <unistd.h>
 
 namespace cimhost {
 
@@ -23,12 +21,6 @@ std::filesystem::path defaultStateFile() {
     const char* home = std::getenv("HOME");
     if (home && *home == '/') return std::filesystem::path(home) / ".local" / "state" / name;
     return {};
-}
-
-std::string systemName() {
-    char name[HOST_NAME_MAX + 1] = {};
-    if (::gethostname(name, sizeof name - 1) != 0) return "localhost";
-    return name;
 }
 
 } // namespace cimhost

@@ -41,7 +41,4 @@ private:
 /// ~/.local/state. Empty where the environment names neither.
 std::filesystem::path defaultStateFile();
 
-/// The host's name, as the system reports it.
-std::string systemName();
-
 } // namespace cimhost

@@ -3,17 +3,14 @@
 #pragma once
 
 #include "cimhost/cimxml/values.h"
-#include "cimhost/indications/indication_calls.h"
-#include "cimhost/indications/query.h"
+#include "cimhost/indications/filter_activation.h"
+#include "cimhost/indications/kept_object.h"
+#include "cimhost/indications/kept_object_maker.h"
 #include "cimhost/indications/router.h"
-#include "cimhost/indications/state_file.h"
-#include "cimhost/service/registration.h"
 
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,8 +28,6 @@ struct SubscriptionOptions {
 /// Operations throw CimFailure. Safe to use from several threads, each with a scope.
 class Subscriptions {
 public:
-    enum class Kind { filter, destination, subscription };
-
     /// Everything given outlives this. The classes lie in the interop namespace of the repository.
     Subscriptions(Broker& broker, const Registration& registration, IndicationCalls& provider, Router& router,
                   SubscriptionOptions options, LogSink log);
@@ -59,46 +54,31 @@ public:
     [[nodiscard]] std::vector<const InstanceObject*> list(RequestScope& scope, std::string_view className) const;
 
 private:
-    struct Object;
-    using Objects = std::vector<std::unique_ptr<Object>>;
+    using Objects = std::vector<std::unique_ptr<KeptObject>>;
 
-    std::unique_ptr<Object> make(const InstanceObject& given);
-    void requireRoom(const Object& made, const std::string& owner) const;
-    void completeElement(InstanceObject& instance) const;
-    void takeSourceNamespaces(InstanceObject& filter) const;
-    void completeFilter(Object& object) const;
-    void completeDestination(Object& object) const;
-    void completeSubscription(Object& object) const;
-    const Object& referenced(const InstanceObject& subscription, std::string_view role, Kind kind) const;
-    const Object* find(std::string_view key) const;
-    static InstanceObject& forClient(RequestScope& scope, const Object& object);
-    [[nodiscard]] std::size_t countOf(Kind kind) const;
-    const ClassDeclaration& servedClass(const Object& filter) const;
-    template <typename Call>
-    void tellProvider(RequestScope& scope, const Object& subscription, const std::string& owner, Call call) const;
-    void activate(RequestScope& scope, const Object& subscription, const std::string& owner);
-    void deactivate(RequestScope& scope, const Object& subscription, const std::string& owner);
-    void insert(std::unique_ptr<Object> object);
-    std::unique_ptr<Object> take(const Object& object);
+    [[nodiscard]] std::unique_ptr<KeptObject> make(const InstanceObject& given) const;
+    void requireRoom(const KeptObject& made, const std::string& owner) const;
+    [[nodiscard]] const KeptObject* find(std::string_view key) const;
+    static InstanceObject& forClient(RequestScope& scope, const KeptObject& object);
+    [[nodiscard]] std::size_t countOf(KeptKind kind) const;
+    void insert(std::unique_ptr<KeptObject> object);
+    std::unique_ptr<KeptObject> take(const KeptObject& object);
     void refreshRoutes();
     void restoreObject(const cimxml::Instance& remembered, const Owner& owner);
     void save();
     void log(LogLevel level, const std::string& text) const;
 
     Broker& broker;
-    const Registration& registered;
-    IndicationCalls& calls;
     Router& router;
     const SubscriptionOptions settings;
     const LogSink logSink;
+    const KeptObjectMaker maker;
+    FilterActivation filters;
 
     std::mutex changing;       // one change at a time, with the provider's part and the file's
     mutable std::mutex access; // to the objects, for moments only; taken after `changing`
     Objects objects;
-    std::set<const Object*> activated;              // what the provider has been told of
-    std::map<std::string, std::size_t> activations; // by class path
-    bool isEnabled = false;                         // the provider was told, once for all
-    std::string lastState;                          // of the file, as it was read or written
+    std::string lastState; // of the file, as it was read or written
 };
 
 } // namespace cimhost

@@ -1,11 +1,9 @@
 #include "cimhost/service/association_requests.h"
 
 #include "cimhost/cimxml/class_encoder.h"
+#include "cimhost/model/host_name.h"
 #include "cimhost/service/call.h"
 #include "cimhost/service/parameters.h"
-
-#include <array>
-#include <unistd.h>
 
 namespace cimhost {
 
@@ -46,14 +44,8 @@ constexpr Direction toReferences = {referencesFilter, &Operations::references, &
 
 bool hasFlag(const Call& call, CMPIFlags flag) { return (call.caller.flags & flag) != 0; }
 
-std::string localHostName() {
-    std::array<char, 256> name{};
-    if (::gethostname(name.data(), name.size() - 1) != 0) return "localhost";
-    return name.data();
-}
-
 // The name under which the client reached this server leads him here again; the host's own may not.
-std::string hostOf(const Call& call) { return call.caller.host.empty() ? localHostName() : call.caller.host; }
+std::string hostOf(const Call& call) { return call.caller.host.empty() ? hostName() : call.caller.host; }
 
 void appendInstances(const Call& call, const std::vector<const InstanceObject*>& instances, PropertyList list) {
     const std::string host = hostOf(call);

@@ -13,6 +13,17 @@ using Families = std::span<const Family* const>;
 Families storageFamilies();
 Families ethernetFamilies();
 
+/// Whether rows tell what every request needs.
+constexpr bool areComplete(std::span<const Family> rows) {
+    for (const Family& row : rows) {
+        const Matching& matching = row.matching;
+        const bool isNamed = row.token && row.className && row.left.objects.name && row.right.objects.name;
+        const bool isMatched = matching.forEachPair && matching.findLeft.find && matching.findRight.find;
+        if (!isNamed || !isMatched) return false;
+    }
+    return true;
+}
+
 /// The rows of a table, then the modules.
 template <std::size_t plainCount, std::size_t moduleCount>
 constexpr auto together(const Family (&plain)[plainCount], const Family* const (&modules)[moduleCount]) {

@@ -133,6 +133,14 @@ test_folders_that_begin_at_the_server_are_found() {
     check "a stopped server" "0 $ours" "$status $(readlink "$home/lib/$library")"
     rm "$home/lib/$library"
 
+    STOPPED='unset' pegasus register --offline --repository "$STATE/repositories"
+    check "a stopped server that nobody configured" "1 no" \
+        "$status $([[ -L $home/lib/$library ]] && echo yes || echo no)"
+    check_contains "a stopped server that nobody configured" "--provider-folder FOLDER tells" "$output"
+    STOPPED='unset' pegasus register --offline --repository "$STATE/repositories" --provider-folder "$home/lib"
+    check "the same with its folder" "0 $ours" "$status $(readlink "$home/lib/$library")"
+    rm "$home/lib/$library"
+
     fresh
     PROVIDER_FOLDERS=none
     pegasus register

@@ -68,8 +68,8 @@ protected:
             const bool isIndication = row.className.find("Indication") != std::string::npos;
             if (!isIndication && associationNames.count(row.className) == 0) classNames.insert(row.className);
         }
-        ASSERT_EQ(classNames.size(), 29U);
-        ASSERT_EQ(associationNames.size(), 48U);
+        ASSERT_GE(classNames.size(), 29U);
+        ASSERT_GE(associationNames.size(), 48U);
     }
 
     std::vector<PropertyRow> rows;

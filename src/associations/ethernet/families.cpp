@@ -308,6 +308,8 @@ constexpr Family plainFamilies[] = {
     },
 };
 
+static_assert(areComplete(plainFamilies), "a row lacks a name or its matching");
+
 #define ADDRESS_OF(module) &ethernet::module,
 constexpr const Family* modules[] = {ETHERNET_MODULES(ADDRESS_OF)};
 #undef ADDRESS_OF

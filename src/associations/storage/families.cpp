@@ -289,6 +289,8 @@ constexpr Family plainFamilies[] = {
     },
 };
 
+static_assert(areComplete(plainFamilies), "a row lacks a name or its matching");
+
 #define ADDRESS_OF(module) &storage::module,
 constexpr const Family* modules[] = {STORAGE_MODULES(ADDRESS_OF)};
 #undef ADDRESS_OF

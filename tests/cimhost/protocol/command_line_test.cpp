@@ -111,6 +111,14 @@ TEST(CommandLine, HelpHasExamplesAndTellsOfEachCommand) {
     EXPECT_EQ(one.errors, "");
 }
 
+// Nobody listens there; what is wrong with the words would be told first.
+TEST(CommandLine, AServerMayBeNamedInFrontOfWhatIsAskedOfIt) {
+    const Ended ended = cimhost({"invoke", "--server", "http://127.0.0.1:1", "Merolt_FCHBA_SoftwareInstallationService",
+                                 "InstallFromURI", "URI=x", "InstallOptions="});
+    EXPECT_EQ(ended.status, 2);
+    EXPECT_THAT(ended.errors, HasSubstr("http://127.0.0.1:1: no connection"));
+}
+
 TEST(CommandLine, QuietAndVerboseExcludeEachOther) {
     EXPECT_EQ(cimhost({"--quiet", "classes"}).status, 0);
     EXPECT_EQ(cimhost({"classes", "--verbose"}).status, 0);

@@ -487,9 +487,10 @@ TEST_F(HttpServer, AClientThatDoesNotReadItsAnswerIsClosed) {
 
 TEST_F(HttpServer, WhereEverybodyWaitsForAnAnswerNewClientsAreRefused) {
     options.limits.connections = 4;
+    options.limits.room = 100ms;
     start();
     std::vector<SocketClient> clients;
-    for (int index = 0; index < 4; ++index) {
+    for (int index = 0; index < 4 + 1; ++index) { // a quarter more are answered once
         clients.push_back(connect());
         clients.back().send(post("wait"));
     }
@@ -499,6 +500,26 @@ TEST_F(HttpServer, WhereEverybodyWaitsForAnAnswerNewClientsAreRefused) {
     for (SocketClient& client : clients)
         EXPECT_EQ(bodyOf(client.readAnswer()), "wait");
     EXPECT_EQ(bodyOf(ask(post("served"))), "served");
+}
+
+TEST_F(HttpServer, WhereAnAnswerComesInTimeNewClientsWaitForItsPlace) {
+    options.limits.connections = 1;
+    options.limits.room = 60s;
+    start();
+    SocketClient known = connect();
+    known.send(post("wait"));
+    handler.waitForWaiting(1);
+    SocketClient guest = connect();
+    guest.send(post("wait"));
+    handler.waitForWaiting(2);
+    SocketClient last = connect();
+    last.send(post("last"));
+    EXPECT_FALSE(last.hasBytesWithin(100ms)) << "neither an answer nor a refusal";
+    handler.release();
+    EXPECT_EQ(bodyOf(known.readAnswer()), "wait");
+    EXPECT_EQ(bodyOf(guest.readAnswer()), "wait");
+    EXPECT_EQ(bodyOf(last.readAnswer()), "last");
+    EXPECT_TRUE(guest.isClosedWithin(5s)) << "it found no place";
 }
 
 TEST_F(HttpServer, AnIdleConnectionMakesRoomForANewOne) {

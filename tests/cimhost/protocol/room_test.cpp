@@ -46,6 +46,7 @@ protected:
         return add(false, Phase::reading, age, source);
     }
 
+    const Source newComing = v4(192, 99);
     const Standing::Clock::time_point now = Standing::Clock::now();
     std::deque<Standing> standings;
     Room room{{8, 4, 1000}};
@@ -96,14 +97,54 @@ TEST_F(RoomTest, AmongKnownClientsTheLateOnesGiveWayBeforeTheIdle) {
     Standing& fresh = add(true, Phase::reading, 10ms);
     Standing& idle = add(true, Phase::waiting, 20s);
     Standing& late = add(true, Phase::writing, 2s);
-    EXPECT_EQ(room.knownToGiveWay(now), &late);
+    EXPECT_EQ(room.knownToGiveWay(now, newComing), &late);
     late.isClosed = true;
-    EXPECT_EQ(room.knownToGiveWay(now), &idle);
+    EXPECT_EQ(room.knownToGiveWay(now, newComing), &idle);
     idle.isClosed = true;
-    EXPECT_EQ(room.knownToGiveWay(now), &fresh);
+    EXPECT_EQ(room.knownToGiveWay(now, newComing), &fresh);
     fresh.isClosed = true;
-    EXPECT_EQ(room.knownToGiveWay(now), nullptr);
+    EXPECT_EQ(room.knownToGiveWay(now, newComing), nullptr);
     EXPECT_FALSE(answering.isClosed);
+}
+
+TEST_F(RoomTest, WhoTakesNothingOfAnAnswerGivesWayBeforeTheIdle) {
+    Standing& idle = add(true, Phase::waiting, 20s);
+    Standing& stalled = add(true, Phase::writing, 100ms);
+    EXPECT_EQ(room.knownToGiveWay(now, newComing), &stalled);
+    stalled.moved = 100; // a tenth of a second's worth at the least rate
+    EXPECT_EQ(room.knownToGiveWay(now, newComing), &idle);
+}
+
+TEST_F(RoomTest, WhoLetsTheLastAnswerLieGivesWayBeforeTheIdle) {
+    Standing& idle = add(true, Phase::waiting, 20s);
+    Standing& untaken = add(true, Phase::waiting, 100ms);
+    untaken.hasUntaken = true;
+    EXPECT_EQ(room.knownToGiveWay(now, newComing), &untaken);
+    untaken.since = now;
+    EXPECT_EQ(room.knownToGiveWay(now, newComing), &idle);
+}
+
+TEST_F(RoomTest, AnAddressWithMoreThanItsShareAtWorkTakesNoIdleClientsPlace) {
+    Standing& idle = add(true, Phase::waiting, 20s, v4(192, 1));
+    add(true, Phase::answering, 1s, v4(192, 2));
+    EXPECT_EQ(room.knownToGiveWay(now, v4(192, 2)), &idle) << "one of four is its share";
+    add(true, Phase::answering, 1s, v4(192, 2));
+    EXPECT_EQ(room.knownToGiveWay(now, v4(192, 2)), nullptr);
+    EXPECT_EQ(room.knownToGiveWay(now, v4(192, 3)), &idle);
+    Standing& late = add(true, Phase::writing, 2s, v4(192, 1));
+    EXPECT_EQ(room.knownToGiveWay(now, v4(192, 2)), &late) << "who is late gives way to everybody";
+}
+
+TEST_F(RoomTest, AQuarterAsManyGuestsAreThereAndTheLateGiveWay) {
+    EXPECT_FALSE(room.isFullOfGuests());
+    Standing& guest = add(false, Phase::answering, 60s);
+    guest.isGuest = true;
+    EXPECT_TRUE(room.isFullOfGuests());
+    EXPECT_EQ(room.guestToGiveWay(now), nullptr) << "the server keeps it waiting";
+    guest.phase = Phase::writing;
+    EXPECT_EQ(room.guestToGiveWay(now), &guest);
+    guest.isClosed = true;
+    EXPECT_FALSE(room.isFullOfGuests());
 }
 
 TEST_F(RoomTest, WhoLeftIsNotAskedForRoom) {

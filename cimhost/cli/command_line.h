@@ -75,6 +75,7 @@ void addListen(CommandLine& line);
 void addFleet(CommandLine& line);
 void addInvoke(CommandLine& line);
 void addImage(CommandLine& line);
+void addUpdate(CommandLine& line);
 void addUser(CommandLine& line);
 void addHelp(CommandLine& line);
 

@@ -1,6 +1,5 @@
 #include "cimhost/cli/commands.h"
-
-#include "tavik/flash_image.h"
+#include "cimhost/cli/image_facts.h"
 
 #include <nlohmann/json.hpp>
 
@@ -85,7 +84,9 @@ bool holdsSomething(const std::string& name) {
     return std::filesystem::is_regular_file(name, error) && std::filesystem::file_size(name, error) > 0;
 }
 
-nlohmann::ordered_json describe(const tavik::FlashImage& image) {
+} // namespace
+
+nlohmann::ordered_json imageFacts(const tavik::FlashImage& image) {
     const auto& date = image.releaseDate;
     char dateText[16];
     std::snprintf(dateText, sizeof dateText, "%04u-%02u-%02u", unsigned{date.year}, unsigned{date.month},
@@ -99,8 +100,6 @@ nlohmann::ordered_json describe(const tavik::FlashImage& image) {
             {"fcode", dotted(image.optionRom.fcode)},
             {"payloadBytes", image.payload.size()}};
 }
-
-} // namespace
 
 void makeImage(const ImageOptions& options) {
     if (!options.overwrites && holdsSomething(options.file)) {
@@ -118,7 +117,7 @@ void makeImage(const ImageOptions& options) {
 void showImage(const ImageOptions& options) {
     const auto read = tavik::readFlashImageFile(options.file);
     if (const auto* fault = std::get_if<tavik::FlashFault>(&read)) throw std::runtime_error(fault->reason);
-    const auto described = describe(std::get<tavik::FlashImage>(read));
+    const auto described = imageFacts(std::get<tavik::FlashImage>(read));
     if (options.form == Form::json) {
         std::cout << described.dump(2) << '\n';
         return;

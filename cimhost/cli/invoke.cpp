@@ -1,5 +1,6 @@
 #include "cimhost/cli/commands.h"
 #include "cimhost/cli/local_source.h"
+#include "cimhost/cli/method_outcome.h"
 #include "cimhost/cli/output_stream.h"
 #include "cimhost/cli/own_location.h"
 #include "cimhost/cli/remote_source.h"
@@ -81,19 +82,6 @@ cimxml::ObjectPath parseObject(const InvokeOptions& options, const ClassReposito
     return path;
 }
 
-/// Of the methods of CIM, 0 and 4096 tell of success: the second of a job that was started.
-bool tellsOfFailure(const Outcome& outcome) {
-    if (!outcome.returnValue || !isIntegerType(outcome.returnValue->type)) return false;
-    const std::string value = plainText(*outcome.returnValue);
-    return value != "0" && value != "4096";
-}
-
-std::string withMeaning(const MethodDeclaration& method, const CMPIData& returned) {
-    const std::string value = plainText(returned);
-    const std::string meaning = meaningOf(method.qualifiers, value);
-    return meaning.empty() ? value : value + " (" + meaning + ")";
-}
-
 std::string listOf(const MethodDeclaration& method, const Outcome& outcome) {
     std::string text;
     if (outcome.returnValue) text += "ReturnValue: " + withMeaning(method, *outcome.returnValue) + '\n';
@@ -114,12 +102,6 @@ std::string jsonOf(const Outcome& outcome) {
     for (const NamedData& given : outcome.outArguments->arguments())
         answer[std::string(given.name)] = shown(given.data);
     return answer.dump(2) + '\n';
-}
-
-std::string failureOf(const MethodDeclaration& method, const Outcome& outcome) {
-    if (!tellsOfFailure(outcome)) return {};
-    return method.name + " answered " + withMeaning(method, *outcome.returnValue) +
-           "; the provider's log tells why, if meroltcna.properties says ErrorLog=1 and DebugLog=1";
 }
 
 /// What is to be called, read once for all servers: an argument may be a file.

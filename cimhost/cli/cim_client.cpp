@@ -5,19 +5,18 @@
 #include "cimhost/cimxml/xml_text.h"
 #include "cimhost/service/cim_failure.h"
 
-#include <openssl/evp.h>
-
 #include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <stdexcept>
 
 namespace cimhost::cli {
 
 namespace {
 
-http::Url operationsOf(http::Url server) {
-    server.path = "/cimom";
-    return server;
-}
+// A server has for one call what a command's servers have unless told otherwise; what it answers here is short.
+constexpr std::chrono::seconds longestCall{15};
+constexpr std::size_t longestAnswer = std::size_t{1} << 20;
 
 void appendOpening(ByteBuffer& out, std::string_view element, std::string_view attribute, std::string_view value) {
     out.append("<");
@@ -25,22 +24,7 @@ void appendOpening(ByteBuffer& out, std::string_view element, std::string_view a
     cimxml::appendAttribute(out, attribute, value);
 }
 
-std::string basicAuthorization(std::string_view user) {
-    if (user.empty()) return {};
-    std::string encoded((user.size() + 2) / 3 * 4 + 1, '\0'); // with a NUL
-    const int length =
-        EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
-                        reinterpret_cast<const unsigned char*>(user.data()), static_cast<int>(user.size()));
-    encoded.resize(static_cast<std::size_t>(length));
-    return "Basic " + encoded;
-}
-
 } // namespace
-
-CimClient::CimClient(const http::Url& server, std::string operationNamespace, std::string_view user,
-                     const std::filesystem::path& authorities)
-    : client(operationsOf(server), {}, authorities), authority(server.authority()),
-      nameSpace(std::move(operationNamespace)), authorization(basicAuthorization(user)) {}
 
 void CimClient::appendNamespacePath(ByteBuffer& out) const {
     out.append("<LOCALNAMESPACEPATH>");
@@ -64,24 +48,24 @@ std::vector<cimxml::XmlElement> CimClient::call(std::string_view method, std::st
     message.append(">");
     message.append(value.view());
     message.append("</IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>\n");
-    std::vector<http::Field> fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
-                                       {"CIMProtocolVersion", "1.0"},
-                                       {"CIMOperation", "MethodCall"},
-                                       {"CIMMethod", std::string(method)},
-                                       {"CIMObject", nameSpace}};
-    if (!authorization.empty()) fields.push_back({"Authorization", authorization});
-    const http::ClientAnswer answer = client.post(fields, message.view());
-    if (answer.status == 401) {
-        throw std::runtime_error(authority + (authorization.empty() ? " asks for a user: give --user"
-                                                                    : " does not take this user and password"));
+    const std::vector<http::Field> fields = {{"Content-Type", "application/xml; charset=\"utf-8\""},
+                                             {"CIMProtocolVersion", "1.0"},
+                                             {"CIMOperation", "MethodCall"},
+                                             {"CIMMethod", std::string(method)},
+                                             {"CIMObject", nameSpace}};
+    std::string answer;
+    try {
+        remote::Connection(server, identity, longestCall)
+            .post(fields, message.view(), remote::Connection::Repeat::never, [&answer](std::string_view piece) {
+                if (answer.size() + piece.size() > longestAnswer) throw remote::ServerFailure("its answer is too long");
+                answer += piece;
+            });
+    } catch (const remote::ServerFailure& failure) {
+        throw std::runtime_error(server.name + ": " + failure.what());
     }
-    if (answer.status != 200) {
-        throw std::runtime_error(authority + " answered " + std::string(method) + " with HTTP status " +
-                                 std::to_string(answer.status));
-    }
-    auto decoded = cimxml::decodeAnswer(answer.body);
+    auto decoded = cimxml::decodeAnswer(answer);
     if (const auto* garbage = std::get_if<cimxml::ProtocolError>(&decoded)) {
-        throw std::runtime_error(authority + " does not answer as a CIM server: " + garbage->message);
+        throw std::runtime_error(server.name + ": its answer is not in order: " + garbage->message);
     }
     auto& content = std::get<cimxml::Answer>(decoded);
     if (const auto* error = std::get_if<CimError>(&content)) throw CimFailure(*error);
@@ -96,7 +80,7 @@ cimxml::XmlElement CimClient::create(std::string_view className, const ByteBuffe
     instance.append("</INSTANCE>");
     std::vector<cimxml::XmlElement> values = call("CreateInstance", "NewInstance", instance);
     if (values.size() != 1 || values.front().name != "INSTANCENAME") {
-        throw std::runtime_error(authority + " made an instance, but did not say which");
+        throw std::runtime_error(server.name + " made an instance, but did not say which");
     }
     return std::move(values.front());
 }

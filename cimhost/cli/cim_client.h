@@ -3,11 +3,11 @@
 
 #include "cimhost/byte_buffer.h"
 #include "cimhost/cimxml/xml_tree.h"
-#include "cimhost/http/client.h"
+#include "cimhost/remote/connection.h"
 
-#include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace cimhost::cli {
@@ -22,11 +22,8 @@ struct ClientProperty {
 /// Everything throws CimFailure for what the server refuses, std::runtime_error where it does not answer as one.
 class CimClient {
 public:
-    /// The path of the URL is not used: operations go to /cimom.
-    /// @param user "name:password" for HTTP Basic authentication; empty: nobody in particular.
-    /// @param authorities as http::Client takes it
-    CimClient(const http::Url& server, std::string operationNamespace, std::string_view user,
-              const std::filesystem::path& authorities = {});
+    CimClient(remote::Server target, remote::Identity who, std::string operationNamespace)
+        : server(std::move(target)), identity(std::move(who)), nameSpace(std::move(operationNamespace)) {}
 
     /// The <INSTANCENAME> that the server gave.
     cimxml::XmlElement createInstance(std::string_view className, const std::vector<ClientProperty>& properties);
@@ -44,10 +41,9 @@ private:
     cimxml::XmlElement create(std::string_view className, const ByteBuffer& properties);
     void appendNamespacePath(ByteBuffer& out) const;
 
-    http::Client client;
-    std::string authority;
-    std::string nameSpace;
-    std::string authorization; // value of the field; empty: none is sent
+    const remote::Server server;
+    const remote::Identity identity;
+    const std::string nameSpace;
 };
 
 } // namespace cimhost::cli

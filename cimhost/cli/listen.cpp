@@ -104,8 +104,9 @@ std::string uniqueName() {
 // What a listener made at a server, to be removed the other way round.
 class Subscription {
 public:
-    Subscription(const http::Url& server, const ListenOptions& options, const std::string& destination)
-        : client(server, options.interopNamespace, options.user, options.authorities) {
+    Subscription(const remote::Server& server, const remote::Identity& identity, const ListenOptions& options,
+                 const std::string& destination)
+        : client(server, identity, options.interopNamespace) {
         try {
             make(options, destination);
         } catch (...) {
@@ -157,19 +158,25 @@ private:
     std::vector<cimxml::XmlElement> made;
 };
 
+/// Nothing where somebody else subscribes. Throws std::runtime_error.
+std::optional<remote::Server> serverOf(const ListenOptions& options) {
+    if (options.subscribe.empty()) return std::nullopt;
+    if (!http::parseUrl(options.subscribe)) {
+        throw std::runtime_error("--subscribe: \"" + options.subscribe + "\" is no URL such as http://127.0.0.1:5988");
+    }
+    remote::Server server = remote::parseServer(options.subscribe);
+    if (!options.identity.authorities.empty() && !server.url.isSecure) {
+        throw std::runtime_error("--cacert is for --subscribe with an https:// URL");
+    }
+    return server;
+}
+
 } // namespace
 
 void listen(const ListenOptions& options) {
-    if (!options.user.empty() && options.user.find(':') == std::string::npos) {
-        throw std::runtime_error("--user is written NAME:PASSWORD");
-    }
-    const std::optional<http::Url> server = http::parseUrl(options.subscribe);
-    if (!options.subscribe.empty() && !server) {
-        throw std::runtime_error("--subscribe: \"" + options.subscribe + "\" is no URL such as http://127.0.0.1:5988");
-    }
-    if (!options.authorities.empty() && !(server && server->isSecure)) {
-        throw std::runtime_error("--cacert is for --subscribe with an https:// URL");
-    }
+    const std::optional<remote::Server> server = serverOf(options);
+    remote::Identity identity;
+    if (server) identity = identityOf(options.identity, {*server});
     http::Options settings;
     settings.address = options.address;
     settings.port = options.port;
@@ -183,10 +190,10 @@ void listen(const ListenOptions& options) {
     const std::string url =
         "http://" + http::Url{false, options.address, std::to_string(listening.port()), "/"}.authority();
     std::optional<Subscription> subscription;
-    if (server) subscription.emplace(*server, options, url + "/");
+    if (server) subscription.emplace(*server, identity, options, url + "/");
     if (!options.isQuiet) {
         std::cerr << "cimhost: listening for indications on " << url
-                  << (server ? ", subscribed at " + server->authority() : "") << std::endl;
+                  << (server ? ", subscribed at " + server->url.authority() : "") << std::endl;
     }
     listening.run();
     if (subscription) subscription->remove();

@@ -11,10 +11,9 @@ namespace cimhost::cli {
 
 struct ListenOptions {
     std::string address = "127.0.0.1";
-    std::uint16_t port = 0;  ///< 0: any free one
-    std::string subscribe;   ///< URL of a CIM server; empty: somebody else has subscribed
-    std::string user;        ///< "name:password" for that server; empty: nobody in particular
-    std::string authorities; ///< PEM file of those whose certificates are believed; empty: the system's
+    std::uint16_t port = 0;   ///< 0: any free one
+    std::string subscribe;    ///< URL of a CIM server; empty: somebody else has subscribed
+    IdentityOptions identity; ///< who subscribes there
     std::string query = "SELECT * FROM CIM_AlertIndication";
     std::string nameSpace;
     std::string interopNamespace;

@@ -15,12 +15,7 @@ void addListen(CommandLine& line) {
     command.add_option("--address", given->address, "Address to listen on")->capture_default_str();
     command.add_option("--subscribe", given->subscribe,
                        "Subscribe at this CIM server, such as http://127.0.0.1:5988, until the end");
-    command
-        .add_option("--user", given->user,
-                    "NAME:PASSWORD at that server, or in the environment, where nobody else sees it")
-        ->envname("CIMHOST_USER");
-    command.add_option("--cacert", given->authorities,
-                       "Whose certificates to believe, PEM; the system's authorities unless told otherwise");
+    addIdentityOptions(command, given->identity);
     command.add_option("--query", given->query, "What to subscribe to")->capture_default_str();
     command.add_option("--namespace", given->nameSpace, "Where the indications come from")->capture_default_str();
     command.add_flag_callback(

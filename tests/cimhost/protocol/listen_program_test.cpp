@@ -66,11 +66,12 @@ TEST_F(Listening, SubscribesAsTheUserThatItIsGivenOrFindsInItsEnvironment) {
     Process environment(listen());
     ::unsetenv("CIMHOST_USER");
     expectSubscription(environment);
-    const std::string authority = url.substr(7);
-    expectRefusal({}, authority + " asks for a user: give --user");
-    expectRefusal({"--user", "anna:wrong"}, authority + " does not take this user and password");
-    expectRefusal({"--user", "bert:secret"}, authority + " does not take this user and password");
-    expectRefusal({"--user", "anna"}, "--user is written NAME:PASSWORD");
+    const TemporaryFile logins{"machine 127.0.0.1 login anna password secret\n"};
+    Process named(listen({"--netrc", logins.path.string()}));
+    expectSubscription(named);
+    expectRefusal({}, url + ": it asks for a user (HTTP 401): give --user NAME, CIMHOST_USER or --netrc FILE");
+    expectRefusal({"--user", "anna:wrong"}, url + ": it does not take this user and password (HTTP 401)");
+    expectRefusal({"--user", "bert:secret"}, url + ": it does not take this user and password (HTTP 401)");
 }
 
 TEST(ListenProgram, WhatCannotBePrintedIsNotConfirmed) {
@@ -95,7 +96,7 @@ TEST(ListenProgram, AServerThatIsNotThereIsTold) {
     const Ended ended = cimhost({"listen", "--port", "0", "--subscribe", "http://127.0.0.1:1"});
     EXPECT_EQ(ended.status, 2);
     EXPECT_EQ(ended.output, "");
-    EXPECT_THAT(ended.errors, StartsWith("cimhost: connecting: Connection refused"));
+    EXPECT_THAT(ended.errors, StartsWith("cimhost: http://127.0.0.1:1: no connection to port 1 (Connection refused)"));
     EXPECT_EQ(lineCount(ended.errors), 1U);
     const Ended noUrl = cimhost({"listen", "--port", "0", "--subscribe", "localhost:5988"});
     EXPECT_EQ(noUrl.status, 2);

@@ -102,9 +102,11 @@ Bytes encodeTransceiverIdentity(const TransceiverIdentity& identity) {
     page[65] = 0x1A; // transmitter can be disabled, its faults and a lost signal are told
     storePadded(page, 68, 16, identity.serialNumber);
     storePadded(page, 84, 8, identity.dateCode);
-    page[92] = 0x68; // diagnostics on page A2, calibrated by the module, receive power is an average
-    page[93] = 0xF0;
-    page[94] = 0x05; // revision 11.0 of the layout
+    if (identity.hasDiagnostics) {
+        page[92] = 0x68; // on page A2, calibrated by the module, receive power is an average
+        page[93] = 0xF0;
+        page[94] = 0x05; // revision 11.0 of the layout
+    }
     storeChecksum(page, 64, 95);
     return page;
 }

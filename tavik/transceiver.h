@@ -21,6 +21,7 @@ struct TransceiverIdentity {
     std::array<std::uint8_t, 8> compliance{0x10}; ///< codes of bytes 3 to 10; 0x10 first: 10GBASE-SR
     std::uint32_t bitRateMegabits = 10300;        ///< nominal
     std::uint16_t wavelengthNanometres = 850;
+    bool hasDiagnostics = true; ///< what the module declares
 };
 
 /** Readings of the diagnostics page, in the units of their names. */

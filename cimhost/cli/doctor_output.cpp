@@ -23,15 +23,34 @@ std::string counted(std::size_t count, const std::string& word) {
     return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
 
-std::string headingOf(const Rule& rule, const Layout& layout) {
-    const Colour colour = rule.urgency == Urgency::fault ? Colour::red : Colour::yellow;
-    return coloured(layout, colour, std::string(doctor::nameOf(rule.urgency)) + " " + std::string(rule.name)) + ": " +
-           std::string(rule.title) + "\n";
+/// The text behind its beginning, in lines of the layout's width; further lines stand below the text's first word.
+std::string wrapped(const std::string& beginning, std::string_view text, const Layout& layout) {
+    const std::string indent(length(beginning), ' ');
+    std::string lines, line = beginning;
+    while (!text.empty()) {
+        const std::string_view word = text.substr(0, text.find(' '));
+        text.remove_prefix(std::min(word.size() + 1, text.size()));
+        const bool isFirst = length(line) == indent.size();
+        if (!isFirst && layout.width != 0 && length(line) + 1 + length(word) > layout.width) {
+            lines += line + "\n";
+            line = indent;
+        } else if (!isFirst) {
+            line += ' ';
+        }
+        line += word;
+    }
+    return lines + line + "\n";
 }
 
-std::string signText(const doctor::Sign& sign) {
-    std::string text = "  " + printable(sign.subject + ": " + sign.evidence) + "\n";
-    if (!sign.hint.empty()) text += "    " + std::string(sign.hint) + "\n";
+std::string headingOf(const Rule& rule, const Layout& layout) {
+    const Colour colour = rule.urgency == Urgency::fault ? Colour::red : Colour::yellow;
+    const std::string name = std::string(doctor::nameOf(rule.urgency)) + " " + std::string(rule.name);
+    return coloured(layout, colour, name) + wrapped(name + ": ", rule.title, layout).substr(name.size());
+}
+
+std::string signText(const doctor::Sign& sign, const Layout& layout) {
+    std::string text = wrapped("  ", printable(sign.subject + ": " + sign.evidence), layout);
+    if (!sign.hint.empty()) text += wrapped("    ", sign.hint, layout);
     return text;
 }
 
@@ -51,10 +70,10 @@ std::string doctorText(std::span<const Diagnosis> found, const Layout& layout) {
     for (std::size_t i = 0; i < found.size(); ++i) {
         const Rule& rule = *found[i].rule;
         if (i == 0 || found[i - 1].rule != &rule) text += headingOf(rule, layout);
-        text += signText(found[i].sign);
+        text += signText(found[i].sign, layout);
         const bool isLast = i + 1 == found.size() || found[i + 1].rule != &rule;
         if (!isLast) continue;
-        text.append("  Why: ").append(rule.why).append("\n  Do:  ").append(rule.advice).append("\n\n");
+        text += wrapped("  Why: ", rule.why, layout) + wrapped("  Do:  ", rule.advice, layout) + "\n";
     }
     return text + counted(countOf(found, Urgency::fault), "fault") + ", " +
            counted(countOf(found, Urgency::warning), "warning") + "\n";

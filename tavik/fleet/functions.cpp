@@ -397,6 +397,7 @@ Transceiver parseTransceiver(const Place& place) {
     object.read("wavelengthNanometres", identity.wavelengthNanometres, parseNumber<std::uint16_t>);
     std::optional<TransceiverReadings> readings = TransceiverReadings();
     object.readNullable("diagnostics", readings, parseReadings);
+    identity.hasDiagnostics = readings.has_value();
     object.finish();
     return {encodeTransceiverIdentity(identity), readings ? encodeTransceiverReadings(*readings) : Bytes()};
 }

@@ -128,6 +128,8 @@ TEST(FleetFile, ATransceiverWithoutDiagnosticsHasOnePage) {
     const auto fleet = fleetFrom(onePort(R"("ethernet": {"transceiver": {"diagnostics": null}})"));
     EXPECT_EQ(nicOf(fleet).transceiver->pageA0.size(), 256U);
     EXPECT_TRUE(nicOf(fleet).transceiver->pageA2.empty());
+    EXPECT_EQ(nicOf(fleet).transceiver->pageA0[92], 0) << "and declares no more";
+    EXPECT_EQ(nicOf(fleet).transceiver->pageA0[93], 0);
 }
 
 TEST(FleetFile, ATransceiverCanBeGivenAsBytes) {

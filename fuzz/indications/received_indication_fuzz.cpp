@@ -12,6 +12,17 @@
 #include <string>
 #include <variant>
 
+namespace {
+
+bool hasControls(const std::string& text) {
+    return std::any_of(text.begin(), text.end(),
+                       [](char character) { return character >= 0 && character < ' ' && character != '\n'; });
+}
+
+bool isOneLine(const std::string& text) { return !hasControls(text) && text.find('\n') == text.size() - 1; }
+
+} // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t count) {
     using namespace cimhost;
     static cli::SequenceWatch watch;
@@ -19,9 +30,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
     const auto* request = std::get_if<cimxml::ExportRequest>(&decoded);
     if (!request) return 0;
     const std::string text = cli::textOf(request->indication) + watch.judge(request->indication);
-    const auto isControl = [](char character) { return (character >= 0 && character < ' ' && character != '\n'); };
-    if (std::any_of(text.begin(), text.end(), isControl)) std::abort();
+    if (hasControls(text) || !isOneLine(cli::lineOf(request->indication))) std::abort();
     const std::string line = cli::jsonLineOf(request->indication);
-    if (!nlohmann::json::accept(line) || line.find('\n') != std::string::npos) std::abort();
+    if (!isOneLine(line) || !nlohmann::json::accept(line)) std::abort();
     return 0;
 }

@@ -17,7 +17,7 @@ from attack import Attack  # noqa: E402
 from probe import Probe  # noqa: E402
 from server import CannotStart, Server  # noqa: E402
 
-BEFORE_SECONDS = 1.5
+BEFORE_SECONDS = 1.0
 ENDING_SECONDS = 15.0
 
 HEADINGS = (

@@ -126,7 +126,7 @@ def answer_of(server, body):
 class OfAStart(Attack):
     """Single system calls fail while a server starts: it says why it cannot, or it serves."""
 
-    seconds = 10.0
+    seconds = 6.0
     limits = Limits(p99_allowance=5.0)  # servers start all the time
     idle_clients = 0
 
@@ -221,7 +221,7 @@ class OfALife(Attack):
     """Single system calls fail while a server reads its fleet anew, answers, updates a card and tells a listener: it
     goes on, and what was lost is told."""
 
-    seconds = 10.0
+    seconds = 6.0
     limits = Limits(p99_allowance=5.0)  # the other server takes the processors
     idle_clients = 0
 

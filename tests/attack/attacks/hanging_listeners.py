@@ -14,7 +14,7 @@ class HangingListeners(Attack):
     down."""
 
     users = True
-    seconds = 8.0
+    seconds = 5.0
     limits = Limits(threads=48, descriptors=400)
 
     def prepare(self, server):

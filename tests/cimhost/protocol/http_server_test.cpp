@@ -12,7 +12,10 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <condition_variable>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -520,6 +523,24 @@ TEST_F(HttpServer, WhereAnAnswerComesInTimeNewClientsWaitForItsPlace) {
     EXPECT_EQ(bodyOf(guest.readAnswer()), "wait");
     EXPECT_EQ(bodyOf(last.readAnswer()), "last");
     EXPECT_TRUE(guest.isClosedWithin(5s)) << "it found no place";
+}
+
+TEST_F(HttpServer, ASignalStopsItAndIsToldOnce) {
+    std::atomic<int> told = 0;
+    options.onStop = [&] { ++told; };
+    start();
+    server->stopOnSignals();
+    SocketClient busy = connect();
+    busy.send(post("wait"));
+    handler.waitForWaiting(1);
+    ::kill(::getpid(), SIGTERM);
+    while (told == 0)
+        std::this_thread::yield();
+    std::this_thread::sleep_for(250ms); // the call is made again meanwhile
+    handler.release();
+    EXPECT_EQ(bodyOf(busy.readAnswer()), "wait") << "what was under way is answered";
+    runner.join();
+    EXPECT_EQ(told, 1);
 }
 
 TEST_F(HttpServer, AnIdleConnectionMakesRoomForANewOne) {

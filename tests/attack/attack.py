@@ -32,6 +32,7 @@ class Attack:
     tls = False  # the server speaks TLS
     users = False  # and wants user and password; the probe clients know them (support.USER, support.PASSWORD)
     processes = 1  # how many run attack() at the same time
+    waits = False  # it and its victims wait for seconds: it runs beside others that do, and last
     idle_clients = 4  # well-behaved clients that keep a connection and ask now and then
     limits = Limits()
     statuses = (0,)  # with which the server may end after SIGTERM

@@ -7,6 +7,7 @@ import inspect
 import multiprocessing
 import pathlib
 import sys
+import time
 import traceback
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -126,7 +127,9 @@ def judge(attack, row, judges_times):
 
 
 def run(name, attack, arguments):
+    """True if the attack did not win. Prints what it did."""
     row = Row(name)
+    measured = f"{name:34} not measured"
     server = Server(arguments.cimhost, arguments.fleet, attack.tls, attack.users)
     try:
         server.options += attack.serve_options
@@ -142,15 +145,30 @@ def run(name, attack, arguments):
         if server.process.returncode not in attack.statuses:
             row.problems.append(f"status {server.process.returncode} after SIGTERM")
         judge(attack, row, not arguments.no_times)
-        print(row.cells(), flush=True)
+        measured = row.cells()
     except (CannotStart, OSError) as error:
         row.problems.append(f"{type(error).__name__}: {error}")
-        print(f"{name:34} not measured", flush=True)
     finally:
         server.remove()
-    for problem in row.problems:
-        print(f"    FAILED {problem}", flush=True)
+    print(*[measured, *(f"    FAILED {problem}" for problem in row.problems)], sep="\n", flush=True)
     return not row.problems
+
+
+def run_apart(name, attack, arguments):
+    sys.exit(0 if run(name, attack, arguments) else 1)
+
+
+def run_all(chosen, arguments):
+    """How many attacks won. Those that wait go beside each other, each of the others alone."""
+    won = sum(not run(*attack, arguments) for attack in chosen if not attack[1].waits)
+    waiting = [
+        multiprocessing.Process(target=run_apart, args=(*attack, arguments)) for attack in chosen if attack[1].waits
+    ]
+    for process in waiting:
+        process.start()
+    for process in waiting:
+        process.join()
+    return won + sum(process.exitcode != 0 for process in waiting)
 
 
 def parse_arguments():
@@ -179,8 +197,9 @@ def main():
     multiprocessing.set_start_method("fork")
     print(*HEADINGS, sep="\n", flush=True)
     chosen = arguments.attack or list(attacks)
-    won = sum(not run(name, attacks[name](), arguments) for name in chosen)
-    print(f"{len(chosen) - won} passed, {won} failed")
+    begin = time.monotonic()
+    won = run_all([(name, attacks[name]()) for name in chosen], arguments)
+    print(f"{len(chosen) - won} passed, {won} failed in {time.monotonic() - begin:.0f} s")
     return 1 if won else 0
 
 

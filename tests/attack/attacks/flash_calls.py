@@ -50,6 +50,7 @@ class FlashCalls(Attack):
 class AbandonedUpdates(FlashCalls):
     """Flash updates whose callers leave at once, eight at a time."""
 
+    waits = True
     seconds = 9.0  # an update takes five, so a second one would have been written
 
     def prepare(self, server):
@@ -83,6 +84,8 @@ class AbandonedUpdates(FlashCalls):
 
 class QueuedUpdatesAtTheEnd(FlashCalls):
     """Forty flash updates, and SIGTERM while their callers still wait."""
+
+    waits = True
 
     def attack(self, server, stopping):
         connections = [self.send(server) for _ in range(40)]

@@ -42,6 +42,7 @@ class HeldLock(Attack):
     """A writer of the fleet's owner holds the lock and never ends: updates give up and say so."""
 
     serve_options = ANYBODY
+    waits = True
     seconds = fleets.WRITER_SECONDS + 1.5
     idle_clients = 0
     limits = Limits(p99_allowance=fleets.WRITER_SECONDS + 2)  # readers wait with an update

@@ -14,6 +14,7 @@ class HangingLibrary(Attack):
     serve_options = ("--deadline", str(DEADLINE))
     # Every question for objects ends with the error at its deadline: the provider has one lock for all.
     limits = Limits(p99_factor=1.0, p99_allowance=DEADLINE + 1.0)
+    waits = True
     seconds = 2.0 * DEADLINE
     statuses = (3,)
 

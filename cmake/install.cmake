@@ -34,6 +34,9 @@ install(DIRECTORY ${merolt_mof_folder}/ DESTINATION ${merolt_data_folder}/mof ${
     FILES_MATCHING PATTERN *.mof PATTERN *.registration PATTERN *.presentation)
 install(DIRECTORY tavik/fleets/ DESTINATION ${merolt_data_folder}/fleets ${to_provider} FILES_MATCHING PATTERN *.json)
 
+install(FILES packaging/prometheus/merolt-cna.rules.yml DESTINATION ${merolt_data_folder}/prometheus ${to_tools})
+install(FILES packaging/grafana/merolt-cna.json DESTINATION ${merolt_data_folder}/grafana ${to_tools})
+
 install(FILES packaging/man/cimhost.1 packaging/man/tavik_host_dump.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 ${to_tools})
 install(FILES packaging/man/meroltcna.properties.5 DESTINATION ${CMAKE_INSTALL_MANDIR}/man5 ${to_provider})

@@ -51,6 +51,23 @@ install_packages() {
         install "${missing[@]}" </dev/null || fail "installing failed. As root: apt-get install ${missing[*]}"
 }
 
+# install_without_service GROUP: the same for packages whose services are not wanted here. Where systemd runs, a service
+# that is masked meanwhile is not started, and one that is disabled stays away when the machine starts again.
+install_without_service() {
+    local package packages=() units=()
+    while read -r package; do
+        is_installed "$package" || packages+=("$package")
+    done < <(sed -nE "s/^$1[[:space:]]+//p" "$root/scripts/packages")
+    [[ ${#packages[@]} -gt 0 ]] || return 0
+    if [[ -d /run/systemd/system ]]; then units=("${packages[@]/%/.service}"); fi
+    if [[ ${#units[@]} -gt 0 ]]; then as_root systemctl --runtime mask "${units[@]}"; fi
+    install_packages "$1"
+    if [[ ${#units[@]} -gt 0 ]]; then
+        as_root systemctl --runtime unmask "${units[@]}"
+        as_root systemctl disable "${units[@]}"
+    fi
+}
+
 # configure PRESET [CMAKE-ARGUMENT...]: quiet unless something is wrong.
 configure() {
     local preset=$1 log

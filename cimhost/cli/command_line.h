@@ -72,6 +72,7 @@ void addQueries(CommandLine& line);
 void addOptics(CommandLine& line);
 void addDoctor(CommandLine& line);
 void addListen(CommandLine& line);
+void addMetrics(CommandLine& line);
 void addFleet(CommandLine& line);
 void addInvoke(CommandLine& line);
 void addImage(CommandLine& line);

@@ -24,6 +24,7 @@ struct ServeOptions {
     std::string credentials;
     std::vector<std::string> serverNames; ///< more names that clients call the server by
     bool anonymousWrites = false;         ///< whoever can connect may change something
+    std::string metrics = {};             ///< "127.0.0.1:9000"; empty: no metrics
     std::string state;                    ///< file that remembers subscriptions; empty: nothing does
     std::size_t connections = 64;
     std::size_t workers = 4;
@@ -55,6 +56,14 @@ void ask(const HostOptions& hostOptions, const QueryOptions& options);
 /// The same of CIM servers. Where they fail they are told on standard error. Throws only where nobody was asked.
 ExitStatus ask(const HostOptions& hostOptions, const QueryOptions& options, const ServerOptions& servers,
                const MessageOptions& messages);
+
+struct MetricsOptions {
+    std::string nameSpace;
+    bool isOpenMetrics = false; ///< OpenMetrics 1.0.0 in place of the text format 0.0.4
+};
+
+/// Prints the metrics of the adapters, once. Throws as above.
+void printMetrics(const HostOptions& hostOptions, const MetricsOptions& options);
 
 struct InvokeOptions {
     std::string object;

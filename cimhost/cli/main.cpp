@@ -17,8 +17,8 @@ using namespace cimhost;
 
 /// In the order in which the help shows them.
 constexpr cli::AddCommand commands[] = {
-    cli::addServe,  cli::addQueries, cli::addOptics, cli::addDoctor, cli::addListen, cli::addFleet,
-    cli::addInvoke, cli::addImage,   cli::addUpdate, cli::addUser,   cli::addHelp,
+    cli::addServe, cli::addQueries, cli::addOptics, cli::addDoctor, cli::addMetrics, cli::addListen,
+    cli::addFleet, cli::addInvoke,  cli::addImage,  cli::addUpdate, cli::addUser,    cli::addHelp,
 };
 
 // Whatever the program was started by may have blocked them; they end it from here on.

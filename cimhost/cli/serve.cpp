@@ -1,5 +1,6 @@
 #include "cimhost/cli/commands.h"
 #include "cimhost/cli/hangup_watch.h"
+#include "cimhost/cli/metrics_service.h"
 #include "cimhost/cli/stop_limit.h"
 #include "cimhost/indications/indication_server.h"
 #include "cimhost/model/host_name.h"
@@ -11,6 +12,8 @@
 #include <functional>
 #include <iostream>
 #include <malloc.h>
+#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -29,27 +32,39 @@ struct ListenAddress {
     std::uint16_t port;
 };
 
-std::uint16_t parsePort(std::string_view text) {
+std::uint16_t parsePort(std::string_view option, std::string_view text) {
     std::uint16_t port = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
     if (error != std::errc() || end != text.data() + text.size()) {
-        throw std::runtime_error("--listen: \"" + std::string(text) + "\" is no port from 0 to 65535");
+        throw std::runtime_error(std::string(option) + ": \"" + std::string(text) + "\" is no port from 0 to 65535");
     }
     return port;
 }
 
-ListenAddress parseListen(std::string_view text, std::uint16_t standardPort) {
+// Without a standard port one has to be told.
+ListenAddress parseListen(std::string_view option, std::string_view text, std::optional<std::uint16_t> standardPort) {
+    const std::string form = std::string(option) + " takes ADDRESS:PORT or [ADDRESS]:PORT";
     const bool isBracketed = !text.empty() && text.front() == '[';
     const std::size_t addressEnd = isBracketed ? text.find(']') : text.find(':');
     ListenAddress listen{std::string(text.substr(isBracketed ? 1 : 0, addressEnd - (isBracketed ? 1 : 0))),
-                         standardPort};
+                         standardPort.value_or(0)};
     if (listen.address.empty() || listen.address == "localhost") listen.address = "127.0.0.1";
-    if (addressEnd == std::string_view::npos) return listen;
-    text.remove_prefix(addressEnd + (isBracketed ? 1 : 0));
-    if (text.empty()) return listen;
-    if (text.front() != ':') throw std::runtime_error("--listen takes ADDRESS:PORT or [ADDRESS]:PORT");
-    listen.port = parsePort(text.substr(1));
+    text.remove_prefix(addressEnd == std::string_view::npos ? text.size() : addressEnd + (isBracketed ? 1 : 0));
+    if (text.empty() && standardPort) return listen;
+    if (text.empty() || text.front() != ':') throw std::runtime_error(form);
+    listen.port = parsePort(option, text.substr(1));
     return listen;
+}
+
+void requireUsers(const http::Options& server) {
+    if (!http::isLoopback(server.address) && !server.credentials) {
+        throw std::runtime_error("listening on " + server.address +
+                                 " needs users: give --credentials FILE, which `cimhost user add FILE NAME` makes; or "
+                                 "listen on 127.0.0.1");
+    }
+    if (!http::isLoopback(server.address) && !server.tls) {
+        std::cerr << "cimhost: passwords cross the network in the clear; --certificate and --key turn on TLS\n";
+    }
 }
 
 http::Options serverOptions(const ServeOptions& options) {
@@ -58,7 +73,7 @@ http::Options serverOptions(const ServeOptions& options) {
         throw std::runtime_error("--certificate and --key go together");
     }
     if (!options.certificate.empty()) server.tls = http::Tls{options.certificate, options.key};
-    const ListenAddress listen = parseListen(options.listen, server.tls ? httpsPort : httpPort);
+    const ListenAddress listen = parseListen("--listen", options.listen, server.tls ? httpsPort : httpPort);
     server.address = listen.address;
     server.port = listen.port;
     server.names = options.serverNames;
@@ -72,14 +87,21 @@ http::Options serverOptions(const ServeOptions& options) {
         throw std::runtime_error("--anonymous-writes is for servers without users: with --credentials every request "
                                  "needs one");
     }
-    if (!http::isLoopback(server.address) && !server.credentials) {
-        throw std::runtime_error("listening on " + server.address +
-                                 " needs users: give --credentials FILE, which `cimhost user add FILE NAME` makes; or "
-                                 "listen on 127.0.0.1");
-    }
-    if (!http::isLoopback(server.address) && !server.tls) {
-        std::cerr << "cimhost: passwords cross the network in the clear; --certificate and --key turn on TLS\n";
-    }
+    requireUsers(server);
+    return server;
+}
+
+/// The same limits, users and certificate at another address, which a few programs ask now and then.
+std::optional<http::Options> metricsOptions(const ServeOptions& options, http::Options server) {
+    if (options.metrics.empty()) return std::nullopt;
+    const ListenAddress listen = parseListen("--metrics", options.metrics, std::nullopt);
+    server.address = listen.address;
+    server.port = listen.port;
+    server.workers = 1; // none of them waits
+    server.limits.bodyBytes = 0;
+    server.traffic = std::make_shared<http::Traffic>();
+    server.onStop = nullptr;
+    requireUsers(server);
     return server;
 }
 
@@ -156,7 +178,7 @@ void readAgain(const std::string& file, std::string_view what, const std::functi
     }
 }
 
-void reload(const ServeOptions& options, const http::Options& settings, http::Server& server) {
+void reload(const ServeOptions& options, const http::Options& settings, http::Server& server, MetricsService* metrics) {
     if (options.credentials.empty() && options.certificate.empty()) {
         return printLine("SIGHUP: there are neither users nor a certificate to be read again");
     }
@@ -166,8 +188,29 @@ void reload(const ServeOptions& options, const http::Options& settings, http::Se
     });
     readAgain(options.certificate, "certificate and key", [&] {
         server.useTls(*settings.tls);
+        if (metrics) metrics->useTls(*settings.tls);
         return std::string("a certificate");
     });
+}
+
+// Nothing of the metrics outlives what they are read from, whatever goes wrong while the server starts.
+class MetricsEnd {
+public:
+    explicit MetricsEnd(MetricsService* service) : metrics(service) {}
+    ~MetricsEnd() {
+        if (metrics) metrics->finish();
+    }
+    MetricsEnd(const MetricsEnd&) = delete;
+    MetricsEnd& operator=(const MetricsEnd&) = delete;
+
+private:
+    MetricsService* metrics;
+};
+
+std::chrono::steady_clock::duration warmUp(Host& host) {
+    const auto begun = std::chrono::steady_clock::now();
+    host.warmUp();
+    return std::chrono::steady_clock::now() - begun;
 }
 
 // The C library gives large blocks back to the system, but takes the size of what was freed as the size from which a
@@ -189,12 +232,16 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     };
     StopLimit stopLimit(longestStop);
     CallQueue queue(queueOptions(options));
+    std::unique_ptr<MetricsService> metrics;
     settings.onStop = [&] {
         stopLimit.begin();
         queue.stop();
+        if (metrics) metrics->stop();
     };
     LateHandler handler;
     http::Server server(settings, handler);
+    if (const auto asked = metricsOptions(options, settings)) metrics = std::make_unique<MetricsService>(*asked);
+    RequestFigures figures;
     // Outlives the provider, which may have something to tell up to its last moment.
     std::unique_ptr<IndicationServer> indications;
     Host host(withSink(hostOptions, indications));
@@ -202,12 +249,20 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     indications = std::make_unique<IndicationServer>(host.broker(), host.operations().registration(), provider,
                                                      indicationOptions(hostOptions, options));
     host.serveOwn(indications->objects(), indications->objects().classes());
-    host.warmUp();
+    const std::chrono::steady_clock::duration firstBuild = warmUp(host);
     indications->subscriptions().restore();
     Dispatcher dispatcher(host.operations(), host.broker(), &audit);
     const Writers writers = options.anonymousWrites ? Writers::everybody : Writers::users;
-    handler.endpoint = std::make_unique<Endpoint>(dispatcher, writers, &queue);
-    hangups.start([&] { reload(options, settings, server); }); // while nobody was told to come: there may be no thread
+    handler.endpoint = std::make_unique<Endpoint>(dispatcher, writers, &queue, &figures);
+    const MetricsEnd metricsEnd(metrics.get());
+    if (metrics) {
+        metrics->start(host, hostOptions.nameSpace, {*settings.traffic, figures, queue, *indications, firstBuild},
+                       std::chrono::seconds(options.deadlineSeconds));
+        std::cout << "cimhost: metrics at " << urlOf(metrics->options(), metrics->port()) << "/metrics" << std::endl;
+    }
+    hangups.start([&] {
+        reload(options, settings, server, metrics.get());
+    }); // while nobody was told to come: there may be no thread
     // Until here a signal ends the process at once: nothing is under way that would have to be finished.
     server.stopOnSignals();
     std::cout << "cimhost: listening on " << urlOf(settings, server.port()) << ", namespace " << hostOptions.nameSpace
@@ -217,6 +272,7 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     }
     server.run();
     hangups.stop();
+    if (metrics) metrics->finish();
     queue.finish();
     host.shutdown();
     indications->router().stop();

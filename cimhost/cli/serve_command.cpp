@@ -37,6 +37,10 @@ void addServe(CommandLine& line) {
                     "update that has begun is waited for")
         ->check(CLI::Range(1, 3600))
         ->capture_default_str();
+    command
+        .add_option("--metrics", options->metrics,
+                    "ADDRESS:PORT at which Prometheus is answered; users and TLS are those of the CIM clients")
+        ->type_name("ADDRESS:PORT");
     command.add_option("--state", options->state, "File that remembers subscriptions; \"\" for none")
         ->capture_default_str();
     line.onRun(command, [options](const Settings& settings) {

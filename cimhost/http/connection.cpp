@@ -38,9 +38,11 @@ Connection::Connection(ConnectionHost& server, const Source& from, std::string t
       buffer(server.options.limits.headerBytes + readSize) {
     source = from;
     place = host.room.enter(*this);
+    ++traffic().connections;
 }
 
 Connection::~Connection() {
+    ++traffic().disconnections;
     host.bodyBytes -= heldBytes;
     host.room.leave(place);
     if (host.room.all().empty() && host.onLastConnectionGone) host.onLastConnectionGone();
@@ -141,6 +143,7 @@ void Connection::onHead(error_code error, std::size_t headBytes) {
     if (error) return onReadError(error);
     if (isClosed) return;
     moved += headBytes;
+    traffic().receivedBytes += headBytes;
     request = headOf(*parser);
     request.client = clientName();
     bodyReader.reset();
@@ -209,6 +212,7 @@ void Connection::readMoreBody() {
                                     if (error) return self->onReadError(error);
                                     self->receivedBytes += bytes;
                                     self->moved += bytes;
+                                    self->traffic().receivedBytes += bytes;
                                     self->onBodyBytes();
                                 });
 }
@@ -314,6 +318,7 @@ void Connection::refuse(Response refusal) {
 void Connection::write(Response answerToWrite, bool closes) {
     if (!stream->socket().is_open()) return;
     enter(Phase::writing);
+    traffic().answered(answerToWrite.status);
     holdBytes(0);
     response = std::move(answerToWrite);
     closing = closes || host.stopping;
@@ -331,6 +336,7 @@ void Connection::writeSlice(std::string_view slice) {
     stream->write(slice, [self = shared_from_this()](error_code error, std::size_t bytes) {
         if (error) return;
         self->moved += bytes;
+        self->traffic().sentBytes += bytes;
         self->writeNext();
     });
 }

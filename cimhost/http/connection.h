@@ -49,6 +49,7 @@ private:
     // and what its reader keeps.
     bool holdBytes(std::size_t held);
     const Limits& limits() const { return host.options.limits; }
+    Traffic& traffic() const { return *host.options.traffic; }
     WorkGuard keepRunning() { return boost::asio::make_work_guard(host.io); }
     std::string clientName();
 

@@ -22,15 +22,21 @@ bool closeIfAny(Standing* standing) {
     return standing != nullptr;
 }
 
+bool ConnectionHost::giveWay(Standing* standing) {
+    if (!closeIfAny(standing)) return false;
+    ++options.traffic->madeRoom;
+    return true;
+}
+
 bool ConnectionHost::makeRoomForKnown(const Source& source) {
     if (!room.isFullOfKnown()) return true;
     for (Standing* standing : room.all())
         static_cast<Connection*>(standing)->noteUntaken();
-    return closeIfAny(room.knownToGiveWay(Standing::Clock::now(), source));
+    return giveWay(room.knownToGiveWay(Standing::Clock::now(), source));
 }
 
 bool ConnectionHost::makeRoomForGuest() {
-    return !room.isFullOfGuests() || closeIfAny(room.guestToGiveWay(Standing::Clock::now()));
+    return !room.isFullOfGuests() || giveWay(room.guestToGiveWay(Standing::Clock::now()));
 }
 
 void ConnectionHost::watchForLeaving() {

@@ -40,6 +40,8 @@ struct ConnectionHost {
     ConnectionHost(const ConnectionHost&) = delete;
     ConnectionHost& operator=(const ConnectionHost&) = delete;
 
+    // Closes it, if there is one, because another one needs its place.
+    bool giveWay(Standing* standing);
     // Closes a late or idle one where that is needed; false if nobody gives way to that address for now.
     bool makeRoomForKnown(const Source& source);
     bool makeRoomForGuest();

@@ -54,11 +54,6 @@ Source v6Bytes(const asio::ip::address& address) {
 
 int openSpare() { return ::open("/dev/null", O_RDONLY | O_CLOEXEC); }
 
-bool closeForRoom(const Room& room) {
-    const auto now = Standing::Clock::now();
-    return closeIfAny(room.newcomerToGiveWay(now)) || closeIfAny(room.knownToGiveWay(now, Source{}));
-}
-
 bool isOutOfDescriptors(error_code error) { return error.value() == EMFILE || error.value() == ENFILE; }
 
 bool isReadable(int socket) {
@@ -103,6 +98,7 @@ struct Server::State : ConnectionHost {
     void acceptLater();
     void admit(tcp::socket socket);
     void refuseOne();
+    bool makeRoomForDescriptor();
     void stop();
     void closeAcceptor();
     void beginStop();
@@ -144,7 +140,7 @@ void Server::State::accept() {
         // Without a descriptor left the system says so even while nobody asks for one.
         if (!isReadable(acceptor.native_handle())) return acceptWhenSomebodyComes();
         // Whoever would give way for room gives way for a descriptor.
-        if (closeForRoom(room)) return accept();
+        if (makeRoomForDescriptor()) return accept();
         refuseOne();
         acceptLater();
     });
@@ -164,6 +160,11 @@ void Server::State::acceptLater() {
     });
 }
 
+bool Server::State::makeRoomForDescriptor() {
+    const auto now = Standing::Clock::now();
+    return giveWay(room.newcomerToGiveWay(now)) || giveWay(room.knownToGiveWay(now, Source{}));
+}
+
 // A client that is told nothing waits for long; one that is cut off can try again.
 void Server::State::refuseOne() {
     ::close(spareDescriptor);
@@ -177,7 +178,7 @@ void Server::State::admit(tcp::socket socket) {
     const tcp::endpoint remote = socket.remote_endpoint(ignored);
     const tcp::endpoint local = socket.local_endpoint(ignored);
     socket.set_option(tcp::no_delay(true), ignored);
-    if (room.isFullOfNewcomers()) closeIfAny(room.newcomerToGiveWay(Standing::Clock::now()));
+    if (room.isFullOfNewcomers()) giveWay(room.newcomerToGiveWay(Standing::Clock::now()));
     const Source source = sourceOf(v6Bytes(remote.address()));
     std::string address = local.address().to_string(ignored);
     std::make_shared<Connection>(*this, source, std::move(address),

@@ -4,6 +4,7 @@
 
 #include "cimhost/http/credentials.h"
 #include "cimhost/http/message.h"
+#include "cimhost/http/traffic.h"
 
 #include <chrono>
 #include <cstddef>
@@ -61,6 +62,7 @@ struct Options {
     HostField host = HostField::thisServer;
     std::vector<std::string> names; // more that clients call the server by
     Limits limits;
+    std::shared_ptr<Traffic> traffic = std::make_shared<Traffic>(); // never null
     /// Called on the network thread with a client's address and the name that he gave with a wrong password.
     std::function<void(std::string_view client, std::string_view user)> onRefusedLogin;
     /// Called once, when the server is to stop, on the thread that says so; again if it throws and that is said again.

@@ -75,7 +75,10 @@ std::optional<Response> refuseFraming(const Parser& parser) {
     if (encoding != head.end() && (!parser.chunked() || !boost::beast::iequals(encoding->value(), "chunked"))) {
         return textResponse(501, "of all transfer encodings only chunked is known");
     }
-    if (encoding == head.end() && !hasLength) return textResponse(411, "neither Content-Length nor chunks");
+    // What is fetched has no body unless it says so.
+    const bool needsLength = head.method() != beast_http::verb::get;
+    if (encoding == head.end() && !hasLength && needsLength)
+        return textResponse(411, "neither Content-Length nor chunks");
     const auto expect = head.find(field::expect);
     if (expect != head.end() && !boost::beast::iequals(expect->value(), "100-continue")) {
         return textResponse(417, "of all expectations only 100-continue is known");

@@ -330,6 +330,25 @@ void Delivery::waitForEnd() {
     changed.wait(lock, [this] { return hasEnded; });
 }
 
+std::size_t Delivery::queued() const {
+    const std::lock_guard lock(mutex);
+    return queue.size();
+}
+
+bool Delivery::isOver() const {
+    const std::lock_guard lock(mutex);
+    return hasEnded;
+}
+
+DeliveryCounts& DeliveryCounts::operator+=(const DeliveryCounts& more) {
+    delivered += more.delivered;
+    refused += more.refused;
+    dropped += more.dropped;
+    givenUp += more.givenUp;
+    attempts += more.attempts;
+    return *this;
+}
+
 DeliveryCounts Delivery::counts() const {
     const std::lock_guard lock(mutex);
     return totals;

@@ -32,6 +32,8 @@ struct DeliveryCounts {
     std::uint64_t dropped = 0;   ///< the queue was full
     std::uint64_t givenUp = 0;   ///< out of patience, or the server ended
     std::uint64_t attempts = 0;
+
+    DeliveryCounts& operator+=(const DeliveryCounts& more);
 };
 
 /// An indication as <INSTANCE> without its end tag: sequence properties are still to come. Shared by all listeners.
@@ -61,6 +63,9 @@ public:
 
     /// From any thread.
     [[nodiscard]] DeliveryCounts counts() const;
+    /// From any thread: how many indications wait, the one on its way included, and whether nothing changes any more.
+    [[nodiscard]] std::size_t queued() const;
+    [[nodiscard]] bool isOver() const;
 
     void onGranted() override;
     void giveUpConnection() override;

@@ -54,8 +54,31 @@ void Router::retireUnused(const Targets& used) {
             continue;
         }
         place->second->stop(Delivery::Clock::now());
+        retired.push_back(std::move(place->second));
         place = deliveries.erase(place);
     }
+    forgetEnded();
+}
+
+void Router::forgetEnded() {
+    std::erase_if(retired, [this](const std::shared_ptr<Delivery>& delivery) {
+        if (!delivery->isOver()) return false;
+        past += delivery->counts();
+        return true;
+    });
+}
+
+Router::Totals Router::totals() {
+    const std::lock_guard lock(mutex);
+    forgetEnded();
+    Totals totals{past, deliveries.size(), 0};
+    for (const std::shared_ptr<Delivery>& delivery : retired)
+        totals.counts += delivery->counts();
+    for (const auto& [name, delivery] : deliveries) {
+        totals.counts += delivery->counts();
+        totals.queued += delivery->queued();
+    }
+    return totals;
 }
 
 void Router::setRoutes(std::vector<Route> routes) {

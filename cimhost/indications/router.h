@@ -45,6 +45,14 @@ public:
     /// Of one destination; zeros if there is none.
     [[nodiscard]] DeliveryCounts counts(const std::string& destination) const;
 
+    /// Of all listeners since the start, also of those that nothing goes to any more; and what waits for them.
+    struct Totals {
+        DeliveryCounts counts;
+        std::size_t listeners = 0;
+        std::size_t queued = 0;
+    };
+    [[nodiscard]] Totals totals();
+
 private:
     struct Target {
         Route route;
@@ -54,6 +62,7 @@ private:
 
     std::shared_ptr<Delivery> deliveryFor(const Route& route);
     void retireUnused(const Targets& used);
+    void forgetEnded();
     OpenInstance render(const InstanceObject& indication) const;
 
     const cimxml::TagTable tags;
@@ -66,6 +75,8 @@ private:
     std::shared_ptr<const Targets> targets;
     std::map<std::string, std::shared_ptr<Delivery>> deliveries;
     std::uint64_t deliveriesMade = 0;
+    std::vector<std::shared_ptr<Delivery>> retired; // until they are over
+    DeliveryCounts past;                            // of those that are
 };
 
 } // namespace cimhost

@@ -173,6 +173,11 @@ void Subscriptions::remove(RequestScope& scope, const ObjectPathObject& path, co
     filters.deactivate(scope, *taken, owner);
 }
 
+std::size_t Subscriptions::size() const {
+    const std::lock_guard lock(access);
+    return countOf(KeptKind::subscription);
+}
+
 const InstanceObject& Subscriptions::get(RequestScope& scope, const ObjectPathObject& path) const {
     const std::lock_guard lock(access);
     if (const KeptObject* object = find(keyOf(path))) return forClient(scope, *object);

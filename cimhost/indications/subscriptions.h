@@ -53,6 +53,9 @@ public:
     [[nodiscard]] const InstanceObject& get(RequestScope& scope, const ObjectPathObject& path) const;
     [[nodiscard]] std::vector<const InstanceObject*> list(RequestScope& scope, std::string_view className) const;
 
+    /// How many subscriptions there are at this moment.
+    [[nodiscard]] std::size_t size() const;
+
 private:
     using Objects = std::vector<std::unique_ptr<KeptObject>>;
 

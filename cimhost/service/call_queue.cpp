@@ -156,6 +156,11 @@ void CallQueue::noteOverdue(Clock::time_point now, Notices& notices) {
     }
 }
 
+CallQueue::Depth CallQueue::depth() const {
+    const std::lock_guard lock(mutex);
+    return {waiting.size(), running.size(), overdue};
+}
+
 void CallQueue::stop() {
     Notices notices;
     {

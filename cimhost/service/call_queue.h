@@ -53,6 +53,14 @@ public:
     /// deadline once it has begun.
     void submit(std::shared_ptr<QueuedCall> call);
 
+    /// How many calls wait for a thread, are carried out, and of these are beyond their deadline.
+    struct Depth {
+        std::size_t waiting = 0;
+        std::size_t running = 0;
+        std::size_t overdue = 0;
+    };
+    [[nodiscard]] Depth depth() const;
+
     /// Begins nothing more. Does not wait.
     void stop();
 
@@ -87,7 +95,7 @@ private:
     const CallQueueOptions settings;
     const std::string deadlineText;
 
-    std::mutex mutex;
+    mutable std::mutex mutex;
     std::condition_variable changed; // for the threads that carry out
     std::condition_variable added;   // for the one that watches
     std::deque<Entry> waiting;

@@ -275,7 +275,7 @@ private:
 
 } // namespace
 
-ByteBuffer Dispatcher::handle(const Request& request, Caller caller) {
+Dispatcher::Answer Dispatcher::carryOut(const Request& request, Caller caller) {
     const NamespaceAlias* alias = operations.repository().findAlias(request.nameSpace);
     if (!alias) return answer(request, std::move(caller));
     Request renamed = request;
@@ -289,7 +289,7 @@ CimError Dispatcher::tooLong() const {
                                     " MiB: ask for fewer objects or properties at a time"};
 }
 
-ByteBuffer Dispatcher::answer(const Request& request, Caller caller) {
+Dispatcher::Answer Dispatcher::answer(const Request& request, Caller caller) {
     ByteBuffer document(longestAnswer);
     document.reserve(std::min(largestReserve, lastSize.load(std::memory_order_relaxed)));
     Message message(document, request);
@@ -312,7 +312,7 @@ ByteBuffer Dispatcher::answer(const Request& request, Caller caller) {
     }
     tell(request, caller, change);
     lastSize.store(document.size() + document.size() / 8, std::memory_order_relaxed);
-    return document;
+    return {std::move(document), error ? error->code : CMPI_RC_OK};
 }
 
 ByteBuffer Dispatcher::refuse(const Request& request, const CimError& error) const {
@@ -321,6 +321,20 @@ ByteBuffer Dispatcher::refuse(const Request& request, const CimError& error) con
     Encoder(document, tags).error(error);
     message.end();
     return document;
+}
+
+std::vector<std::string_view> Dispatcher::operationNames() {
+    std::vector<std::string_view> names;
+    for (const OperationRow& row : operationRows)
+        names.push_back(row.name);
+    names.insert(names.end(), {"InvokeMethod", "unknown"});
+    return names;
+}
+
+std::size_t Dispatcher::operationOf(const Request& request) {
+    if (request.kind == Request::Kind::extrinsic) return std::size(operationRows);
+    const OperationRow* row = findRow(request);
+    return row ? static_cast<std::size_t>(row - operationRows) : std::size(operationRows) + 1;
 }
 
 bool Dispatcher::needsProvider(const Request& request, const Caller& caller) const {

@@ -9,6 +9,9 @@
 
 #include <atomic>
 #include <cstddef>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace cimhost {
 
@@ -25,7 +28,21 @@ public:
     /// The response message: a result, or an ERROR with a CIM status. Never throws for what a request or a provider
     /// does. caller.flags are set from the request's parameters. Who asks by a further name of a namespace reads that
     /// name in all paths of the answer.
-    ByteBuffer handle(const cimxml::Request& request, Caller caller);
+    ByteBuffer handle(const cimxml::Request& request, Caller caller) {
+        return carryOut(request, std::move(caller)).document;
+    }
+
+    /// The same, with the status that the message tells.
+    struct Answer {
+        ByteBuffer document;
+        CMPIrc status;
+    };
+    Answer carryOut(const cimxml::Request& request, Caller caller);
+
+    /// The operations that there are, by the names of DSP0200, and behind them one for all that are none. Each has its
+    /// place as long as the program runs.
+    [[nodiscard]] static std::vector<std::string_view> operationNames();
+    [[nodiscard]] static std::size_t operationOf(const cimxml::Request& request);
 
     /// The response message where the request is not carried out, or no longer waited for.
     [[nodiscard]] ByteBuffer refuse(const cimxml::Request& request, const CimError& error) const;
@@ -37,7 +54,7 @@ public:
     [[nodiscard]] std::string_view aloneAs(const cimxml::Request& request) const;
 
 private:
-    ByteBuffer answer(const cimxml::Request& request, Caller caller);
+    Answer answer(const cimxml::Request& request, Caller caller);
     [[nodiscard]] CimError tooLong() const;
     void tell(const cimxml::Request& request, const Caller& caller, const ChangeNote& change) const;
 

@@ -4,6 +4,8 @@
 #include "cimhost/model/text_lines.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -124,23 +126,61 @@ http::Response responseWith(ByteBuffer document) {
     return response;
 }
 
+// Counts one request, by the first answer that it gets.
+class Tally {
+public:
+    Tally(RequestFigures* counts, const cimxml::Request& request)
+        : figures(counts), operation(Dispatcher::operationOf(request)) {}
+
+    // When a thread is free for the provider, and when that has answered.
+    void beginCall() {
+        begun = Clock::now();
+        if (figures) figures->waits.add(begun - received);
+    }
+    void endCall() {
+        if (figures) figures->calls.add(Clock::now() - begun);
+    }
+
+    void end(CMPIrc status) {
+        if (!figures || isCounted.exchange(true)) return;
+        figures->answered(operation, status, Clock::now() - received);
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    RequestFigures* figures;
+    std::size_t operation;
+    Clock::time_point received = Clock::now();
+    Clock::time_point begun;
+    std::atomic<bool> isCounted = false;
+};
+
 // A message for the provider. Keeps the message until the last thread is done with it.
 class ProviderMessage final : public QueuedCall {
 public:
-    ProviderMessage(Dispatcher& behind, Message given, std::shared_ptr<http::Reply> to)
-        : dispatcher(behind), message(std::move(given)), reply(std::move(to)) {}
+    ProviderMessage(Dispatcher& behind, Message given, std::shared_ptr<http::Reply> to, RequestFigures* counts)
+        : dispatcher(behind), message(std::move(given)), reply(std::move(to)), tally(counts, message.request) {}
 
     void carryOut() override {
+        tally.beginCall();
         try {
-            found = responseWith(dispatcher.handle(message.request, message.caller));
+            Dispatcher::Answer answer = dispatcher.carryOut(message.request, message.caller);
+            found = responseWith(std::move(answer.document));
+            status = answer.status;
         } catch (const std::exception&) {
             found = http::textResponse(500, "the request could not be answered");
         }
+        tally.endCall();
     }
 
-    void giveAnswer() override { reply->send(std::move(found)); }
+    void giveAnswer() override {
+        tally.end(status);
+        reply->send(std::move(found));
+    }
 
     void answerInstead(const std::string& reason) override {
+        tally.end(CMPI_RC_ERR_FAILED);
         reply->send(responseWith(dispatcher.refuse(message.request, {CMPI_RC_ERR_FAILED, reason})));
     }
 
@@ -151,14 +191,16 @@ private:
     Dispatcher& dispatcher;
     const Message message;
     const std::shared_ptr<http::Reply> reply;
+    Tally tally;
     http::Response found;
+    CMPIrc status = CMPI_RC_ERR_FAILED;
 };
 
 // One message, as it comes.
 class MessageReader final : public http::BodyReader {
 public:
-    MessageReader(Dispatcher& behind, Writers changers, CallQueue* calls)
-        : dispatcher(behind), writers(changers), queue(calls) {}
+    MessageReader(Dispatcher& behind, Writers changers, CallQueue* calls, RequestFigures* counts)
+        : dispatcher(behind), writers(changers), queue(calls), figures(counts) {}
 
     std::optional<http::Response> read(std::string_view bytes) override {
         const std::optional<ProtocolError> error = document.read(bytes);
@@ -172,12 +214,19 @@ public:
         if (auto* refused = std::get_if<http::Response>(&understood)) return reply->send(std::move(*refused));
         auto& message = std::get<Message>(understood);
         if (!queue || !dispatcher.needsProvider(message.request, message.caller)) {
-            return reply->send(responseWith(dispatcher.handle(message.request, std::move(message.caller))));
+            return answerNow(std::move(message), *reply);
         }
-        queue->submit(std::make_shared<ProviderMessage>(dispatcher, std::move(message), reply));
+        queue->submit(std::make_shared<ProviderMessage>(dispatcher, std::move(message), reply, figures));
     }
 
 private:
+    void answerNow(Message message, http::Reply& reply) {
+        Tally tally(figures, message.request);
+        Dispatcher::Answer answer = dispatcher.carryOut(message.request, std::move(message.caller));
+        tally.end(answer.status);
+        reply.send(responseWith(std::move(answer.document)));
+    }
+
     std::variant<Message, http::Response> understand(http::Request request) {
         auto decoded = cimxml::decodeRequest(document);
         if (const auto* error = std::get_if<ProtocolError>(&decoded)) return refusal(*error);
@@ -194,6 +243,7 @@ private:
     Dispatcher& dispatcher;
     Writers writers;
     CallQueue* queue;
+    RequestFigures* figures;
     cimxml::XmlReader document;
 };
 
@@ -226,16 +276,17 @@ std::optional<http::Response> Endpoint::refuse(const http::Request& head) const 
 
 http::Response Endpoint::answer(http::Request request) {
     http::Response response;
-    MessageReader(dispatcher, writers, nullptr).finish(std::move(request), std::make_shared<KeptReply>(response));
+    MessageReader(dispatcher, writers, nullptr, figures)
+        .finish(std::move(request), std::make_shared<KeptReply>(response));
     return response;
 }
 
 void Endpoint::answerTo(http::Request request, const std::shared_ptr<http::Reply>& reply) {
-    MessageReader(dispatcher, writers, queue).finish(std::move(request), reply);
+    MessageReader(dispatcher, writers, queue, figures).finish(std::move(request), reply);
 }
 
 std::unique_ptr<http::BodyReader> Endpoint::readerOfLargeBody(const http::Request&) {
-    return std::make_unique<MessageReader>(dispatcher, writers, queue);
+    return std::make_unique<MessageReader>(dispatcher, writers, queue, figures);
 }
 
 } // namespace cimhost

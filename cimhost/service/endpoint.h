@@ -5,6 +5,7 @@
 #include "cimhost/http/server.h"
 #include "cimhost/service/call_queue.h"
 #include "cimhost/service/dispatcher.h"
+#include "cimhost/service/request_figures.h"
 
 namespace cimhost {
 
@@ -13,9 +14,11 @@ enum class Writers { users, everybody };
 
 class Endpoint final : public http::Handler {
 public:
-    /// Dispatcher and queue outlive the endpoint. Without a queue the provider is called on the thread that asks.
-    explicit Endpoint(Dispatcher& behind, Writers changers = Writers::users, CallQueue* calls = nullptr)
-        : dispatcher(behind), writers(changers), queue(calls) {}
+    /// All outlive the endpoint. Without a queue the provider is called on the thread that asks; without figures
+    /// nothing is counted.
+    explicit Endpoint(Dispatcher& behind, Writers changers = Writers::users, CallQueue* calls = nullptr,
+                      RequestFigures* counts = nullptr)
+        : dispatcher(behind), writers(changers), queue(calls), figures(counts) {}
 
     /// A POST of XML to / or /cimom with the field CIMOperation: MethodCall goes on. That field is required: without it
     /// a web page could make a visitor's browser post requests to a server on his own machine.
@@ -33,6 +36,7 @@ private:
     Dispatcher& dispatcher;
     Writers writers;
     CallQueue* queue;
+    RequestFigures* figures;
 };
 
 } // namespace cimhost

@@ -27,7 +27,7 @@ stop_serving() {
 
 # check_documents PREFIX: what the documents and pages refer to is installed.
 check_documents() {
-    local documents=$1/share/doc/merolt-cna-provider page link program
+    local documents=$1/share/doc/merolt-cna-provider page link program file
     for page in "$documents"/docs/*.md; do
         while read -r link; do
             check "$link in ${page##*/}" yes "$([[ -e ${page%/*}/$link ]] && echo yes || echo no)"
@@ -39,6 +39,9 @@ check_documents() {
         "$(cd "$1" && find "$documents" share/man -type f -exec zgrep -lE '/usr/share/(doc/)?merolt' {} + || true)"
     for program in bin/cimhost bin/tavik_host_dump sbin/merolt-cna-register share/merolt-cna-provider/record-host.sh; do
         check "$program" yes "$([[ -x $1/$program ]] && echo yes || echo no)"
+    done
+    for file in prometheus/merolt-cna.rules.yml grafana/merolt-cna.json; do
+        check "$file" yes "$([[ -r $1/share/merolt-cna-provider/$file ]] && echo yes || echo no)"
     done
     check "manual pages" \
         "man1/cimhost.1 man1/tavik_host_dump.1 man5/meroltcna.properties.5 man8/merolt-cna-register.8" \

@@ -1,0 +1,51 @@
+// What a server counts of the requests that it answers, for whoever watches it. Counted on any thread, read at any
+// time.
+#pragma once
+
+#include "cmpidt.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+namespace cimhost {
+
+/// How long something took, each time.
+class DurationHistogram {
+public:
+    /// Upper limits of the buckets in seconds; one more bucket has no limit.
+    static constexpr std::array<double, 9> limits = {0.001, 0.0025, 0.01, 0.05, 0.25, 1.0, 5.0, 15.0, 60.0};
+    static constexpr std::size_t buckets = limits.size() + 1;
+
+    void add(std::chrono::steady_clock::duration duration) noexcept;
+
+    /// How many lasted so long, no longer than the limit of that bucket and longer than the one before it.
+    [[nodiscard]] std::uint64_t count(std::size_t bucket) const noexcept { return counts[bucket]; }
+    [[nodiscard]] double sumSeconds() const noexcept { return static_cast<double>(nanoseconds) / 1e9; }
+
+private:
+    std::array<std::atomic<std::uint64_t>, buckets> counts{};
+    std::atomic<std::uint64_t> nanoseconds = 0;
+};
+
+struct RequestFigures {
+    /// Operations by their places in Dispatcher::operationNames(), and CIM statuses (DSP0200); a greater one counts as
+    /// CMPI_RC_ERR_FAILED.
+    static constexpr std::size_t operations = 20;
+    static constexpr std::size_t statuses = 18;
+
+    struct Operation {
+        std::array<std::atomic<std::uint64_t>, statuses> answers{};
+        DurationHistogram durations; // from the last byte of the request to the answer, before it is sent
+    };
+
+    std::array<Operation, operations> byOperation;
+    DurationHistogram waits; // of requests for the provider, until a thread was free to call it
+    DurationHistogram calls; // of the provider, with its own locks, and the making of the answer
+
+    void answered(std::size_t operation, CMPIrc status, std::chrono::steady_clock::duration duration) noexcept;
+};
+
+} // namespace cimhost

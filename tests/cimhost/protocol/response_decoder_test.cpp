@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <ostream>
 #include <stdexcept>
 #include <string>
@@ -304,6 +307,22 @@ TEST(ResponseDecoder, NestingIsBounded) {
     for (int count = 0; count < 80; ++count)
         deep += "<INSTANCENAME CLASSNAME=\"A\"><VALUE.REFERENCE>";
     EXPECT_THAT(read(objects(deep)).refusal(), HasSubstr("nested too deeply"));
+}
+
+// Recorded of cimhost, OpenPegasus 2.14 and sfcb 1.4, message 1.
+TEST(ResponseDecoder, WhatServersWroteIsRead) {
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(RECORDED)) {
+        std::ifstream file(entry.path(), std::ios::binary);
+        const std::string document{std::istreambuf_iterator<char>(file), {}};
+        const bool isMethod = document.find("<METHODRESPONSE") != std::string::npos;
+        const Read found = isMethod ? read(document, {"1", Request::Kind::extrinsic, "InstallFromURI"})
+                                    : read(document, {"1", Request::Kind::intrinsic, "EnumerateInstances"});
+        ASSERT_TRUE(std::holds_alternative<Response>(found.end)) << entry.path() << ": " << found.refusal();
+        EXPECT_TRUE(found.response().error || found.response().returnValue || !found.returned.empty()) << entry.path();
+        ++count;
+    }
+    EXPECT_GE(count, 13U);
 }
 
 TEST(ResponseDecoder, WhatTheTakerOfObjectsThrowsComesOut) {

@@ -25,7 +25,7 @@ class Attack:
     it where the file has more than one.
     """
 
-    seconds = 2.0
+    seconds = 1.5
     long_seconds = 45.0
     serve_options = ()  # more options of `cimhost serve`
     environment = {}  # more variables for the server

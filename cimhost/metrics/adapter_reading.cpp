@@ -260,8 +260,9 @@ void writeAdapters(Exposition& out, const Found& found) {
 SharedReading AdapterReader::read(const monitoring::Enumerate& enumerate) {
     const auto begun = std::chrono::steady_clock::now();
     Found found;
+    KeptLinks::Look look(links, enumerate);
     found.snapshot = monitoring::readSnapshot([&](const char* className) {
-        std::vector<const InstanceObject*> instances = enumerate(className);
+        std::vector<const InstanceObject*> instances = look(className);
         if (className != statisticsClass) return instances;
         for (const InstanceObject* instance : instances) {
             PortStatistics statistics = statisticsOf(*instance);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cimhost/metrics/counter_memory.h"
+#include "cimhost/metrics/kept_links.h"
 #include "cimhost/metrics/readings.h"
 #include "cimhost/monitoring/snapshot.h"
 
@@ -47,6 +48,7 @@ public:
 
 private:
     CounterMemory counters;
+    KeptLinks links;
 };
 
 } // namespace cimhost::metrics

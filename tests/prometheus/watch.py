@@ -162,6 +162,21 @@ def check_requests(server):
     check("calls of the provider", "1", after.get("merolt_cna_provider_call_duration_seconds_count"))
 
 
+def check_new_card(server, fleet):
+    """Which port is at which jack is kept between scrapes, but not when there is another card."""
+    with open(fleet) as text:
+        described = json.load(text)
+    card = next(card for card in described["cards"] if card["modelName"] == "MF0401")
+    for old, new in (card["serialNumber"], "MF0401NEW"), ("02:4d", "02:5d"):
+        card = json.loads(json.dumps(card).replace(old, new))
+    described["cards"].append(card)
+    with open("with_new_card.json", "w") as text:
+        json.dump(described, text)
+    os.replace("with_new_card.json", fleet)
+    port = 'merolt_cna_port_answers{serial="MF0401NEW",port="1",kind="fibre_channel"}'
+    wait_for("the port of a new card, at its jack", lambda: port in samples(get(server.metrics)[2]))
+
+
 def expressions(dashboard):
     """What a dashboard asks, with every host and a minute in place of its variables."""
     with open(dashboard) as text:
@@ -224,6 +239,7 @@ def run(program, fleet, rules, dashboard, library, started):
     started.append(server.process)
     check_scrapes(server, program, fleet)
     check_requests(server)
+    check_new_card(server, fleet)
     prometheus = Prometheus(server.metrics.split("/")[2], rules)
     started.append(prometheus.process)
     wait_for("Prometheus is ready", prometheus.is_ready)

@@ -126,7 +126,7 @@ TEST(SfpModule, TellsTheModulesOwnFlags) {
 TEST(SfpModule, TellsLossFaultAndDisabledTransmitter) {
     auto diagnostics = sfpDiagnostics();
     diagnostics[110] = 0x86;
-    const auto& lane = decodeSff8472(sfpIdentity(), diagnostics).lanes[0];
+    const auto lane = decodeSff8472(sfpIdentity(), diagnostics).lanes[0];
     EXPECT_EQ(lane.receiveLoss, true);
     EXPECT_EQ(lane.transmitFault, true);
     EXPECT_EQ(lane.transmitDisabled, true);

@@ -4,18 +4,8 @@
 # usage: alerts.sh CIMHOST FLEET
 set -euo pipefail
 
-copy=$(mktemp -d)
-cp "$2" "$copy/fleet.json"
 # shellcheck source=tests/end_to_end/server.sh
-source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --state "$copy/state.json" \
-    --anonymous-writes
-listener=
-clean() {
-    if [[ -n $listener ]]; then kill "$listener" 2>/dev/null || true; fi
-    rm -rf "$copy"
-    stop
-}
-trap clean EXIT
+source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$2" --state state.json --anonymous-writes
 
 interop=$url/root/PG_InterOp
 
@@ -30,7 +20,7 @@ start_listener() {
     cat listener_errors
 }
 
-set_link() { "$cimhost" fleet set-link MC1020R4K00317 1 "$@" "$copy/fleet.json"; }
+set_link() { "$cimhost" fleet set-link MC1020R4K00317 1 "$@" "$fleet"; }
 
 told=0
 alert=
@@ -98,7 +88,7 @@ check "no gap was seen" "" "$(grep missing listener_errors || true)"
 check "the listener left no subscription" "" "$(wbemcli ein "http://$interop:CIM_IndicationSubscription")"
 check "and no filter" "" "$(wbemcli ein "http://$interop:CIM_IndicationFilter")"
 check "a fleet without such a card" 2 "$(
-    "$cimhost" fleet set-link NOBODY 1 down "$copy/fleet.json" 2>/dev/null && echo 0 || echo $?
+    "$cimhost" fleet set-link NOBODY 1 down "$fleet" 2>/dev/null && echo 0 || echo $?
 )"
 
 # An ordinary client.
@@ -116,7 +106,7 @@ check "the filter is there" "$interop:$filter" "$(wbemcli ein "http://$interop:C
 
 kill -TERM "$server"
 wait "$server" || true
-"$cimhost" serve --fleet "$copy/fleet.json" --listen "${url}" --state "$copy/state.json" \
+"$cimhost" serve --fleet "$fleet" --listen "${url}" --state state.json \
     --anonymous-writes >again 2>>errors &
 server=$!
 for _ in $(seq 300); do

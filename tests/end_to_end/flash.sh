@@ -59,17 +59,17 @@ make_image MC1020 2.2.5 8.1.0
 service=$(wbemcli ein "http://$namespace:$nic")
 target='root/merolt_cmpi:Merolt_NIC_PortController.DeviceID="MC1020R4K00317"'
 check "an update with wbemcli" 0 "$(returned "$(wbemcli cm "http://$service" "InstallFromURI.URI=$image,Target=$target" 2>&1)")"
-check "the fleet file has the new version" yes "$(grep -q '"flashVersion": "02.02.05"' "$copy/fleet.json" && echo yes)"
+check "the fleet file has the new version" yes "$(grep -q '"flashVersion": "02.02.05"' "$fleet" && echo yes)"
 
 # What does not fit changes nothing.
-before=$(cat "$copy/fleet.json")
+before=$(cat "$fleet")
 make_image OTHER 9.9.9 9.9.9
 nic_uri() { call $nic InstallFromURI "$(text_parameter URI "$1")$(target_parameter Merolt_NIC_PortController MC1020R4K00317)"; }
 check "an image for another card" 2 "$(value_of "$(nic_uri "$image")")"
 head -c 100 "$image" >cut.bin
 check "an image that was cut" 2 "$(value_of "$(nic_uri "$folder/cut.bin")")"
 check "a remote location" 2 "$(value_of "$(nic_uri "http://192.0.2.1/image.bin")")"
-check "the fleet after three refusals" "$before" "$(cat "$copy/fleet.json")"
+check "the fleet after three refusals" "$before" "$(cat "$fleet")"
 check "the server says what was wrong with the image" yes \
     "$(grep -q 'flash update refused: the image is for cards of model "OTHER"' errors && echo yes)"
 
@@ -82,7 +82,7 @@ check "requests still work" 02.02.05 "$(eventually 02.02.05 versions_of Merolt_N
 
 # The same without a network, and what a server gives that tags arrays with their type.
 make_image MC1020 2.3.0 8.2.0
-invoke() { "$cimhost" invoke --fleet "$copy/fleet.json" "$@" 2>/dev/null; }
+invoke() { "$cimhost" invoke --fleet "$fleet" "$@" 2>/dev/null; }
 check "cimhost invoke" "ReturnValue: 0 (Job Completed with No Error)" "$(invoke $nic InstallFromURI "URI=file://$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317_NIC\"")"
 check "cimhost invoke in JSON" '"ReturnValue":2' "$(invoke --json $nic InstallFromByteStream "Image=@$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317\"" | grep -o '"ReturnValue": *[0-9]*' | tr -d ' ')"
 check "bare arrays" "ReturnValue: 0 (Job Completed with No Error)" "$(invoke --bare-arrays $nic InstallFromByteStream "Image=@$image" "Target=Merolt_NIC_PortController.DeviceID=\"MC1020R4K00317\"")"

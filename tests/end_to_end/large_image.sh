@@ -19,7 +19,7 @@ answer=$({
     end_call
 } | send_call)
 check "the update's outcome" 0 "$(value_of "$answer")"
-check "the fleet file has the new version" yes "$(grep -q '"flashVersion": "02.02.09"' "$copy/fleet.json" && echo yes)"
+check "the fleet file has the new version" yes "$(grep -q '"flashVersion": "02.02.09"' "$fleet" && echo yes)"
 
 peak_kib=$(sed -n 's/^VmHWM:[^0-9]*\([0-9]*\) kB/\1/p' "/proc/$server/status")
 printf 'peak of the server: %d KiB, %d.%02d times the image\n' "$peak_kib" $((peak_kib / image_kib)) \

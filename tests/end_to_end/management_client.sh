@@ -4,17 +4,8 @@
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-copy=$(mktemp -d)
-cp "$2" "$copy/fleet.json"
 # shellcheck source=tests/end_to_end/server.sh
-source "$here/server.sh" "$1" "$copy/fleet.json" --anonymous-writes --state "$copy/state.json"
-listener=
-clean() {
-    if [[ -n $listener ]]; then kill "$listener" 2>/dev/null || true; fi
-    rm -rf "$copy"
-    stop
-}
-trap clean EXIT
+source "$here/server.sh" "$1" "$2" --anonymous-writes --state state.json
 
 touch alerts listener_errors
 "$cimhost" listen --port 0 --json >alerts 2>listener_errors &
@@ -29,7 +20,7 @@ check "the listener says where it listens" yes "$([[ -n $listener_url ]] && echo
 
 # Takes a link down and waits until the listener has printed what it was told.
 cat >happen <<END
-"$cimhost" fleet set-link MC1020R4K00317 1 down --only storage "$copy/fleet.json"
+"$cimhost" fleet set-link MC1020R4K00317 1 down --only storage "$fleet"
 for _ in \$(seq 300); do
     [[ -s "$PWD/alerts" ]] && exit 0
     sleep 0.1

@@ -1,11 +1,8 @@
 # METHODCALL messages, and what comes back, at a server whose fleet, a copy, may be written. Sourced with CIMHOST and FLEET
-# as arguments; sets what server.sh sets, and `copy`, the folder of fleet.json.
+# as arguments; sets what server.sh sets.
 
-copy=$(mktemp -d)
-cp "$2" "$copy/fleet.json"
 # shellcheck source=tests/end_to_end/server.sh
-source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$copy/fleet.json" --bare-arrays --anonymous-writes
-trap 'stop; rm -rf "$copy"' EXIT
+source "$(dirname "${BASH_SOURCE[0]}")/server.sh" "$1" "$2" --bare-arrays --anonymous-writes
 
 storage=Merolt_FCHBA_SoftwareInstallationService
 nic=Merolt_NIC_SoftwareInstallationService

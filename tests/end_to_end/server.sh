@@ -1,19 +1,23 @@
-# What the tests with wbemcli share: a server on the demonstration fleet, and checks. Sourced with CIMHOST
-# and FLEET as arguments; sets `url` and `namespace`.
+# What the tests with wbemcli share: a server on a copy of the demonstration fleet, and checks. Sourced with CIMHOST and
+# FLEET as arguments; sets `url`, `namespace`, and `fleet`, the copy. The working folder is the test's own from then on.
+# A `listener` that the test starts is ended with the server.
 
 # shellcheck source=tests/checks.sh
 source "$(dirname "${BASH_SOURCE[0]}")/../checks.sh"
 
 cimhost=$1
-fleet=$2
 
 folder=$(mktemp -d)
+fleet=$folder/fleet.json
+cp "$2" "$fleet"
 cd "$folder"
 printf '%s\n' ErrorLog=1 LinkStatusPollIntervalSeconds=0 >meroltcna.properties
 touch output errors
 "$cimhost" serve --fleet "$fleet" --listen 127.0.0.1:0 "${@:3}" >output 2>errors &
 server=$!
+listener=
 stop() {
+    if [[ -n $listener ]]; then kill "$listener" 2>/dev/null || true; fi
     kill "$server" 2>/dev/null || true
     rm -rf "$folder"
 }

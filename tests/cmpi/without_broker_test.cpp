@@ -8,20 +8,11 @@
 #include "CmpiObjectPath.h"
 #include "CmpiStatus.h"
 #include "CmpiString.h"
+#include "thrown_by.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-template <typename Action>
-CMPIrc thrownBy(Action action) {
-    try {
-        action();
-    } catch (const CmpiStatus& status) {
-        return status.rc();
-    }
-    return CMPI_RC_OK;
-}
 
 const CmpiData copiedByAStaticInitialiser = CmpiTrue;
 

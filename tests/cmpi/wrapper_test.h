@@ -7,19 +7,9 @@
 #include "CmpiProviderBase.h"
 #include "CmpiResult.h"
 #include "fake_broker.h"
+#include "thrown_by.h"
 
 #include <gtest/gtest.h>
-
-/// The code that an action throws as CmpiStatus, or CMPI_RC_OK if it throws nothing.
-template <typename Action>
-CMPIrc thrownBy(Action action) {
-    try {
-        action();
-    } catch (const CmpiStatus& status) {
-        return status.rc();
-    }
-    return CMPI_RC_OK;
-}
 
 /// The message that an action throws with CmpiStatus; "(none)" without message, "(nothing)" if it throws nothing.
 template <typename Action>

@@ -1,5 +1,6 @@
 // Requests, refreshes, link polls, alarms and subscriptions at the same time. Says most under ThreadSanitizer.
 #include "adapters.h"
+#include "fast_services.h"
 #include "provider_host.h"
 #include "test_support.h"
 
@@ -18,16 +19,6 @@ std::chrono::milliseconds duration() {
     const char* seconds = std::getenv("MEROLT_SOAK_SECONDS");
     return seconds ? std::chrono::seconds(std::atoi(seconds)) : std::chrono::milliseconds(1500);
 }
-
-/// Time flies, and sleeping takes a millisecond.
-class FastServices : public FakeServices {
-public:
-    std::time_t now() override { return ++seconds; }
-    void sleepMilliseconds(unsigned) override { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
-
-private:
-    std::atomic<std::time_t> seconds = 1700000000;
-};
 
 tavik::Fleet someFleet(std::uint32_t ports) {
     tavik::NicFunction first = nicFunction(1, 1);

@@ -354,6 +354,19 @@ protected:
         return lines.size() == 4 && lines[1].empty() && lines[3].empty() ? lines[2] : "not logged like that";
     }
 
+    /// Each operation ends with the status of its last read and one of the lines, in their order.
+    void expectEachIsRefused(const Names& reads, const Names& lines) {
+        for (std::size_t index = 0; index < 3; ++index) {
+            path.reads.clear();
+            const FamilyAnswer answer = operations()[index]();
+            EXPECT_EQ(answer.rc, refused);
+            EXPECT_FALSE(answer.thrown);
+            EXPECT_EQ(answer.returned, 0U);
+            EXPECT_EQ(path.reads, reads);
+            EXPECT_EQ(errorLine(), lines[index]);
+        }
+    }
+
     const EthernetErrors errors = errorsOf(GetParam().name);
 };
 
@@ -383,28 +396,12 @@ TEST_P(EthernetPatternTest, OneObjectIsSoughtAfterEverythingWasRead) {
 
 TEST_P(EthernetPatternTest, UnreadableNamespaceEndsEachOperationWithItsStatus) {
     path.nameSpaceStatus = refused;
-    for (std::size_t index = 0; index < 3; ++index) {
-        path.reads.clear();
-        const FamilyAnswer answer = operations()[index]();
-        EXPECT_EQ(answer.rc, refused);
-        EXPECT_FALSE(answer.thrown);
-        EXPECT_EQ(answer.returned, 0U);
-        EXPECT_EQ(path.reads, Names{"namespace"});
-        EXPECT_EQ(errorLine(), errors.nameSpace[index]);
-    }
+    expectEachIsRefused({"namespace"}, errors.nameSpace);
 }
 
 TEST_P(EthernetPatternTest, UnreadableClassNameEndsEachOperationWithItsStatus) {
     path.classNameStatus = refused;
-    for (std::size_t index = 0; index < 3; ++index) {
-        path.reads.clear();
-        const FamilyAnswer answer = operations()[index]();
-        EXPECT_EQ(answer.rc, refused);
-        EXPECT_FALSE(answer.thrown);
-        EXPECT_EQ(answer.returned, 0U);
-        EXPECT_EQ(path.reads, (Names{"namespace", "class name"}));
-        EXPECT_EQ(errorLine(), errors.className[index]);
-    }
+    expectEachIsRefused({"namespace", "class name"}, errors.className);
 }
 
 TEST_P(EthernetPatternTest, UnreadableKeyEndsWithItsStatus) {

@@ -1,5 +1,6 @@
 // The association operations as a CIM-XML client sees them, and association paths as keys of a request.
 #include "fake_provider.h"
+#include "refused_call.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,11 +17,13 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 using testing_support::countOf;
+using testing_support::error;
+using testing_support::expectRefusal;
 using testing_support::FakeHost;
 using testing_support::instanceName;
+using testing_support::nameOfCall;
 using testing_support::parameter;
-
-std::string error(int code) { return "<ERROR CODE=\"" + std::to_string(code) + "\""; }
+using testing_support::RefusedCall;
 
 std::string object(const std::string& className, const std::string& id) {
     return parameter("ObjectName", instanceName(className, "System=s,Id=" + id));
@@ -268,16 +271,6 @@ TEST_F(AssociationTest, AKeyOfAnotherKindReachesTheProviderAsItWasSent) {
     EXPECT_EQ(host.provider.calls.size(), 1U);
 }
 
-struct RefusedCall {
-    std::string name;
-    std::string method;
-    std::string parameters;
-    int code;
-    std::string nameSpace = "root/ns";
-};
-
-void PrintTo(const RefusedCall& call, std::ostream* out) { *out << call.name; }
-
 std::vector<RefusedCall> refusedCalls() {
     const std::string port = object("T_FibrePort", "a");
     const std::string classPort = classObject("T_FibrePort");
@@ -318,16 +311,9 @@ std::vector<RefusedCall> refusedCalls() {
 
 class AssociationRefusal : public AssociationTest, public testing::WithParamInterface<RefusedCall> {};
 
-TEST_P(AssociationRefusal, HasItsStatusAndSaysWhy) {
-    const RefusedCall& row = GetParam();
-    const std::string answer = host.call(row.method, row.parameters, row.nameSpace);
-    EXPECT_THAT(answer, StartsWith(error(row.code)));
-    EXPECT_THAT(answer, HasSubstr(" DESCRIPTION=\""));
-    EXPECT_THAT(host.provider.calls, IsEmpty());
-}
+TEST_P(AssociationRefusal, HasItsStatusAndSaysWhy) { expectRefusal(host, GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(Calls, AssociationRefusal, testing::ValuesIn(refusedCalls()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Calls, AssociationRefusal, testing::ValuesIn(refusedCalls()), nameOfCall);
 
 } // namespace
 } // namespace cimhost

@@ -1,4 +1,5 @@
 #include "fake_provider.h"
+#include "refused_call.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,7 +7,6 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
-#include <ostream>
 #include <sstream>
 #include <thread>
 
@@ -19,11 +19,13 @@ using testing::Not;
 using testing::StartsWith;
 using testing_support::className;
 using testing_support::countOf;
+using testing_support::error;
+using testing_support::expectRefusal;
 using testing_support::FakeHost;
 using testing_support::instanceName;
+using testing_support::nameOfCall;
 using testing_support::parameter;
-
-std::string error(int code) { return "<ERROR CODE=\"" + std::to_string(code) + "\""; }
+using testing_support::RefusedCall;
 
 std::string flag(const std::string& name, bool value) {
     return parameter(name, value ? "<VALUE>TRUE</VALUE>" : "<VALUE>FALSE</VALUE>");
@@ -281,16 +283,6 @@ TEST_F(DispatcherTest, AMethodThatItsClassLacksIsNotFound) {
     EXPECT_THAT(answer, HasSubstr("<METHODRESPONSE NAME=\"Start\"><ERROR CODE=\"17\""));
 }
 
-struct RefusedCall {
-    std::string name;
-    std::string method;
-    std::string parameters;
-    int code;
-    std::string nameSpace = "root/ns";
-};
-
-void PrintTo(const RefusedCall& call, std::ostream* out) { *out << call.name; }
-
 std::vector<RefusedCall> refusedCalls() {
     const std::string port = className("T_Port");
     const auto get = [](const std::string& name) { return parameter("InstanceName", name); };
@@ -361,16 +353,9 @@ std::vector<RefusedCall> refusedCalls() {
 
 class Refusal : public DispatcherTest, public testing::WithParamInterface<RefusedCall> {};
 
-TEST_P(Refusal, HasItsStatusAndSaysWhy) {
-    const RefusedCall& row = GetParam();
-    const std::string answer = host.call(row.method, row.parameters, row.nameSpace);
-    EXPECT_THAT(answer, StartsWith(error(row.code)));
-    EXPECT_THAT(answer, HasSubstr(" DESCRIPTION=\""));
-    EXPECT_TRUE(host.provider.calls.empty());
-}
+TEST_P(Refusal, HasItsStatusAndSaysWhy) { expectRefusal(host, GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(Calls, Refusal, testing::ValuesIn(refusedCalls()),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Calls, Refusal, testing::ValuesIn(refusedCalls()), nameOfCall);
 
 } // namespace
 } // namespace cimhost

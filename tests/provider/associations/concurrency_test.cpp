@@ -1,6 +1,8 @@
 // Association requests on several threads while the adapters change under them. Says most under ThreadSanitizer.
 #include "association_test.h"
 
+#include "fast_services.h"
+
 #include <atomic>
 #include <thread>
 
@@ -9,16 +11,6 @@ using namespace adapters;
 namespace {
 
 constexpr std::chrono::milliseconds duration{700};
-
-/// Time flies, and sleeping takes a millisecond.
-class FastServices : public FakeServices {
-public:
-    std::time_t now() override { return ++seconds; }
-    void sleepMilliseconds(unsigned) override { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
-
-private:
-    std::atomic<std::time_t> seconds = 1700000000;
-};
 
 tavik::Fleet fleetOf(std::uint32_t ports) {
     std::vector<tavik::Function> functions{nicFunction(1, 1)};

@@ -36,15 +36,6 @@ constexpr const char* conformance = "Merolt_NIC_ElementConformsToRegisteredProfi
 
 class AssociationEdgeTest : public WorldTest {
 protected:
-    void serveCards() {
-        serve(manyCards());
-        learn();
-    }
-
-    Reply askFor(Operation operation, const Path& source, const std::string& association) {
-        return ask(operation, source, {.associationClass = association});
-    }
-
     /// How many objects an association finds from there; the request must succeed.
     std::size_t countFrom(const Path& source, const std::string& association) {
         const Reply reply = askFor(Operation::associatorNames, source, association);

@@ -1,5 +1,7 @@
 #include "world_test.h"
 
+#include "fleets.h"
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -33,6 +35,11 @@ Row associationInstance(const Family& family, const Path& left, const Path& righ
     Row row = rowOf(associationPath(family, left, right, nameSpace));
     std::sort(row.values.begin(), row.values.end());
     return row;
+}
+
+void WorldTest::serveCards() {
+    serve(manyCards());
+    learn();
 }
 
 void WorldTest::learn() {

@@ -45,6 +45,12 @@ class WorldTest : public AssociationTest {
 protected:
     /// Takes in what the provider lists.
     void learn();
+    /// Starts a host of many cards and takes in what it lists.
+    void serveCards();
+
+    Reply askFor(Operation operation, const Path& source, const std::string& association) {
+        return ask(operation, source, {.associationClass = association});
+    }
 
     /// Every association, in the order of their classes.
     std::vector<Family> families() const;

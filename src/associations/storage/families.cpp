@@ -132,8 +132,7 @@ constexpr Family plainFamilies[] = {
         .places = {.row = 40, .left = {10, 10}, .right = {57, 49}},
     },
 
-    // Storage ports and what speaks through them: keys that are equal, or parts of them
-    // ---------------------------------
+    // Storage ports and what speaks through them: keys that are equal ------------------------------------------------
     {
         .token = "AssocFCPortSCSIProtocolEndpointHBA",
         .className = "Merolt_FCHBA_FCPortSCSIProtocolEndpointHBA",
@@ -183,8 +182,7 @@ constexpr Family plainFamilies[] = {
         .places = {.row = 23, .left = {20, 42}, .right = {48, 36}},
     },
 
-    // Cards, modules and jacks: what stands in their tags
-    // ----------------------------------------------------------------
+    // Cards, modules and jacks: what stands in their tags -------------------------------------------------------------
     // referenceNames knows the base class of these two, from a port, under a name that no class has.
     {
         .token = "AssocPhysicalConnectorFCPort",
@@ -227,8 +225,7 @@ constexpr Family plainFamilies[] = {
         .places = {.row = 35, .left = {18, 35}, .right = {43, 31}},
     },
 
-    // The CIM server
-    // -----------------------------------------------------------------------------------------------------
+    // The CIM server -------------------------------------------------------------------------------------------------
     // Of the server's keys only the class of its system is tested, not the system's name.
     {
         .token = "AssocComputerSystemObjectManager",

@@ -8,7 +8,9 @@
 #include "log/log.h"
 #include "text/text.h"
 
+#include <cstddef>
 #include <cstring>
+#include <vector>
 
 namespace merolt::association {
 
@@ -23,18 +25,58 @@ namespace {
 
 bool sameName(const std::uint8_t* left, const std::uint8_t* right) { return std::memcmp(left, right, 8) == 0; }
 
-/// Whether the tag of a thing is the one that it would have at the place of a storage port.
-/// @param isLogged enumInstances tells what it compares.
-bool isAtPlaceOf(const TaggedList& things, int index, const TAVIK_DeviceRecord* device, bool isLogged) {
+struct Place {
     TAVIK_AdapterEntry* adapter = nullptr;
     TAVIK_PhyPortEntry* phyPort = nullptr;
-    TAVIK_ProtocolEntry* protocol = nullptr;
-    if (!findTAVIKStructsForFCPort(device, &adapter, &phyPort, &protocol)) {
+    TAVIK_ProtocolEntry* protocol = nullptr; ///< null where the port is not in the tree
+};
+
+Place findPlace(TAVIK_AdapterList* adapters, const TAVIK_DeviceRecord* device) {
+    Place place;
+    if (!adapters || !device) return place;
+    walkProtocolEntries(adapters, [&](TAVIK_AdapterEntry& card, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
+        if (!isStorageFunction(entry)) return true;
+        const TAVIK_DeviceRecord& candidate = entry.storage.device;
+        if (!sameName(device->portProperty.portName, candidate.portProperty.portName)) return true;
+        if (!sameName(device->nodeName, candidate.nodeName)) return true;
+        place = {&card, &port, &entry};
+        return false;
+    });
+    return place;
+}
+
+/// Where the ports of the list are, each looked for once in a tree, so that an enumeration of many things with many
+/// ports does not walk the tree for each pair. The library is asked for its tree each time all the same.
+class KnownPlaces {
+public:
+    KnownPlaces() : places_(static_cast<std::size_t>(g_fcPortCount)) {}
+
+    const Place& of(int port) {
+        TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
+        Known& known = places_[static_cast<std::size_t>(port)];
+        if (!known.isFound || known.adapters != adapters)
+            known = {true, adapters, findPlace(adapters, g_fcPortList[port].device)};
+        return known.place;
+    }
+
+private:
+    struct Known {
+        bool isFound = false;
+        TAVIK_AdapterList* adapters = nullptr;
+        Place place;
+    };
+    std::vector<Known> places_;
+};
+
+/// Whether the tag of a thing is the one that it would have at the place of a storage port.
+/// @param isLogged enumInstances tells what it compares.
+bool isAtPlace(const TaggedList& things, int index, const Place& place, bool isLogged) {
+    if (!place.protocol) {
         if (isLogged) DEBUG_LOG("Failed to find TAVIK structs");
         return false;
     }
     TagText tag;
-    things.format(tag, index, physical::adapterSerialOf(adapter).text(), phyPort->portNumber);
+    things.format(tag, index, physical::adapterSerialOf(place.adapter).text(), place.phyPort->portNumber);
     if (isLogged) {
         DEBUG_LOG("%s_Tag(%d) = %s", things.logName, index, things.tag(index));
         DEBUG_LOG("tmp_buf = %s", tag.text());
@@ -78,38 +120,31 @@ constexpr TaggedList jacksInTree = {
 
 bool findTAVIKStructsForFCPort(const TAVIK_DeviceRecord* device, TAVIK_AdapterEntry** adapter,
                                TAVIK_PhyPortEntry** phyPort, TAVIK_ProtocolEntry** protocol) {
-    TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
-    if (!adapters || !device) return false;
-    bool found = false;
-    walkProtocolEntries(adapters, [&](TAVIK_AdapterEntry& card, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
-        if (!isStorageFunction(entry)) return true;
-        const TAVIK_DeviceRecord& candidate = entry.storage.device;
-        if (!sameName(device->portProperty.portName, candidate.portProperty.portName)) return true;
-        if (!sameName(device->nodeName, candidate.nodeName)) return true;
-        *adapter = &card;
-        *phyPort = &port;
-        *protocol = &entry;
-        found = true;
-        return false;
-    });
-    return found;
+    const Place place = findPlace(TAVIK_GetAdapterList(), device);
+    if (!place.protocol) return false;
+    *adapter = place.adapter;
+    *phyPort = place.phyPort;
+    *protocol = place.protocol;
+    return true;
 }
 
 void pairByPlace(const TaggedList& things, Enumeration enumeration, const PairVisitor& visit) {
     const bool isLogged = enumeration == Enumeration::instances;
+    KnownPlaces places;
     for (int thing = 0; thing < *things.count; ++thing) {
         for (int port = 0; port < g_fcPortCount; ++port) {
-            if (!isAtPlaceOf(things, thing, g_fcPortList[port].device, isLogged)) continue;
+            if (!isAtPlace(things, thing, places.of(port), isLogged)) continue;
             if (!visit({{.index = thing}, {.index = port}})) return;
         }
     }
 }
 
 void findThingOfPort(const TaggedList& things, const Source& source, const ObjectVisitor& visit) {
+    KnownPlaces places;
     for (int thing = 0; thing < *things.count; ++thing) {
         for (int port = 0; port < g_fcPortCount; ++port) {
             if (!source.equals(0, g_fcPortList[port].deviceID.text())) continue;
-            if (!isAtPlaceOf(things, thing, g_fcPortList[port].device, false)) continue;
+            if (!isAtPlace(things, thing, places.of(port), false)) continue;
             visit({.index = thing});
             return;
         }

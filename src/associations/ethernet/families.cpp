@@ -106,8 +106,7 @@ constexpr Family plainFamilies[] = {
         .places = {.row = 71, .left = {67}, .right = {98}},
     },
 
-    // Ports and their endpoints
-    // ------------------------------------------------------------------------------------------
+    // Ports and their endpoints ---------------------------------------------------------------------------------------
     // A port finds the controller of the first card that has its MAC address.
     {
         .token = "Assoc_PortController_EthernetPort",
@@ -238,8 +237,7 @@ constexpr Family plainFamilies[] = {
         .places = {.row = 70, .left = {68}, .right = {76}},
     },
 
-    // Software and the service that updates it
-    // ---------------------------------------------------------------------------
+    // Software and the service that updates it ------------------------------------------------------------------------
     {
         .token = "Assoc_SoftwareIdentity_SoftwareInstallationService",
         .className = "Merolt_NIC_SoftwareIdentitySoftwareInstallationService",

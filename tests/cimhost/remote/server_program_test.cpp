@@ -114,6 +114,25 @@ TEST_F(ManyServers, AHundredOfWhichFiveFailInFiveWays) {
         EXPECT_THAT(ended.errors, HasSubstr(line));
 }
 
+/// The tree of a server, without the counters, which run on from question to question.
+std::string treeAt(Process& server) {
+    const Ended tree = cimhost({"tree", "--server", urlOf(server)});
+    EXPECT_EQ(tree.status, 0) << tree.errors;
+    std::string still;
+    for (const std::string& line : linesOf(tree.output))
+        if (line.find("statistics I/O") == std::string::npos) still += line + "\n";
+    return still;
+}
+
+// Some servers ask a provider once for each association class, others once in all.
+TEST(TreeOfAServer, IsTheSameInBothWaysOfAskingForAssociations) {
+    Process forEachClass({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--state", ""});
+    Process once({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--state", "", "--ask-once"});
+    const std::string tree = treeAt(forEachClass);
+    EXPECT_GT(lineCount(tree), 50U);
+    EXPECT_EQ(tree, treeAt(once));
+}
+
 TEST_F(ManyServers, ToolsGetALineForEach) {
     const Ended ended =
         asAnna({"names", question, "--json", "--server", url(1), "--server", url(2), "--server", "http://127.0.0.1:1"});

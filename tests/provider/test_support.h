@@ -4,6 +4,7 @@
 #include <chrono>
 #include <future>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,19 +19,25 @@ public:
 
     /// For the thread that is to be held.
     void pass() {
-        arrived.set_value();
-        opened.get_future().wait();
+        // From the arrival on the gate may be gone.
+        const std::shared_ptr<State> held = state;
+        held->arrived.set_value();
+        held->opened.get_future().wait();
     }
 
-    void waitForArrival() { EXPECT_EQ(arrived.get_future().wait_for(longEnough), std::future_status::ready); }
+    void waitForArrival() { EXPECT_EQ(state->arrived.get_future().wait_for(longEnough), std::future_status::ready); }
 
     void open() {
-        if (!std::exchange(isOpen, true)) opened.set_value();
+        if (!std::exchange(isOpen, true)) state->opened.set_value();
     }
 
 private:
-    std::promise<void> arrived;
-    std::promise<void> opened;
+    struct State {
+        std::promise<void> arrived;
+        std::promise<void> opened;
+    };
+
+    std::shared_ptr<State> state = std::make_shared<State>();
     bool isOpen = false;
 };
 

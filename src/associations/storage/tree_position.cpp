@@ -31,7 +31,9 @@ struct Place {
     TAVIK_ProtocolEntry* protocol = nullptr; ///< null where the port is not in the tree
 };
 
-Place findPlace(TAVIK_AdapterList* adapters, const TAVIK_DeviceRecord* device) {
+/// The first storage function of a tree with the device's port name and node name.
+/// @param device of a port record, from the tree that was current when the record was made; null is found nowhere.
+Place findTAVIKStructsForFCPort(TAVIK_AdapterList* adapters, const TAVIK_DeviceRecord* device) {
     Place place;
     if (!adapters || !device) return place;
     walkProtocolEntries(adapters, [&](TAVIK_AdapterEntry& card, TAVIK_PhyPortEntry& port, TAVIK_ProtocolEntry& entry) {
@@ -55,7 +57,7 @@ public:
         TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
         Known& known = places_[static_cast<std::size_t>(port)];
         if (!known.isFound || known.adapters != adapters)
-            known = {true, adapters, findPlace(adapters, g_fcPortList[port].device)};
+            known = {true, adapters, findTAVIKStructsForFCPort(adapters, g_fcPortList[port].device)};
         return known.place;
     }
 
@@ -117,16 +119,6 @@ constexpr TaggedList jacksInTree = {
     .parse = [](const char* tag, AdapterToken& adapterSerial,
                 std::uint32_t* portNumber) { physical::parsePhysicalPortTag(tag, adapterSerial, portNumber); },
 };
-
-bool findTAVIKStructsForFCPort(const TAVIK_DeviceRecord* device, TAVIK_AdapterEntry** adapter,
-                               TAVIK_PhyPortEntry** phyPort, TAVIK_ProtocolEntry** protocol) {
-    const Place place = findPlace(TAVIK_GetAdapterList(), device);
-    if (!place.protocol) return false;
-    *adapter = place.adapter;
-    *phyPort = place.phyPort;
-    *protocol = place.protocol;
-    return true;
-}
 
 void pairByPlace(const TaggedList& things, Enumeration enumeration, const PairVisitor& visit) {
     const bool isLogged = enumeration == Enumeration::instances;

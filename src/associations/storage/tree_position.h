@@ -3,18 +3,11 @@
 #pragma once
 
 #include "associations/association.h"
-#include "inventory/tavik.h"
 #include "text/fixed_text.h"
 
 #include <cstdint>
 
 namespace merolt::association {
-
-/// The first storage function of the current tree with the device's port name and node name.
-/// @param device of a port record, from the tree that was current when the record was made; null is found nowhere.
-/// @return false, with the outputs left alone, if there is none.
-bool findTAVIKStructsForFCPort(const TAVIK_DeviceRecord* device, TAVIK_AdapterEntry** adapter,
-                               TAVIK_PhyPortEntry** phyPort, TAVIK_ProtocolEntry** protocol);
 
 using TagText = FixedText<256>;
 using AdapterToken = char[256];

@@ -1,4 +1,4 @@
-// Where the library gets its adapters from: a fleet file or the host itself.
+// Where the library gets its adapters from: a fleet file, the host itself or a recording of a host.
 #pragma once
 
 #include <cstdint>

@@ -11,8 +11,9 @@ std::variant<std::unique_ptr<Source>, FleetError> makeSource(const std::string& 
     auto understood = understandSource(choice);
     if (auto* error = std::get_if<FleetError>(&understood)) return std::move(*error);
     auto& name = std::get<SourceName>(understood);
-    if (!name.fleet) return makeHostSource();
-    return std::make_unique<fleet::FleetSource>(std::move(*name.fleet));
+    if (name.recording) return makeRecordingSource(*name.recording);
+    if (name.fleet) return std::make_unique<fleet::FleetSource>(std::move(*name.fleet));
+    return makeHostSource();
 }
 
 } // namespace tavik

@@ -10,7 +10,7 @@
 
 namespace tavik {
 
-/** @param choice "host" or "fleet:PATH". */
+/** @param choice "host", "fleet:PATH" or "recording:PATH". */
 std::variant<std::unique_ptr<Source>, FleetError> makeSource(const std::string& choice);
 
 } // namespace tavik

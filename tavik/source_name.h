@@ -19,10 +19,11 @@ std::string chosenSource(const char* fromEnvironment, const std::string& file);
 
 /** What a good name says. */
 struct SourceName {
-    std::optional<std::string> fleet; ///< path of a fleet file; the host itself where there is none
+    std::optional<std::string> fleet;     ///< path of a fleet file
+    std::optional<std::string> recording; ///< folder of a recorded host; the host itself where there is neither
 };
 
-/** @return the error for a name that is neither "host" nor "fleet:PATH". */
+/** @return the error for a name that is none of "host", "fleet:PATH" and "recording:PATH". */
 std::variant<SourceName, FleetError> understandSource(const std::string& name);
 
 } // namespace tavik

@@ -1,6 +1,7 @@
 #include "cimhost/cli/installation.h"
 
 #include "tavik/fleet/fleet_file.h"
+#include "tavik/recording_folder.h"
 #include "tavik/source_name.h"
 
 #include <cstdlib>
@@ -10,6 +11,17 @@ namespace cimhost::cli {
 namespace {
 
 constexpr const char* providerFile = "libMerolt_CNA_Provider.so";
+
+std::optional<std::string> problemOf(const tavik::SourceName& source) {
+    if (source.recording) {
+        const auto problem = tavik::checkRecording(*source.recording);
+        return problem ? std::optional(problem->message) : std::nullopt;
+    }
+    if (!source.fleet) return std::nullopt;
+    const tavik::FleetOrError fleet = tavik::readFleetFile(*source.fleet);
+    if (const auto* error = std::get_if<tavik::FleetError>(&fleet)) return error->message;
+    return std::nullopt;
+}
 
 } // namespace
 
@@ -27,11 +39,7 @@ std::optional<std::string> checkSource() {
     const char* place = variable && *variable ? "TAVIK_SOURCE" : tavik::sourceFile;
     const auto source = tavik::understandSource(tavik::chosenSource(variable, tavik::sourceFile));
     if (const auto* error = std::get_if<tavik::FleetError>(&source)) return place + (": " + error->message);
-    const auto& file = std::get<tavik::SourceName>(source).fleet;
-    if (!file) return std::nullopt;
-    const tavik::FleetOrError fleet = tavik::readFleetFile(*file);
-    if (const auto* error = std::get_if<tavik::FleetError>(&fleet)) return error->message;
-    return std::nullopt;
+    return problemOf(std::get<tavik::SourceName>(source));
 }
 
 } // namespace cimhost::cli

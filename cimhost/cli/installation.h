@@ -16,8 +16,9 @@ struct Locations {
 /// providers, such as ../lib/cmpi.
 Locations defaultLocations();
 
-/// Reads the name of the source of adapters, and the fleet file that it names, before the provider does: the adapter
-/// library can only log what is wrong with them. The text says what is wrong and where; nothing if all is well.
+/// Reads the name of the source of adapters, and the fleet file or recording that it names, before the provider does:
+/// the adapter library can only log what is wrong with them. The text says what is wrong and where; nothing if all is
+/// well.
 std::optional<std::string> checkSource();
 
 } // namespace cimhost::cli

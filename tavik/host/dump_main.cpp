@@ -1,7 +1,7 @@
 // Shows what the host source sees on this machine or in a recorded tree, and records what only system calls tell.
-#include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -10,6 +10,7 @@
 #include "tavik/host/host_facts.h"
 #include "tavik/host/kernel_queries.h"
 #include "tavik/host/sys_tree.h"
+#include "tavik/recording_folder.h"
 
 int main(int argc, char** argv) {
     using namespace tavik::host;
@@ -24,8 +25,8 @@ int main(int argc, char** argv) {
     application.add_flag("--json", asJson, "show JSON, for tools");
     CLI11_PARSE(application, argc, argv);
 
-    if (!root.empty() && !std::filesystem::is_directory(std::filesystem::path(root) / "sys")) {
-        std::cerr << "tavik_host_dump: " << root << ": no recorded tree, which would have a folder \"sys\"\n";
+    if (const auto problem = root.empty() ? std::nullopt : tavik::checkRecording(root)) {
+        std::cerr << "tavik_host_dump: " << problem->message << '\n';
         return 1;
     }
     const SysTree tree(root.empty() ? "/" : root);

@@ -15,6 +15,7 @@
 #include "tavik/host/host_facts.h"
 #include "tavik/host/pci_names.h"
 #include "tavik/log.h"
+#include "tavik/recording_folder.h"
 #include "tavik/told_changes.h"
 
 namespace tavik {
@@ -78,13 +79,16 @@ private:
 
 class HostSource : public Source {
 public:
-    HostSource(const SysTree& tree, std::unique_ptr<KernelQueries> queries, std::chrono::milliseconds watchInterval)
+    HostSource(const SysTree& tree, std::unique_ptr<KernelQueries> queries, std::chrono::milliseconds watchInterval,
+               std::string place)
         : tree_(tree), queries_(std::move(queries)), network_(tree_, *queries_), fibreChannel_(tree_),
-          watchInterval_(watchInterval), changes_(fingerprint(tree_, *queries_)) {}
+          watchInterval_(watchInterval), place_(std::move(place)), changes_(fingerprint(tree_, *queries_)) {}
 
     FleetOrError load() override {
-        if (const auto classes = tree_.resolve("sys/class/net"); !classes)
-            return FleetError{"cannot read the network interfaces below /sys/class/net: " + classes.absence().reason};
+        // A recording need not have both; archives lose empty folders.
+        if (const auto classes = tree_.resolve("sys/class/net"); !classes && !tree_.resolve("sys/class/fc_host"))
+            return FleetError{"cannot read the network interfaces below " + place_ +
+                              "/sys/class/net: " + classes.absence().reason};
         auto fleet = describeFleet(readHostFacts(tree_, *queries_), PciNames(tree_));
         remember(fleet);
         return fleet;
@@ -182,8 +186,9 @@ public:
     }
 
 private:
-    static Status refuseFlash() {
-        report("flash update refused: the adapters of the host itself are only read");
+    Status refuseFlash() const {
+        const std::string adapters = place_.empty() ? "of the host itself" : "of a recording";
+        report("flash update refused: the adapters " + adapters + " are only read");
         return statusReadOnly;
     }
 
@@ -252,6 +257,7 @@ private:
     const NetworkDeviceReader network_;
     const FibreChannelReader fibreChannel_;
     const std::chrono::milliseconds watchInterval_;
+    const std::string place_; ///< empty for the machine itself
 
     std::mutex mutex_; // guards what follows
     ToldChanges<std::vector<std::string>> changes_;
@@ -267,12 +273,18 @@ private:
 } // namespace
 
 std::unique_ptr<Source> makeHostSource(const SysTree& tree, std::unique_ptr<KernelQueries> queries,
-                                       std::chrono::milliseconds watchInterval) {
-    return std::make_unique<HostSource>(tree, std::move(queries), watchInterval);
+                                       std::chrono::milliseconds watchInterval, const std::string& place) {
+    return std::make_unique<HostSource>(tree, std::move(queries), watchInterval, place);
 }
 
 } // namespace host
 
 std::unique_ptr<Source> makeHostSource() { return host::makeHostSource(host::SysTree(), host::makeLinuxQueries()); }
+
+std::variant<std::unique_ptr<Source>, FleetError> makeRecordingSource(const std::filesystem::path& folder) {
+    if (auto error = checkRecording(folder)) return std::move(*error);
+    const host::SysTree tree(folder);
+    return makeHostSource(tree, host::makeRecordedQueries(tree), host::defaultWatchInterval, folder.string());
+}
 
 } // namespace tavik

@@ -129,11 +129,27 @@ record_class() {
     done
 }
 
+# The lines of the system's list that name the recorded PCI devices; models are named by it.
+record_names() {
+    local list folder wanted=
+    for list in "${TAVIK_PCI_IDS:-/usr/share/misc/pci.ids}" /usr/share/hwdata/pci.ids; do [ -f "$list" ] && break; done
+    [ -f "$list" ] || return
+    while read -r folder; do
+        wanted+=" $(cut -c3-6 "$folder/vendor"):$(cut -c3-6 "$folder/device")"
+    done < <(find "$tree/sys/devices" -path '*:*:*.[0-7]/device' -type f -printf '%h\n' 2>/dev/null)
+    mkdir -p "$tree/usr/share/misc"
+    awk -v wanted="$wanted" '
+        BEGIN { split(wanted, pairs, " "); for (i in pairs) { devices[pairs[i]]; vendors[substr(pairs[i], 1, 4)] } }
+        /^[0-9a-f]/ { vendor = substr($0, 1, 4); if (vendor in vendors) print }
+        /^\t[0-9a-f]/ && ((vendor ":" substr($0, 2, 4)) in devices)' "$list" >"$tree/usr/share/misc/pci.ids"
+}
+
 mkdir -p "$tree/sys/class/net"
 record_class net record_interface
 record_class fc_host record_host
 record_class fc_remote_ports record_remote_port
 record_class scsi_device record_unit
+record_names
 
 dump=${TAVIK_HOST_DUMP:-$(command -v tavik_host_dump)}
 if [ -n "$dump" ]; then

@@ -354,7 +354,8 @@ TEST_F(LibraryCalls, AnUnknownSourceIsReportedAndStartsNothing) {
     setenv("TAVIK_SOURCE", "floppy", 1);
     test::StandardError error(folder_ / "stderr");
     EXPECT_EQ(library.Initialize(0, 0), statusSourceFailed);
-    EXPECT_EQ(error.text(), "tavik: source of adapters: expected \"host\" or \"fleet:PATH\", found \"floppy\"\n");
+    EXPECT_EQ(error.text(),
+              "tavik: source of adapters: expected \"host\", \"fleet:PATH\" or \"recording:PATH\", found \"floppy\"\n");
     EXPECT_EQ(library.UpdateBackupAdapterList(), statusNotInitialized);
 }
 

@@ -156,8 +156,13 @@ INSTANTIATE_TEST_SUITE_P(
     Sources, NoSuchSource,
     testing::Values(
         BadSource{"Misspelt", "flet:foo",
-                  "cimhost: TAVIK_SOURCE: source of adapters: expected \"host\" or \"fleet:PATH\", found \"flet:foo\""},
-        BadSource{"NoPath", "fleet:", "expected \"host\" or \"fleet:PATH\", found \"fleet:\""},
+                  "cimhost: TAVIK_SOURCE: source of adapters: expected \"host\", \"fleet:PATH\" or \"recording:PATH\", "
+                  "found \"flet:foo\""},
+        BadSource{"NoPath", "fleet:", "expected \"host\", \"fleet:PATH\" or \"recording:PATH\", found \"fleet:\""},
+        BadSource{"NoSuchFolder", "recording:/nonexistent",
+                  "cimhost: /nonexistent: no recorded tree: No such file or directory"},
+        BadSource{"NoRecording", "recording:/proc/self/fd",
+                  "cimhost: /proc/self/fd: no recorded tree, which would have a folder \"sys\""},
         BadSource{"NoSuchFile", "fleet:/nonexistent", "/nonexistent: cannot be read: No such file or directory"}),
     [](const auto& row) { return row.param.name; });
 

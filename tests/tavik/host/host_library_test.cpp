@@ -64,5 +64,23 @@ TEST_F(HostLibrary, flashOfTheMachineIsNeverWritten) {
     EXPECT_EQ(library.UpdateFlash(all.front()->adapterId, "flash.bin", 0), statusReadOnly);
 }
 
+TEST(RecordedHostLibrary, servesTheAdaptersOfTheRecording) {
+    ::setenv("TAVIK_SOURCE", ("recording:" + std::string(TAVIK_HOST_TREES) + "/two-port-card").c_str(), 1);
+    const test::LoadedLibrary library;
+    ASSERT_EQ(library.Initialize(0, 0), statusOk);
+    const auto* card = library.GetAdapterList()->first;
+    ASSERT_NE(card, nullptr);
+    EXPECT_STREQ(card->serialNumber, "A0369F112233");
+    TAVIK_IPProperties* ip = nullptr;
+    ASSERT_EQ(library.GetIPProperties("ens1f0", &ip), 0U);
+    EXPECT_EQ(std::vector<int>(ip->ipv4.address, ip->ipv4.address + 4), (std::vector<int>{192, 0, 2, 10}));
+    EXPECT_EQ(library.FreeMem(ip), 0U);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(library.UpdateFlash(1, "flash.bin", 0), statusReadOnly);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "tavik: flash update refused: the adapters of a recording are only read\n");
+    EXPECT_EQ(library.Uninitialize(), statusOk);
+}
+
 } // namespace
 } // namespace tavik::host

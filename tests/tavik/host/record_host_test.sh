@@ -10,7 +10,18 @@ trap 'rm -rf "$folder"' EXIT
 
 without_reasons() { sed 's/ (.*)$//'; }
 
+# The list of names of a system that has one; what is not recorded is left out of it.
+export TAVIK_PCI_IDS=$folder/pci.ids
+pci=$(readlink -f /sys/class/net/*/device/.. /sys/class/net/*/device | grep -E '/[0-9a-f]{4}:[0-9a-f:.]{7}$' | head -n 1)
+[ -z "$pci" ] || vendor=$(cut -c3- "$pci/vendor") device=$(cut -c3- "$pci/device")
+printf '%s\n' '# a list' 'fff1  Other Makers' "${vendor-fff2}  Example Networks" \
+    $'\tfff3  Other Card' $'\t'"${device-fff4}  Example Card" $'\t\t1af4 0001  Other Board' >"$TAVIK_PCI_IDS"
+
 "$script" "$folder/recording"
+if [ -n "$pci" ]; then
+    printf '%s\n' "$vendor  Example Networks" $'\t'"$device  Example Card" |
+        diff - "$folder/recording/usr/share/misc/pci.ids"
+fi
 "$TAVIK_HOST_DUMP" --root "$folder/recording" | without_reasons >"$folder/recorded"
 "$TAVIK_HOST_DUMP" | without_reasons >"$folder/live"
 [ -s "$folder/live" ]

@@ -34,12 +34,31 @@ void* Arena::allocateFromNewChunk(std::size_t bytes) {
     void* memory = std::malloc(size);
     if (!memory) throw std::bad_alloc();
     total += size;
-    chunks = ::new (memory) Chunk{chunks};
+    chunks = ::new (memory) Chunk{chunks, size};
+    ++chunkCount;
     next = static_cast<char*>(memory) + sizeof(Chunk);
     limit = static_cast<char*>(memory) + size;
-    char* place = next;
+    char* first = next;
     next += bytes;
-    return place;
+    return first;
+}
+
+void Arena::rewind(const Place& to) noexcept {
+    const bool isKept = to.chunks < kept.chunks || (to.chunks == kept.chunks && to.next < kept.next);
+    const Place target = isKept ? kept : to;
+    if (chunkCount == target.chunks) {
+        next = target.next;
+        return;
+    }
+    // The newest chunk is the largest: what comes next will most likely fit into it again.
+    while (chunkCount > target.chunks + 1) {
+        Chunk* const between = chunks->previous;
+        chunks->previous = between->previous;
+        total -= between->size;
+        --chunkCount;
+        std::free(between);
+    }
+    next = reinterpret_cast<char*>(chunks) + sizeof(Chunk);
 }
 
 } // namespace cimhost

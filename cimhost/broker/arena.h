@@ -47,15 +47,30 @@ public:
     /// Bytes taken from the system.
     [[nodiscard]] std::size_t size() const noexcept { return total; }
 
+    /// Where something begins that may go before the arena does.
+    struct Place {
+        std::size_t chunks = 0;
+        char* next = nullptr;
+    };
+    [[nodiscard]] Place place() const noexcept { return {chunkCount, next}; }
+    /// Gives back what was handed out since that place, but nothing that keepAll() holds on to. Places behind it mean
+    /// nothing any more.
+    void rewind(const Place& to) noexcept;
+    /// What is handed out by now stays as long as the arena.
+    void keepAll() noexcept { kept = place(); }
+
 private:
     static constexpr std::size_t alignment = 8;
     struct Chunk {
         Chunk* previous;
+        std::size_t size;
     };
 
     void* allocateFromNewChunk(std::size_t bytes);
 
     Chunk* chunks = nullptr;
+    std::size_t chunkCount = 0;
+    Place kept;
     char* next = nullptr;
     char* limit = nullptr;
     std::size_t total = 0;

@@ -6,29 +6,38 @@
 
 namespace cimhost {
 
-ResultCollector::ResultCollector(RequestScope& scope, ResultKind kind)
-    : CMPIResult{this, tablePointer(tables::result)}, arena(&scope.arena()), allowed(kind) {}
+ResultCollector::ResultCollector(RequestScope& scope, ResultKind kind, ObjectSink* sink)
+    : CMPIResult{this, tablePointer(tables::result)}, ObjectCollector(scope.arena()), arena(&scope.arena()),
+      allowed(kind), target(sink ? *sink : *this) {}
 
 ResultCollector* ResultCollector::from(const CMPIResult* object) noexcept {
     return checkedObject<ResultCollector>(const_cast<CMPIResult*>(object), tables::result);
+}
+
+template <typename Object>
+CMPIrc ResultCollector::take(const Object& object) {
+    if (thrown || isFull(*arena)) return CMPI_RC_ERR_FAILED;
+    try {
+        target.deliver(object);
+    } catch (...) {
+        thrown = std::current_exception();
+        return CMPI_RC_ERR_FAILED;
+    }
+    return CMPI_RC_OK;
 }
 
 CMPIrc ResultCollector::addInstance(const CMPIInstance* object) {
     if (allowed != ResultKind::instances) return CMPI_RC_ERR_NOT_SUPPORTED;
     const InstanceObject* instance = InstanceObject::from(object);
     if (!instance) return CMPI_RC_ERR_INVALID_HANDLE;
-    if (isFull(*arena)) return CMPI_RC_ERR_FAILED;
-    instances.push_back(instance->copyTo(*arena));
-    return CMPI_RC_OK;
+    return take(*instance);
 }
 
 CMPIrc ResultCollector::addPath(const CMPIObjectPath* object) {
     if (allowed != ResultKind::paths) return CMPI_RC_ERR_NOT_SUPPORTED;
     const ObjectPathObject* path = ObjectPathObject::from(object);
     if (!path) return CMPI_RC_ERR_INVALID_HANDLE;
-    if (isFull(*arena)) return CMPI_RC_ERR_FAILED;
-    paths.push_back(path->copyTo(*arena));
-    return CMPI_RC_OK;
+    return take(*path);
 }
 
 CMPIrc ResultCollector::addData(const CMPIValue* value, CMPIType type) {

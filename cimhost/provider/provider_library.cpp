@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 
 #include <cstddef>
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -165,12 +166,13 @@ struct ProviderLibrary::Interfaces {
 
     // The same for functions that answer into a result.
     template <typename Interface, typename Table, typename Function, typename... Arguments>
-    Outcome call(RequestScope& scope, ResultKind kind, Slot<Interface>& slot, Function Table::*function,
-                 const ContextObject* context, Arguments... arguments) {
-        ResultCollector result(scope, kind);
+    Outcome call(RequestScope& scope, ResultKind kind, ObjectSink* sink, Slot<Interface>& slot,
+                 Function Table::*function, const ContextObject* context, Arguments... arguments) {
+        ResultCollector result(scope, kind, sink);
         const CMPIResult* target = &result;
         Outcome outcome;
         outcome.error = callTable(slot, function, context, target, arguments...);
+        if (result.failure()) std::rethrow_exception(result.failure());
         // Whatever the provider made of it: not all of the answer is there.
         if (isFull(scope.arena())) outcome.error = tooLarge();
         outcome.instances = std::move(result.instances);
@@ -237,80 +239,87 @@ bool ProviderLibrary::has(ProviderKind kind) const noexcept {
 
 Outcome ProviderLibrary::enumerateInstanceNames(RequestScope& scope, const CallContext& context,
                                                 const ObjectPathObject& classPath) {
-    return interfaces->call(scope, ResultKind::paths, interfaces->instance, &CMPIInstanceMIFT::enumerateInstanceNames,
-                            makeContext(scope.arena(), context), &classPath);
+    return interfaces->call(scope, ResultKind::paths, context.sink, interfaces->instance,
+                            &CMPIInstanceMIFT::enumerateInstanceNames, makeContext(scope.arena(), context), &classPath);
 }
 
 Outcome ProviderLibrary::enumerateInstances(RequestScope& scope, const CallContext& context,
                                             const ObjectPathObject& classPath, const PropertyList& properties) {
-    return interfaces->call(scope, ResultKind::instances, interfaces->instance, &CMPIInstanceMIFT::enumerateInstances,
-                            makeContext(scope.arena(), context), &classPath, propertyArray(scope.arena(), properties));
+    return interfaces->call(scope, ResultKind::instances, context.sink, interfaces->instance,
+                            &CMPIInstanceMIFT::enumerateInstances, makeContext(scope.arena(), context), &classPath,
+                            propertyArray(scope.arena(), properties));
 }
 
 Outcome ProviderLibrary::getInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                                      const PropertyList& properties) {
-    return interfaces->call(scope, ResultKind::instances, interfaces->instance, &CMPIInstanceMIFT::getInstance,
-                            makeContext(scope.arena(), context), &path, propertyArray(scope.arena(), properties));
+    return interfaces->call(scope, ResultKind::instances, context.sink, interfaces->instance,
+                            &CMPIInstanceMIFT::getInstance, makeContext(scope.arena(), context), &path,
+                            propertyArray(scope.arena(), properties));
 }
 
 Outcome ProviderLibrary::createInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                                         const InstanceObject& instance) {
-    return interfaces->call(scope, ResultKind::paths, interfaces->instance, &CMPIInstanceMIFT::createInstance,
-                            makeContext(scope.arena(), context), &path, &instance);
+    return interfaces->call(scope, ResultKind::paths, context.sink, interfaces->instance,
+                            &CMPIInstanceMIFT::createInstance, makeContext(scope.arena(), context), &path, &instance);
 }
 
 Outcome ProviderLibrary::modifyInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                                         const InstanceObject& instance, const PropertyList& properties) {
-    return interfaces->call(scope, ResultKind::nothing, interfaces->instance, &CMPIInstanceMIFT::modifyInstance,
-                            makeContext(scope.arena(), context), &path, &instance,
+    return interfaces->call(scope, ResultKind::nothing, nullptr, interfaces->instance,
+                            &CMPIInstanceMIFT::modifyInstance, makeContext(scope.arena(), context), &path, &instance,
                             propertyArray(scope.arena(), properties));
 }
 
 Outcome ProviderLibrary::deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) {
-    return interfaces->call(scope, ResultKind::nothing, interfaces->instance, &CMPIInstanceMIFT::deleteInstance,
-                            makeContext(scope.arena(), context), &path);
+    return interfaces->call(scope, ResultKind::nothing, nullptr, interfaces->instance,
+                            &CMPIInstanceMIFT::deleteInstance, makeContext(scope.arena(), context), &path);
 }
 
 Outcome ProviderLibrary::execQuery(RequestScope& scope, const CallContext& context, const ObjectPathObject& classPath,
                                    const std::string& query, const std::string& language) {
-    return interfaces->call(scope, ResultKind::instances, interfaces->instance, &CMPIInstanceMIFT::execQuery,
-                            makeContext(scope.arena(), context), &classPath, query.c_str(), language.c_str());
+    return interfaces->call(scope, ResultKind::instances, context.sink, interfaces->instance,
+                            &CMPIInstanceMIFT::execQuery, makeContext(scope.arena(), context), &classPath,
+                            query.c_str(), language.c_str());
 }
 
 Outcome ProviderLibrary::associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                                      const AssociationFilter& filter, const PropertyList& properties) {
-    return interfaces->call(scope, ResultKind::instances, interfaces->association, &CMPIAssociationMIFT::associators,
-                            makeContext(scope.arena(), context, filter), &source, textOrNull(filter.associationClass),
-                            textOrNull(filter.resultClass), textOrNull(filter.role), textOrNull(filter.resultRole),
+    return interfaces->call(scope, ResultKind::instances, context.sink, interfaces->association,
+                            &CMPIAssociationMIFT::associators, makeContext(scope.arena(), context, filter), &source,
+                            textOrNull(filter.associationClass), textOrNull(filter.resultClass),
+                            textOrNull(filter.role), textOrNull(filter.resultRole),
                             propertyArray(scope.arena(), properties));
 }
 
 Outcome ProviderLibrary::associatorNames(RequestScope& scope, const CallContext& context,
                                          const ObjectPathObject& source, const AssociationFilter& filter) {
-    return interfaces->call(scope, ResultKind::paths, interfaces->association, &CMPIAssociationMIFT::associatorNames,
-                            makeContext(scope.arena(), context, filter), &source, textOrNull(filter.associationClass),
-                            textOrNull(filter.resultClass), textOrNull(filter.role), textOrNull(filter.resultRole));
+    return interfaces->call(scope, ResultKind::paths, context.sink, interfaces->association,
+                            &CMPIAssociationMIFT::associatorNames, makeContext(scope.arena(), context, filter), &source,
+                            textOrNull(filter.associationClass), textOrNull(filter.resultClass),
+                            textOrNull(filter.role), textOrNull(filter.resultRole));
 }
 
 Outcome ProviderLibrary::references(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                                     const AssociationFilter& filter, const PropertyList& properties) {
-    return interfaces->call(scope, ResultKind::instances, interfaces->association, &CMPIAssociationMIFT::references,
-                            makeContext(scope.arena(), context, filter), &source, textOrNull(filter.associationClass),
-                            textOrNull(filter.role), propertyArray(scope.arena(), properties));
+    return interfaces->call(scope, ResultKind::instances, context.sink, interfaces->association,
+                            &CMPIAssociationMIFT::references, makeContext(scope.arena(), context, filter), &source,
+                            textOrNull(filter.associationClass), textOrNull(filter.role),
+                            propertyArray(scope.arena(), properties));
 }
 
 Outcome ProviderLibrary::referenceNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                                         const AssociationFilter& filter) {
-    return interfaces->call(scope, ResultKind::paths, interfaces->association, &CMPIAssociationMIFT::referenceNames,
-                            makeContext(scope.arena(), context, filter), &source, textOrNull(filter.associationClass),
-                            textOrNull(filter.role));
+    return interfaces->call(scope, ResultKind::paths, context.sink, interfaces->association,
+                            &CMPIAssociationMIFT::referenceNames, makeContext(scope.arena(), context, filter), &source,
+                            textOrNull(filter.associationClass), textOrNull(filter.role));
 }
 
 Outcome ProviderLibrary::invokeMethod(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                                       const std::string& method, const ArgsObject& in) {
     ArgsObject* out = scope.make().arguments();
-    Outcome outcome = interfaces->call(scope, ResultKind::data, interfaces->method, &CMPIMethodMIFT::invokeMethod,
-                                       makeContext(scope.arena(), context), &path, method.c_str(), &in, out);
+    Outcome outcome =
+        interfaces->call(scope, ResultKind::data, nullptr, interfaces->method, &CMPIMethodMIFT::invokeMethod,
+                         makeContext(scope.arena(), context), &path, method.c_str(), &in, out);
     outcome.outArguments = out;
     return outcome;
 }

@@ -31,6 +31,8 @@ struct CallContext {
     std::string acceptLanguage; ///< CMPIAcceptLanguage; empty: no entry
     /// By what other name of the namespace the client asked; empty: by its own. For the server itself.
     std::string calledNamespace = {};
+    /// Where paths and instances go as the provider hands them over; null: into the outcome. For the server itself.
+    ObjectSink* sink = nullptr;
 };
 
 /// What a call gave. The objects live in the scope of the call. What a provider returned before it failed is there too.

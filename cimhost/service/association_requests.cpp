@@ -32,8 +32,10 @@ void readObjectFlags(const Call& call) {
 // What the associators and the references have apart.
 struct Direction {
     AssociationFilter (*filter)(const cimxml::Request& request);
-    decltype(&Operations::associators) instances;
-    decltype(&Operations::associatorNames) names;
+    void (Operations::*instances)(RequestScope&, const Caller&, const ObjectPathObject&, const AssociationFilter&,
+                                  const PropertyList&, ObjectSink&);
+    void (Operations::*names)(RequestScope&, const Caller&, const ObjectPathObject&, const AssociationFilter&,
+                              ObjectSink&);
     decltype(&Operations::associatorClasses) classes;
 };
 
@@ -103,7 +105,9 @@ void answerWithObjects(const Call& call, const Direction& direction) {
                              list);
     }
     const ObjectPathObject& source = instancePath(call, name, "ObjectName");
-    appendInstances(call, (operations.*direction.instances)(call.scope, call.caller, source, filter, list), list);
+    ObjectCollector found(call.scope.arena());
+    (operations.*direction.instances)(call.scope, call.caller, source, filter, list, found);
+    appendInstances(call, found.instances, list);
 }
 
 void answerWithNames(const Call& call, const Direction& direction) {
@@ -114,7 +118,9 @@ void answerWithNames(const Call& call, const Direction& direction) {
         return appendClassPaths(call, (operations.*direction.classes)(call.request.nameSpace, name.className, filter));
     }
     const ObjectPathObject& source = instancePath(call, name, "ObjectName");
-    appendPaths(call, (operations.*direction.names)(call.scope, call.caller, source, filter));
+    ObjectCollector found(call.scope.arena());
+    (operations.*direction.names)(call.scope, call.caller, source, filter, found);
+    appendPaths(call, found.paths);
 }
 
 } // namespace

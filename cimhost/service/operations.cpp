@@ -3,6 +3,7 @@
 #include "cimhost/service/class_associations.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace cimhost {
 
@@ -10,18 +11,28 @@ namespace {
 
 std::string quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
-CallContext contextOf(const Caller& caller, std::string_view nameSpace) {
+CallContext contextOf(const Caller& caller, std::string_view nameSpace, ObjectSink* sink = nullptr) {
     CallContext context;
     context.principal = caller.principal;
     context.nameSpace = std::string(nameSpace);
     context.flags = caller.flags;
     context.acceptLanguage = caller.acceptLanguage;
     context.calledNamespace = caller.calledNamespace;
+    context.sink = sink;
     return context;
 }
 
 void throwUnlessOk(const Outcome& outcome) {
     if (outcome.error) throw CimFailure(*outcome.error);
+}
+
+// Some answer all at once, without the sink.
+void handOver(const Outcome& outcome, ObjectSink& sink) {
+    throwUnlessOk(outcome);
+    for (const InstanceObject* instance : outcome.instances)
+        sink.deliver(*instance);
+    for (const ObjectPathObject* path : outcome.paths)
+        sink.deliver(*path);
 }
 
 // Without deep inheritance a subclass shows no more than the class that was asked for, as production servers put it to
@@ -93,33 +104,39 @@ void Operations::requireServed(const ClassDeclaration& declaration) const {
     throw CimFailure(CMPI_RC_ERR_NOT_SUPPORTED, "no provider serves instances of class " + declaration.name());
 }
 
+void Operations::enumerateInstances(RequestScope& scope, const Caller& caller, const ClassDeclaration& declaration,
+                                    bool deepInheritance, const PropertyList& properties, ObjectSink& sink) {
+    const CallContext context = contextOf(caller, declaration.nameSpace(), &sink);
+    const PropertyList wanted = listFor(declaration, deepInheritance, properties);
+    for (const ClassDeclaration* served : servedClasses(declaration)) {
+        const ObjectPathObject* path = scope.make().path(declaration.nameSpace(), served->name());
+        handOver(calls.enumerateInstances(scope, context, *path, wanted), sink);
+    }
+}
+
+void Operations::enumerateInstanceNames(RequestScope& scope, const Caller& caller, const ClassDeclaration& declaration,
+                                        ObjectSink& sink) {
+    const CallContext context = contextOf(caller, declaration.nameSpace(), &sink);
+    for (const ClassDeclaration* served : servedClasses(declaration)) {
+        const ObjectPathObject* path = scope.make().path(declaration.nameSpace(), served->name());
+        handOver(calls.enumerateInstanceNames(scope, context, *path), sink);
+    }
+}
+
 std::vector<const InstanceObject*> Operations::enumerateInstances(RequestScope& scope, const Caller& caller,
                                                                   const ClassDeclaration& declaration,
                                                                   bool deepInheritance,
                                                                   const PropertyList& properties) {
-    const CallContext context = contextOf(caller, declaration.nameSpace());
-    const PropertyList wanted = listFor(declaration, deepInheritance, properties);
-    std::vector<const InstanceObject*> all;
-    for (const ClassDeclaration* served : servedClasses(declaration)) {
-        const ObjectPathObject* path = scope.make().path(declaration.nameSpace(), served->name());
-        const Outcome outcome = calls.enumerateInstances(scope, context, *path, wanted);
-        throwUnlessOk(outcome);
-        all.insert(all.end(), outcome.instances.begin(), outcome.instances.end());
-    }
-    return all;
+    ObjectCollector all(scope.arena());
+    enumerateInstances(scope, caller, declaration, deepInheritance, properties, all);
+    return std::move(all.instances);
 }
 
 std::vector<const ObjectPathObject*> Operations::enumerateInstanceNames(RequestScope& scope, const Caller& caller,
                                                                         const ClassDeclaration& declaration) {
-    const CallContext context = contextOf(caller, declaration.nameSpace());
-    std::vector<const ObjectPathObject*> all;
-    for (const ClassDeclaration* served : servedClasses(declaration)) {
-        const ObjectPathObject* path = scope.make().path(declaration.nameSpace(), served->name());
-        const Outcome outcome = calls.enumerateInstanceNames(scope, context, *path);
-        throwUnlessOk(outcome);
-        all.insert(all.end(), outcome.paths.begin(), outcome.paths.end());
-    }
-    return all;
+    ObjectCollector all(scope.arena());
+    enumerateInstanceNames(scope, caller, declaration, all);
+    return std::move(all.paths);
 }
 
 const InstanceObject& Operations::getInstance(RequestScope& scope, const Caller& caller, const ObjectPathObject& path,
@@ -181,71 +198,84 @@ void Operations::requireClasses(std::string_view nameSpace, const AssociationFil
 }
 
 template <typename Ask>
-Outcome Operations::askAssociations(const Caller& caller, const ObjectPathObject& source,
-                                    const AssociationFilter& filter, Ask ask) const {
+void Operations::askAssociations(const Caller& caller, const ObjectPathObject& source, const AssociationFilter& filter,
+                                 ObjectSink& sink, Ask ask) const {
     const ClassDeclaration& declaration = findClass(source.nameSpace(), source.className());
     requireClasses(source.nameSpace(), filter);
     requireExactKeys(source, declaration);
-    const CallContext context = contextOf(caller, declaration.nameSpace());
+    const CallContext context = contextOf(caller, declaration.nameSpace(), &sink);
     if (associationCalls == AssociationCalls::once) {
-        if (!servesAssociations(source.nameSpace())) return {};
-        Outcome outcome = ask(context, filter);
-        throwUnlessOk(outcome);
-        return outcome;
+        if (servesAssociations(source.nameSpace())) handOver(ask(context, filter), sink);
+        return;
     }
-    Outcome all;
     for (const ClassDeclaration* association : cimhost::referenceClasses(classes, declaration, filter)) {
         if (!registered.serves(*association, ProviderKind::association)) continue;
         AssociationFilter ofClass = filter;
         ofClass.associationClass = association->name();
-        const Outcome outcome = ask(context, ofClass);
-        throwUnlessOk(outcome);
-        all.instances.insert(all.instances.end(), outcome.instances.begin(), outcome.instances.end());
-        all.paths.insert(all.paths.end(), outcome.paths.begin(), outcome.paths.end());
+        handOver(ask(context, ofClass), sink);
     }
-    return all;
+}
+
+void Operations::associators(RequestScope& scope, const Caller& caller, const ObjectPathObject& source,
+                             const AssociationFilter& filter, const PropertyList& properties, ObjectSink& sink) {
+    askAssociations(caller, source, filter, sink, [&](const CallContext& context, const AssociationFilter& asked) {
+        return calls.associators(scope, context, source, asked, properties);
+    });
+}
+
+void Operations::associatorNames(RequestScope& scope, const Caller& caller, const ObjectPathObject& source,
+                                 const AssociationFilter& filter, ObjectSink& sink) {
+    askAssociations(caller, source, filter, sink, [&](const CallContext& context, const AssociationFilter& asked) {
+        return calls.associatorNames(scope, context, source, asked);
+    });
+}
+
+void Operations::references(RequestScope& scope, const Caller& caller, const ObjectPathObject& source,
+                            const AssociationFilter& filter, const PropertyList& properties, ObjectSink& sink) {
+    askAssociations(caller, source, filter, sink, [&](const CallContext& context, const AssociationFilter& asked) {
+        return calls.references(scope, context, source, asked, properties);
+    });
+}
+
+void Operations::referenceNames(RequestScope& scope, const Caller& caller, const ObjectPathObject& source,
+                                const AssociationFilter& filter, ObjectSink& sink) {
+    askAssociations(caller, source, filter, sink, [&](const CallContext& context, const AssociationFilter& asked) {
+        return calls.referenceNames(scope, context, source, asked);
+    });
 }
 
 std::vector<const InstanceObject*> Operations::associators(RequestScope& scope, const Caller& caller,
                                                            const ObjectPathObject& source,
                                                            const AssociationFilter& filter,
                                                            const PropertyList& properties) {
-    return askAssociations(caller, source, filter,
-                           [&](const CallContext& context, const AssociationFilter& asked) {
-                               return calls.associators(scope, context, source, asked, properties);
-                           })
-        .instances;
+    ObjectCollector all(scope.arena());
+    associators(scope, caller, source, filter, properties, all);
+    return std::move(all.instances);
 }
 
 std::vector<const ObjectPathObject*> Operations::associatorNames(RequestScope& scope, const Caller& caller,
                                                                  const ObjectPathObject& source,
                                                                  const AssociationFilter& filter) {
-    return askAssociations(caller, source, filter,
-                           [&](const CallContext& context, const AssociationFilter& asked) {
-                               return calls.associatorNames(scope, context, source, asked);
-                           })
-        .paths;
+    ObjectCollector all(scope.arena());
+    associatorNames(scope, caller, source, filter, all);
+    return std::move(all.paths);
 }
 
 std::vector<const InstanceObject*> Operations::references(RequestScope& scope, const Caller& caller,
                                                           const ObjectPathObject& source,
                                                           const AssociationFilter& filter,
                                                           const PropertyList& properties) {
-    return askAssociations(caller, source, filter,
-                           [&](const CallContext& context, const AssociationFilter& asked) {
-                               return calls.references(scope, context, source, asked, properties);
-                           })
-        .instances;
+    ObjectCollector all(scope.arena());
+    references(scope, caller, source, filter, properties, all);
+    return std::move(all.instances);
 }
 
 std::vector<const ObjectPathObject*> Operations::referenceNames(RequestScope& scope, const Caller& caller,
                                                                 const ObjectPathObject& source,
                                                                 const AssociationFilter& filter) {
-    return askAssociations(caller, source, filter,
-                           [&](const CallContext& context, const AssociationFilter& asked) {
-                               return calls.referenceNames(scope, context, source, asked);
-                           })
-        .paths;
+    ObjectCollector all(scope.arena());
+    referenceNames(scope, caller, source, filter, all);
+    return std::move(all.paths);
 }
 
 bool Operations::asksProviderFor(const ClassDeclaration& declaration) const {

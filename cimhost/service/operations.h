@@ -52,8 +52,16 @@ public:
     Operations(const ClassRepository& repository, const Registration& registration, ProviderCalls& provider)
         : classes(repository), registered(registration), calls(provider) {}
 
+    // What answers with many objects hands them to a sink, one after the other, while the provider delivers; what it
+    // throws ends the answer. A failure may come when some have been handed over. The forms without a sink collect:
+    // their results live in the scope, and are lost with a failure.
+
     /// Instances of the class and of all its subclasses. With deepInheritance the provider is asked for the properties
     /// listed, or for all; without, only for such as the named class itself has.
+    void enumerateInstances(RequestScope& scope, const Caller& caller, const ClassDeclaration& declaration,
+                            bool deepInheritance, const PropertyList& properties, ObjectSink& sink);
+    void enumerateInstanceNames(RequestScope& scope, const Caller& caller, const ClassDeclaration& declaration,
+                                ObjectSink& sink);
     std::vector<const InstanceObject*> enumerateInstances(RequestScope& scope, const Caller& caller,
                                                           const ClassDeclaration& declaration, bool deepInheritance,
                                                           const PropertyList& properties);
@@ -70,11 +78,18 @@ public:
 
     /// What is associated with the source, and the associations themselves. The provider is asked for every association
     /// class that it serves, that passes the filter's association class and whose reference of the filter's role can
-    /// hold the source; the rest of the filter is the provider's affair. What it returned before it failed is lost with
-    /// its failure, since CIM-XML carries only one of the two. References take the association class as their filter,
-    /// and a role. CIM_ERR_INVALID_CLASS for the source's class,
-    /// CIM_ERR_INVALID_PARAMETER for another one that the namespace lacks or that is no association where it must be,
-    /// and for a source whose keys are not those of its class.
+    /// hold the source; the rest of the filter is the provider's affair. References take the association class as their
+    /// filter, and a role. CIM_ERR_INVALID_CLASS for the source's class, CIM_ERR_INVALID_PARAMETER for another one that
+    /// the namespace lacks or that is no association where it must be, and for a source whose keys are not those of its
+    /// class.
+    void associators(RequestScope& scope, const Caller& caller, const ObjectPathObject& source,
+                     const AssociationFilter& filter, const PropertyList& properties, ObjectSink& sink);
+    void associatorNames(RequestScope& scope, const Caller& caller, const ObjectPathObject& source,
+                         const AssociationFilter& filter, ObjectSink& sink);
+    void references(RequestScope& scope, const Caller& caller, const ObjectPathObject& source,
+                    const AssociationFilter& filter, const PropertyList& properties, ObjectSink& sink);
+    void referenceNames(RequestScope& scope, const Caller& caller, const ObjectPathObject& source,
+                        const AssociationFilter& filter, ObjectSink& sink);
     std::vector<const InstanceObject*> associators(RequestScope& scope, const Caller& caller,
                                                    const ObjectPathObject& source, const AssociationFilter& filter,
                                                    const PropertyList& properties);
@@ -135,8 +150,8 @@ private:
     [[nodiscard]] bool servesAssociations(std::string_view nameSpace) const;
     void requireClasses(std::string_view nameSpace, const AssociationFilter& filter) const;
     template <typename Ask>
-    Outcome askAssociations(const Caller& caller, const ObjectPathObject& source, const AssociationFilter& filter,
-                            Ask ask) const;
+    void askAssociations(const Caller& caller, const ObjectPathObject& source, const AssociationFilter& filter,
+                         ObjectSink& sink, Ask ask) const;
 
     const ClassRepository& classes;
     const Registration& registered;

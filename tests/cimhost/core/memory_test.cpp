@@ -2,6 +2,8 @@
 #include "broker_fixture.h"
 
 #include <array>
+#include <string>
+#include <vector>
 
 using cimhost::Arena;
 using cimhost::BrokerOptions;
@@ -37,6 +39,33 @@ TEST_F(Memory, AnArenaGivesAlignedMemoryOfEverySize) {
     const std::string_view copy = arena.copyText("text");
     EXPECT_EQ(copy, "text");
     EXPECT_EQ(copy.data()[copy.size()], '\0');
+}
+
+TEST_F(Memory, AnArenaThatIsRewoundHandsTheSameMemoryOutAgain) {
+    Arena arena;
+    const std::string_view first = arena.copyText("stays");
+    const Arena::Place place = arena.place();
+    for (int round = 0; round < 1000; ++round) {
+        for (const std::size_t bytes : {10U, 3000U, 20000U})
+            std::fill_n(static_cast<char*>(arena.allocate(bytes)), bytes, 'x');
+        arena.rewind(place);
+    }
+    EXPECT_LE(arena.size(), 100000U);
+    EXPECT_EQ(first, "stays");
+}
+
+TEST_F(Memory, WhatIsToBeKeptIsNotHandedOutAgain) {
+    Arena arena;
+    std::vector<std::string_view> kept;
+    for (int round = 0; round < 100; ++round) {
+        const Arena::Place place = arena.place();
+        kept.push_back(arena.copyText(std::to_string(round) + std::string(500, '.')));
+        arena.keepAll();
+        arena.allocate(5000);
+        arena.rewind(place);
+    }
+    for (std::size_t round = 0; round < kept.size(); ++round)
+        EXPECT_EQ(kept[round], std::to_string(round) + std::string(500, '.'));
 }
 
 TEST_F(Memory, AClonedStringOutlivesTheRequest) {

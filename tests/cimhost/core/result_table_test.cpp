@@ -2,6 +2,10 @@
 
 #include "cimhost/broker/result_collector.h"
 
+#include <stdexcept>
+#include <string>
+#include <vector>
+
 using cimhost::ResultCollector;
 using cimhost::ResultKind;
 
@@ -17,7 +21,57 @@ protected:
     }
 };
 
+// Notes the names of what it is given, and takes no more than it is told.
+class NotingSink final : public cimhost::ObjectSink {
+public:
+    explicit NotingSink(std::size_t limit = 100) : most(limit) {}
+
+    void deliver(const cimhost::InstanceObject& instance) override { note(nameOf(instance.value("Name"))); }
+    void deliver(const cimhost::ObjectPathObject& path) override { note(nameOf(&path.key("Name")->data)); }
+
+    std::vector<std::string> names;
+
+private:
+    static std::string nameOf(const CMPIData* data) { return textOf(data->value.string); }
+    void note(std::string name) {
+        if (names.size() == most) throw std::runtime_error("enough");
+        names.push_back(std::move(name));
+    }
+
+    std::size_t most;
+};
+
 } // namespace
+
+TEST_F(ResultTable, ASinkGetsEachObjectAtOnceAndNothingIsKept) {
+    NotingSink sink;
+    ResultCollector instances(*scope, ResultKind::instances, &sink);
+    CMPIInstance* made = instance();
+    set(made, "Name", "one", CMPI_chars);
+    EXPECT_RC(instances.ft->returnInstance(&instances, made), CMPI_RC_OK);
+    EXPECT_EQ(sink.names, std::vector<std::string>({"one"}));
+    ResultCollector paths(*scope, ResultKind::paths, &sink);
+    CMPIObjectPath* place = path();
+    set(place, "Name", "two", CMPI_chars);
+    EXPECT_RC(paths.ft->returnObjectPath(&paths, place), CMPI_RC_OK);
+    EXPECT_EQ(sink.names, std::vector<std::string>({"one", "two"}));
+    EXPECT_TRUE(instances.instances.empty());
+    EXPECT_TRUE(paths.paths.empty());
+}
+
+TEST_F(ResultTable, ASinkThatThrowsEndsTheAnswerAndTheProviderIsToldRc1) {
+    NotingSink sink(1);
+    ResultCollector result(*scope, ResultKind::instances, &sink);
+    CMPIInstance* made = instance();
+    set(made, "Name", "one", CMPI_chars);
+    EXPECT_RC(result.ft->returnInstance(&result, made), CMPI_RC_OK);
+    EXPECT_FALSE(result.failure());
+    EXPECT_RC(result.ft->returnInstance(&result, made), CMPI_RC_ERR_FAILED);
+    EXPECT_RC(result.ft->returnInstance(&result, made), CMPI_RC_ERR_FAILED);
+    ASSERT_TRUE(result.failure());
+    EXPECT_THROW(std::rethrow_exception(result.failure()), std::runtime_error);
+    EXPECT_EQ(sink.names.size(), 1U);
+}
 
 TEST_F(ResultTable, EveryRequestTakesItsOwnKindOnly) {
     for (const ResultKind kind : {ResultKind::nothing, ResultKind::paths, ResultKind::instances, ResultKind::data}) {

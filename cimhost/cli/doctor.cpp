@@ -1,5 +1,6 @@
 #include "cimhost/cli/commands.h"
 #include "cimhost/cli/doctor_output.h"
+#include "cimhost/cli/installation.h"
 #include "cimhost/cli/local_source.h"
 #include "cimhost/cli/output_stream.h"
 #include "cimhost/cli/own_location.h"
@@ -37,7 +38,10 @@ void requireRules(const std::vector<std::string>& names) {
     }
 }
 
-Examined examine(ObjectSource& source, const DoctorOptions& options) {
+/// A described or recorded machine has no name here.
+enum class Names { ofTheHost, untold };
+
+Examined examine(ObjectSource& source, const DoctorOptions& options, Names names) {
     RequestScope scope(source.broker());
     const monitoring::Enumerate enumerate = [&](const char* className) {
         return source.enumerateInstances(scope, options.nameSpace, className);
@@ -48,7 +52,8 @@ Examined examine(ObjectSource& source, const DoctorOptions& options) {
         std::this_thread::sleep_for(std::chrono::seconds(options.intervalSeconds));
     }
     const monitoring::Snapshot snapshot = monitoring::readSnapshot(enumerate);
-    const doctor::Look look{snapshot, options.intervalSeconds == 0 ? nullptr : &before, options.intervalSeconds};
+    doctor::Look look{snapshot, options.intervalSeconds == 0 ? nullptr : &before, options.intervalSeconds};
+    if (names == Names::ofTheHost) look.systemNames = monitoring::readSystemNames(enumerate);
     const auto found = doctor::diagnose(look, options.ignored);
     return {options.form == Form::json ? doctorJson(found) : doctorText(found, options.layout), statusOf(found)};
 }
@@ -61,7 +66,7 @@ ExitStatus examine(const HostOptions& hostOptions, const DoctorOptions& options)
     const CleanOutput output(hostOptions.broker.log);
     Host host(hostOptions);
     LocalSource source(host.operations(), host.broker());
-    const Examined examined = examine(source, options);
+    const Examined examined = examine(source, options, showsThisMachine() ? Names::ofTheHost : Names::untold);
     output.write(examined.text);
     host.shutdown();
     return static_cast<ExitStatus>(examined.status);
@@ -73,7 +78,7 @@ ExitStatus examine(const HostOptions& hostOptions, const DoctorOptions& options,
     DeclaredClasses declared(hostOptions, options.nameSpace);
     std::atomic<int> worst = nothingWrong;
     const ExitStatus asked = askServers(servers, messages, declared, [&](ObjectSource& source) {
-        Examined examined = examine(source, options);
+        Examined examined = examine(source, options, Names::ofTheHost);
         for (int known = worst; known < examined.status && !worst.compare_exchange_weak(known, examined.status);) {
         }
         return ServerAnswer{std::move(examined.text), {}};

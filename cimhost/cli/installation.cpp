@@ -42,4 +42,6 @@ std::optional<std::string> checkSource() {
     return problemOf(std::get<tavik::SourceName>(source));
 }
 
+bool showsThisMachine() { return tavik::chosenSource(std::getenv("TAVIK_SOURCE"), tavik::sourceFile) == "host"; }
+
 } // namespace cimhost::cli

@@ -21,4 +21,7 @@ Locations defaultLocations();
 /// well.
 std::optional<std::string> checkSource();
 
+/// Whether the adapters are those of this machine, and not described or recorded ones.
+bool showsThisMachine();
+
 } // namespace cimhost::cli

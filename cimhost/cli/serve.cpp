@@ -1,5 +1,6 @@
 #include "cimhost/cli/commands.h"
 #include "cimhost/cli/hangup_watch.h"
+#include "cimhost/cli/installation.h"
 #include "cimhost/cli/metrics_service.h"
 #include "cimhost/cli/stop_limit.h"
 #include "cimhost/indications/indication_server.h"
@@ -213,6 +214,33 @@ std::chrono::steady_clock::duration warmUp(Host& host) {
     return std::chrono::steady_clock::now() - begun;
 }
 
+// None where nobody answers for that class: another provider may have other ones.
+std::vector<std::string> systemNames(Host& host, const std::string& nameSpace) {
+    std::vector<std::string> names;
+    try {
+        RequestScope scope(host.broker());
+        const ClassDeclaration& systems = host.operations().findClass(nameSpace, "CIM_ComputerSystem");
+        for (const ObjectPathObject* system : host.operations().enumerateInstanceNames(scope, {}, systems)) {
+            const NamedData* key = system->key("Name");
+            if (key) appendValueText(names.emplace_back(), key->data);
+        }
+    } catch (const CimFailure&) {
+    }
+    return names;
+}
+
+// Clients could not tell this machine from another one with such a name.
+void warnOfLoopbackName(Host& host, const HostOptions& options) {
+    if (!options.broker.log || !showsThisMachine()) return;
+    for (const std::string& name : systemNames(host, options.nameSpace)) {
+        if (!isLoopbackName(name)) continue;
+        options.broker.log(LogLevel::warning,
+                           "clients know this machine as " + name +
+                               ", and so they will every other one with such a name; a line SystemName=NAME in "
+                               "/etc/merolt/cim-provider.conf gives it one of its own");
+    }
+}
+
 // The C library gives large blocks back to the system, but takes the size of what was freed as the size from which a
 // block is large: after one flash image it would keep the memory of every later one.
 void giveLargeBlocksBack() {
@@ -250,6 +278,7 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
                                                      indicationOptions(hostOptions, options));
     host.serveOwn(indications->objects(), indications->objects().classes());
     const std::chrono::steady_clock::duration firstBuild = warmUp(host);
+    warnOfLoopbackName(host, hostOptions);
     indications->subscriptions().restore();
     Dispatcher dispatcher(host.operations(), host.broker(), &audit);
     const Writers writers = options.anonymousWrites ? Writers::everybody : Writers::users;

@@ -1,6 +1,7 @@
 #include "cimhost/doctor/inventory_rules.h"
 
 #include "cimhost/doctor/names.h"
+#include "cimhost/model/host_name.h"
 
 #include <algorithm>
 #include <map>
@@ -157,6 +158,12 @@ void examinePortNames(const Look& look, std::vector<Sign>& signs) {
 void examineMacAddresses(const Look& look, std::vector<Sign>& signs) {
     examineTwice(
         look.now.ethernetPorts, [](const EthernetPort& port) { return port.macAddress; }, "MAC address", signs);
+}
+
+void examineSystemNames(const Look& look, std::vector<Sign>& signs) {
+    for (const std::string& name : look.systemNames) {
+        if (isLoopbackName(name)) signs.push_back({"this host", "clients know it as " + name});
+    }
 }
 
 } // namespace cimhost::doctor

@@ -14,5 +14,6 @@ void examineFirmwareInUse(const Look& look, std::vector<Sign>& signs);
 void examineSerialNumbers(const Look& look, std::vector<Sign>& signs);
 void examinePortNames(const Look& look, std::vector<Sign>& signs);
 void examineMacAddresses(const Look& look, std::vector<Sign>& signs);
+void examineSystemNames(const Look& look, std::vector<Sign>& signs);
 
 } // namespace cimhost::doctor

@@ -96,6 +96,11 @@ constexpr Rule table[] = {
     {"duplicate-serial-number", Urgency::warning, "A serial number stands twice",
      "Keys are made of serial numbers: tools can take one thing for the other.",
      "Compare with the labels; vital product data that was copied is a matter for the vendor.", examineSerialNumbers},
+    {"loopback-name", Urgency::warning, "The host has a name that leads back to itself",
+     "The name stands in every key. Tools that watch several hosts take the objects of one for those of another.",
+     "Write SystemName=NAME to /etc/merolt/cim-provider.conf, or give the host's name an address of its own in "
+     "/etc/hosts; then restart the CIM server.",
+     examineSystemNames},
 };
 
 constexpr bool isOrdered() {

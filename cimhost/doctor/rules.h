@@ -22,6 +22,8 @@ struct Look {
     /// Counters of an earlier look; null where there was only one.
     const std::vector<monitoring::PortCounters>* before = nullptr;
     unsigned seconds = 0; ///< between the two
+    /// By which clients know the host; none where the adapters are not those of the host that was asked.
+    std::vector<std::string> systemNames = {};
 };
 
 /// One place where a rule holds.

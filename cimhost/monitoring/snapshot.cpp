@@ -341,6 +341,14 @@ std::vector<PortCounters> readCounters(const Enumerate& enumerate) {
     return ports;
 }
 
+std::vector<std::string> readSystemNames(const Enumerate& enumerate) {
+    std::vector<Failure> refused;
+    std::vector<std::string> names;
+    for (const InstanceObject* system : Tolerant(enumerate, refused)("Merolt_Adapter_ComputerSystem"))
+        names.push_back(textOf(*system, "Name"));
+    return names;
+}
+
 Snapshot readSnapshot(const Enumerate& enumerate) {
     Snapshot snapshot;
     Tolerant tolerant(enumerate, snapshot.failures);

@@ -116,6 +116,9 @@ Snapshot readSnapshot(const Enumerate& enumerate);
 /// throws.
 Snapshot readModules(const Enumerate& enumerate);
 
+/// The names by which clients know the host: those of Merolt_Adapter_ComputerSystem. None where that is refused.
+std::vector<std::string> readSystemNames(const Enumerate& enumerate);
+
 /// Counters alone, for a second look. Throws what the enumeration throws.
 std::vector<PortCounters> readCounters(const Enumerate& enumerate);
 

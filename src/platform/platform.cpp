@@ -164,6 +164,11 @@ std::string Services::setting(const std::string& name) {
     return {};
 }
 
+std::string Services::wantedSystemName() {
+    const char* variable = std::getenv("MEROLT_CNA_SYSTEM_NAME");
+    return variable ? variable : setting("SystemName");
+}
+
 long long Services::fileSize(const char* path) {
     struct stat status {};
     return stat(path, &status) == 0 ? status.st_size : 0;

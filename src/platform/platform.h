@@ -70,6 +70,10 @@ public:
 
     /// The value of the first line of settingsFile that begins with that name and "="; empty if there is none.
     virtual std::string setting(const std::string& name);
+
+    /// The name by which the administrator wants the host published: MEROLT_CNA_SYSTEM_NAME, else the line SystemName=
+    /// of settingsFile, else empty. As it was written.
+    virtual std::string wantedSystemName();
 };
 
 /// The services in use: the system's own unless replaced.

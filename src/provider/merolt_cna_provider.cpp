@@ -56,6 +56,7 @@ Merolt_CNA_Provider::Merolt_CNA_Provider(const CmpiBroker& providerBroker, const
     makeLocks();
     readConfiguration();
     readAnswers();
+    readWantedSystemName();
 }
 
 Merolt_CNA_Provider::~Merolt_CNA_Provider() {

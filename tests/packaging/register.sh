@@ -301,6 +301,56 @@ test_what_is_staged_is_kept_or_the_registration_stays() {
     check "what is staged" "$before" "$(staged)"
 }
 
+# How `register` calls the machine that it warns of; nothing if it does not.
+warned_name() {
+    fresh
+    register register "${1:-openpegasus}"
+    check "registered all the same" "0 registered" "$status $(state_of "${1:-openpegasus}")"
+    sed -n 's/.*clients will know this machine as \([^,]*\),.*/\1/p' <<<"$output"
+}
+
+test_a_loopback_name_is_told_at_registration_and_a_setting_mends_it() {
+    local settings=$scratch/cim-provider.conf server address
+    for server in openpegasus sfcb; do
+        known_as 127.0.1.1
+        check "$server: as Debian installs a host" 127.0.1.1 "$(warned_name "$server")"
+        known_as 192.0.2.10
+        check "$server: an address of its own" "" "$(warned_name "$server")"
+    done
+    known_as
+    check "no address" "" "$(warned_name)"
+    known_as 127.0.1.1
+    echo 'SystemName= san1.example.org ' >"$settings"
+    check "a setting" "" "$(warned_name)"
+    for address in localhost ::1 127.0.0.1; do
+        printf 'InstallLocation=/x\nSystemName=%s\nSystemName=later\n' "$address" >"$settings"
+        check "set to $address" "$address" "$(warned_name)"
+    done
+    rm "$settings"
+    known_as 192.0.2.10
+}
+
+test_a_system_name_that_the_provider_does_not_take_is_told_at_registration() {
+    local settings=$scratch/cim-provider.conf name long
+    printf -v long '%065d' 0
+    for name in 'san"1' 'san_1' 'two words' $'tab\tname' 'ümlaut' "$long"; do
+        echo "SystemName=$name" >"$settings"
+        fresh
+        register register openpegasus
+        check "$name" "0 registered" "$status $(state_of openpegasus)"
+        check_contains "$name" "$settings: SystemName=$name is not taken" "$output"
+    done
+    echo "SystemName=${long#0}" >"$settings"
+    fresh
+    register register openpegasus
+    check "64 characters" "" "$(grep SystemName <<<"$output")"
+    echo 'SystemName=  ' >"$settings"
+    fresh
+    register register openpegasus
+    check_contains "no name" "$settings: SystemName= has no name behind it" "$output"
+    rm "$settings"
+}
+
 test_paths_may_hold_blanks() {
     local state=$STATE
     export STATE="$scratch/a state"

@@ -6,12 +6,23 @@
 stand_in=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)/stand_in
 export STATE=$scratch/state TMPDIR=$scratch/tmp
 mkdir -p "$scratch"/{prefix/{sbin,lib/cmpi,share/merolt-cna-provider},tools,tmp,outside}
-cp "$source_folder/scripts/merolt-cna-register" "$scratch/prefix/sbin/"
+# This machine's own settings are none of the tests' business.
+sed "s|^settings=.*|settings=$scratch/cim-provider.conf|" "$source_folder/scripts/merolt-cna-register" \
+    >"$scratch/prefix/sbin/merolt-cna-register"
 ln -s "$mof_folder" "$scratch/prefix/share/merolt-cna-provider/mof"
 touch "$scratch/prefix/lib/cmpi/libMerolt_CNA_Provider.so"
 for tool in cimmof cimmofl cimprovider cimcli cimconfig sfcbstage sfcbunstage sfcbrepos wbemcli; do
     ln -s "$stand_in" "$scratch/tools/$tool"
 done
+
+# known_as ADDRESS: what name resolution gives for the host's name; nothing if left out.
+known_as() {
+    printf '#!/bin/sh\necho "%s STREAM testhost"\n' "${1:-}" >"$scratch/tools/getent"
+    if [[ -z ${1:-} ]]; then printf '#!/bin/sh\nexit 2\n' >"$scratch/tools/getent"; fi
+}
+printf '#!/bin/sh\necho testhost\n' >"$scratch/tools/uname"
+known_as 192.0.2.10
+chmod +x "$scratch/tools/"{getent,uname} "$scratch/prefix/sbin/merolt-cna-register"
 
 forget_calls() {
     : >"$STATE/calls"

@@ -26,6 +26,7 @@ public:
     }
     std::string installLocation() override { return location; }
     std::string setting(const std::string& settingsName) override { return settings[settingsName]; }
+    std::string wantedSystemName() override { return settings["SystemName"]; }
     bool fileExists(const char* path) override {
         const bool exists = Services::fileExists(path);
         if (afterFileCheck) afterFileCheck();

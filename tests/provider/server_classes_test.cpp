@@ -210,6 +210,78 @@ INSTANTIATE_TEST_SUITE_P(Hosts, HostNameTest,
                                          HostRow{std::nullopt, std::nullopt, "<unknown>", "DNSName"},
                                          HostRow{std::nullopt, Address{192, 0, 2, 1}, "192.0.2.1", "IP"}));
 
+// The name that the administrator sets.
+
+class WantedNameTest : public ServerClassesTest {
+protected:
+    ~WantedNameTest() override { services.settings.clear(); }
+
+    void startWithSetting(const std::string& name) {
+        services.settings["SystemName"] = name;
+        start();
+    }
+};
+
+TEST_F(WantedNameTest, StandsInTheComputerSystemAndInEverySystemName) {
+    for (const auto& [setting, name, format] :
+         {std::tuple{"san1.example.org", "san1.example.org", "DNSName"},
+          std::tuple{" 198.51.100.7\t", "198.51.100.7", "IP"}, std::tuple{"2001:db8::7", "2001:db8::7", "IP"},
+          std::tuple{"1.2.3", "1.2.3", "DNSName"}}) {
+        startWithSetting(setting);
+        const TestObject system = onlyInstance(computerSystem);
+        EXPECT_EQ(system["Name"], inQuotes(name));
+        EXPECT_EQ(system["ElementName"], inQuotes(name));
+        EXPECT_EQ(system["NameFormat"], inQuotes(format));
+        EXPECT_EQ(onlyInstance(commMech)["SystemName"], inQuotes(name));
+        EXPECT_EQ(onlyInstance(objectManager)["SystemName"], inQuotes(name));
+        EXPECT_EQ(onlyInstance(objectManager)["Name"], inQuotes(std::string("pegasus:") + name));
+        EXPECT_EQ(getInstance(computerSystem, {{"Name", name}}).objects.size(), 1U);
+        stop();
+    }
+    EXPECT_EQ(services.lookedUpNames, Names{});
+}
+
+TEST_F(WantedNameTest, StandsInKeysThatAreCutAtUnderscores) {
+    tavikLibrary.setFleet(fleet({card("S1", {storageFunction(1, 1)})}));
+    startWithSetting(std::string(64, 'n'));
+    const TestObject group = onlyInstance("Merolt_FCHBA_LogicalPortGroup");
+    EXPECT_EQ(group["InstanceID"].find("string \"" + std::string(64, 'n') + "_"), 0U) << group["InstanceID"];
+    EXPECT_EQ(enumerateInstances("Merolt_FCHBA_ComputerSystemLogicalPortGroup").objects.size(), 1U);
+}
+
+TEST_F(WantedNameTest, ThatKeysCannotCarryIsToldAndCountsAsNone) {
+    switchLogsOn();
+    for (const std::string& name : {std::string(65, 'n'), std::string("san_1"), std::string("san\"1"),
+                                    std::string("san 1"), std::string("s\xC3\xA4n"), std::string("san\\1")}) {
+        startWithSetting(name);
+        EXPECT_EQ(onlyInstance(computerSystem)["Name"], inQuotes("192.0.2.10"));
+        EXPECT_TRUE(logHas("SystemName=" + name +
+                           " is not taken: a name has up to 64 letters, digits, dots, colons and hyphens. The host "
+                           "keeps the name that it has without the setting."))
+            << name;
+        stop();
+    }
+}
+
+TEST_F(WantedNameTest, IsNoneWhereTheSettingHoldsBlanksAlone) {
+    switchLogsOn();
+    startWithSetting(" \t");
+    EXPECT_EQ(onlyInstance(computerSystem)["Name"], inQuotes("192.0.2.10"));
+    for (const std::string& line : logLines())
+        EXPECT_EQ(line.find("SystemName="), std::string::npos) << line;
+}
+
+TEST_F(WantedNameTest, StaysUntilTheProviderIsLoadedAgain) {
+    startWithSetting("before");
+    services.settings["SystemName"] = "after";
+    tavikLibrary.setNextFleet({});
+    services.pass(3600);
+    EXPECT_EQ(onlyInstance(objectManager)["SystemName"], inQuotes("before"));
+    stop();
+    start();
+    EXPECT_EQ(onlyInstance(computerSystem)["Name"], inQuotes("after"));
+}
+
 TEST_F(ServerClassesTest, HostWithoutANameIsLogged) {
     switchLogsOn();
     services.name = std::nullopt;

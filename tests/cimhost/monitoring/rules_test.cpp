@@ -267,6 +267,19 @@ TEST(Doctor, TellsAnEthernetPortThatIsSlowerThanCardAndModule) {
     EXPECT_EQ(namesOf(snapshot), Names{"low-speed"});
 }
 
+TEST(Doctor, TellsANameThatLeadsBackToTheHost) {
+    const auto snapshot = healthy();
+    const auto diagnosed = [&](const std::string& name) { return diagnose({snapshot, nullptr, 0, {name}}, {}); };
+    for (const auto* name : {"127.0.1.1", "127.255.0.1", "localhost", "Localhost.localdomain", "::1"}) {
+        const auto found = diagnosed(name);
+        ASSERT_EQ(found.size(), 1U) << name;
+        EXPECT_EQ(found[0].rule->name, "loopback-name");
+        EXPECT_EQ(found[0].sign.evidence, std::string("clients know it as ") + name);
+    }
+    for (const auto* name : {"128.0.1.1", "127.0.0", "127.example.org", "host.localhost.org", "::2", ""})
+        EXPECT_TRUE(diagnosed(name).empty()) << name;
+}
+
 TEST(Doctor, TellsDamagedFramesAndFrequentFailures) {
     for (const auto& [counter, name] :
          {std::pair{0U, "link-failures"}, std::pair{1U, "loss-of-signal"}, std::pair{2U, "crc-errors"}}) {

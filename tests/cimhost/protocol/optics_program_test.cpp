@@ -167,8 +167,27 @@ TEST(DoctorProgram, ListsItsRules) {
     EXPECT_EQ(Json::parse(cimhost({"--json", "doctor", "--rules"}).output).size(), lineCount(ended.output) - 1);
 }
 
+/// Findings on this machine, if it were called that.
+std::multimap<std::string, std::string> findingsOnHost(const std::string& name) {
+    return findingsOf(run({"env", "TAVIK_SOURCE=host", "MEROLT_CNA_SYSTEM_NAME=" + name, PROGRAM, "--json", "doctor"}));
+}
+
+TEST(DoctorProgram, TellsANameThatEveryMachineCouldHave) {
+    for (const auto* name : {"127.0.1.1", "LOCALHOST.localdomain", "::1"})
+        EXPECT_EQ(findingsOnHost(name).count("loopback-name"), 1U) << name;
+    for (const auto* name : {"192.0.2.7", "localhosts", "2001:db8::1"})
+        EXPECT_EQ(findingsOnHost(name).count("loopback-name"), 0U) << name;
+}
+
+TEST(DoctorProgram, LeavesTheNameAloneWhereAdaptersAreDescribed) {
+    const Ended ended =
+        run({"env", "MEROLT_CNA_SYSTEM_NAME=127.0.1.1", PROGRAM, "--json", "--fleet", OPTICS_FLEET, "doctor"});
+    EXPECT_EQ(findingsOf(ended).count("loopback-name"), 0U);
+}
+
 TEST(DoctorProgram, AsksServers) {
-    Process server({PROGRAM, "--fleet", OPTICS_FLEET, "serve", "--listen", "127.0.0.1:0"});
+    Process server({"env", "MEROLT_CNA_SYSTEM_NAME=san1.example.org", PROGRAM, "--fleet", OPTICS_FLEET, "serve",
+                    "--listen", "127.0.0.1:0"});
     const std::string url = urlOf(server);
     ASSERT_FALSE(url.empty()) << server.errors();
     const Ended here = cimhost({"--json", "--fleet", OPTICS_FLEET, "doctor"});

@@ -94,6 +94,31 @@ TEST(ServeProgram, TellsOfChangesAndOfThoseWhoWereNotLet) {
     EXPECT_THAT(server.errors(), ContainsRegex("cimhost: audit: client=127[.]0[.]0[.]1:[0-9]+ user=anna operation="));
 }
 
+TEST(ServeProgram, WarnsOfANameThatEveryMachineCouldHave) {
+    const auto serveAs = [](const std::string& name, const std::string& option) {
+        return std::vector<std::string>{"env",
+                                        "TAVIK_SOURCE=host",
+                                        "MEROLT_CNA_SYSTEM_NAME=" + name,
+                                        PROGRAM,
+                                        option,
+                                        "serve",
+                                        "--listen",
+                                        "127.0.0.1:0",
+                                        "--state",
+                                        ""};
+    };
+    constexpr const char* warning = "warning: clients know this machine as 127.0.1.1, and so they will every other one";
+    Process warned(serveAs("127.0.1.1", "--ask-once"));
+    EXPECT_FALSE(namedUrlOf(warned).empty());
+    EXPECT_THAT(warned.errors(), HasSubstr(warning));
+    Process quiet(serveAs("127.0.1.1", "--quiet"));
+    EXPECT_FALSE(namedUrlOf(quiet).empty());
+    EXPECT_THAT(quiet.errors(), Not(HasSubstr("clients know")));
+    Process named(serveAs("san1", "--ask-once"));
+    EXPECT_FALSE(namedUrlOf(named).empty());
+    EXPECT_THAT(named.errors(), Not(HasSubstr("clients know")));
+}
+
 TEST(ServeProgram, TellsOfAnonymousChangesAndThatTheyAreAllowed) {
     Process server(serveWith({"--anonymous-writes"}));
     const std::string url = namedUrlOf(server);

@@ -306,7 +306,7 @@ constexpr Family plainFamilies[] = {
     },
 };
 
-static_assert(areComplete(plainFamilies), "a row lacks a name or its matching");
+ASSERT_COMPLETE(plainFamilies);
 
 #define ADDRESS_OF(module) &ethernet::module,
 constexpr const Family* modules[] = {ETHERNET_MODULES(ADDRESS_OF)};

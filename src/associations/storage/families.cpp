@@ -286,7 +286,7 @@ constexpr Family plainFamilies[] = {
     },
 };
 
-static_assert(areComplete(plainFamilies), "a row lacks a name or its matching");
+ASSERT_COMPLETE(plainFamilies);
 
 #define ADDRESS_OF(module) &storage::module,
 constexpr const Family* modules[] = {STORAGE_MODULES(ADDRESS_OF)};

@@ -27,17 +27,18 @@ def read_program(report, case):
     for test in cases_of(report):
         result = result_in_program(test)
         failed = failed or result == "failed"
-        yield f"{test.get('classname')}.{test.get('name')}", result, float(test.get("time"))
+        # A test with a clock of its own can seem to take longer than its program did.
+        seconds = min(float(test.get("time")), float(case.get("time")))
+        yield f"{test.get('classname')}.{test.get('name')}", result, seconds
     # A program can fail outside of its tests, for example at a leak that a sanitizer finds at the end.
     if result_in_ctest(case) == "failed" and not failed:
         yield case.get("name"), "failed", 0.0
 
 
 def cases_of(report):
-    try:
-        return ElementTree.parse(report).getroot().iter("testcase")
-    except (OSError, ElementTree.ParseError):
-        return []
+    """The tests of a report. What is no report stops the check, since it may hide failures."""
+    # GoogleTest writes the bytes of a test's parameters as they are, and these need be no text.
+    return ElementTree.fromstring(report.read_bytes().decode("utf-8", "replace")).iter("testcase")
 
 
 def result_in_ctest(case):
@@ -54,7 +55,7 @@ def result_in_program(test):
 
 def main():
     what, folder = sys.argv[1], pathlib.Path(sys.argv[2])
-    results = list(read_results(folder))
+    results = list(read_results(folder)) if (folder / "test-results.xml").exists() else []
     if what == "count" and results:
         number = {kind: sum(result == kind for _, result, _ in results) for kind in ("passed", "failed", "skipped")}
         print(f"{number['passed']} passed, {number['failed']} failed, {number['skipped']} skipped")

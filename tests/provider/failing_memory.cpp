@@ -14,8 +14,11 @@ bool isTheLast(std::size_t) {
     return failed = true;
 }
 
+/// Null where the memory is refused.
+void* tryToAllocate(std::size_t size) { return refusal && refusal(size) ? nullptr : std::malloc(size > 0 ? size : 1); }
+
 void* allocate(std::size_t size) {
-    void* block = refusal && refusal(size) ? nullptr : std::malloc(size > 0 ? size : 1);
+    void* block = tryToAllocate(size);
     if (!block) throw std::bad_alloc();
     return block;
 }
@@ -37,6 +40,8 @@ bool allocationFailed() {
 
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
+// std::stable_sort asks in this way. The sanitizer's own form would give what the ones below cannot free.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return tryToAllocate(size); }
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete[](void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }

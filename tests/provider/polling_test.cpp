@@ -8,6 +8,7 @@
 #include "tavik/vpd.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 using namespace adapters;
 
@@ -122,15 +123,27 @@ TEST_F(PollingTest, AClockSetBackDelaysTheNextCheck) {
     EXPECT_EQ(takeChecks(), 1U);
 }
 
-TEST_F(PollingTest, TheIntervalIsReadAfterTheFirstBuild) {
-    if (!isFirstOfProcess()) GTEST_SKIP() << "the settings of this process are read already";
-    writeFile("meroltcna.properties", "LinkStatusPollIntervalSeconds=5\n");
-    tavikLibrary.onInitialize = [&] { writeFile("meroltcna.properties", "LinkStatusPollIntervalSeconds=10\n"); };
-    start();
-    services.pass(10);
-    EXPECT_EQ(takeChecks(), 0U);
-    services.pass(1);
-    EXPECT_EQ(takeChecks(), 1U);
+class FirstReadingTest : public PollingTest {
+public:
+    void TestBody() override {
+        writeFile("meroltcna.properties", "LinkStatusPollIntervalSeconds=5\n");
+        tavikLibrary.onInitialize = [&] { writeFile("meroltcna.properties", "LinkStatusPollIntervalSeconds=10\n"); };
+        start();
+        services.pass(10);
+        EXPECT_EQ(takeChecks(), 0U);
+        services.pass(1);
+        EXPECT_EQ(takeChecks(), 1U);
+    }
+};
+
+// The settings are read once in the life of a process, so this takes one of its own.
+TEST(PollingDeathTest, TheIntervalIsReadAfterTheFirstBuild) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto read = [] {
+        FirstReadingTest().TestBody();
+        std::_Exit(testing::Test::HasFailure() ? 1 : 0);
+    };
+    EXPECT_EXIT(read(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(PollingTest, WithoutAChangeNothingIsRebuiltAndLinksAreStillPolled) {

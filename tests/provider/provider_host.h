@@ -103,9 +103,6 @@ protected:
     Answer deleteInstance(const std::string& className);
     Answer invokeMethod(const std::string& className, const std::string& method);
 
-    /// False if an earlier test of this process had the provider read its settings: they are read once a process.
-    static bool isFirstOfProcess() { return !settingsWereRead; }
-
     // What the server that the provider works with can do, and what it knows of the provider.
 
     bool canJoinThreads() const { return brokerOfProvider(*broker)->xft->joinThread != nullptr; }

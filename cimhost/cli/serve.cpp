@@ -285,7 +285,8 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     handler.endpoint = std::make_unique<Endpoint>(dispatcher, writers, &queue, &figures);
     const MetricsEnd metricsEnd(metrics.get());
     if (metrics) {
-        metrics->start(host, hostOptions.nameSpace, {*settings.traffic, figures, queue, *indications, firstBuild},
+        metrics->start(host, hostOptions.nameSpace,
+                       {*settings.traffic, figures, queue, dispatcher.pulls(), *indications, firstBuild},
                        std::chrono::seconds(options.deadlineSeconds));
         std::cout << "cimhost: metrics at " << urlOf(metrics->options(), metrics->port()) << "/metrics" << std::endl;
     }

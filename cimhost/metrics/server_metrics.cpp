@@ -75,6 +75,14 @@ void writeProvider(Exposition& out, const ServerFigures& figures) {
         .sample({}, std::chrono::duration<double>(figures.firstBuild).count());
 }
 
+void writePulls(Exposition& out, const PullSessions& pulls) {
+    const PullSessions::Figures open = pulls.figures();
+    out.family("merolt_cna_pulled_enumerations", Type::gauge, "Enumerations that clients have opened to pull from.")
+        .sample({}, std::uint64_t{open.sessions});
+    out.family("merolt_cna_pulled_enumerations_bytes", Type::gauge, "What these hold.")
+        .sample({}, std::uint64_t{open.bytes});
+}
+
 void writeTraffic(Exposition& out, const http::Traffic& traffic) {
     out.family("merolt_cna_http_responses", Type::counter,
                "Answers to CIM clients by HTTP status; refusals are 4xx and 5xx.");
@@ -124,6 +132,7 @@ void writeIndications(Exposition& out, IndicationServer& indications) {
 void writeServer(Exposition& out, const ServerFigures& figures) {
     writeRequests(out, figures.requests);
     writeProvider(out, figures);
+    writePulls(out, figures.pulls);
     writeTraffic(out, figures.traffic);
     writeIndications(out, figures.indications);
 }

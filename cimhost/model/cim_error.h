@@ -8,7 +8,7 @@
 namespace cimhost {
 
 struct CimError {
-    CMPIrc code = CMPI_RC_ERR_FAILED; ///< always one of the CIM status codes, 1 to 17
+    CMPIrc code = CMPI_RC_ERR_FAILED; ///< always one of the CIM status codes, 1 to 28 (DSP0200)
     std::string description;          ///< may be empty
 };
 

@@ -1,9 +1,9 @@
 #include "cimhost/service/association_requests.h"
 
 #include "cimhost/cimxml/class_encoder.h"
-#include "cimhost/model/host_name.h"
 #include "cimhost/service/call.h"
 #include "cimhost/service/parameters.h"
+#include "cimhost/service/pull_requests.h"
 
 namespace cimhost {
 
@@ -45,9 +45,6 @@ constexpr Direction toReferences = {referencesFilter, &Operations::references, &
                                     &Operations::referenceClasses};
 
 bool hasFlag(const Call& call, CMPIFlags flag) { return (call.caller.flags & flag) != 0; }
-
-// The name under which the client reached this server leads him here again; the host's own may not.
-std::string hostOf(const Call& call) { return call.caller.host.empty() ? hostName() : call.caller.host; }
 
 void appendInstances(const Call& call, const std::vector<const InstanceObject*>& instances, PropertyList list) {
     const std::string host = hostOf(call);
@@ -123,6 +120,33 @@ void answerWithNames(const Call& call, const Direction& direction) {
     appendPaths(call, found.paths);
 }
 
+// Of a class nothing can be pulled.
+const ObjectPathObject& pulledSource(const Call& call) {
+    return instancePath(call, requiredArgument<cimxml::ObjectPath>(call.request, "InstanceName", "instance name"),
+                        "InstanceName");
+}
+
+void openWithInstances(const Call& call, const Direction& direction) {
+    PulledAnswer answer(call, PulledKind::instances);
+    call.caller.flags = readFlags(call.request, {{"IncludeClassOrigin", CMPI_FLAG_IncludeClassOrigin, false}});
+    const PropertyList list = propertyList(call.request);
+    const AssociationFilter filter = direction.filter(call.request);
+    const ObjectPathObject& source = pulledSource(call);
+    answer.refuseFilter();
+    answer.show(Selection(nullptr, list));
+    (call.operations.*direction.instances)(call.scope, call.caller, source, filter, list, answer);
+    answer.end();
+}
+
+void openWithPaths(const Call& call, const Direction& direction) {
+    PulledAnswer answer(call, PulledKind::paths);
+    const AssociationFilter filter = direction.filter(call.request);
+    const ObjectPathObject& source = pulledSource(call);
+    answer.refuseFilter();
+    (call.operations.*direction.names)(call.scope, call.caller, source, filter, answer);
+    answer.end();
+}
+
 } // namespace
 
 void associators(const Call& call) { answerWithObjects(call, toAssociators); }
@@ -132,5 +156,13 @@ void associatorNames(const Call& call) { answerWithNames(call, toAssociators); }
 void references(const Call& call) { answerWithObjects(call, toReferences); }
 
 void referenceNames(const Call& call) { answerWithNames(call, toReferences); }
+
+void openAssociatorInstances(const Call& call) { openWithInstances(call, toAssociators); }
+
+void openAssociatorInstancePaths(const Call& call) { openWithPaths(call, toAssociators); }
+
+void openReferenceInstances(const Call& call) { openWithInstances(call, toReferences); }
+
+void openReferenceInstancePaths(const Call& call) { openWithPaths(call, toReferences); }
 
 } // namespace cimhost

@@ -1,4 +1,4 @@
-// The four operations that follow associations, from an object or from a class.
+// The operations that follow associations: from an object or from a class, and from an object in several answers.
 #pragma once
 
 namespace cimhost {
@@ -10,5 +10,11 @@ void associators(const Call& call);
 void associatorNames(const Call& call);
 void references(const Call& call);
 void referenceNames(const Call& call);
+
+/// Each appends what stands inside IMETHODRESPONSE. Throws CimFailure.
+void openAssociatorInstances(const Call& call);
+void openAssociatorInstancePaths(const Call& call);
+void openReferenceInstances(const Call& call);
+void openReferenceInstancePaths(const Call& call);
 
 } // namespace cimhost

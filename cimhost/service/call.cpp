@@ -1,5 +1,6 @@
 #include "cimhost/service/call.h"
 
+#include "cimhost/model/host_name.h"
 #include "cimhost/service/parameters.h"
 #include "cimhost/service/request_values.h"
 
@@ -12,6 +13,8 @@ ObjectPathObject& instancePath(const Call& call, const cimxml::ObjectPath& path,
     call.operations.findClass(call.request.nameSpace, path.className);
     return makePath(call.scope, call.request.nameSpace, path);
 }
+
+std::string hostOf(const Call& call) { return call.caller.host.empty() ? hostName() : call.caller.host; }
 
 bool isListed(const std::vector<std::string>& names, std::string_view name) {
     return std::any_of(names.begin(), names.end(), [&](const std::string& listed) { return equalNames(listed, name); });

@@ -6,10 +6,13 @@
 #include "cimhost/service/change_note.h"
 #include "cimhost/service/operations.h"
 
+#include <string>
 #include <string_view>
 #include <vector>
 
 namespace cimhost {
+
+class PullSessions;
 
 struct Call {
     Operations& operations;
@@ -18,11 +21,16 @@ struct Call {
     Caller& caller;
     cimxml::Encoder& encoder;
     ChangeNote& change;
+    PullSessions& pulls;
 };
 
 /// The path that a parameter names, in the namespace of the request. Namespace and class are judged before the keys: a
 /// key means nothing without its class. Throws CimFailure.
 ObjectPathObject& instancePath(const Call& call, const cimxml::ObjectPath& path, std::string_view parameter);
+
+/// How paths in an answer call this server: the name under which the client reached it leads him here again; the host's
+/// own may not.
+std::string hostOf(const Call& call);
 
 bool isListed(const std::vector<std::string>& names, std::string_view name);
 

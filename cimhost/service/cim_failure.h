@@ -10,6 +10,13 @@
 
 namespace cimhost {
 
+// Statuses of DSP0200 1.4 that came behind the tables of CMPI.
+constexpr auto invalidEnumerationContext = static_cast<CMPIrc>(21);
+constexpr auto invalidOperationTimeout = static_cast<CMPIrc>(22);
+constexpr auto filteredEnumerationNotSupported = static_cast<CMPIrc>(25);
+constexpr auto continuationOnErrorNotSupported = static_cast<CMPIrc>(26);
+constexpr auto serverLimitsExceeded = static_cast<CMPIrc>(27);
+
 /// Thrown by the operations; becomes the ERROR that a client gets.
 class CimFailure : public std::runtime_error {
 public:
@@ -22,6 +29,9 @@ public:
 private:
     CimError reason;
 };
+
+/// The status itself; CMPI_RC_ERR_FAILED for what is no status of CIM.
+CMPIrc knownStatus(CMPIrc code) noexcept;
 
 /// "CIM_ERR_NOT_FOUND" for 6; "CIM_ERR_FAILED" for what is no status of CIM.
 std::string_view statusName(CMPIrc code) noexcept;

@@ -5,6 +5,7 @@
 #include "cimhost/service/call.h"
 #include "cimhost/service/method_requests.h"
 #include "cimhost/service/parameters.h"
+#include "cimhost/service/pull_requests.h"
 #include "cimhost/service/request_values.h"
 
 #include <algorithm>
@@ -142,10 +143,13 @@ void getQualifier(const Call& call) {
                                        call.operations.findQualifier(call.request.nameSpace, name.texts[0]));
 }
 
-enum class Returns { nothing, value };
+// What an operation appends to its answer: nothing, what stands inside IRETURNVALUE, or that with its output
+// parameters.
+enum class Returns { nothing, value, valueAndOutput };
 
-// What an operation is about: declarations; the instances of a class, or what they are associated with.
-enum class About { classes, instances, associations };
+// What an operation is about: declarations; the instances of a class, or what they are associated with; what the server
+// keeps of an enumeration.
+enum class About { classes, instances, associations, sessions };
 
 struct OperationRow {
     std::string_view name;
@@ -173,6 +177,16 @@ constexpr OperationRow operationRows[] = {
     {"AssociatorNames",        Access::read,   Returns::value,   About::associations, associatorNames,        "ObjectName AssocClass ResultClass Role ResultRole"},
     {"References",             Access::read,   Returns::value,   About::associations, references,             "ObjectName ResultClass Role IncludeQualifiers IncludeClassOrigin PropertyList"},
     {"ReferenceNames",         Access::read,   Returns::value,   About::associations, referenceNames,         "ObjectName ResultClass Role"},
+
+    {"OpenEnumerateInstances",      Access::read, Returns::valueAndOutput, About::instances,    openEnumerateInstances,      "ClassName DeepInheritance IncludeClassOrigin PropertyList FilterQueryLanguage FilterQuery OperationTimeout ContinueOnError MaxObjectCount"},
+    {"OpenEnumerateInstancePaths",  Access::read, Returns::valueAndOutput, About::instances,    openEnumerateInstancePaths,  "ClassName FilterQueryLanguage FilterQuery OperationTimeout ContinueOnError MaxObjectCount"},
+    {"OpenAssociatorInstances",     Access::read, Returns::valueAndOutput, About::associations, openAssociatorInstances,     "InstanceName AssocClass ResultClass Role ResultRole IncludeClassOrigin PropertyList FilterQueryLanguage FilterQuery OperationTimeout ContinueOnError MaxObjectCount"},
+    {"OpenAssociatorInstancePaths", Access::read, Returns::valueAndOutput, About::associations, openAssociatorInstancePaths, "InstanceName AssocClass ResultClass Role ResultRole FilterQueryLanguage FilterQuery OperationTimeout ContinueOnError MaxObjectCount"},
+    {"OpenReferenceInstances",      Access::read, Returns::valueAndOutput, About::associations, openReferenceInstances,      "InstanceName ResultClass Role IncludeClassOrigin PropertyList FilterQueryLanguage FilterQuery OperationTimeout ContinueOnError MaxObjectCount"},
+    {"OpenReferenceInstancePaths",  Access::read, Returns::valueAndOutput, About::associations, openReferenceInstancePaths,  "InstanceName ResultClass Role FilterQueryLanguage FilterQuery OperationTimeout ContinueOnError MaxObjectCount"},
+    {"PullInstancesWithPath",       Access::read, Returns::valueAndOutput, About::sessions,     pullInstancesWithPath,       "EnumerationContext MaxObjectCount"},
+    {"PullInstancePaths",           Access::read, Returns::valueAndOutput, About::sessions,     pullInstancePaths,           "EnumerationContext MaxObjectCount"},
+    {"CloseEnumeration",            Access::read, Returns::nothing,        About::sessions,     closeEnumeration,            "EnumerationContext"},
 };
 // clang-format on
 
@@ -222,7 +236,7 @@ void runOperation(const Call& call) {
     const OperationRow& row = rowFor(call.request);
     require(row.needs, call.caller);
     refuseUnknownParameters(call.request, row.parameters);
-    if (row.returns == Returns::nothing) return row.run(call);
+    if (row.returns != Returns::value) return row.run(call);
     call.encoder.raw("<IRETURNVALUE>");
     row.run(call);
     call.encoder.raw("</IRETURNVALUE>");
@@ -235,8 +249,10 @@ CimError errorOf(const std::exception& failure) {
 
 } // namespace
 
-Dispatcher::Dispatcher(Operations& behind, Broker& owner, AuditLog* changes, std::size_t most)
-    : operations(behind), broker(owner), audit(changes), longestAnswer(most), tags(behind.repository()) {}
+Dispatcher::Dispatcher(Operations& behind, Broker& owner, AuditLog* changes, std::size_t most,
+                       const PullOptions& pullOptions)
+    : operations(behind), broker(owner), audit(changes), longestAnswer(most), tags(behind.repository()),
+      sessions(pullOptions) {}
 
 void Dispatcher::tell(const Request& request, const Caller& caller, const ChangeNote& change) const {
     if (!audit || accessFor(request) == Access::read) return;
@@ -299,7 +315,7 @@ Dispatcher::Answer Dispatcher::answer(const Request& request, Caller caller) {
     std::optional<CimError> error;
     try {
         RequestScope scope(broker);
-        runOperation({operations, scope, request, caller, encoder, change});
+        runOperation({operations, scope, request, caller, encoder, change, sessions});
         message.end();
     } catch (const ByteBuffer::Full&) {
         error = tooLong();
@@ -340,7 +356,8 @@ std::size_t Dispatcher::operationOf(const Request& request) {
 bool Dispatcher::needsProvider(const Request& request, const Caller& caller) const {
     if (request.kind == Request::Kind::extrinsic) return mayDo(Access::change, caller);
     const OperationRow* row = findRow(request);
-    if (!row || row->about == About::classes || !mayDo(row->needs, caller)) return false;
+    if (!row || row->about == About::classes || row->about == About::sessions) return false;
+    if (!mayDo(row->needs, caller)) return false;
     // A subscription is the server's own, but the provider hears of it.
     if (row->needs == Access::change) return true;
     const ClassDeclaration* subject = operations.repository().find(request.nameSpace, subjectOf(request));

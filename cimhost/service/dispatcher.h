@@ -6,6 +6,7 @@
 #include "cimhost/service/audit.h"
 #include "cimhost/service/change_note.h"
 #include "cimhost/service/operations.h"
+#include "cimhost/service/pull_sessions.h"
 
 #include <atomic>
 #include <cstddef>
@@ -23,7 +24,7 @@ public:
     /// All outlive the dispatcher; the broker is the one whose repository the operations use. Without an audit log
     /// nobody hears of changes. Whoever asks for more than longestAnswer bytes is told so in place of it.
     Dispatcher(Operations& operations, Broker& broker, AuditLog* audit = nullptr,
-               std::size_t longestAnswer = longestAnswerDocument);
+               std::size_t longestAnswer = longestAnswerDocument, const PullOptions& pullOptions = {});
 
     /// The response message: a result, or an ERROR with a CIM status. Never throws for what a request or a provider
     /// does. caller.flags are set from the request's parameters. Who asks by a further name of a namespace reads that
@@ -53,6 +54,9 @@ public:
     /// What the request is, such as "flash update", if no two of that may be under way; or empty.
     [[nodiscard]] std::string_view aloneAs(const cimxml::Request& request) const;
 
+    /// What clients read in several answers.
+    [[nodiscard]] const PullSessions& pulls() const noexcept { return sessions; }
+
 private:
     Answer answer(const cimxml::Request& request, Caller caller);
     [[nodiscard]] CimError tooLong() const;
@@ -63,6 +67,7 @@ private:
     AuditLog* audit;
     const std::size_t longestAnswer;
     cimxml::TagTable tags;
+    PullSessions sessions;
     std::atomic<std::size_t> lastSize = 4096; // answers resemble each other: room for the next one
 };
 

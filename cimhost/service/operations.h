@@ -110,6 +110,9 @@ public:
     [[nodiscard]] std::vector<const ClassDeclaration*>
     referenceClasses(std::string_view nameSpace, std::string_view className, const AssociationFilter& filter) const;
 
+    /// CIM_ERR_INVALID_NAMESPACE.
+    void requireNamespace(std::string_view nameSpace) const;
+
     /// CIM_ERR_INVALID_NAMESPACE, or the given status for an unknown class.
     const ClassDeclaration& findClass(std::string_view nameSpace, std::string_view className,
                                       CMPIrc unknownClass = CMPI_RC_ERR_INVALID_CLASS) const;
@@ -145,7 +148,6 @@ public:
 
 private:
     [[nodiscard]] std::vector<const ClassDeclaration*> servedClasses(const ClassDeclaration& declaration) const;
-    void requireNamespace(std::string_view nameSpace) const;
     void requireServed(const ClassDeclaration& declaration) const;
     [[nodiscard]] bool servesAssociations(std::string_view nameSpace) const;
     void requireClasses(std::string_view nameSpace, const AssociationFilter& filter) const;

@@ -1,6 +1,8 @@
 #include "cimhost/service/parameters.h"
 
+#include "cimhost/model/cim_type.h"
 #include "cimhost/model/names.h"
+#include "cimhost/model/text_lines.h"
 
 #include <algorithm>
 #include <utility>
@@ -60,13 +62,27 @@ std::string requiredClassName(const Request& request, std::string_view name) {
     return std::move(*className);
 }
 
-std::string roleParameter(const Request& request, std::string_view name) {
+std::optional<std::string> textParameter(const Request& request, std::string_view name) {
     const Argument* argument = givenParameter(request, name);
-    if (!argument) return {};
+    if (!argument) return std::nullopt;
     const auto* value = std::get_if<cimxml::Value>(argument);
     if (!value || value->isArray || value->texts.size() != 1) refuseParameter(name, "no text");
-    if (!isLegalName(value->texts[0])) refuseParameter(name, "no property can have this name");
     return std::string(value->texts[0]);
+}
+
+std::optional<std::uint32_t> numberParameter(const Request& request, std::string_view name) {
+    const std::optional<std::string> text = textParameter(request, name);
+    if (!text) return std::nullopt;
+    const std::optional<IntegerValue> number = parseInteger(trim(*text));
+    if (!number || !fitsInteger(CMPI_uint32, *number)) refuseParameter(name, "no uint32");
+    return static_cast<std::uint32_t>(number->magnitude);
+}
+
+std::string roleParameter(const Request& request, std::string_view name) {
+    std::optional<std::string> role = textParameter(request, name);
+    if (!role) return {};
+    if (!isLegalName(*role)) refuseParameter(name, "no property can have this name");
+    return std::move(*role);
 }
 
 PropertyList propertyList(const Request& request) {

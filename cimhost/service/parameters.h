@@ -5,6 +5,7 @@
 #include "cimhost/cimxml/request.h"
 #include "cimhost/service/cim_failure.h"
 
+#include <cstdint>
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -26,6 +27,11 @@ std::string requiredClassName(const cimxml::Request& request, std::string_view n
 
 /// The name of a reference property, empty where the parameter is absent or null.
 std::string roleParameter(const cimxml::Request& request, std::string_view name);
+
+/// A text; nothing where the parameter is absent or null.
+std::optional<std::string> textParameter(const cimxml::Request& request, std::string_view name);
+/// A uint32; nothing where the parameter is absent or null.
+std::optional<std::uint32_t> numberParameter(const cimxml::Request& request, std::string_view name);
 
 PropertyList propertyList(const cimxml::Request& request);
 

@@ -1,5 +1,7 @@
 #include "cimhost/service/request_figures.h"
 
+#include "cimhost/service/cim_failure.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -14,9 +16,8 @@ void DurationHistogram::add(std::chrono::steady_clock::duration duration) noexce
 
 void RequestFigures::answered(std::size_t operation, CMPIrc status,
                               std::chrono::steady_clock::duration duration) noexcept {
-    const auto code = static_cast<std::size_t>(status);
     Operation& counted = byOperation[std::min(operation, operations - 1)];
-    ++counted.answers[code < statuses ? code : static_cast<std::size_t>(CMPI_RC_ERR_FAILED)];
+    ++counted.answers[static_cast<std::size_t>(knownStatus(status))];
     counted.durations.add(duration);
 }
 

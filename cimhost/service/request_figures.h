@@ -33,8 +33,8 @@ private:
 struct RequestFigures {
     /// Operations by their places in Dispatcher::operationNames(), and CIM statuses (DSP0200); a greater one counts as
     /// CMPI_RC_ERR_FAILED.
-    static constexpr std::size_t operations = 20;
-    static constexpr std::size_t statuses = 18;
+    static constexpr std::size_t operations = 32;
+    static constexpr std::size_t statuses = 29;
 
     struct Operation {
         std::array<std::atomic<std::uint64_t>, statuses> answers{};

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The exchange of a WBEM client library with a server that it meets for the first time, message by message: it looks for
-the interop namespace, the server's brand, the profiles and what keeps to them, and takes out a subscription, in the
-order and form in which pywbem does so.
+the interop namespace, the server's brand, the profiles and what keeps to them, reads the adapters in several answers, and
+takes out a subscription, in the order and form in which pywbem does so.
 
 usage: management_client.py URL LISTENER COMMAND...
 
@@ -33,6 +33,17 @@ class Connection:
 
     def call(self, namespace, method, parameters=""):
         """The elements inside IRETURNVALUE. parameters are IPARAMVALUE elements."""
+        value = self.response(namespace, method, parameters).find("IRETURNVALUE")
+        return [] if value is None else list(value)
+
+    def pull(self, namespace, method, parameters):
+        """The elements, and the context of the next request: None behind the last element."""
+        response = self.response(namespace, method, parameters)
+        output = {element.get("NAME"): element.findtext("VALUE") for element in response.findall("PARAMVALUE")}
+        is_end = {"true": True, "false": False}[output["EndOfSequence"].lower()]
+        return list(response.find("IRETURNVALUE")), None if is_end else output["EnumerationContext"]
+
+    def response(self, namespace, method, parameters):
         message = (
             '<?xml version="1.0" encoding="utf-8" ?>\n<CIM CIMVERSION="2.0" DTDVERSION="2.0">'
             '<MESSAGE ID="1001" PROTOCOLVERSION="1.0"><SIMPLEREQ>'
@@ -51,8 +62,7 @@ class Connection:
         error = answer.find("ERROR")
         if error is not None:
             raise CimError(int(error.get("CODE")), error.get("DESCRIPTION", ""))
-        value = answer.find("IRETURNVALUE")
-        return [] if value is None else list(value)
+        return answer
 
     def enumerate(self, namespace, class_name):
         found = self.call(namespace, "EnumerateInstances", class_parameter("ClassName", class_name))
@@ -66,6 +76,10 @@ def local_namespace(name):
 
 def parameter(name, value):
     return f'<IPARAMVALUE NAME="{name}">{value}</IPARAMVALUE>'
+
+
+def number_parameter(name, number):
+    return parameter(name, f"<VALUE>{number}</VALUE>")
 
 
 def class_parameter(name, class_name):
@@ -157,10 +171,73 @@ def look_around(server, interop, checks):
     checks.true("Key is among the qualifiers", "Key" in [element.get("NAME") for element in qualifiers])
     checks.equal("one qualifier", 1,
                  len(server.call(interop, "GetQualifier", parameter("QualifierName", "<VALUE>Key</VALUE>"))))
-    checks.refused("pull operations", 7, lambda: server.call(
-        interop, "OpenEnumerateInstances",
-        class_parameter("ClassName", "CIM_Namespace") + parameter("MaxObjectCount", "<VALUE>10</VALUE>")))
+    checks.refused("pulled queries", 7, lambda: server.call(
+        interop, "OpenQueryInstances",
+        parameter("FilterQueryLanguage", "<VALUE>DMTF:CQL</VALUE>") +
+        parameter("FilterQuery", "<VALUE>SELECT * FROM CIM_Namespace</VALUE>") + number_parameter("MaxObjectCount", 10)))
     return value_of(managers[0][1], "SystemName")
+
+
+def iterate(server, namespace, opening, source, most):
+    """What an iterator over an enumeration yields; `most` elements come with each answer."""
+    pulling = "PullInstancePaths" if opening.endswith("Paths") else "PullInstancesWithPath"
+    found, context = server.pull(namespace, opening, source + number_parameter("MaxObjectCount", most))
+    while context is not None:
+        more, context = server.pull(
+            namespace, pulling,
+            parameter("EnumerationContext", f"<VALUE>{context}</VALUE>") + number_parameter("MaxObjectCount", most))
+        found += more
+    return found
+
+
+def read_in_pieces(server, checks):
+    """Each iterator yields what the plain operation does, whatever comes with one answer."""
+    namespace, ports = "root/merolt_cmpi", class_parameter("ClassName", "CIM_NetworkPort")
+    port = server.call(namespace, "EnumerateInstanceNames", ports)[0]
+    source, plain_source = name_parameter("InstanceName", port), name_parameter("ObjectName", port)
+    for opening, plain, parameters, plain_parameters in (
+            ("OpenEnumerateInstances", "EnumerateInstances", ports, ports),
+            ("OpenEnumerateInstancePaths", "EnumerateInstanceNames", ports, ports),
+            ("OpenAssociatorInstances", "Associators", source, plain_source),
+            ("OpenAssociatorInstancePaths", "AssociatorNames", source, plain_source),
+            ("OpenReferenceInstances", "References", source, plain_source),
+            ("OpenReferenceInstancePaths", "ReferenceNames", source, plain_source)):
+        expected = [canonical(next(element.iter("INSTANCENAME")))
+                    for element in server.call(namespace, plain, plain_parameters)]
+        checks.true(f"{plain} finds several objects", len(expected) > 2)
+        for most in (1, 2, 1000):
+            found = iterate(server, namespace, opening, parameters, most)
+            checks.equal(f"element of {opening}",
+                         {"INSTANCEPATH"} if opening.endswith("Paths") else {"VALUE.INSTANCEWITHPATH"},
+                         {element.tag for element in found})
+            checks.equal(f"{opening}, {most} with each answer", expected,
+                         [canonical(next(element.iter("INSTANCENAME"))) for element in found])
+
+
+def stop_reading(server, checks):
+    """An iterator that is given up closes its enumeration; a context goes with one request, one user, one namespace."""
+    namespace = "root/merolt_cmpi"
+    found, context = server.pull(
+        namespace, "OpenEnumerateInstances",
+        class_parameter("ClassName", "CIM_NetworkPort") + parameter("DeepInheritance", "<VALUE>FALSE</VALUE>") +
+        parameter("IncludeClassOrigin", "<VALUE>TRUE</VALUE>") +
+        parameter("PropertyList", "<VALUE.ARRAY><VALUE>Speed</VALUE></VALUE.ARRAY>") +
+        number_parameter("OperationTimeout", 20) + parameter("ContinueOnError", "<VALUE>FALSE</VALUE>") +
+        number_parameter("MaxObjectCount", 1))
+    shown = [(property.get("NAME"), property.get("CLASSORIGIN")) for property in found[0].find("INSTANCE")]
+    checks.equal("the properties of an instance in a list of properties", [("Speed", "CIM_LogicalPort")], shown)
+    given = parameter("EnumerationContext", f"<VALUE>{context}</VALUE>")
+    one_more = given + number_parameter("MaxObjectCount", 1)
+    checks.refused("a context in another namespace", 21, lambda: server.call("interop", "CloseEnumeration", given))
+    checks.refused("instances for paths", 21, lambda: server.call(namespace, "PullInstancePaths", one_more))
+    server.call(namespace, "CloseEnumeration", given)
+    checks.refused("a closed enumeration", 21, lambda: server.call(namespace, "PullInstancesWithPath", one_more))
+    checks.refused("what is closed already", 21, lambda: server.call(namespace, "CloseEnumeration", given))
+    for name, value, code in (("OperationTimeout", "0", 22), ("OperationTimeout", "100000", 22),
+                              ("ContinueOnError", "TRUE", 26), ("FilterQuery", "Speed = 1", 25)):
+        checks.refused(f"{name} {value}", code, lambda: server.call(  # noqa: B023
+            namespace, "OpenEnumerateInstances",
+            class_parameter("ClassName", "CIM_NetworkPort") + parameter(name, f"<VALUE>{value}</VALUE>")))
 
 
 def central_instances(server, interop, checks):
@@ -244,6 +321,8 @@ def main(url, listener, *command):
     interop = find_interop(server, checks)
     system = look_around(server, interop, checks)
     central_instances(server, interop, checks)
+    read_in_pieces(server, checks)
+    stop_reading(server, checks)
     subscriber = Subscriber(server, interop, system, checks)
     subscriber.subscribe(listener)
     subscriber.recover()

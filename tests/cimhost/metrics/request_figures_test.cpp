@@ -1,11 +1,13 @@
 // What is counted of requests.
 #include "cimhost/service/request_figures.h"
 
+#include "cimhost/service/cim_failure.h"
 #include "cimhost/service/dispatcher.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 
 namespace cimhost {
@@ -26,6 +28,18 @@ TEST(DurationHistogram, PutsADurationIntoTheFirstBucketThatHoldsIt) {
 
 TEST(RequestFigures, HaveRoomForEveryOperation) {
     EXPECT_LE(Dispatcher::operationNames().size(), RequestFigures::operations);
+}
+
+TEST(RequestFigures, HaveRoomForEveryStatusAndANameForEachThatTheyCount) {
+    for (int code = 1; code < 256; ++code) {
+        const CMPIrc known = knownStatus(static_cast<CMPIrc>(code));
+        EXPECT_LT(static_cast<std::size_t>(known), RequestFigures::statuses);
+        EXPECT_TRUE(static_cast<int>(known) == code || known == CMPI_RC_ERR_FAILED) << code;
+        EXPECT_EQ(statusName(static_cast<CMPIrc>(code)), statusName(known));
+    }
+    EXPECT_EQ(statusName(static_cast<CMPIrc>(21)), "CIM_ERR_INVALID_ENUMERATION_CONTEXT");
+    EXPECT_EQ(statusName(static_cast<CMPIrc>(27)), "CIM_ERR_SERVER_LIMITS_EXCEEDED");
+    EXPECT_EQ(knownStatus(CMPI_RC_NO_MORE_ELEMENTS), CMPI_RC_ERR_FAILED);
 }
 
 TEST(RequestFigures, CountAStatusThatCimDoesNotHaveAsAFailure) {

@@ -237,8 +237,7 @@ FakeHost::FakeHost() {
 std::string FakeHost::handle(const std::string& document) {
     const auto decoded = cimxml::decodeRequest(document);
     if (const auto* error = std::get_if<cimxml::ProtocolError>(&decoded)) return error->message;
-    return std::string(
-        dispatcher->handle(std::get<cimxml::Request>(decoded), Caller{"anna", "", 0, "", access}).view());
+    return std::string(dispatcher->handle(std::get<cimxml::Request>(decoded), Caller{user, "", 0, "", access}).view());
 }
 
 std::string FakeHost::call(const std::string& method, const std::string& parameters, const std::string& nameSpace) {

@@ -87,6 +87,7 @@ public:
     std::string handle(const std::string& document);
 
     Access access = Access::change; // of whoever asks
+    std::string user = "anna";
     ClassRepository repository;
     Registration registration;
     FakeProvider provider;

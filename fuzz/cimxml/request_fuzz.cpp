@@ -1,5 +1,6 @@
 // A posted document goes all the way: decoded, answered by the operations over a small class set without a provider
-// library, and the answer must be XML that our own strict parser takes.
+// library, and the answer must be XML that our own strict parser takes. {context} in a document stands for the context
+// of an enumeration that has just been opened.
 
 #include "cimhost/cimxml/request.h"
 #include "cimhost/service/dispatcher.h"
@@ -7,6 +8,9 @@
 #include <expat.h>
 
 #include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
 
 namespace {
 
@@ -103,8 +107,28 @@ struct World {
     EchoProvider provider;
     Broker broker{repository};
     Operations operations{repository, registration, provider};
-    Dispatcher dispatcher{operations, broker};
+    std::unique_ptr<Dispatcher> dispatcher;
 };
+
+constexpr std::string_view openRequest =
+    "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
+    "<IMETHODCALL NAME=\"OpenEnumerateInstances\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE "
+    "NAME=\"ns\"/>"
+    "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_Port\"/></IPARAMVALUE></IMETHODCALL>"
+    "</SIMPLEREQ></MESSAGE></CIM>";
+
+// The same with a context that is good for it.
+std::string withContext(Dispatcher& dispatcher, std::string document) {
+    constexpr std::string_view marker = "{context}";
+    const std::size_t place = document.find(marker);
+    if (place == std::string::npos) return document;
+    const auto request = std::get<cimxml::Request>(cimxml::decodeRequest(openRequest));
+    const ByteBuffer answer = dispatcher.handle(request, {});
+    constexpr std::string_view opening = "NAME=\"EnumerationContext\" PARAMTYPE=\"string\"><VALUE>";
+    const std::size_t begin = answer.view().find(opening);
+    if (begin == std::string_view::npos) std::abort();
+    return document.replace(place, marker.size(), answer.view().substr(begin + opening.size(), 32));
+}
 
 void requireXml(std::string_view document) {
     XML_Parser parser = XML_ParserCreate(nullptr);
@@ -133,11 +157,15 @@ void requireSame(const Decoded& one, const Decoded& other) {
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     static World world;
-    const std::string_view document(reinterpret_cast<const char*>(data), size);
+    // What one document opens is no affair of the next one.
+    if (!world.dispatcher || world.dispatcher->pulls().figures().sessions > 0) {
+        world.dispatcher = std::make_unique<Dispatcher>(world.operations, world.broker);
+    }
+    const std::string document = withContext(*world.dispatcher, {reinterpret_cast<const char*>(data), size});
     const Decoded decoded = cimxml::decodeRequest(document);
     requireSame(decoded, decodeInPieces(document, 1 + size % 97));
     if (const auto* request = std::get_if<cimxml::Request>(&decoded)) {
-        requireXml(world.dispatcher.handle(*request, {}).view());
+        requireXml(world.dispatcher->handle(*request, {}).view());
     }
     return 0;
 }

@@ -35,13 +35,14 @@ std::string newContext() {
     return text;
 }
 
-[[noreturn]] void refuseAll(const std::string& reason) { throw CimFailure(serverLimitsExceeded, reason); }
+[[noreturn]] void refuse(const std::string& reason) { throw CimFailure(serverLimitsExceeded, reason); }
 
 std::string mebibytes(std::size_t bytes) { return std::to_string(bytes >> 20) + " MiB"; }
 
 } // namespace
 
 PullSession::~PullSession() {
+    if (!isCounted) return;
     std::size_t charged = 0;
     for (const Piece& piece : pieces)
         charged += piece.charged;
@@ -73,8 +74,8 @@ void PullSession::seal() {
 void PullSession::moveTo(ByteBuffer& answer, std::uint32_t count) {
     emptyPulls = count == 0 ? emptyPulls + 1 : 0;
     if (emptyPulls > sessions.options().emptyPulls) {
-        refuseAll("more than " + std::to_string(sessions.options().emptyPulls) +
-                  " requests in a row have pulled nothing: the enumeration is closed");
+        refuse("more than " + std::to_string(sessions.options().emptyPulls) +
+               " requests in a row have pulled nothing: the enumeration is closed");
     }
     const std::size_t begin = answer.size();
     for (; count > 0 && !pieces.empty() && answer.size() - begin < sessions.options().bytesOfAnswer; --count) {
@@ -98,31 +99,29 @@ PullSessions::~PullSessions() {
 }
 
 std::unique_ptr<PullSession> PullSessions::open(PullOwner owner, std::chrono::seconds timeout) {
-    {
-        const std::lock_guard lock(mutex);
-        if (all.sessions >= settings.sessions) {
-            refuseAll("as many enumerations are open as may be, " + std::to_string(settings.sessions));
-        }
-        Figures& own = users[owner.user];
-        if (own.sessions >= settings.sessionsOfOne) {
-            refuseAll("this user has as many open enumerations as one may have, " +
-                      std::to_string(settings.sessionsOfOne));
-        }
-        ++own.sessions;
-        ++all.sessions;
+    std::unique_ptr<PullSession> session(new PullSession(*this, std::move(owner), timeout));
+    const std::lock_guard lock(mutex);
+    if (all.sessions >= settings.sessions) {
+        refuse("as many enumerations are open as may be, " + std::to_string(settings.sessions));
     }
-    return std::unique_ptr<PullSession>(new PullSession(*this, std::move(owner), timeout));
+    Figures& own = users[session->owner.user];
+    if (own.sessions >= settings.sessionsOfOne) {
+        refuse("this user has as many open enumerations as one may have, " + std::to_string(settings.sessionsOfOne));
+    }
+    ++own.sessions;
+    ++all.sessions;
+    session->isCounted = true;
+    return session;
 }
 
 void PullSessions::charge(const std::string& user, std::size_t bytes) {
     const std::lock_guard lock(mutex);
     Figures& own = users[user];
     if (bytes > settings.bytes - std::min(all.bytes, settings.bytes)) {
-        refuseAll("the open enumerations hold as much as they may, " + mebibytes(settings.bytes));
+        refuse("the open enumerations hold as much as they may, " + mebibytes(settings.bytes));
     }
     if (bytes > settings.bytesOfOne - std::min(own.bytes, settings.bytesOfOne)) {
-        refuseAll("the open enumerations of this user hold as much as one user's may, " +
-                  mebibytes(settings.bytesOfOne));
+        refuse("the open enumerations of this user hold as much as one user's may, " + mebibytes(settings.bytesOfOne));
     }
     own.bytes += bytes;
     all.bytes += bytes;

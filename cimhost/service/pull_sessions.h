@@ -88,6 +88,7 @@ private:
     std::deque<Piece> pieces;
     Piece gathered; // of which the next piece is made
     std::size_t emptyPulls = 0;
+    bool isCounted = false; // among the sessions
 };
 
 class PullSessions {

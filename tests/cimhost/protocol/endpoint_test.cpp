@@ -86,6 +86,27 @@ TEST_F(EndpointTest, AHostIsOnlyText) {
     EXPECT_THAT(std::string(response.body.view()), HasSubstr("<HOST>&lt;/HOST&gt;&amp;</HOST>"));
 }
 
+TEST_F(EndpointTest, AnEnumerationIsReadOnByTheUserWhoOpenedIt) {
+    const auto ask = [&](const std::string& user, const std::string& method, const std::string& parameters) {
+        const std::string body = "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" "
+                                 "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><IMETHODCALL NAME=\"" +
+                                 method + "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root/ns\"/></LOCALNAMESPACEPATH>" +
+                                 parameters + "</IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+        return std::string(exchange({"POST", "/cimom", {{"CIMOperation", "MethodCall"}}, body, user}).body.view());
+    };
+    const std::string opened = ask("anna", "OpenEnumerateInstances", testing_support::className("T_Port"));
+    const std::string before = "NAME=\"EnumerationContext\" PARAMTYPE=\"string\"><VALUE>";
+    const std::size_t place = opened.find(before);
+    ASSERT_NE(place, std::string::npos) << opened;
+    const std::string parameters =
+        testing_support::parameter("EnumerationContext",
+                                   "<VALUE>" + opened.substr(place + before.size(), 32) + "</VALUE>") +
+        testing_support::parameter("MaxObjectCount", "<VALUE>10</VALUE>");
+    EXPECT_THAT(ask("berta", "PullInstancesWithPath", parameters), HasSubstr("<ERROR CODE=\"21\""));
+    EXPECT_THAT(ask("", "PullInstancesWithPath", parameters), HasSubstr("<ERROR CODE=\"21\""));
+    EXPECT_THAT(ask("anna", "PullInstancesWithPath", parameters), HasSubstr("<VALUE.INSTANCEWITHPATH>"));
+}
+
 TEST_F(EndpointTest, AMessageInPiecesIsAnsweredAsAWholeOne) {
     const http::Request request{"POST", "/cimom", {{"CIMOperation", "MethodCall"}}, associatorNames, ""};
     const http::Response whole = exchange(request);

@@ -251,6 +251,12 @@ TEST_F(PulledEnumeration, IsGoneBehindItsEnd) {
     EXPECT_THAT(pullPaths(""), StartsWith(error(21)));
 }
 
+TEST_F(PulledEnumeration, EndsWithTheServer) {
+    const std::string context = contextOf(openPorts());
+    useOptions({});
+    EXPECT_THAT(pullPaths(context), StartsWith(error(21)));
+}
+
 TEST_F(PulledEnumeration, EachAnswerHasAContextOfItsOwnThatIsGoodOnce) {
     const std::string first = contextOf(openPorts());
     const std::string second = contextOf(pullPaths(first));

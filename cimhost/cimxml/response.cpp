@@ -123,20 +123,20 @@ Response readDocument(XmlElement& root, const Asked& asked) {
 
 } // namespace
 
-CimError readError(const XmlElement& element) {
-    CimError error;
-    const std::string& code = *element.attribute("CODE");
-    if (const std::string* description = element.attribute("DESCRIPTION")) error.description = *description;
+CimError statusError(std::string_view code, std::string description) {
     unsigned number = 0;
     const auto [end, failure] = std::from_chars(code.data(), code.data() + code.size(), number);
     const bool isNumber = failure == std::errc() && end == code.data() + code.size();
     if (isNumber && number >= CMPI_RC_ERR_FAILED && number <= CMPI_RC_ERR_METHOD_NOT_FOUND) {
-        error.code = static_cast<CMPIrc>(number);
-        return error;
+        return {static_cast<CMPIrc>(number), std::move(description)};
     }
-    error.code = CMPI_RC_ERR_FAILED;
-    error.description = "status " + code.substr(0, 16) + (error.description.empty() ? "" : ": ") + error.description;
-    return error;
+    return {CMPI_RC_ERR_FAILED,
+            "status " + std::string(code.substr(0, 16)) + (description.empty() ? "" : ": ") + description};
+}
+
+CimError readError(const XmlElement& element) {
+    const std::string* description = element.attribute("DESCRIPTION");
+    return statusError(*element.attribute("CODE"), description ? *description : std::string());
 }
 
 struct ResponseReader::State {

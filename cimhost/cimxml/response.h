@@ -77,6 +77,10 @@ private:
 /// An instance that stands as a text in a property or a parameter. Nothing if the text is none, as where it is a class.
 std::optional<Instance> decodeEmbeddedInstance(std::string_view text, const XmlLimits& limits = {});
 
+/// An error that a server tells by a number and words. A number that is no status of CIM is CIM_ERR_FAILED, with the
+/// number in front of the words.
+CimError statusError(std::string_view code, std::string description);
+
 /// The status and the words of an ERROR element.
 CimError readError(const XmlElement& element);
 

@@ -60,6 +60,7 @@ void Connection::start() {
 void Connection::close() {
     isClosed = true;
     stream->close();
+    if (backlog) backlog->abandon();
     if (!awaited) return;
     *awaited = false;
     // Whoever closes all connections goes through a list of them, which the last share of this one leaves.
@@ -279,7 +280,7 @@ void Connection::answerKnown() {
     waiting = shared_from_this();
     running.emplace(keepRunning());
     host.watchForLeaving();
-    auto reply = std::make_shared<ConnectionReply>(host.mailbox, weak_from_this(), awaited);
+    auto reply = std::make_shared<ConnectionReply>(host.mailbox, weak_from_this(), awaited, takesPieces(*parser));
     asio::post(host.workers,
                [&handler = host.handler, reader = std::move(bodyReader), given = std::move(request),
                 to = std::move(reply)]() mutable { answerNow(handler, std::move(reader), std::move(given), to); });
@@ -300,6 +301,38 @@ void Connection::takeAnswer(Response finished) {
     const bool isLost = !*awaited;
     endWaiting();
     write(std::move(finished), closesBehindAnswer || isLost);
+}
+
+void Connection::beginAnswer(Response started, std::shared_ptr<Backlog> untaken) {
+    if (!awaited || !stream->socket().is_open()) return;
+    traffic().answered(started.status);
+    holdBytes(0);
+    enter(Phase::answering);
+    closing = closesBehindAnswer || !*awaited || host.stopping;
+    head = serializeHeadOfPieces(started, closing);
+    backlog = std::move(untaken);
+    writeEnd = Clock::now() + limits().write;
+}
+
+void Connection::takePiece(ByteBuffer piece) {
+    if (!backlog) return;
+    pieces.push_back(std::move(piece));
+    writePieces();
+}
+
+void Connection::endAnswer(std::vector<Field> trailers) {
+    if (!backlog) return;
+    endWaiting();
+    ending = lastChunk(trailers);
+    writePieces();
+}
+
+// What a client has of the answer then is not whole, and he sees that by its end.
+void Connection::breakOff() {
+    if (backlog) backlog->abandon();
+    if (awaited) *awaited = false;
+    endWaiting();
+    stream->close();
 }
 
 // The answer has come, or nobody waits for it any more.
@@ -346,6 +379,49 @@ void Connection::writeNext() {
     if (slice.empty()) return onWritten();
     writtenBytes += slice.size();
     writeSlice(slice);
+}
+
+// One chunk after the other. While there is none the server works on the next, which is not the client's delay.
+void Connection::writePieces() {
+    if (isWriting) return;
+    if (pieces.empty() && !ending) {
+        enter(Phase::answering);
+        return host.watchForLeaving();
+    }
+    if (phase == Phase::answering) {
+        writeEnd += Clock::now() - since;
+        enter(Phase::writing);
+    }
+    isWriting = true;
+    if (pieces.empty()) {
+        head.append(*ending);
+        return writeParts({head});
+    }
+    head.append(chunkBegin(pieces.front().size()));
+    writeParts({head, pieces.front().view(), chunkEnd});
+}
+
+void Connection::writeParts(const Stream::Parts& parts) {
+    stream->expireAt(std::min(writeEnd, Clock::now() + limits().writeProgress));
+    stream->write(parts, [self = shared_from_this()](error_code error, std::size_t bytes) {
+        self->onPartsWritten(error, bytes);
+    });
+}
+
+void Connection::onPartsWritten(error_code error, std::size_t bytes) {
+    if (error) return breakOff();
+    moved += bytes;
+    traffic().sentBytes += bytes;
+    isWriting = false;
+    head.clear();
+    if (!pieces.empty()) {
+        backlog->taken(pieces.front().size());
+        pieces.pop_front();
+        return writePieces();
+    }
+    backlog.reset();
+    ending.reset();
+    onWritten();
 }
 
 void Connection::onWritten() {

@@ -11,10 +11,13 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace cimhost::http {
 
@@ -34,6 +37,10 @@ public:
     // While nothing is asked: whether the last answer still lies in the system's buffers.
     void noteUntaken();
     void takeAnswer(Response finished) override;
+    void beginAnswer(Response started, std::shared_ptr<Backlog> untaken) override;
+    void takePiece(ByteBuffer piece) override;
+    void endAnswer(std::vector<Field> trailers) override;
+    void breakOff() override;
     void onLogin(std::string user);
     void onWrongLogin(Response refusal);
 
@@ -78,6 +85,9 @@ private:
     void write(Response answerToWrite, bool closes);
     void writeSlice(std::string_view slice);
     void writeNext();
+    void writePieces();
+    void writeParts(const Stream::Parts& parts);
+    void onPartsWritten(error_code error, std::size_t bytes);
     void onWritten();
     void discardRest();
 
@@ -103,6 +113,12 @@ private:
     Clock::time_point writeEnd;
     bool closing = false;
     bool unread = false;
+
+    // An answer that leaves in pieces; these are empty at all other times.
+    std::shared_ptr<Backlog> backlog;
+    std::deque<ByteBuffer> pieces; // the first one is being written if isWriting
+    std::optional<std::string> ending;
+    bool isWriting = false;
 };
 
 } // namespace cimhost::http

@@ -30,6 +30,8 @@ struct Response {
     unsigned status = 200;
     std::vector<Field> fields; // Content-Length, Connection and Date are the server's own
     ByteBuffer body;
+    /// What tells the same behind the pieces of another answer that has begun to leave; empty: nothing can.
+    std::vector<Field> trailers = {};
 };
 
 /// A short answer in plain text.

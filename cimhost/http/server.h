@@ -69,13 +69,39 @@ struct Options {
     std::function<void()> onStop;
 };
 
+/// An answer that leaves as it is made. Used by one thread at a time; never waits. Goes with an unfinished answer: then
+/// the connection is cut, and the client sees that the answer is not whole.
+class PiecewiseAnswer {
+public:
+    virtual ~PiecewiseAnswer() = default;
+
+    /// The next bytes, which are kept until the client takes them. False once they go nowhere: the client has left, or
+    /// somebody else has ended the answer.
+    virtual bool write(ByteBuffer piece) = 0;
+
+    /// Bytes that the client has not taken yet.
+    [[nodiscard]] virtual std::size_t waitingBytes() const = 0;
+
+    /// Returns when no more than that many bytes wait, when they go nowhere, or after that time.
+    virtual void waitUntilTaken(std::size_t most, std::chrono::steady_clock::duration longest) = 0;
+
+    /// The end. Trailers tell of an error, if the answer has one.
+    virtual void end(std::vector<Field> trailers) = 0;
+};
+
 /// The way back to the client of one request. Any thread may keep and use it for as long as it likes.
 class Reply {
 public:
     virtual ~Reply() = default;
 
-    /// The first answer is sent to the client, later ones are dropped.
+    /// The first answer is sent to the client, later ones are dropped. One that comes while another leaves in pieces
+    /// ends that with its trailers, if it has some.
     virtual void send(Response answer) = 0;
+
+    /// Begins an answer that leaves in pieces: chunks of HTTP/1.1 (RFC 9112, 7.1). Null if the client does not take
+    /// such or has not said that it reads trailers, or if there is another answer; then nothing has happened. The
+    /// response is without a body, and names the trailers that there may be in its field Trailer.
+    [[nodiscard]] virtual std::unique_ptr<PiecewiseAnswer> begin(Response) { return nullptr; }
 
     /// False once nobody waits for the answer: the client has closed its side, or the server has ended.
     [[nodiscard]] virtual bool isAwaited() const = 0;

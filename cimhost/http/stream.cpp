@@ -34,8 +34,12 @@ public:
     void handshake(Done done) override { done({}, 0); }
     void shutDown(Done done) override { done({}, 0); }
     void readSome(asio::mutable_buffer into, Done done) override { layers.async_read_some(into, std::move(done)); }
-    void write(std::string_view bytes, Done done) override {
-        asio::async_write(layers, asio::buffer(bytes.data(), bytes.size()), std::move(done));
+    using Stream::write;
+    void write(const Parts& parts, Done done) override {
+        std::array<asio::const_buffer, std::tuple_size_v<Parts>> buffers;
+        for (std::size_t place = 0; place < parts.size(); ++place)
+            buffers[place] = asio::buffer(parts[place].data(), parts[place].size());
+        asio::async_write(layers, buffers, std::move(done));
     }
 
 protected:

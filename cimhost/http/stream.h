@@ -9,6 +9,7 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -50,8 +51,10 @@ public:
     virtual void handshake(Done done) = 0;
     virtual void shutDown(Done done) = 0;
     virtual void readSome(boost::asio::mutable_buffer into, Done done) = 0;
-    /// All of the bytes, which stay until it is done.
-    virtual void write(std::string_view bytes, Done done) = 0;
+    /// All of the bytes, one part behind the other, which stay until it is done. Empty parts stand at the end.
+    using Parts = std::array<std::string_view, 3>;
+    virtual void write(const Parts& parts, Done done) = 0;
+    void write(std::string_view bytes, Done done) { write(Parts{bytes}, std::move(done)); }
 
     /// What Beast asks of a stream that it reads from.
     executor_type get_executor() { return socket().get_executor(); }

@@ -1,8 +1,11 @@
 #include "cimhost/http/wire.h"
 
 #include <boost/beast/http/error.hpp>
+#include <boost/beast/http/rfc7230.hpp>
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <ctime>
 #include <iterator>
 
@@ -109,17 +112,49 @@ Response tooManyGuesses(std::chrono::seconds wait) {
     return response;
 }
 
-std::string serializeHead(const Response& response, bool closes) {
+bool takesPieces(const Parser& parser) {
+    const auto& head = parser.get();
+    if (head.version() < http11) return false;
+    const auto fields = head.equal_range(beast_http::field::te);
+    return std::any_of(fields.first, fields.second,
+                       [](const auto& field) { return beast_http::ext_list(field.value()).exists("trailers"); });
+}
+
+namespace {
+
+std::string headWith(const Response& response, std::string_view framing, bool closes) {
     std::string head;
     head.reserve(512);
     head.append("HTTP/1.1 ").append(std::to_string(response.status)).append(" ");
     head.append(reasonPhrase(response.status)).append("\r\n");
     for (const Field& field : response.fields)
         head.append(field.name).append(": ").append(field.value).append("\r\n");
-    head.append("Date: ").append(dateText()).append("\r\nContent-Length: ");
-    head.append(std::to_string(response.body.size()));
+    head.append("Date: ").append(dateText()).append("\r\n").append(framing);
     head.append(closes ? "\r\nConnection: close\r\n\r\n" : "\r\nConnection: keep-alive\r\n\r\n");
     return head;
+}
+
+} // namespace
+
+std::string serializeHead(const Response& response, bool closes) {
+    return headWith(response, "Content-Length: " + std::to_string(response.body.size()), closes);
+}
+
+std::string serializeHeadOfPieces(const Response& response, bool closes) {
+    return headWith(response, "Transfer-Encoding: chunked", closes);
+}
+
+std::string chunkBegin(std::size_t bytes) {
+    std::array<char, 2 * sizeof bytes + 2> text{};
+    char* const end = std::to_chars(text.data(), text.data() + text.size(), bytes, 16).ptr;
+    return std::string(text.data(), end).append("\r\n");
+}
+
+std::string lastChunk(const std::vector<Field>& trailers) {
+    std::string last = "0\r\n";
+    for (const Field& field : trailers)
+        last.append(field.name).append(": ").append(field.value).append("\r\n");
+    return last.append("\r\n");
 }
 
 } // namespace cimhost::http

@@ -12,6 +12,8 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace cimhost::http {
 
@@ -67,7 +69,17 @@ Response unauthorized();
 /// After too many wrong passwords.
 Response tooManyGuesses(std::chrono::seconds wait);
 
+/// Whether the client takes an answer in chunks, and reads the trailers behind them (RFC 9110, 10.1.4).
+bool takesPieces(const Parser& parser);
+
 /// Everything of an answer but its body.
 std::string serializeHead(const Response& response, bool closes);
+/// The same for an answer whose body leaves in chunks.
+std::string serializeHeadOfPieces(const Response& response, bool closes);
+
+/// What stands before and behind the bytes of a chunk; and behind the last one, with the trailers.
+std::string chunkBegin(std::size_t bytes);
+constexpr std::string_view chunkEnd = "\r\n";
+std::string lastChunk(const std::vector<Field>& trailers);
 
 } // namespace cimhost::http

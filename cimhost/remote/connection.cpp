@@ -1,6 +1,8 @@
 #include "cimhost/remote/connection.h"
 
+#include "cimhost/cimxml/response.h"
 #include "cimhost/model/names.h"
+#include "cimhost/model/percent.h"
 #include "cimhost/model/printable.h"
 #include "cimhost/remote/failure_text.h"
 
@@ -56,7 +58,9 @@ void append(FieldList& list, const std::string& line) {
 
 FieldList listOf(const std::vector<http::Field>& fields) {
     FieldList list;
-    append(list, "Expect:"); // a large message is sent at once
+    append(list, "Expect:");      // a large message is sent at once
+    append(list, "TE: trailers"); // an error may come behind the beginning of a large answer
+    append(list, "Connection: TE");
     for (const http::Field& field : fields)
         append(list, field.name + ": " + field.value);
     return list;
@@ -137,13 +141,15 @@ struct Connection::State {
 
     std::size_t takeHead(std::string_view line) noexcept {
         try {
-            if (line.substr(0, 5) == "HTTP/") facts = {}; // behind an interim answer
+            if (line.substr(0, 5) == "HTTP/") forgetAnswer(); // behind an interim one
             headBytes += line.size();
             if (headBytes > largestHead) return 0;
             const std::size_t colon = std::min(line.find(':'), line.size());
             const std::string_view value = trimmed(line.substr(std::min(colon + 1, line.size())));
             if (equalNames(line.substr(0, colon), "Content-Type")) facts.contentType = value;
             if (equalNames(line.substr(0, colon), "CIMError")) facts.cimError = value;
+            if (equalNames(line.substr(0, colon), "CIMStatusCode")) statusCode = value;
+            if (equalNames(line.substr(0, colon), "CIMStatusCodeDescription")) statusWords = decodePercent(value);
             return line.size();
         } catch (...) {
             thrown = std::current_exception();
@@ -206,8 +212,15 @@ struct Connection::State {
         return failure;
     }
 
-    void post(const std::vector<http::Field>& fields, std::string_view body, Repeat repeat, const Take& take) {
+    void forgetAnswer() {
         facts = {};
+        statusCode.clear();
+        statusWords.clear();
+    }
+
+    std::optional<CimError> post(const std::vector<http::Field>& fields, std::string_view body, Repeat repeat,
+                                 const Take& take) {
+        forgetAnswer();
         headBytes = 0;
         taker = &take;
         detail.fill('\0');
@@ -222,7 +235,8 @@ struct Connection::State {
         if (thrown) std::rethrow_exception(std::exchange(thrown, nullptr));
         if (headBytes > largestHead) throw ServerFailure("the head of its answer has no end");
         if (code != CURLE_OK) throw ServerFailure(transferFailure(server.url, failureFacts(code)));
-        if (isAnswer()) return;
+        if (isAnswer() && (statusCode.empty() || statusCode == "0")) return std::nullopt;
+        if (isAnswer()) return cimxml::statusError(statusCode, statusWords);
         facts.hasUser = hasUser;
         throw ServerFailure(httpFailure(server.url, facts));
     }
@@ -234,6 +248,8 @@ struct Connection::State {
     bool hasUser = false;
     const Take* taker = nullptr;
     HttpFacts facts;
+    std::string statusCode; // and its description, of the trailers
+    std::string statusWords;
     std::size_t headBytes = 0;
     std::array<char, CURL_ERROR_SIZE> detail{};
     std::exception_ptr thrown;
@@ -244,8 +260,9 @@ Connection::Connection(Server server, const Identity& identity, std::chrono::mil
 
 Connection::~Connection() = default;
 
-void Connection::post(const std::vector<http::Field>& fields, std::string_view body, Repeat repeat, const Take& take) {
-    state->post(fields, body, repeat, take);
+std::optional<CimError> Connection::post(const std::vector<http::Field>& fields, std::string_view body, Repeat repeat,
+                                         const Take& take) {
+    return state->post(fields, body, repeat, take);
 }
 
 const Server& Connection::server() const noexcept { return state->server; }

@@ -3,12 +3,14 @@
 #pragma once
 
 #include "cimhost/http/message.h"
+#include "cimhost/model/cim_error.h"
 #include "cimhost/remote/identity.h"
 #include "cimhost/remote/server_url.h"
 
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
@@ -38,8 +40,11 @@ public:
     /// What takes the body of an answer, in pieces, and may throw; that comes out of post().
     using Take = std::function<void(std::string_view piece)>;
 
-    /// Posts a message. Throws ServerFailure unless the whole answer came, with status 200 and as XML.
-    void post(const std::vector<http::Field>& fields, std::string_view body, Repeat repeat, const Take& take);
+    /// Posts a message. Gives the error that stands behind the pieces of an answer which the server could not bring to
+    /// an end, in its trailers (DSP0200). Throws ServerFailure unless the whole answer came, with status 200 and as
+    /// XML.
+    std::optional<CimError> post(const std::vector<http::Field>& fields, std::string_view body, Repeat repeat,
+                                 const Take& take);
 
     [[nodiscard]] const Server& server() const noexcept;
 

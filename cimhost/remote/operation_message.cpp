@@ -4,6 +4,7 @@
 #include "cimhost/cimxml/class_encoder.h"
 #include "cimhost/cimxml/xml_text.h"
 #include "cimhost/model/names.h"
+#include "cimhost/model/percent.h"
 
 #include <utility>
 
@@ -13,29 +14,12 @@ namespace {
 
 constexpr std::size_t longestObject = 2048; // of a header field, which servers bound
 
-bool isVisible(char character) { return character > ' ' && character < 0x7f && character != '%'; }
-
-// CIM names and values in header fields are escaped as in a URI (DSP0200, 6.2).
-std::string escaped(std::string_view text) {
-    constexpr const char* digits = "0123456789ABCDEF";
-    std::string field;
-    for (const char character : text) {
-        if (isVisible(character)) {
-            field += character;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(character);
-        field.append("%").append(1, digits[byte / 16]).append(1, digits[byte % 16]);
-    }
-    return field;
-}
-
 std::string objectField(const ObjectPathObject& target) {
     std::string text;
     target.appendText(text);
-    const std::string field = escaped(text);
+    const std::string field = escapePercent(text);
     if (field.size() <= longestObject) return field;
-    return escaped(std::string(target.nameSpace()).append(":").append(target.className()));
+    return escapePercent(std::string(target.nameSpace()).append(":").append(target.className()));
 }
 
 std::string_view callElement(cimxml::Request::Kind kind) {
@@ -46,7 +30,7 @@ std::string_view callElement(cimxml::Request::Kind kind) {
 
 OperationMessage::OperationMessage(const cimxml::TagTable& tags, cimxml::Asked asked, std::string_view nameSpace)
     : question(std::move(asked)), encoder(document, tags) {
-    open(escaped(trimNamespace(nameSpace)));
+    open(escapePercent(trimNamespace(nameSpace)));
     encoder.localNamespacePath(nameSpace);
 }
 
@@ -64,7 +48,7 @@ void OperationMessage::open(std::string_view object) {
     header = {{"Content-Type", "application/xml; charset=\"utf-8\""},
               {"CIMProtocolVersion", "1.0"},
               {"CIMOperation", "MethodCall"},
-              {"CIMMethod", escaped(question.method)},
+              {"CIMMethod", escapePercent(question.method)},
               {"CIMObject", std::string(object)}};
     encoder.raw("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE");
     cimxml::appendAttribute(document, "ID", question.messageId);

@@ -89,6 +89,12 @@ CMPIType declaredType(const MethodDeclaration* method, std::string_view paramete
     return declared ? declared->type : static_cast<CMPIType>(CMPI_null);
 }
 
+cimxml::Response failedWith(const CimError& error) {
+    cimxml::Response response;
+    response.error = error;
+    return response;
+}
+
 } // namespace
 
 OperationMessage RemoteCalls::message(std::string_view method, std::string_view nameSpace) {
@@ -100,9 +106,10 @@ cimxml::Response RemoteCalls::exchange(OperationMessage& message, Repeat repeat,
     message.finish();
     cimxml::ResponseReader reader(message.asked(), sink);
     try {
-        connection.post(message.fields(), message.body(), repeat, [&reader](std::string_view piece) {
-            if (const auto error = reader.read(piece)) refuseAnswer(error->message);
+        const auto error = connection.post(message.fields(), message.body(), repeat, [&reader](std::string_view piece) {
+            if (const auto wrong = reader.read(piece)) refuseAnswer(wrong->message);
         });
+        if (error) return failedWith(*error);
     } catch (const ReceivedObjectError& error) {
         refuseAnswer(error.what());
     }

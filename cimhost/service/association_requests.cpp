@@ -1,6 +1,8 @@
 #include "cimhost/service/association_requests.h"
 
+#include "cimhost/broker/visit_value.h"
 #include "cimhost/cimxml/class_encoder.h"
+#include "cimhost/service/answer_sink.h"
 #include "cimhost/service/call.h"
 #include "cimhost/service/parameters.h"
 #include "cimhost/service/pull_requests.h"
@@ -46,27 +48,6 @@ constexpr Direction toReferences = {referencesFilter, &Operations::references, &
 
 bool hasFlag(const Call& call, CMPIFlags flag) { return (call.caller.flags & flag) != 0; }
 
-void appendInstances(const Call& call, const std::vector<const InstanceObject*>& instances, PropertyList list) {
-    const std::string host = hostOf(call);
-    Selection selection(nullptr, std::move(list));
-    for (const InstanceObject* instance : instances) {
-        call.encoder.raw("<VALUE.OBJECTWITHPATH>");
-        call.encoder.instancePath(*instance, {host, call.request.nameSpace});
-        call.encoder.instance(*instance,
-                              {hasFlag(call, CMPI_FLAG_IncludeClassOrigin), selection.of(instance->declaration())});
-        call.encoder.raw("</VALUE.OBJECTWITHPATH>");
-    }
-}
-
-void appendPaths(const Call& call, const std::vector<const ObjectPathObject*>& paths) {
-    const std::string host = hostOf(call);
-    for (const ObjectPathObject* path : paths) {
-        call.encoder.raw("<OBJECTPATH>");
-        call.encoder.instancePath(*path, {host, call.request.nameSpace});
-        call.encoder.raw("</OBJECTPATH>");
-    }
-}
-
 void appendClasses(const Call& call, const std::vector<const ClassDeclaration*>& classes, const PropertyList& list) {
     const std::string host = hostOf(call);
     cimxml::ClassOptions options;
@@ -102,9 +83,19 @@ void answerWithObjects(const Call& call, const Direction& direction) {
                              list);
     }
     const ObjectPathObject& source = instancePath(call, name, "ObjectName");
-    ObjectCollector found(call.scope.arena());
-    (operations.*direction.instances)(call.scope, call.caller, source, filter, list, found);
-    appendInstances(call, found.instances, list);
+    const std::string host = hostOf(call);
+    Selection selection(nullptr, list);
+    const auto encode = Overloaded{[&](const InstanceObject& instance) {
+                                       call.encoder.raw("<VALUE.OBJECTWITHPATH>");
+                                       call.encoder.instancePath(instance, {host, call.request.nameSpace});
+                                       call.encoder.instance(instance, {hasFlag(call, CMPI_FLAG_IncludeClassOrigin),
+                                                                        selection.of(instance.declaration())});
+                                       call.encoder.raw("</VALUE.OBJECTWITHPATH>");
+                                   },
+                                   [](const ObjectPathObject&) {}};
+    answerWith(call, encode, [&](ObjectSink& sink) {
+        (operations.*direction.instances)(call.scope, call.caller, source, filter, list, sink);
+    });
 }
 
 void answerWithNames(const Call& call, const Direction& direction) {
@@ -115,9 +106,15 @@ void answerWithNames(const Call& call, const Direction& direction) {
         return appendClassPaths(call, (operations.*direction.classes)(call.request.nameSpace, name.className, filter));
     }
     const ObjectPathObject& source = instancePath(call, name, "ObjectName");
-    ObjectCollector found(call.scope.arena());
-    (operations.*direction.names)(call.scope, call.caller, source, filter, found);
-    appendPaths(call, found.paths);
+    const std::string host = hostOf(call);
+    const auto encode = Overloaded{[](const InstanceObject&) {},
+                                   [&](const ObjectPathObject& path) {
+                                       call.encoder.raw("<OBJECTPATH>");
+                                       call.encoder.instancePath(path, {host, call.request.nameSpace});
+                                       call.encoder.raw("</OBJECTPATH>");
+                                   }};
+    answerWith(call, encode,
+               [&](ObjectSink& sink) { (operations.*direction.names)(call.scope, call.caller, source, filter, sink); });
 }
 
 // Of a class nothing can be pulled.

@@ -3,6 +3,7 @@
 
 #include "cimhost/cimxml/encoder.h"
 #include "cimhost/cimxml/request.h"
+#include "cimhost/service/answer_pieces.h"
 #include "cimhost/service/change_note.h"
 #include "cimhost/service/operations.h"
 
@@ -22,6 +23,7 @@ struct Call {
     cimxml::Encoder& encoder;
     ChangeNote& change;
     PullSessions& pulls;
+    AnswerPieces& pieces;
 };
 
 /// The path that a parameter names, in the namespace of the request. Namespace and class are judged before the keys: a

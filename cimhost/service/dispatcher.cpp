@@ -1,6 +1,9 @@
 #include "cimhost/service/dispatcher.h"
 
+#include "cimhost/broker/visit_value.h"
 #include "cimhost/cimxml/class_encoder.h"
+#include "cimhost/service/answer_pieces.h"
+#include "cimhost/service/answer_sink.h"
 #include "cimhost/service/association_requests.h"
 #include "cimhost/service/call.h"
 #include "cimhost/service/method_requests.h"
@@ -34,23 +37,29 @@ void enumerateInstances(const Call& call) {
     const PropertyList list = propertyList(call.request);
     const ClassDeclaration& declaration =
         call.operations.findClass(call.request.nameSpace, requiredClassName(call.request, "ClassName"));
-    const auto instances = call.operations.enumerateInstances(call.scope, call.caller, declaration, isDeep, list);
     Selection selection(isDeep ? nullptr : &declaration, list);
-    for (const InstanceObject* instance : instances) {
-        call.encoder.raw("<VALUE.NAMEDINSTANCE>");
-        call.encoder.instanceName(*instance);
-        call.encoder.instance(*instance, {(call.caller.flags & CMPI_FLAG_IncludeClassOrigin) != 0,
-                                          selection.of(instance->declaration())});
-        call.encoder.raw("</VALUE.NAMEDINSTANCE>");
-    }
+    const auto encode =
+        Overloaded{[&](const InstanceObject& instance) {
+                       call.encoder.raw("<VALUE.NAMEDINSTANCE>");
+                       call.encoder.instanceName(instance);
+                       call.encoder.instance(instance, {(call.caller.flags & CMPI_FLAG_IncludeClassOrigin) != 0,
+                                                        selection.of(instance.declaration())});
+                       call.encoder.raw("</VALUE.NAMEDINSTANCE>");
+                   },
+                   [](const ObjectPathObject&) {}};
+    answerWith(call, encode, [&](ObjectSink& sink) {
+        call.operations.enumerateInstances(call.scope, call.caller, declaration, isDeep, list, sink);
+    });
 }
 
 void enumerateInstanceNames(const Call& call) {
     const ClassDeclaration& declaration =
         call.operations.findClass(call.request.nameSpace, requiredClassName(call.request, "ClassName"));
-    for (const ObjectPathObject* path : call.operations.enumerateInstanceNames(call.scope, call.caller, declaration)) {
-        call.encoder.instanceName(*path);
-    }
+    const auto encode = Overloaded{[](const InstanceObject&) {},
+                                   [&](const ObjectPathObject& path) { call.encoder.instanceName(path); }};
+    answerWith(call, encode, [&](ObjectSink& sink) {
+        call.operations.enumerateInstanceNames(call.scope, call.caller, declaration, sink);
+    });
 }
 
 void getInstance(const Call& call) {
@@ -291,13 +300,13 @@ private:
 
 } // namespace
 
-Dispatcher::Answer Dispatcher::carryOut(const Request& request, Caller caller) {
+Dispatcher::Answer Dispatcher::carryOut(const Request& request, Caller caller, Outlet* outlet) {
     const NamespaceAlias* alias = operations.repository().findAlias(request.nameSpace);
-    if (!alias) return answer(request, std::move(caller));
+    if (!alias) return answer(request, std::move(caller), outlet);
     Request renamed = request;
     renamed.nameSpace = alias->nameSpace;
     caller.calledNamespace = alias->name;
-    return answer(renamed, std::move(caller));
+    return answer(renamed, std::move(caller), outlet);
 }
 
 CimError Dispatcher::tooLong() const {
@@ -305,9 +314,10 @@ CimError Dispatcher::tooLong() const {
                                     " MiB: ask for fewer objects or properties at a time"};
 }
 
-Dispatcher::Answer Dispatcher::answer(const Request& request, Caller caller) {
-    ByteBuffer document(longestAnswer);
-    document.reserve(std::min(largestReserve, lastSize.load(std::memory_order_relaxed)));
+Dispatcher::Answer Dispatcher::answer(const Request& request, Caller caller, Outlet* outlet) {
+    ByteBuffer document;
+    AnswerPieces pieces(document, longestAnswer, std::min(largestReserve, lastSize.load(std::memory_order_relaxed)),
+                        outlet);
     Message message(document, request);
     Encoder encoder(document, tags);
     if (!caller.calledNamespace.empty()) encoder.showNamespaceAs(request.nameSpace, caller.calledNamespace);
@@ -315,7 +325,7 @@ Dispatcher::Answer Dispatcher::answer(const Request& request, Caller caller) {
     std::optional<CimError> error;
     try {
         RequestScope scope(broker);
-        runOperation({operations, scope, request, caller, encoder, change, sessions});
+        runOperation({operations, scope, request, caller, encoder, change, sessions, pieces});
         message.end();
     } catch (const ByteBuffer::Full&) {
         error = tooLong();
@@ -327,8 +337,8 @@ Dispatcher::Answer Dispatcher::answer(const Request& request, Caller caller) {
         change.result = statusName(error->code);
     }
     tell(request, caller, change);
-    lastSize.store(document.size() + document.size() / 8, std::memory_order_relaxed);
-    return {std::move(document), error ? error->code : CMPI_RC_OK};
+    if (!pieces.hasBegun()) lastSize.store(document.size() + document.size() / 8, std::memory_order_relaxed);
+    return {std::move(document), std::move(error)};
 }
 
 ByteBuffer Dispatcher::refuse(const Request& request, const CimError& error) const {

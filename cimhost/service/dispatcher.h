@@ -3,6 +3,7 @@
 
 #include "cimhost/cimxml/encoder.h"
 #include "cimhost/cimxml/request.h"
+#include "cimhost/service/answer_pieces.h"
 #include "cimhost/service/audit.h"
 #include "cimhost/service/change_note.h"
 #include "cimhost/service/operations.h"
@@ -10,6 +11,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -30,15 +32,18 @@ public:
     /// does. caller.flags are set from the request's parameters. Who asks by a further name of a namespace reads that
     /// name in all paths of the answer.
     ByteBuffer handle(const cimxml::Request& request, Caller caller) {
-        return carryOut(request, std::move(caller)).document;
+        return carryOut(request, std::move(caller), nullptr).document;
     }
 
-    /// The same, with the status that the message tells.
+    /// The same, with the error that the message tells. An answer with many objects may leave through the outlet as it
+    /// is made; then the document is its last piece, or of no use if there is an error, as the first pieces have left.
     struct Answer {
         ByteBuffer document;
-        CMPIrc status;
+        std::optional<CimError> error;
+
+        [[nodiscard]] CMPIrc status() const { return error ? error->code : CMPI_RC_OK; }
     };
-    Answer carryOut(const cimxml::Request& request, Caller caller);
+    Answer carryOut(const cimxml::Request& request, Caller caller, Outlet* outlet);
 
     /// The operations that there are, by the names of DSP0200, and behind them one for all that are none. Each has its
     /// place as long as the program runs.
@@ -58,7 +63,7 @@ public:
     [[nodiscard]] const PullSessions& pulls() const noexcept { return sessions; }
 
 private:
-    Answer answer(const cimxml::Request& request, Caller caller);
+    Answer answer(const cimxml::Request& request, Caller caller, Outlet* outlet);
     [[nodiscard]] CimError tooLong() const;
     void tell(const cimxml::Request& request, const Caller& caller, const ChangeNote& change) const;
 

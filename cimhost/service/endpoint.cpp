@@ -1,12 +1,16 @@
 #include "cimhost/service/endpoint.h"
 
 #include "cimhost/model/names.h"
+#include "cimhost/model/percent.h"
 #include "cimhost/model/text_lines.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <optional>
+#include <stdexcept>
+#include <string>
 #include <utility>
 #include <variant>
 
@@ -62,31 +66,6 @@ std::optional<ProtocolError> refuseOperation(const http::Request& head) {
     return std::nullopt;
 }
 
-std::optional<unsigned> hexDigit(char digit) {
-    if (digit >= '0' && digit <= '9') return static_cast<unsigned>(digit - '0');
-    if (digit >= 'a' && digit <= 'f') return static_cast<unsigned>(digit - 'a') + 10;
-    if (digit >= 'A' && digit <= 'F') return static_cast<unsigned>(digit - 'A') + 10;
-    return std::nullopt;
-}
-
-// CIM names and values in header fields are escaped as in a URI.
-std::string decodePercent(std::string_view text) {
-    std::string decoded;
-    for (std::size_t position = 0; position < text.size(); ++position) {
-        if (text[position] == '%' && position + 2 < text.size()) {
-            const std::optional<unsigned> high = hexDigit(text[position + 1]);
-            const std::optional<unsigned> low = hexDigit(text[position + 2]);
-            if (high && low) {
-                decoded += static_cast<char>(*high * 16 + *low);
-                position += 2;
-                continue;
-            }
-        }
-        decoded += text[position];
-    }
-    return decoded;
-}
-
 // Of an object that a method is called on, namespace and class are compared: keys can be spelt in many ways.
 bool namesTarget(std::string_view object, const cimxml::Request& request) {
     if (request.kind == cimxml::Request::Kind::intrinsic) {
@@ -126,6 +105,61 @@ http::Response responseWith(ByteBuffer document) {
     return response;
 }
 
+// What an error is called behind the pieces of an answer (DSP0200); escaped as in a URI, as such fields are.
+std::vector<http::Field> trailersOf(const CimError& error) {
+    std::vector<http::Field> trailers = {{"CIMStatusCode", std::to_string(static_cast<int>(error.code))}};
+    if (!error.description.empty())
+        trailers.push_back({"CIMStatusCodeDescription", escapePercent(error.description, " ")});
+    return trailers;
+}
+
+// Lets an answer leave as it is made, if the client takes it so. A client that reads slowly may hold up the provider,
+// and with it all others, for no longer than the provider has worked for him; what he has not taken then is kept.
+class ReplyOutlet final : public Outlet {
+public:
+    explicit ReplyOutlet(http::Reply& to) : reply(to) {}
+
+    bool take(ByteBuffer& document) override {
+        if (!answer) answer = reply.begin(headOfPieces());
+        if (!answer) return false;
+        if (!answer->write(std::move(document))) throw std::runtime_error("nobody waits for the answer any more");
+        if (answer->waitingBytes() > mostWaiting) waitForClient();
+        return true;
+    }
+
+    [[nodiscard]] bool hasBegun() const noexcept { return answer != nullptr; }
+
+    /// The last piece, or what went wrong.
+    void end(Dispatcher::Answer last) {
+        if (last.error) return answer->end(trailersOf(*last.error));
+        answer->write(std::move(last.document));
+        answer->end({});
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::size_t mostWaiting = std::size_t{256} << 10;
+
+    static http::Response headOfPieces() {
+        http::Response head = responseWith({});
+        head.fields.push_back({"Trailer", "CIMError, CIMStatusCode, CIMStatusCodeDescription"});
+        return head;
+    }
+
+    void waitForClient() {
+        const Clock::time_point now = Clock::now();
+        const Clock::duration worked = now - begun - waited;
+        if (worked <= waited) return;
+        answer->waitUntilTaken(mostWaiting, worked - waited);
+        waited += Clock::now() - now;
+    }
+
+    http::Reply& reply;
+    std::unique_ptr<http::PiecewiseAnswer> answer;
+    const Clock::time_point begun = Clock::now();
+    Clock::duration waited{};
+};
+
 // Counts one request, by the first answer that it gets.
 class Tally {
 public:
@@ -156,6 +190,13 @@ private:
     std::atomic<bool> isCounted = false;
 };
 
+// Nothing where the server itself failed.
+void giveTo(http::Reply& reply, ReplyOutlet& outlet, std::optional<Dispatcher::Answer> answer) {
+    if (!answer) return reply.send(http::textResponse(500, "the request could not be answered"));
+    if (outlet.hasBegun()) return outlet.end(std::move(*answer));
+    reply.send(responseWith(std::move(answer->document)));
+}
+
 // A message for the provider. Keeps the message until the last thread is done with it.
 class ProviderMessage final : public QueuedCall {
 public:
@@ -165,23 +206,24 @@ public:
     void carryOut() override {
         tally.beginCall();
         try {
-            Dispatcher::Answer answer = dispatcher.carryOut(message.request, message.caller);
-            found = responseWith(std::move(answer.document));
-            status = answer.status;
+            answer = dispatcher.carryOut(message.request, message.caller, &outlet);
         } catch (const std::exception&) {
-            found = http::textResponse(500, "the request could not be answered");
+            answer.reset();
         }
         tally.endCall();
     }
 
     void giveAnswer() override {
-        tally.end(status);
-        reply->send(std::move(found));
+        tally.end(answer ? answer->status() : CMPI_RC_ERR_FAILED);
+        giveTo(*reply, outlet, std::move(answer));
     }
 
     void answerInstead(const std::string& reason) override {
         tally.end(CMPI_RC_ERR_FAILED);
-        reply->send(responseWith(dispatcher.refuse(message.request, {CMPI_RC_ERR_FAILED, reason})));
+        const CimError error{CMPI_RC_ERR_FAILED, reason};
+        http::Response response = responseWith(dispatcher.refuse(message.request, error));
+        response.trailers = trailersOf(error);
+        reply->send(std::move(response));
     }
 
     bool isAwaited() const override { return reply->isAwaited(); }
@@ -192,8 +234,8 @@ private:
     const Message message;
     const std::shared_ptr<http::Reply> reply;
     Tally tally;
-    http::Response found;
-    CMPIrc status = CMPI_RC_ERR_FAILED;
+    ReplyOutlet outlet{*reply};
+    std::optional<Dispatcher::Answer> answer;
 };
 
 // One message, as it comes.
@@ -222,9 +264,10 @@ public:
 private:
     void answerNow(Message message, http::Reply& reply) {
         Tally tally(figures, message.request);
-        Dispatcher::Answer answer = dispatcher.carryOut(message.request, std::move(message.caller));
-        tally.end(answer.status);
-        reply.send(responseWith(std::move(answer.document)));
+        ReplyOutlet outlet(reply);
+        Dispatcher::Answer answer = dispatcher.carryOut(message.request, std::move(message.caller), &outlet);
+        tally.end(answer.status());
+        giveTo(reply, outlet, std::move(answer));
     }
 
     std::variant<Message, http::Response> understand(http::Request request) {

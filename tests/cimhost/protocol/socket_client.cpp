@@ -71,6 +71,21 @@ std::string SocketClient::readAnswer() {
     return answer;
 }
 
+std::string SocketClient::readUntil(std::string_view end) {
+    while (received.find(end) == std::string::npos) {
+        if (!receive(patience)) return std::exchange(received, {});
+    }
+    return readBytes(received.find(end) + end.size());
+}
+
+std::string SocketClient::readBytes(std::size_t count) {
+    while (received.size() < count && receive(patience)) {
+    }
+    std::string bytes = received.substr(0, count);
+    received.erase(0, bytes.size());
+    return bytes;
+}
+
 bool SocketClient::hasBytesWithin(std::chrono::milliseconds time) const {
     pollfd wait{socket, POLLIN, 0};
     return ::poll(&wait, 1, static_cast<int>(time.count())) > 0;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -22,6 +23,10 @@ public:
     /// One whole answer: head, and as many bytes as its Content-Length says. What has come until then if the other side
     /// closes or nothing comes for ten seconds.
     std::string readAnswer();
+
+    /// What comes, up to the end that is looked for and with it, or so many bytes; fewer as above.
+    std::string readUntil(std::string_view end);
+    std::string readBytes(std::size_t count);
 
     /// True once bytes of the other side are there to be read, which this leaves.
     bool hasBytesWithin(std::chrono::milliseconds time) const;

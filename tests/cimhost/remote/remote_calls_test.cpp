@@ -107,6 +107,22 @@ protected:
     std::unique_ptr<RemoteCalls> calls;
 };
 
+TEST_F(RemoteCallsTest, AnErrorBehindTheBeginningOfAnAnswerIsTheAnswer) {
+    const ScriptedServer breaking([](int socket) {
+        EXPECT_THAT(readRequest(socket), HasSubstr("\r\nTE: trailers\r\n"));
+        sendAll(socket, "HTTP/1.1 200 OK\r\nContent-Type: application/xml\r\nTransfer-Encoding: chunked\r\n"
+                        "Trailer: CIMError, CIMStatusCode, CIMStatusCodeDescription\r\n\r\n"
+                        "1c\r\n<CIM CIMVERSION=\"2.0\" DTDVER\r\n0\r\nCIMStatusCode: 6\r\n"
+                        "CIMStatusCodeDescription: gone:%0A5 %25\r\n\r\n");
+    });
+    Connection other(parseServer(breaking.url()), Identity(), std::chrono::seconds(60));
+    const Outcome outcome =
+        RemoteCalls(other, tags()).enumerateInstances(scope, {}, *scope.make().path("root/ns", "T_Port"), std::nullopt);
+    ASSERT_TRUE(outcome.error);
+    EXPECT_EQ(outcome.error->code, CMPI_RC_ERR_NOT_FOUND);
+    EXPECT_EQ(outcome.error->description, "gone:\n5 %");
+}
+
 TEST_F(RemoteCallsTest, AnInstanceIsMadeAsItsClassIsDeclared) {
     answerWithObjects(port(property("Time", "datetime", "20261122061105.000000+000") +
                            "<PROPERTY.ARRAY NAME=\"Words\" TYPE=\"string\"><VALUE.ARRAY><VALUE>x</VALUE><VALUE.NULL/>"

@@ -47,8 +47,10 @@ TEST_P(RecordedTree, hasEveryLabelOfTheTextInItsJson) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, RecordedTree,
-                         testing::Values("broken-attributes", "fibre-channel", "several-lanes", "software-interfaces",
-                                         "two-port-card", "virtual-functions", "virtual-machine"),
+                         testing::Values("bond-one-down", "broken-attributes", "converged-card", "dual-100g",
+                                         "fibre-channel", "four-hundred-gigabit", "guest-functions",
+                                         "light-without-login", "several-lanes", "silent-driver", "software-interfaces",
+                                         "two-fabrics", "two-port-card", "virtual-functions", "virtual-machine"),
                          [](const auto& tree) {
                              std::string name = tree.param;
                              for (auto& character : name)

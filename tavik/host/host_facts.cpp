@@ -156,7 +156,8 @@ void addHost(const FibreChannelReader& reader, std::uint32_t number, std::vector
 
 } // namespace
 
-HostFacts readHostFacts(const SysTree& tree, KernelQueries& queries) {
+HostFacts readHostFacts(const SysTree& whole, KernelQueries& queries) {
+    const SysTree tree = whole.forOneLook();
     HostFacts facts;
     const NetworkDeviceReader network(tree, queries);
     const FibreChannelReader fibreChannel(tree);
@@ -201,7 +202,8 @@ const PciVpd* findVpd(const HostCard& card) {
     return found;
 }
 
-std::vector<std::string> fingerprint(const SysTree& tree, KernelQueries& queries) {
+std::vector<std::string> fingerprint(const SysTree& whole, KernelQueries& queries) {
+    const SysTree tree = whole.forOneLook();
     std::vector<std::string> lines;
     const NetworkDeviceReader network(tree, queries);
     const FibreChannelReader fibreChannel(tree);

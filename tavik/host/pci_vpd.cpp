@@ -84,6 +84,24 @@ std::string PciVpd::find(std::string_view keyword) const {
     return {};
 }
 
+std::vector<VpdPlace> findVpdPlaces(const Bytes& block) {
+    std::vector<VpdPlace> places;
+    View rest(block.data(), std::min(block.size(), largestVpd));
+    while (const auto resource = takeResource(rest)) {
+        rest = resource->rest;
+        if (resource->tag == smallTagEnd) break;
+        if (resource->tag != tagReadOnly && resource->tag != tagWritable) continue;
+        const auto section = static_cast<std::size_t>(resource->data.data() - block.data());
+        for (std::size_t at = 0; at + 3 <= resource->data.size() && places.size() < mostVpdItems;) {
+            const std::size_t size = resource->data[at + 2];
+            if (at + 3 + size > resource->data.size()) break;
+            places.push_back({readableText(resource->data.subspan(at, 2)), section + at + 3, size});
+            at += 3 + size;
+        }
+    }
+    return places;
+}
+
 Attribute<PciVpd> parsePciVpd(const Bytes& block) {
     PciVpd vpd;
     View rest(block.data(), std::min(block.size(), largestVpd));

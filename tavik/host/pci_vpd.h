@@ -23,6 +23,19 @@ struct PciVpd {
     bool operator==(const PciVpd&) const = default;
 };
 
+/** Where the data of an item stand in a block. */
+struct VpdPlace {
+    std::string keyword; ///< RV too
+    std::size_t at = 0;
+    std::size_t size = 0;
+
+    bool operator==(const VpdPlace&) const = default;
+};
+
+/** The items of both sections up to the first fault. Takes any bytes. The byte of RV makes the sum of all bytes up to
+ *  and with it zero. */
+std::vector<VpdPlace> findVpdPlaces(const Bytes& block);
+
 inline constexpr std::size_t largestVpd = 32768;
 inline constexpr std::size_t mostVpdItems = 256;
 

@@ -3,6 +3,9 @@
 #
 #     record-host.sh FOLDER && tavik_host_dump --root FOLDER
 #
+# With --anonymise the recording has other MAC and IP addresses, world wide names, serial numbers and host names of the
+# same form and maker. What was replaced stands in FOLDER.replaced, for its owner alone.
+#
 # Only the attributes named below are copied, each at most 32 KiB, from at most 512 interfaces, hosts and units of each
 # kind. The recording holds names, MAC and IP addresses, world wide names and serial numbers of the machine's adapters
 # and of the storage behind them; it holds no keys, no configuration and no traffic. As root it holds more: vital
@@ -27,16 +30,37 @@ counters=(fcp_input_requests fcp_output_requests fcp_control_requests fcp_input_
     link_failure_count loss_of_sync_count loss_of_signal_count prim_seq_protocol_err_count invalid_tx_word_count
     invalid_crc_count)
 
+anonymise=
+if [ "${1-}" = --anonymise ]; then
+    anonymise=yes
+    shift
+fi
 if [ $# -ne 1 ] || [ "${1#-}" != "$1" ]; then
-    echo "usage: $0 FOLDER" >&2
+    echo "usage: $0 [--anonymise] FOLDER" >&2
     exit 2
+fi
+dump=${TAVIK_HOST_DUMP:-$(command -v tavik_host_dump)}
+if [ -n "$anonymise" ] && [ -z "$dump" ]; then
+    echo "$0: --anonymise needs tavik_host_dump, in the PATH or as TAVIK_HOST_DUMP" >&2
+    exit 1
 fi
 if [ -e "$1" ] && [ -n "$(ls -A "$1" 2>/dev/null)" ]; then
     echo "$0: $1 exists and is not empty" >&2
     exit 1
 fi
-mkdir -p "$1" || exit 1
-tree=$(cd "$1" && pwd) || exit 1
+if [ -n "$anonymise" ]; then
+    if [ -e "$1.replaced" ]; then
+        echo "$0: $1.replaced exists" >&2
+        exit 1
+    fi
+    # The original goes when this ends, however it ends; nobody else sees it meanwhile.
+    tree=$(mktemp -d) || exit 1
+    trap 'rm -rf "$tree"' EXIT
+    trap 'exit 1' HUP INT TERM
+else
+    mkdir -p "$1" || exit 1
+    tree=$(cd "$1" && pwd) || exit 1
+fi
 
 # What cannot be read is left out: a recording has an absent file where the machine has an unreadable one.
 copy_file() {
@@ -151,10 +175,12 @@ record_class fc_remote_ports record_remote_port
 record_class scsi_device record_unit
 record_names
 
-dump=${TAVIK_HOST_DUMP:-$(command -v tavik_host_dump)}
 if [ -n "$dump" ]; then
     "$dump" --record-queries "$tree" || exit 1
 else
     echo "$0: no tavik_host_dump, so drivers, transceivers and IP addresses are not recorded" >&2
 fi
 echo "recorded $(find "$tree" -type f | wc -l) attributes below $1"
+[ -n "$anonymise" ] || exit 0
+"$dump" --root "$tree" --anonymise "$1" --replaced "$1.replaced" --host-name "$(uname -n)" || exit 1
+echo "what was replaced stands in $1.replaced, which is no part of the recording: keep it"

@@ -64,7 +64,8 @@ public:
         if (!content) return content.absence();
         std::istringstream lines(std::string(content->begin(), content->end()));
         std::vector<InterfaceAddress> found;
-        for (std::string line; std::getline(lines, line);)
+        // A line without its end is one that was cut, and may read as another address.
+        for (std::string line; std::getline(lines, line) && !lines.eof();)
             if (const auto address = parseAddressLine(line)) found.push_back(*address);
         return found;
     }

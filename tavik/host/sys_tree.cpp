@@ -1,13 +1,19 @@
 #include "tavik/host/sys_tree.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
+#include <climits>
 #include <system_error>
+#include <utility>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "tavik/host/folders.h"
 
 namespace tavik::host {
 
@@ -17,42 +23,60 @@ namespace {
 constexpr std::size_t largestText = 4096;
 constexpr std::size_t mostNames = 65536;
 
-Absence systemAbsence(int error) { return {std::generic_category().message(error)}; }
+/** The kernel gives at most a page a call, and less only at the end. */
+constexpr std::size_t page = 4096;
 
-class File {
-public:
-    explicit File(const char* path) : descriptor_(::open(path, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK)) {}
-    ~File() {
-        if (descriptor_ >= 0) ::close(descriptor_);
+/** Up to limit bytes; absent only if the very first read fails. */
+Attribute<Bytes> readAll(int file, std::size_t limit) {
+    Bytes content;
+    std::size_t size = 0;
+    for (std::size_t count = page; size < limit && count >= page;) {
+        const auto wanted = std::min(std::max(page + 1, size), limit - size);
+        content.resize(size + wanted);
+        ssize_t got = 0;
+        do
+            got = ::read(file, content.data() + size, wanted);
+        while (got < 0 && errno == EINTR);
+        if (got < 0 && size == 0) return fileAbsence(errno);
+        count = got < 0 ? 0 : static_cast<std::size_t>(got);
+        size += count;
     }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
+    content.resize(size);
+    return content;
+}
 
-    bool opened() const { return descriptor_ >= 0; }
+/** What stands at the place itself; a link is not followed. */
+Attribute<mode_t> modeAt(int folder, const std::string& name) {
+    struct stat status {};
+    if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return fileAbsence(errno);
+    return status.st_mode;
+}
 
-    bool isRegular() const {
-        struct stat status {};
-        return ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
-    }
+// No device is opened, not even for a moment: that alone makes a tape rewind.
+constexpr int forReading = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 
-    /** Up to limit bytes; absent only if the very first read fails. */
-    Attribute<Bytes> read(std::size_t limit) const {
-        Bytes content(limit);
-        std::size_t size = 0;
-        while (size < limit) {
-            const auto count = ::read(descriptor_, content.data() + size, limit - size);
-            if (count < 0 && errno == EINTR) continue;
-            if (count < 0 && size == 0) return systemAbsence(errno);
-            if (count <= 0) break;
-            size += static_cast<std::size_t>(count);
-        }
-        content.resize(size);
-        return content;
-    }
+/** The file at the end of the path, wherever in the tree links lead. */
+Attribute<SharedDescriptor> openRegular(const Folders& folders, const std::string& path) {
+    const auto folder = folders.folder(parentPath(path));
+    if (!folder) return folder.absence();
+    const auto name = baseName(path);
+    const auto mode = modeAt((*folder)->get(), name);
+    if (!mode) return mode.absence();
+    if (S_ISLNK(*mode))
+        return folders.resolve(path).then([&](const std::string& target) { return openRegular(folders, target); });
+    if (!S_ISREG(*mode)) return Absence{"not a file"};
+    const int file = ::openat((*folder)->get(), name.c_str(), forReading | O_NOFOLLOW | O_CLOEXEC);
+    if (file < 0) return fileAbsence(errno);
+    return std::make_shared<const Descriptor>(file);
+}
 
-private:
-    int descriptor_;
-};
+/** Null where the folder cannot be listed. */
+DIR* openEntries(const Descriptor& folder) {
+    const int entries = ::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR* opened = entries < 0 ? nullptr : ::fdopendir(entries);
+    if (opened == nullptr && entries >= 0) ::close(entries);
+    return opened;
+}
 
 bool isBlank(char character) { return character == ' ' || character == '\t' || character == '\n'; }
 
@@ -75,11 +99,11 @@ Attribute<std::string> printableText(const Bytes& content) {
 
 } // namespace
 
-SysTree::SysTree(const std::filesystem::path& root) {
-    std::error_code error;
-    root_ = std::filesystem::canonical(root, error);
-    if (error) root_ = root;
-}
+SysTree::SysTree(const std::filesystem::path& root) : folders_(std::make_shared<const Folders>(root)) {}
+
+SysTree::SysTree(std::shared_ptr<const Folders> folders) : folders_(std::move(folders)) {}
+
+SysTree SysTree::forOneLook() const { return SysTree(std::make_shared<const HeldFolders>(folders_->root())); }
 
 Attribute<std::string> SysTree::text(const std::string& path) const {
     return bytes(path, largestText + 1).then(printableText);
@@ -90,48 +114,39 @@ Attribute<std::uint64_t> SysTree::number(const std::string& path, std::uint64_t 
 }
 
 Attribute<Bytes> SysTree::bytes(const std::string& path, std::size_t limit) const {
-    return resolve(path).then([this, limit](const std::string& resolved) -> Attribute<Bytes> {
-        const File file((root_ / resolved).c_str());
-        if (!file.opened()) return systemAbsence(errno);
-        if (!file.isRegular()) return Absence{"not a file"};
-        return file.read(limit);
+    return openRegular(*folders_, path).then([limit](const SharedDescriptor& file) {
+        return readAll(file->get(), limit);
     });
 }
 
 std::vector<std::string> SysTree::names(const std::string& folder) const {
     std::vector<std::string> found;
-    const auto resolved = resolve(folder);
-    if (!resolved) return found;
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(root_ / *resolved, error), end;
-         !error && entry != end && found.size() < mostNames; entry.increment(error))
-        found.push_back(entry->path().filename().string());
+    const auto place = folders_->folder(folder);
+    if (!place) return found;
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(openEntries(**place), ::closedir);
+    while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") found.emplace_back(name);
+        if (found.size() == mostNames) break;
+    }
     std::sort(found.begin(), found.end());
     return found;
 }
 
-Attribute<std::string> SysTree::resolve(const std::string& path) const {
-    std::error_code error;
-    const auto whole = std::filesystem::canonical(root_ / path, error);
-    if (error) return systemAbsence(error.value());
-    const auto relative = whole.lexically_relative(root_);
-    if (relative.empty() || *relative.begin() == "..") return Absence{"leads out of the root"};
-    return relative.string();
-}
+Attribute<std::string> SysTree::resolve(const std::string& path) const { return folders_->resolve(path); }
 
 Attribute<std::string> SysTree::linkName(const std::string& path) const {
-    const auto folder = resolve(parentPath(path));
+    const auto folder = folders_->folder(parentPath(path));
     if (!folder) return folder.absence();
-    std::error_code error;
-    const auto target = std::filesystem::read_symlink(root_ / *folder / baseName(path), error);
-    if (error) return systemAbsence(error.value());
-    return target.filename().string();
+    std::array<char, PATH_MAX> target{};
+    const auto size = ::readlinkat((*folder)->get(), baseName(path).c_str(), target.data(), target.size());
+    if (size < 0) return fileAbsence(errno);
+    return baseName(std::string(target.data(), static_cast<std::size_t>(size)));
 }
 
 bool SysTree::exists(const std::string& path) const {
-    std::error_code error;
-    return std::filesystem::symlink_status(root_ / path, error).type() != std::filesystem::file_type::not_found &&
-           !error;
+    const auto folder = folders_->folder(parentPath(path));
+    return folder && modeAt((*folder)->get(), baseName(path));
 }
 
 Attribute<std::uint64_t> parseNumber(std::string_view text, std::uint64_t largest) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,12 +14,20 @@
 
 namespace tavik::host {
 
+class Folders;
+
 /** All paths are relative to the root ("sys/class/net"). Symbolic links are followed, but never out of the root: a
- *  recorded tree comes from somebody else. Files that are not regular are not opened. */
+ *  recorded tree comes from somebody else. Files that are not regular are not opened. Callable from several threads at
+ *  once. */
 class SysTree {
 public:
     /** @param root a folder; a root that does not exist reads as one in which everything is absent. */
     explicit SysTree(const std::filesystem::path& root = "/");
+
+    /** The same tree for one look by one thread: it keeps the folders open that were read last, which saves the
+     *  kernel the way to each file. It must not outlive the look, since a folder can be replaced by another one of its
+     *  name. */
+    SysTree forOneLook() const;
 
     /** The text of an attribute without its line end and blanks around it. Absent if it cannot be read, is empty,
      *  longer than a page or holds bytes that are not printable ASCII. */
@@ -43,7 +52,9 @@ public:
     bool exists(const std::string& path) const;
 
 private:
-    std::filesystem::path root_;
+    explicit SysTree(std::shared_ptr<const Folders> folders);
+
+    std::shared_ptr<const Folders> folders_;
 };
 
 /** An unsigned number as text(): all of it must be digits. */

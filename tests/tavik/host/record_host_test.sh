@@ -27,6 +27,28 @@ fi
 [ -s "$folder/live" ]
 diff "$folder/live" "$folder/recorded"
 
+# Without its names the recording still reads like the machine, and has none of them.
+"$script" --anonymise "$folder/given" >"$folder/output"
+[ "$(stat -c %a "$folder/given.replaced")" = 600 ]
+[ -s "$folder/given.replaced" ]
+cut -f 2 "$folder/given.replaced" | while read -r original; do
+    if grep -rqiaF -- "$original" "$folder/given" || find "$folder/given" | grep -qiF -- "$original"; then
+        echo "$original is left" >&2
+        exit 1
+    fi
+done
+"$TAVIK_HOST_DUMP" --root "$folder/given" >"$folder/shown"
+[ "$(wc -l <"$folder/shown")" = "$(wc -l <"$folder/recorded")" ]
+if cmp -s "$folder/shown" "$folder/recorded"; then
+    echo "nothing was replaced" >&2
+    exit 1
+fi
+if "$script" --anonymise "$folder/given" 2>"$folder/error"; then
+    echo "a second recording without names into one folder was not refused" >&2
+    exit 1
+fi
+grep -q 'exists and is not empty' "$folder/error"
+
 # What is no recording is named.
 for root in "$folder/nonexistent" "$folder/live" "$folder"; do
     if "$TAVIK_HOST_DUMP" --root "$root" >"$folder/output" 2>"$folder/error"; then

@@ -1,0 +1,68 @@
+// The folders of a tree, opened so that no path leads out of its root.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "tavik/host/attribute.h"
+#include "tavik/host/descriptor.h"
+
+namespace tavik::host {
+
+using SharedDescriptor = std::shared_ptr<const Descriptor>;
+
+/** Opens what stands below one root. Paths are relative to it. The kernel itself keeps each lookup below the root
+ *  (openat2 with RESOLVE_BENEATH); where it cannot (before Linux 5.6, or forbidden by a container's filter) the path is
+ *  resolved first and then opened without links. */
+class Folders {
+public:
+    explicit Folders(const std::filesystem::path& root);
+    virtual ~Folders() = default;
+    Folders(const Folders&) = delete;
+    Folders& operator=(const Folders&) = delete;
+
+    /** A folder that other calls can be made relative to. Empty: the root. */
+    virtual Attribute<SharedDescriptor> folder(const std::string& path) const;
+
+    /** Opens whatever the path leads to. @param flags those of open(2) beside O_CLOEXEC. */
+    Attribute<SharedDescriptor> open(const std::string& path, int flags) const;
+
+    /** The path without symbolic links, relative to the root. */
+    Attribute<std::string> resolve(const std::string& path) const;
+
+    const std::filesystem::path& root() const { return root_; }
+
+private:
+    Attribute<std::string> resolveByName(const std::string& path) const;
+    Attribute<SharedDescriptor> openByName(const std::string& path, int flags) const;
+
+    std::filesystem::path root_;
+    SharedDescriptor rootFolder_;
+    bool isConfinedByKernel_ = false;
+};
+
+/** Keeps the folders open that were asked for last. For one thread. */
+class HeldFolders : public Folders {
+public:
+    using Folders::Folders;
+
+    Attribute<SharedDescriptor> folder(const std::string& path) const override;
+
+private:
+    static constexpr std::size_t mostHeld = 8;
+    struct Held {
+        std::string path;
+        SharedDescriptor folder;
+    };
+
+    mutable std::array<Held, mostHeld> held_;
+    mutable std::size_t oldest_ = 0;
+};
+
+/** Why a call failed, in words; a path out of the root has its own. */
+Absence fileAbsence(int error);
+
+} // namespace tavik::host

@@ -20,7 +20,14 @@ Descriptor openBelow(int folder, const char* path, int flags) {
     open_how how{};
     how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC);
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
-    return Descriptor(static_cast<int>(::syscall(SYS_openat2, folder, path, &how, sizeof how)));
+    // The kernel asks to try again where anybody renames or mounts something during a lookup with "..".
+    constexpr int mostTries = 1000;
+    long opened = -1;
+    for (int tries = 0; tries < mostTries; ++tries) {
+        opened = ::syscall(SYS_openat2, folder, path, &how, sizeof how);
+        if (opened >= 0 || errno != EAGAIN) break;
+    }
+    return Descriptor(static_cast<int>(opened));
 }
 
 /** Asked for at once: an absence tells the error of the call that opened it. */

@@ -1,10 +1,12 @@
 // Recordings that are damaged or made to do harm: what is sound of them is shown, and nothing outside of them is read.
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <variant>
 #include <vector>
 
@@ -206,6 +208,23 @@ TEST_F(BadRecording, NamesThatAreNoInterfacesAreLeftOut) {
     EXPECT_EQ(shown.find("sixteen"), std::string::npos);
     EXPECT_EQ(shown.find("xxx"), std::string::npos);
     EXPECT_EQ(serialNumbers().size(), 3U); // "line\nend" is a name that the kernel would take
+}
+
+TEST_F(BadRecording, ReadsTheSameWhileOthersRenameFiles) {
+    ScratchTree elsewhere;
+    elsewhere.file("a", "");
+    std::atomic<bool> isOver = false;
+    std::thread renamer([&] {
+        while (!isOver) {
+            std::filesystem::rename(elsewhere.root() / "a", elsewhere.root() / "b");
+            std::filesystem::rename(elsewhere.root() / "b", elsewhere.root() / "a");
+        }
+    });
+    const auto first = fingerprint(scratch_.tree(), *scratch_.queries());
+    for (int looks = 0; looks < 50; ++looks)
+        EXPECT_EQ(fingerprint(scratch_.tree(), *scratch_.queries()), first) << "look " << looks;
+    isOver = true;
+    renamer.join();
 }
 
 /** From here on this process has no openat2, as on an old kernel or in a container with a filter. */

@@ -148,13 +148,20 @@ TEST(ServeProgram, ReadsItsUsersAgainWhenToldAndKeepsThemWhereTheFileIsBroken) {
     EXPECT_EQ(server.wait(), 0);
 }
 
-// True once SIGHUP is blocked in the process, which is the first thing that a server does.
+// Of the signals that a line SigBlk: names.
+constexpr bool isHangupAmong(unsigned long long blocked) { return ((blocked >> (SIGHUP - 1)) & 1U) != 0; }
+constexpr bool areAllAmong(unsigned long long blocked) { return ((blocked >> (SIGSEGV - 1)) & 1U) != 0; }
+
+// True once SIGHUP is blocked in the process, which is the first thing that a server does. A process that is not yet
+// the server, or just starts a thread, has all signals blocked, and will not keep them so.
 bool waitUntilItHoldsSignalsBack(pid_t process) {
     const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (std::chrono::steady_clock::now() < until) {
         std::ifstream status("/proc/" + std::to_string(process) + "/status");
         for (std::string line; std::getline(status, line);) {
-            if (line.rfind("SigBlk:", 0) == 0 && (std::stoull(line.substr(7), nullptr, 16) & 1U) != 0) return true;
+            if (line.rfind("SigBlk:", 0) != 0) continue;
+            const unsigned long long blocked = std::stoull(line.substr(7), nullptr, 16);
+            if (isHangupAmong(blocked) && !areAllAmong(blocked)) return true;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }

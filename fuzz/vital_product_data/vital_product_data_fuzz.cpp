@@ -28,9 +28,11 @@ void require(bool condition) {
     if (!condition) std::abort();
 }
 
-template <std::size_t N>
-void requireTerminated(const FixedText<N>& text) {
-    require(std::memchr(text.text(), 0, N) != nullptr);
+/// @param text a FixedText or a MeasuredText.
+template <typename Text>
+void requireTerminated(const Text& text) {
+    const void* end = std::memchr(text.text(), 0, Text::capacity + 1);
+    require(end == text.text() + text.view().size());
 }
 
 struct Label {

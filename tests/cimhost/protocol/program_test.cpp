@@ -166,13 +166,14 @@ TEST_P(Answer, WhatIsNoTerminalGetsTheTableWhole) {
 
 TEST(Program, AQuestionDoesNotTakeTheSecondsThatTheProviderSleepsForServers) {
     using Clock = std::chrono::steady_clock;
+    constexpr std::chrono::milliseconds lessThanItSleeps{2500};
     Clock::duration shortest = Clock::duration::max();
-    for (int tries = 0; tries < 5 && shortest > std::chrono::seconds(1); ++tries) { // others may keep the host busy
+    for (int tries = 0; tries < 5 && shortest > lessThanItSleeps; ++tries) { // others may keep the host busy
         const Clock::time_point start = Clock::now();
         EXPECT_EQ(cimhost({"--fleet", FLEET, "names", "Merolt_FCHBA_FCPort"}).status, 0);
         shortest = std::min(shortest, Clock::now() - start);
     }
-    EXPECT_LT(shortest, std::chrono::seconds(1));
+    EXPECT_LT(shortest, lessThanItSleeps);
 }
 
 TEST_P(Answer, AnInstanceThatDoesNotExistIsACimError) {

@@ -52,23 +52,22 @@ PullSession::~PullSession() {
 }
 
 void PullSession::append(std::string_view element) {
-    gathered.bytes.append(element);
-    gathered.ends.push_back(static_cast<std::uint32_t>(gathered.bytes.size()));
-    if (gathered.bytes.size() >= pieceBytes) seal();
+    gathered.append(element);
+    gatheredEnds.push_back(static_cast<std::uint32_t>(gathered.size()));
+    if (gathered.size() >= pieceBytes) seal();
 }
 
 // What was gathered becomes a piece of just its size.
 void PullSession::seal() {
-    if (gathered.ends.empty()) return;
+    if (gatheredEnds.empty()) return;
     Piece& piece = pieces.emplace_back();
-    piece.bytes.reserve(gathered.bytes.size());
-    piece.bytes.append(gathered.bytes.view());
-    piece.ends.assign(gathered.ends.begin(), gathered.ends.end());
+    piece.bytes = Pages(gathered.view());
+    piece.ends.assign(gatheredEnds.begin(), gatheredEnds.end());
     const std::size_t size = piece.bytes.size() + piece.ends.size() * sizeof(piece.ends[0]);
     sessions.charge(owner.user, size);
     piece.charged = size;
-    gathered.bytes.truncate(0);
-    gathered.ends.clear();
+    gathered.truncate(0);
+    gatheredEnds.clear();
 }
 
 void PullSession::moveTo(ByteBuffer& answer, std::uint32_t count) {
@@ -143,6 +142,7 @@ void PullSessions::closed(const std::string& user) {
 std::string PullSessions::keep(std::unique_ptr<PullSession> session) {
     session->seal();
     session->gathered = {};
+    session->gatheredEnds = {};
     std::string context = newContext();
     const Clock::time_point deadline = settings.now() + session->timeout;
     Ended ended;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "cimhost/byte_buffer.h"
+#include "cimhost/service/pages.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -60,7 +61,7 @@ public:
     /// too much already.
     void append(std::string_view element);
 
-    [[nodiscard]] bool isEmpty() const noexcept { return pieces.empty() && gathered.ends.empty(); }
+    [[nodiscard]] bool isEmpty() const noexcept { return pieces.empty() && gatheredEnds.empty(); }
 
     /// Moves elements from the front to the end of the answer: as many as asked for, but none once bytesOfAnswer have
     /// been moved. Counts pulls of none: throws CimFailure with CIM_ERR_SERVER_LIMITS_EXCEEDED for one too many.
@@ -69,10 +70,9 @@ public:
 private:
     friend class PullSessions;
 
-    // Elements one behind the other. Memory goes back piece by piece; a whole piece is so large that the C library
-    // gives it back to the system.
+    // Elements one behind the other, in memory that goes back piece by piece.
     struct Piece {
-        ByteBuffer bytes;
+        Pages bytes;
         std::vector<std::uint32_t> ends;
         std::size_t next = 0; // the first that is left
         std::size_t charged = 0;
@@ -86,7 +86,8 @@ private:
     const PullOwner owner;
     const std::chrono::seconds timeout;
     std::deque<Piece> pieces;
-    Piece gathered; // of which the next piece is made
+    ByteBuffer gathered; // of which the next piece is made
+    std::vector<std::uint32_t> gatheredEnds;
     std::size_t emptyPulls = 0;
     bool isCounted = false; // among the sessions
 };

@@ -2,6 +2,7 @@ import contextlib
 import random
 import re
 import threading
+import time
 
 from attack import Attack
 from support import NoAnswer, ask, connect_as_client, message, namespace_path, post, read_answer
@@ -95,6 +96,38 @@ class Opened(Attack):
             found.append("a plain enumeration is refused while many are open")
         client.close()
         return found
+
+
+class Forgotten(Attack):
+    """A thousand enumerations are opened and forgotten; what they held goes back to the system when they are over."""
+
+    seconds = 3.0
+    waits = True
+    timeout = 6
+    patience = 60.0
+    more_mib = 16  # than before may stay with the server
+
+    def attack(self, server, stopping):
+        (server.folder / "before").write_text(str(server.status("VmRSS")))
+        client = Client(server)
+        opened = 0
+        while opened < A_THOUSAND and not stopping.is_set():
+            answer = client.ask(opening(self.timeout))
+            opened += answer is not None and code_of(answer) == 0
+        client.close()
+        (server.folder / "opened").touch()
+        stopping.wait()
+
+    def problems(self, server):
+        deadline = time.monotonic() + self.patience
+        while not (server.folder / "opened").exists() and time.monotonic() < deadline:
+            time.sleep(0.1)
+        most = int((server.folder / "before").read_text()) + self.more_mib * 1024
+        while server.status("VmRSS") > most:
+            if time.monotonic() > deadline:
+                return [f"{server.status('VmRSS')} KiB are resident, not {most}"]
+            time.sleep(0.1)
+        return []
 
 
 class Guessed(Attack):

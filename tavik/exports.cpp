@@ -1,4 +1,5 @@
 // The calls with C linkage: thin, and nothing thrown leaves them.
+#include "inventory/fact_calls.h"
 #include "inventory/tavik.h"
 
 #include <algorithm>
@@ -66,6 +67,16 @@ Status taken(const Answer<Value>& answer, Take take) {
 void copyOut(const Bytes& bytes, void* buffer, std::uint32_t& size) {
     size = static_cast<std::uint32_t>(std::min<std::size_t>(bytes.size(), size));
     if (size > 0) std::memcpy(buffer, bytes.data(), size);
+}
+
+/** All or nothing. @param size in: room in the buffer, out: bytes of all facts. */
+Status copyFacts(const Answer<tavik::Facts>& answer, std::uint32_t groups, void* buffer, std::uint32_t& size) {
+    if (!answer.ok()) return answer.status;
+    const Bytes encoded = tavik::encodeFacts(answer.value, groups);
+    const bool fits = encoded.size() <= size;
+    size = static_cast<std::uint32_t>(encoded.size());
+    if (fits && !encoded.empty()) std::memcpy(buffer, encoded.data(), encoded.size());
+    return fits ? tavik::statusOk : tavik::statusBufferTooSmall;
 }
 
 void handOutText(const std::string& value, char*& text, std::uint32_t& length) {
@@ -276,6 +287,22 @@ std::uint32_t TAVIK_GetMBIVersionString(TAVIK_DeviceRecord* device, char** text,
                          [&](const auto& value) { handOutText(value, *text, *length); });
         },
         device, text, length);
+}
+
+std::uint32_t tavik_facts_of_storage_port(std::uint32_t handle, std::uint32_t groups, void* buffer,
+                                          std::uint32_t* size) {
+    return asked(
+        "tavik_facts_of_storage_port",
+        [&](Source& source) { return copyFacts(source.storageFacts(handle, groups), groups, buffer, *size); }, buffer,
+        size);
+}
+
+std::uint32_t tavik_facts_of_ethernet_port(const char* deviceName, std::uint32_t groups, void* buffer,
+                                           std::uint32_t* size) {
+    return asked(
+        "tavik_facts_of_ethernet_port",
+        [&](Source& source) { return copyFacts(source.nicFacts(deviceName, groups), groups, buffer, *size); },
+        deviceName, buffer, size);
 }
 
 std::uint32_t TAVIK_UpdateFlash(std::uint32_t adapterId, const void* image, std::uintptr_t) {

@@ -10,6 +10,8 @@
 #include <variant>
 #include <vector>
 
+#include "tavik/facts.h"
+
 namespace tavik {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -115,6 +117,7 @@ struct StorageFailures {
     Status transceiver = 0;
     Status multiBootVersion = 0;
     Status flashUpdate = 0;
+    Status facts = 0;
 
     bool operator==(const StorageFailures&) const = default;
 };
@@ -148,6 +151,7 @@ struct StorageFunction {
     std::optional<Transceiver> transceiver;
     Statistics statistics;
     Statistics statisticsPerRefresh; ///< added at every refresh after the first
+    Facts facts;                     ///< what the source knows of them when it loads
     StorageFailures failures;
 
     bool operator==(const StorageFunction&) const = default;
@@ -226,6 +230,7 @@ struct NicFailures {
     Status fcoeLinkage = 0;
     Status transceiver = 0;
     Status flashUpdate = 0;
+    Status facts = 0;
 
     bool operator==(const NicFailures&) const = default;
 };
@@ -246,6 +251,7 @@ struct NicFunction {
     std::optional<IPConfiguration> ip; ///< absent: the call fails
     std::vector<FCoELinkage> fcoeLinkage;
     std::optional<Transceiver> transceiver; ///< absent: the call fails, the port has none
+    Facts facts;                            ///< what the source knows of them when it loads
     NicFailures failures;
 
     bool operator==(const NicFunction&) const = default;

@@ -80,12 +80,15 @@ public:
     virtual Answer<Statistics> refreshStatistics(std::uint32_t handle) = 0;
     virtual Answer<Transceiver> storageTransceiver(std::uint32_t handle) = 0;
     virtual Answer<std::string> multiBootVersion(std::uint32_t handle) = 0;
+    /** @param groups TavikFactGroup bits: others need not be found out. */
+    virtual Answer<Facts> storageFacts(std::uint32_t handle, std::uint32_t groups) = 0;
 
     // By device name of an Ethernet function.
     virtual Answer<Link> link(std::string_view deviceName) = 0;
     virtual Answer<IPConfiguration> ipConfiguration(std::string_view deviceName) = 0;
     virtual Answer<std::vector<FCoELinkage>> fcoeLinkage(std::string_view deviceName) = 0;
     virtual Answer<Transceiver> nicTransceiver(std::string_view deviceName) = 0;
+    virtual Answer<Facts> nicFacts(std::string_view deviceName, std::uint32_t groups) = 0;
 
     // Numbers can go over to another card while the caller still knows the old one. The serial number is that of the
     // card that the caller means, or nothing if it was never shown one with this number; no other card is written.

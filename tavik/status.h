@@ -22,5 +22,6 @@ inline constexpr Status statusForeignImage = 13;   ///< an image for another mod
 inline constexpr Status statusUnreadableFile = 14; ///< the flash file cannot be read; standard error tells why
 inline constexpr Status statusWriteFailed = 15;    ///< the fleet cannot be written; standard error tells why
 inline constexpr Status statusBusy = 16;           ///< another writer has kept the fleet to itself for too long
+inline constexpr Status statusBufferTooSmall = 17; ///< nothing was written; the size tells what is needed
 
 } // namespace tavik

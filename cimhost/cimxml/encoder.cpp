@@ -3,6 +3,7 @@
 #include "cimhost/broker/visit_value.h"
 #include "cimhost/cimxml/xml_text.h"
 #include "cimhost/model/cim_type.h"
+#include "cimhost/model/mapped_property.h"
 
 #include <algorithm>
 #include <charconv>
@@ -58,6 +59,7 @@ PropertyTags makeTags(const PropertyDeclaration& property) {
     ByteBuffer origin;
     appendAttribute(origin, "CLASSORIGIN", property.classOrigin);
     tags.origin = origin.view();
+    if (isLeftOutWithoutValue(property)) tags.empty = {};
     return tags;
 }
 
@@ -148,7 +150,10 @@ void Encoder::instance(const InstanceObject& instance, const InstanceOptions& op
         for (std::size_t position = 0; position < rows.size(); ++position) {
             if (options.selected && !(*options.selected)[position]) continue;
             if (!instance.isWanted(position)) continue;
-            property(rows[position], instance.valueAt(position), options.includeClassOrigin);
+            const CMPIData* data = instance.valueAt(position);
+            const bool isLeftOut = rows[position].empty.empty() && (!data || isNull(*data));
+            if (isLeftOut) continue;
+            property(rows[position], data, options.includeClassOrigin);
         }
     }
     for (const NamedData& free : instance.freeProperties())

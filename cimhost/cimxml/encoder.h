@@ -19,7 +19,7 @@ struct PropertyTags {
     std::string opening;    ///< `<PROPERTY NAME="Speed" TYPE="uint64"`, still open for attributes
     std::string toValue;    ///< opening, and on to where the value begins: `<PROPERTY ...><VALUE>`
     std::string_view close; ///< from the value's end to the property's: `</VALUE></PROPERTY>`
-    std::string_view empty; ///< from opening to the end of a property without a value: `></PROPERTY>`
+    std::string_view empty; ///< from opening to the end of one without a value: `></PROPERTY>`; empty: left out
     std::string origin;     ///< ` CLASSORIGIN="CIM_LogicalPort"`
 };
 

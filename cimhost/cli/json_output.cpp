@@ -2,8 +2,10 @@
 
 #include "cimhost/broker/visit_value.h"
 #include "cimhost/cli/instance_json.h"
+#include "cimhost/model/mapped_property.h"
 
 #include <concepts>
+#include <utility>
 
 namespace cimhost::cli {
 
@@ -54,7 +56,10 @@ Json instanceJson(const InstanceObject& instance) {
     if (const ClassDeclaration* declaration = instance.declaration()) {
         for (std::size_t position = 0; position < declaration->properties().size(); ++position) {
             if (!instance.isWanted(position)) continue;
-            properties[declaration->properties()[position].name] = valueAt(instance, position);
+            const PropertyDeclaration& property = declaration->properties()[position];
+            Json value = valueAt(instance, position);
+            if (value.is_null() && isLeftOutWithoutValue(property)) continue;
+            properties[property.name] = std::move(value);
         }
     }
     for (const NamedData& property : instance.freeProperties()) {

@@ -6,6 +6,7 @@
 #include "indications/alarm_intake.h"
 #include "indications/port_status_indication.h"
 #include "indications/subscriptions.h"
+#include "inventory/fact_reader.h"
 #include "log/log.h"
 #include "platform/platform.h"
 #include "provider/list_builders.h"
@@ -57,6 +58,7 @@ Merolt_CNA_Provider::Merolt_CNA_Provider(const CmpiBroker& providerBroker, const
     readConfiguration();
     readAnswers();
     readWantedSystemName();
+    findFactCalls();
 }
 
 Merolt_CNA_Provider::~Merolt_CNA_Provider() {

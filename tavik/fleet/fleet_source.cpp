@@ -161,11 +161,17 @@ std::optional<FleetError> FleetSource::readAgain() {
 }
 
 // States come and go: polls and alarms tell of them. A refresh for their sake would rebuild the lists that a poll
-// compares with, and swallow the change.
+// compares with, and swallow the change. Facts stand in no list.
 Fleet withoutStates(Fleet fleet) {
     struct Forget {
-        void operator()(StorageFunction& function) const { function.property.state = {}; }
-        void operator()(NicFunction& function) const { function.link.state = {}; }
+        void operator()(StorageFunction& function) const {
+            function.property.state = {};
+            function.facts.clear();
+        }
+        void operator()(NicFunction& function) const {
+            function.link.state = {};
+            function.facts.clear();
+        }
     };
     if (!fleet.cards) return fleet;
     for (Card& card : *fleet.cards)
@@ -241,6 +247,11 @@ Answer<std::string> FleetSource::multiBootVersion(std::uint32_t handle) {
                                   std::mem_fn(&StorageFunction::multiBootVersion));
 }
 
+Answer<Facts> FleetSource::storageFacts(std::uint32_t handle, std::uint32_t) {
+    return ofStorage<Facts>(handle, &StorageFailures::facts,
+                            [](const StorageFunction& function) { return &function.facts; });
+}
+
 Answer<Statistics> FleetSource::refreshStatistics(std::uint32_t handle) {
     return ofStorage<Statistics>(
         handle, &StorageFailures::statistics, [&](const StorageFunction& function) -> std::optional<Statistics> {
@@ -264,6 +275,10 @@ Answer<std::vector<FCoELinkage>> FleetSource::fcoeLinkage(std::string_view devic
 
 Answer<Transceiver> FleetSource::nicTransceiver(std::string_view deviceName) {
     return ofNic<Transceiver>(deviceName, &NicFailures::transceiver, std::mem_fn(&NicFunction::transceiver));
+}
+
+Answer<Facts> FleetSource::nicFacts(std::string_view deviceName, std::uint32_t) {
+    return ofNic<Facts>(deviceName, &NicFailures::facts, [](const NicFunction& function) { return &function.facts; });
 }
 
 Status FleetSource::updateFlash(std::uint32_t adapterId, const std::optional<std::string>& serialNumber,

@@ -30,11 +30,13 @@ public:
     Answer<Statistics> refreshStatistics(std::uint32_t handle) override;
     Answer<Transceiver> storageTransceiver(std::uint32_t handle) override;
     Answer<std::string> multiBootVersion(std::uint32_t handle) override;
+    Answer<Facts> storageFacts(std::uint32_t handle, std::uint32_t groups) override;
 
     Answer<Link> link(std::string_view deviceName) override;
     Answer<IPConfiguration> ipConfiguration(std::string_view deviceName) override;
     Answer<std::vector<FCoELinkage>> fcoeLinkage(std::string_view deviceName) override;
     Answer<Transceiver> nicTransceiver(std::string_view deviceName) override;
+    Answer<Facts> nicFacts(std::string_view deviceName, std::uint32_t groups) override;
 
     Status updateFlash(std::uint32_t adapterId, const std::optional<std::string>& serialNumber,
                        const void* image) override;

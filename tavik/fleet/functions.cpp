@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "inventory/fact_table.h"
 #include "inventory/tavik.h"
 #include "tavik/transceiver.h"
 #include "tavik/vpd.h"
@@ -58,6 +59,7 @@ constexpr NumberField<StorageFailures> storageFailureFields[] = {
     {"transceiver", &StorageFailures::transceiver},
     {"multiBootVersion", &StorageFailures::multiBootVersion},
     {"flashUpdate", &StorageFailures::flashUpdate},
+    {"facts", &StorageFailures::facts},
 };
 
 constexpr NumberField<NicFailures> nicFailureFields[] = {
@@ -66,6 +68,7 @@ constexpr NumberField<NicFailures> nicFailureFields[] = {
     {"fcoeLinkage", &NicFailures::fcoeLinkage},
     {"transceiver", &NicFailures::transceiver},
     {"flashUpdate", &NicFailures::flashUpdate},
+    {"facts", &NicFailures::facts},
 };
 
 /** A word of the function's own kind, or the number of a protocol that readers pass over. */
@@ -373,6 +376,47 @@ void readNicPort(ObjectReader& object, NicFunction& function) {
                 [](const Place& place) { return parseList(place, parseFCoELinkage); });
 }
 
+FactValue parseFact(const Place& place, const merolt::FactRow& row) {
+    switch (row.type) {
+    case TavikFactText: {
+        const auto text = parseText(place, merolt::longestFact);
+        if (!isFactText(text)) place.fail("a text of printable ASCII characters");
+        return text;
+    }
+    case TavikFactTruth:
+        if (!place.value().is_boolean()) place.fail("true or false");
+        return place.value().get<bool>();
+    case TavikFactNumber:
+        break;
+    }
+    return parseNumber<std::uint64_t>(place);
+}
+
+void readFact(ObjectReader& object, const merolt::FactRow& row, Facts& facts) {
+    const auto place = object.find(std::string(row.name).c_str());
+    if (!place) return;
+    if (row.count == merolt::FactCount::one) {
+        facts.push_back({&row, parseFact(*place, row)});
+        return;
+    }
+    if (place->value().size() > merolt::mostFactValues)
+        place->fail("at most " + std::to_string(merolt::mostFactValues) + " values");
+    for (auto& value : parseList(*place, [&](const Place& element) { return parseFact(element, row); }))
+        facts.push_back({&row, std::move(value)});
+}
+
+/** @param classes FactClass bits: a key that none of them shows is unknown. */
+auto factsOf(unsigned classes) {
+    return [classes](const Place& place) {
+        Facts facts;
+        ObjectReader object(place);
+        for (const auto& row : merolt::fact_table::rows)
+            if ((row.classes & classes) != 0) readFact(object, row, facts);
+        object.finish();
+        return facts;
+    };
+}
+
 } // namespace
 
 Transceiver parseTransceiver(const Place& place) {
@@ -416,6 +460,7 @@ ParsedStorage parseStorage(const Place& place, const FunctionSurroundings& surro
     object.read("targetCount", function.targetCount, parseNumber<std::uint32_t>);
     object.read("statistics", function.statistics, numbersOf(statisticsFields));
     object.read("statisticsPerRefresh", function.statisticsPerRefresh, numbersOf(statisticsFields));
+    object.read("facts", function.facts, factsOf(merolt::factsOfStorage));
     object.read("failures", function.failures, numbersOf(storageFailureFields));
     object.finish();
     return parsed;
@@ -432,6 +477,7 @@ ParsedNic parseNic(const Place& place, const FunctionSurroundings& surroundings)
     readNicCard(object, function.card);
     readNicPort(object, function);
     function.transceiver = readTransceiver(object, surroundings);
+    object.read("facts", function.facts, factsOf(merolt::factsOfEthernet));
     object.read("failures", function.failures, numbersOf(nicFailureFields));
     object.finish();
     return parsed;

@@ -33,10 +33,6 @@ std::string climb(std::string path, Predicate find) {
     return path;
 }
 
-std::string findPciPath(const std::string& devicePath) {
-    return climb(devicePath, [](const std::string& path) { return parsePciAddress(baseName(path)).present(); });
-}
-
 Attribute<std::uint16_t> readId(const SysTree& tree, const std::string& path) {
     return tree.number(path, 0xFFFF).then([](std::uint64_t id) -> Attribute<std::uint16_t> {
         return static_cast<std::uint16_t>(id);
@@ -94,6 +90,10 @@ Attribute<std::string> parseDeviceSerialNumber(const Bytes& configuration) {
         offset = header >> 20;
     }
     return Absence{"no serial number capability"};
+}
+
+std::string findPciPath(const std::string& devicePath) {
+    return climb(devicePath, [](const std::string& path) { return parsePciAddress(baseName(path)).present(); });
 }
 
 Attribute<PciAddress> findPciAddress(const SysTree& tree, const std::string& devicePath) {

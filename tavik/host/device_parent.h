@@ -64,4 +64,7 @@ DeviceParent readDeviceParent(const SysTree& tree, const std::string& devicePath
 /** The address of the PCI function behind a device, without reading it. */
 Attribute<PciAddress> findPciAddress(const SysTree& tree, const std::string& devicePath);
 
+/** The folder of the nearest PCI function at or above a device; empty if there is none. */
+std::string findPciPath(const std::string& devicePath);
+
 } // namespace tavik::host

@@ -73,6 +73,16 @@ public:
         section(label, [&] { lines(*attribute); });
     }
 
+    /** A value in each line, under one label. */
+    void list(const std::string& label, const std::vector<FactValue>& values) {
+        Json all = Json::array();
+        for (const auto& value : values) {
+            heading(label + ": " + std::visit([](const auto& one) { return show(one); }, value));
+            all.push_back(std::visit([](const auto& one) { return asJson(one); }, value));
+        }
+        put(label, std::move(all));
+    }
+
     template <typename Lines>
     void section(const std::string& title, Lines lines) {
         heading(title);
@@ -274,6 +284,22 @@ void dumpFibreChannelHost(Page& page, const FibreChannelHost& host) {
         page.section("remote port " + port.name, [&] { dumpRemotePort(page, port); });
 }
 
+void dumpFact(Page& page, const HostFact& fact) {
+    const std::string label(fact.row->name);
+    if (!fact.values) return page.line(label, Attribute<std::string>(fact.values.absence()));
+    if (fact.row->count == merolt::FactCount::list) return page.list(label, *fact.values);
+    std::visit([&](const auto& value) { page.line(label, value); }, fact.values->front());
+}
+
+/** @param facts of all ports, or of none. @param place of this port. */
+void dumpFacts(Page& page, const std::vector<std::vector<HostFact>>& facts, std::size_t place) {
+    if (place >= facts.size()) return;
+    page.section("facts", [&] {
+        for (const auto& fact : facts[place])
+            dumpFact(page, fact);
+    });
+}
+
 void dumpCard(Page& page, const HostCard& card) {
     page.line("serial number", card.serialNumber);
     for (const auto& port : card.ports) {
@@ -289,10 +315,20 @@ Page pageOf(const HostFacts& facts) {
     Page page;
     for (const auto& card : groupCards(facts))
         page.section("card " + card.key, [&] { dumpCard(page, card); });
-    for (const auto& device : facts.networkDevices)
-        page.section("interface " + device.name, [&] { dumpNetworkDevice(page, device); });
-    for (const auto& host : facts.fibreChannelHosts)
-        page.section("Fibre Channel host" + std::to_string(host.number), [&] { dumpFibreChannelHost(page, host); });
+    for (std::size_t place = 0; place < facts.networkDevices.size(); ++place) {
+        const auto& device = facts.networkDevices[place];
+        page.section("interface " + device.name, [&] {
+            dumpNetworkDevice(page, device);
+            dumpFacts(page, facts.interfaceFacts, place);
+        });
+    }
+    for (std::size_t place = 0; place < facts.fibreChannelHosts.size(); ++place) {
+        const auto& host = facts.fibreChannelHosts[place];
+        page.section("Fibre Channel host" + std::to_string(host.number), [&] {
+            dumpFibreChannelHost(page, host);
+            dumpFacts(page, facts.hostFacts, place);
+        });
+    }
     for (const auto& interface : facts.leftOut)
         page.line("left out " + interface.name, interface.reason);
     return page;

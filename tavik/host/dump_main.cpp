@@ -54,7 +54,8 @@ int failed(const std::string& error) {
 int show(const Options& options) {
     const SysTree tree(options.root.empty() ? "/" : options.root);
     const auto queries = options.root.empty() ? makeLinuxQueries() : makeRecordedQueries(tree);
-    const HostFacts facts = readHostFacts(tree, *queries);
+    HostFacts facts = readHostFacts(tree, *queries);
+    addPortFacts(facts, tree, *queries);
     std::cout << (options.asJson ? dumpFactsAsJson(facts) : dumpFacts(facts));
     return 0;
 }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include "inventory/fact_table.h"
 #include "tavik/host/text_forms.h"
 #include "tavik/vpd.h"
 
@@ -144,6 +145,14 @@ MacAddress cardAddress(const HostCard& card) {
     return {};
 }
 
+/** Who made the card, as its functions tell beside their records. */
+Facts makerFact(const CardContext& context) {
+    static constexpr const auto* row = merolt::findFact("adapterMaker");
+    const auto& maker = context.identity.manufacturer;
+    if (!isFactText(maker) || maker == "unknown") return {};
+    return {{row, maker}};
+}
+
 NicFunction describeNic(const HostPort& port, const CardContext& context) {
     const auto& device = *port.networkDevice;
     const auto driver = device.driver.valueOr({});
@@ -163,6 +172,7 @@ NicFunction describeNic(const HostPort& port, const CardContext& context) {
     nic.vpdItems.resize(std::min(nic.vpdItems.size(), mostFunctionItems));
     if (device.ip) nic.ip = *device.ip;
     if (device.transceiver) nic.transceiver = *device.transceiver;
+    nic.facts = makerFact(context);
     for (const auto* host : port.fibreChannelHosts)
         nic.fcoeLinkage.push_back(describeLinkage(host->link.portName, host->portId, device.currentAddress));
     return nic;
@@ -237,6 +247,7 @@ StorageFunction describeStorage(const HostPort& port, const FibreChannelHost& ho
     storage.vpd = describeVpd(context);
     if (module) storage.transceiver = *module;
     storage.statistics = describeStatistics(host.counters);
+    storage.facts = makerFact(context);
     return storage;
 }
 

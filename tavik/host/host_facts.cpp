@@ -171,6 +171,15 @@ HostFacts readHostFacts(const SysTree& whole, KernelQueries& queries) {
     return facts;
 }
 
+void addPortFacts(HostFacts& facts, const SysTree& tree, KernelQueries& queries) {
+    constexpr auto everything = std::numeric_limits<std::uint32_t>::max();
+    const PortFactReader reader(tree, queries);
+    for (const auto& device : facts.networkDevices)
+        facts.interfaceFacts.push_back(reader.ofInterface(device.name, everything));
+    for (const auto& host : facts.fibreChannelHosts)
+        facts.hostFacts.push_back(reader.ofFibreChannelHost(host.number, everything));
+}
+
 std::vector<HostCard> groupCards(const HostFacts& facts) {
     std::map<CardKey, Members> members;
     std::map<std::string, CardKey> keyOfInterface;

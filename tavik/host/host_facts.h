@@ -8,6 +8,7 @@
 #include "tavik/host/fibre_channel_host.h"
 #include "tavik/host/kernel_queries.h"
 #include "tavik/host/network_device.h"
+#include "tavik/host/port_facts.h"
 #include "tavik/host/sys_tree.h"
 
 namespace tavik::host {
@@ -16,12 +17,17 @@ struct HostFacts {
     std::vector<HostNetworkDevice> networkDevices;
     std::vector<LeftOutInterface> leftOut;
     std::vector<FibreChannelHost> fibreChannelHosts;
+    std::vector<std::vector<HostFact>> interfaceFacts; ///< of networkDevices, in their order, if somebody read them
+    std::vector<std::vector<HostFact>> hostFacts;      ///< of fibreChannelHosts, likewise
 
     bool operator==(const HostFacts&) const = default;
 };
 
 /** Slow: reads vital product data and transceivers. */
 HostFacts readHostFacts(const SysTree& tree, KernelQueries& queries);
+
+/** Adds what the ports tell beside the library's records, all of it. */
+void addPortFacts(HostFacts& facts, const SysTree& tree, KernelQueries& queries);
 
 /** A port with the functions that run over it. Members here and below point into the facts they were made from. */
 struct HostPort {

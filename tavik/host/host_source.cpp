@@ -14,6 +14,7 @@
 #include "tavik/host/fleet_mapping.h"
 #include "tavik/host/host_facts.h"
 #include "tavik/host/pci_names.h"
+#include "tavik/host/port_facts.h"
 #include "tavik/log.h"
 #include "tavik/recording_folder.h"
 #include "tavik/told_changes.h"
@@ -82,7 +83,8 @@ public:
     HostSource(const SysTree& tree, std::unique_ptr<KernelQueries> queries, std::chrono::milliseconds watchInterval,
                std::string place)
         : tree_(tree), queries_(std::move(queries)), network_(tree_, *queries_), fibreChannel_(tree_),
-          watchInterval_(watchInterval), place_(std::move(place)), changes_(fingerprint(tree_, *queries_)) {}
+          portFacts_(tree_, *queries_), watchInterval_(watchInterval), place_(std::move(place)),
+          changes_(fingerprint(tree_, *queries_)) {}
 
     FleetOrError load() override {
         // A recording need not have both; archives lose empty folders.
@@ -151,6 +153,17 @@ public:
 
     Answer<std::string> multiBootVersion(std::uint32_t handle) override { return noData<std::string>(handle); }
 
+    Answer<Facts> storageFacts(std::uint32_t handle, std::uint32_t groups) override {
+        if (!isLoaded(handle)) return Answer<Facts>::failure(statusNoSuchDevice);
+        return withLoaded(storageFacts_, handle, portFacts_.ofFibreChannelHost(hostOfHandle(handle), groups));
+    }
+
+    Answer<Facts> nicFacts(std::string_view deviceName, std::uint32_t groups) override {
+        if (!isLoaded(deviceName)) return Answer<Facts>::failure(statusNoSuchDevice);
+        const std::string name(deviceName);
+        return withLoaded(nicFacts_, name, portFacts_.ofInterface(name, groups));
+    }
+
     Answer<Link> link(std::string_view deviceName) override {
         if (!isLoaded(deviceName)) return Answer<Link>::failure(statusNoSuchDevice);
         const Link link = describeLink(network_.link(std::string(deviceName)));
@@ -202,6 +215,19 @@ private:
         return Answer<Value>::failure(isLoaded(handle) ? statusNoData : statusNoSuchDevice);
     }
 
+    /** Facts that were made when the adapters were loaded, and behind them those of this moment. */
+    template <typename Key>
+    Answer<Facts> withLoaded(const std::map<Key, Facts>& loaded, const Key& key, const std::vector<HostFact>& now) {
+        Facts facts;
+        {
+            const std::lock_guard lock(mutex_);
+            if (const auto found = loaded.find(key); found != loaded.end()) facts = found->second;
+        }
+        const Facts present = presentFacts(now);
+        facts.insert(facts.end(), present.begin(), present.end());
+        return facts;
+    }
+
     bool isLoaded(std::uint32_t handle) {
         const std::lock_guard lock(mutex_);
         return vpdOfHandle_.contains(handle) && fibreChannel_.exists(hostOfHandle(handle));
@@ -233,21 +259,28 @@ private:
 
     void remember(const Fleet& fleet) {
         std::map<std::string, std::uint32_t> interfaces;
+        std::map<std::string, Facts> nicFacts;
+        std::map<std::uint32_t, Facts> storageFacts;
         std::map<std::uint32_t, Bytes> vpds;
         std::set<std::uint32_t> ethernetModules;
         for (const auto& card : *fleet.cards)
             for (const auto& port : *card.ports)
                 for (const auto& function : *port.functions) {
-                    if (const auto* nic = std::get_if<NicFunction>(&function))
+                    if (const auto* nic = std::get_if<NicFunction>(&function)) {
                         interfaces[nic->deviceName] = nic->link.state;
+                        nicFacts[nic->deviceName] = nic->facts;
+                    }
                     const auto* storage = std::get_if<StorageFunction>(&function);
                     if (storage == nullptr) continue;
                     vpds[storage->handle] = storage->vpd.value_or(Bytes());
+                    storageFacts[storage->handle] = storage->facts;
                     if (storage->transceiver && fibreChannel_.networkInterface(hostOfHandle(storage->handle)))
                         ethernetModules.insert(storage->handle);
                 }
         const std::lock_guard lock(mutex_);
         interfaces_ = std::move(interfaces);
+        nicFacts_ = std::move(nicFacts);
+        storageFacts_ = std::move(storageFacts);
         vpdOfHandle_ = std::move(vpds);
         ethernetModules_ = std::move(ethernetModules);
     }
@@ -256,6 +289,7 @@ private:
     const std::unique_ptr<KernelQueries> queries_;
     const NetworkDeviceReader network_;
     const FibreChannelReader fibreChannel_;
+    const PortFactReader portFacts_;
     const std::chrono::milliseconds watchInterval_;
     const std::string place_; ///< empty for the machine itself
 
@@ -263,6 +297,8 @@ private:
     ToldChanges<std::vector<std::string>> changes_;
     bool isPutOff_ = false;                           ///< the last question's change
     std::map<std::string, std::uint32_t> interfaces_; ///< of the load, with the link state that was told last
+    std::map<std::string, Facts> nicFacts_;           ///< of the load
+    std::map<std::uint32_t, Facts> storageFacts_;     ///< likewise
     std::map<std::uint32_t, Bytes> vpdOfHandle_;      ///< a card's memory is read once a load, because that is slow
 
     std::set<std::uint32_t> ethernetModules_; ///< handles of Fibre Channel over an interface with a module

@@ -1,4 +1,5 @@
-// What the kernel tells only when asked by a system call: driver, permanent address, transceiver memory, IP addresses.
+// What the kernel tells only when asked by a system call: driver, permanent address, link settings, transceiver memory,
+// IP addresses.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "tavik/host/attribute.h"
+#include "tavik/host/link_settings.h"
 #include "tavik/host/sys_tree.h"
 #include "tavik/model.h"
 
@@ -59,6 +61,11 @@ public:
 
     /** Slow: reads over the two-wire bus of the module. */
     virtual Attribute<ModuleMemory> moduleMemory(const std::string& interface) = 0;
+
+    /** Absent where the driver has no link modes: virtual interfaces; so below. */
+    virtual Attribute<LinkSettings> linkSettings(const std::string& interface) = 0;
+    virtual Attribute<PauseSettings> pauseSettings(const std::string& interface) = 0;
+    virtual Attribute<FecSettings> fecSettings(const std::string& interface) = 0;
 
     /** Of all interfaces, in the kernel's order. */
     virtual Attribute<std::vector<InterfaceAddress>> addresses() = 0;

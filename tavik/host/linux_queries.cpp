@@ -178,6 +178,39 @@ public:
         return sfp ? sfp : memory;
     }
 
+    /** The kernel first answers how many words its link modes take, as a negative number, and then fills them: three
+     *  rows, of what the port supports, what it advertises and what its partner does. */
+    Attribute<LinkSettings> linkSettings(const std::string& interface) override {
+        CommandWithData<ethtool_link_settings, 3 * mostLinkModeWords * sizeof(std::uint32_t)> command;
+        ethtool_link_settings request{};
+        request.cmd = ETHTOOL_GLINKSETTINGS;
+        command.setHeader(request);
+        if (const int error = socket_.ethtool(interface, command.memory.data())) return systemAbsence(error);
+        const int words = -command.header().link_mode_masks_nwords;
+        if (words <= 0 || words > static_cast<int>(mostLinkModeWords)) return Absence{"unknown count of link modes"};
+        request.link_mode_masks_nwords = static_cast<std::int8_t>(words);
+        command.setHeader(request);
+        if (const int error = socket_.ethtool(interface, command.memory.data())) return systemAbsence(error);
+        LinkSettings settings{command.header().autoneg == AUTONEG_ENABLE, command.header().duplex, {}};
+        settings.supported.resize(static_cast<std::size_t>(words));
+        std::memcpy(settings.supported.data(), command.data(), settings.supported.size() * sizeof(std::uint32_t));
+        return settings;
+    }
+
+    Attribute<PauseSettings> pauseSettings(const std::string& interface) override {
+        ethtool_pauseparam command{};
+        command.cmd = ETHTOOL_GPAUSEPARAM;
+        if (const int error = socket_.ethtool(interface, &command)) return systemAbsence(error);
+        return PauseSettings{command.autoneg != 0, command.rx_pause != 0, command.tx_pause != 0};
+    }
+
+    Attribute<FecSettings> fecSettings(const std::string& interface) override {
+        ethtool_fecparam command{};
+        command.cmd = ETHTOOL_GFECPARAM;
+        if (const int error = socket_.ethtool(interface, &command)) return systemAbsence(error);
+        return FecSettings{command.active_fec, command.fec};
+    }
+
     Attribute<std::vector<InterfaceAddress>> addresses() override { return AddressDump().run(); }
 
 private:

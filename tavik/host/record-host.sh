@@ -18,17 +18,19 @@ most=512
 largest=32768
 
 interface_attributes=(address carrier dev_port flags ifindex mtu operstate phys_port_name speed type uevent)
-pci_attributes=(vendor device subsystem_vendor subsystem_device config vpd)
+interface_counters=(rx_bytes tx_bytes rx_packets tx_packets rx_errors tx_errors rx_dropped tx_dropped)
+pci_attributes=(vendor device subsystem_vendor subsystem_device config vpd numa_node current_link_speed current_link_width
+    max_link_speed max_link_width)
 usb_attributes=(idVendor idProduct manufacturer product serial)
 host_attributes=(node_name port_name port_id port_type port_state speed manufacturer model serial_number driver_version
-    firmware_version optionrom_version)
+    firmware_version optionrom_version fabric_name symbolic_name supported_speeds)
 driver_attributes=(modelname model_name serialnum serial_num fwrev fw_version driver_version option_rom_version
     optrom_bios_version optrom_efi_version optrom_fcode_version)
-remote_port_attributes=(port_name node_name port_state roles)
-unit_attributes=(vendor model rev wwid)
+remote_port_attributes=(port_name node_name port_state roles port_id)
+unit_attributes=(vendor model rev wwid state)
 counters=(fcp_input_requests fcp_output_requests fcp_control_requests fcp_input_megabytes fcp_output_megabytes lip_count
     link_failure_count loss_of_sync_count loss_of_signal_count prim_seq_protocol_err_count invalid_tx_word_count
-    invalid_crc_count)
+    invalid_crc_count rx_frames tx_frames rx_words tx_words nos_count error_frames dumped_frames)
 
 anonymise=
 if [ "${1-}" = --anonymise ]; then
@@ -85,14 +87,14 @@ copy_link() {
 
 # The device, its bus and driver, and of the devices above it those that may say who made the adapter.
 copy_device() {
-    local path=$1
+    local path=$1 link
     while [ "$path" != /sys/devices ] && [ "$path" != / ]; do
         copy_link "$path/subsystem"
         copy_link "$path/driver"
         case $(basename "$path") in
         *:*:*.[0-7])
             copy_files "$path" "${pci_attributes[@]}"
-            copy_link "$path/physfn"
+            for link in "$path/physfn" "$path"/virtfn*; do copy_link "$link"; done
             ;;
         esac
         [ -f "$path/idVendor" ] && copy_files "$path" "${usb_attributes[@]}"
@@ -105,7 +107,9 @@ record_interface() {
     path=$(readlink -f "$class")
     copy_link "$class"
     copy_files "$path" "${interface_attributes[@]}"
-    for link in "$path"/device "$path"/master "$path"/lower_*; do copy_link "$link"; done
+    copy_files "$path/statistics" "${interface_counters[@]}"
+    copy_files "$path/bonding_slave" state mii_status
+    for link in "$path"/device "$path"/master "$path"/lower_* "$path"/upper_*; do copy_link "$link"; done
     [ -L "$path/device" ] && copy_device "$(readlink -f "$path/device")"
 }
 
@@ -129,7 +133,7 @@ record_remote_port() {
 }
 
 record_unit() {
-    local path device block
+    local path device block holder
     path=$(readlink -f "/sys/class/scsi_device/$1")
     device=$(readlink -f "$path/device")
     # Units that are not behind a Fibre Channel port are none of the source's business.
@@ -140,13 +144,27 @@ record_unit() {
     for block in "$device"/block/*; do
         [ -d "$block" ] || continue
         mkdir -p "$tree$block"
-        copy_file "$block/queue/logical_block_size"
+        copy_files "$block" queue/logical_block_size size
+        copy_link "$block/device"
+        for holder in "$block"/holders/*; do
+            copy_link "$holder"
+            record_holder "$(readlink -f "$holder")"
+        done
     done
 }
 
+# A device above a unit, and the devices that it stands on.
+record_holder() {
+    local slave
+    copy_files "$1/dm" name uuid
+    for slave in "$1"/slaves/*; do copy_link "$slave"; done
+}
+
+record_slot() { copy_file "/sys/bus/pci/slots/$1/address"; }
+
 record_class() {
     local class=$1 record=$2 path count=0
-    for path in "/sys/class/$class"/*; do
+    for path in "/sys/$class"/*; do
         [ -d "$path" ] || continue
         [ "$((count += 1))" -le "$most" ] || break
         "$record" "$(basename "$path")"
@@ -169,10 +187,11 @@ record_names() {
 }
 
 mkdir -p "$tree/sys/class/net"
-record_class net record_interface
-record_class fc_host record_host
-record_class fc_remote_ports record_remote_port
-record_class scsi_device record_unit
+record_class class/net record_interface
+record_class class/fc_host record_host
+record_class class/fc_remote_ports record_remote_port
+record_class class/scsi_device record_unit
+record_class bus/pci/slots record_slot
 record_names
 
 if [ -n "$dump" ]; then

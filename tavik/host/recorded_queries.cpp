@@ -1,6 +1,7 @@
 // Layout below kernel/ of a recorded tree:
 //   net/INTERFACE/{driver,version,firmware_version,bus_info}   texts of the driver
 //   net/INTERFACE/permanent_address                            02:fc:00:00:00:01
+//   net/INTERFACE/{link_settings,pause,fec}                    a line each, see link_settings.h
 //   net/INTERFACE/{module_kind,module_memory}                  a number and the bytes
 //   addresses                                                  a line each: INDEX ADDRESS/PREFIX SCOPE FLAGS
 #include "tavik/host/kernel_queries.h"
@@ -56,6 +57,18 @@ public:
         const auto content = tree_.bytes(place(interface, "module_memory"), largestModuleMemory);
         if (!content) return content.absence();
         return ModuleMemory{static_cast<std::uint32_t>(*kind), *content};
+    }
+
+    Attribute<LinkSettings> linkSettings(const std::string& interface) override {
+        return text(interface, "link_settings").then(parseLinkSettings);
+    }
+
+    Attribute<PauseSettings> pauseSettings(const std::string& interface) override {
+        return text(interface, "pause").then(parsePauseSettings);
+    }
+
+    Attribute<FecSettings> fecSettings(const std::string& interface) override {
+        return text(interface, "fec").then(parseFecSettings);
     }
 
     Attribute<std::vector<InterfaceAddress>> addresses() override {
@@ -122,6 +135,12 @@ void recordInterface(KernelQueries& queries, const std::string& interface, Recor
     }
     if (const auto address = queries.permanentAddress(interface))
         recorder.write(folder + "permanent_address", formatMac(*address));
+    if (const auto settings = queries.linkSettings(interface))
+        recorder.write(folder + "link_settings", formatLinkSettings(*settings));
+    if (const auto settings = queries.pauseSettings(interface))
+        recorder.write(folder + "pause", formatPauseSettings(*settings));
+    if (const auto settings = queries.fecSettings(interface))
+        recorder.write(folder + "fec", formatFecSettings(*settings));
     if (const auto memory = queries.moduleMemory(interface)) {
         recorder.write(folder + "module_kind", std::to_string(memory->kind));
         recorder.write(folder + "module_memory", {memory->content.begin(), memory->content.end()});

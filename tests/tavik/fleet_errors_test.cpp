@@ -44,7 +44,7 @@ const BadFleet badFleets[] = {
     {"kindWord",         R"({"cards": [{"kind": "iscsi"}]})", "/cards/0/kind: expected one of \"converged\", \"fibreChannel\" or a number from 0 to 4294967295, found \"iscsi\""},
     {"countZero",        R"({"cards": [{"count": 0}]})", "/cards/0/count: expected a whole number from 1 to 4096, found 0"},
     {"countText",        R"({"cards": [{"count": "2"}]})", "/cards/0/count: expected a whole number from 1 to 4096, found \"2\""},
-    {"unknownDefault",   R"({"cards": [{"storageDefaults": {"spede": 8}}]})", "/cards/0/storageDefaults/spede: unknown key, expected one of \"handle\", \"deviceNumber\", \"protocol\", \"pciDeviceId\", \"subsystemVendorId\", \"subsystemDeviceId\", \"nodeName\", \"headerNodeName\", \"headerPortName\", \"modelName\", \"serialBytes\", \"eNodeMac\", \"transceiver\", \"portName\", \"portType\", \"state\", \"speed\", \"speedCode\", \"transceiverKind\", \"transceiverReadable\", \"treeProperty\", \"driverVersion\", \"driverFirmwareVersion\", \"optionRom\", \"vpd\", \"uuid\", \"multiBootVersion\", \"targets\", \"targetCount\", \"statistics\", \"statisticsPerRefresh\", \"failures\""},
+    {"unknownDefault",   R"({"cards": [{"storageDefaults": {"spede": 8}}]})", "/cards/0/storageDefaults/spede: unknown key, expected one of \"handle\", \"deviceNumber\", \"protocol\", \"pciDeviceId\", \"subsystemVendorId\", \"subsystemDeviceId\", \"nodeName\", \"headerNodeName\", \"headerPortName\", \"modelName\", \"serialBytes\", \"eNodeMac\", \"transceiver\", \"portName\", \"portType\", \"state\", \"speed\", \"speedCode\", \"transceiverKind\", \"transceiverReadable\", \"treeProperty\", \"driverVersion\", \"driverFirmwareVersion\", \"optionRom\", \"vpd\", \"uuid\", \"multiBootVersion\", \"targets\", \"targetCount\", \"statistics\", \"statisticsPerRefresh\", \"facts\", \"failures\""},
     {"badDefault",       R"({"cards": [{"ethernetDefaults": {"mtuBytes": -1}, "ports": [{"ethernet": {}}]}]})", "/cards/0/ethernetDefaults/mtuBytes: expected a whole number from 0 to 4294967295, found -1"},
     // Ports.
     {"portNumber",       onePort(R"("number": 256)"), "/cards/0/ports/0/number: expected a whole number from 0 to 255, found 256"},
@@ -78,7 +78,7 @@ const BadFleet badFleets[] = {
     {"versionEmpty",     storage(R"("optionRom": {"efi": "5."})"), "/cards/0/ports/0/storage/optionRom/efi: expected 2 numbers from 0 to 255 like \"2.27\", found \"5.\""},
     {"treeProperty",     storage(R"("treeProperty": {"vpd": {}})"), "/cards/0/ports/0/storage/treeProperty/vpd: unknown key, expected one of \"portName\", \"portType\", \"state\", \"speed\", \"speedCode\", \"transceiverKind\""},
     {"failureText",      storage(R"("failures": {"vpd": true})"), "/cards/0/ports/0/storage/failures/vpd: expected a whole number from 0 to 4294967295, found true"},
-    {"failureName",      storage(R"("failures": {"link": 1})"), "/cards/0/ports/0/storage/failures/link: unknown key, expected one of \"portProperty\", \"vpd\", \"uuid\", \"statistics\", \"transceiver\", \"multiBootVersion\", \"flashUpdate\""},
+    {"failureName",      storage(R"("failures": {"link": 1})"), "/cards/0/ports/0/storage/failures/link: unknown key, expected one of \"portProperty\", \"vpd\", \"uuid\", \"statistics\", \"transceiver\", \"multiBootVersion\", \"flashUpdate\", \"facts\""},
     {"keyword",          storage(R"("vpd": {"readOnly": {"SNX": "1"}})"), "/cards/0/ports/0/storage/vpd/readOnly/SNX: expected a keyword of two characters"},
     {"vpdHexAndMore",    storage(R"("vpd": {"hex": "78", "readOnly": {}})"), "/cards/0/ports/0/storage/vpd/readOnly: unknown key, expected one of \"hex\""},
     {"vpdList",          storage(R"("vpd": {"readOnly": ["SN"]})"), "/cards/0/ports/0/storage/vpd/readOnly: expected an object of at most 64 keywords and texts, found an array"},
@@ -99,6 +99,15 @@ const BadFleet badFleets[] = {
     {"ipv6",             ethernet(R"("ip": {"ipv6": ["2001:db8::1", "x"]})"), "/cards/0/ports/0/ethernet/ip/ipv6/1: expected an address like \"192.0.2.10\" or \"2001:db8::10\", found \"x\""},
     {"fcPortId",         ethernet(R"("fcoeLinkage": [{"fcPortId": "01:0a"}])"), "/cards/0/ports/0/ethernet/fcoeLinkage/0/fcPortId: expected a Fibre Channel port ID like \"01:0A:00\", found \"01:0a\""},
     {"longValue",        ethernet("\"manufacturer\": \"" + std::string(64, 'm') + "\""), "/cards/0/ports/0/ethernet/manufacturer: expected a text of at most 63 bytes, found \"mmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmm..."},
+    // Facts.
+    {"factText",         ethernet(R"("facts": {"interfaceName": 5})"), "/cards/0/ports/0/ethernet/facts/interfaceName: expected a text of at most 1024 bytes, found 5"},
+    {"factEmpty",        ethernet(R"("facts": {"interfaceName": ""})"), "/cards/0/ports/0/ethernet/facts/interfaceName: expected a text of printable ASCII characters, found \"\""},
+    {"factUmlaut",       ethernet(R"("facts": {"pciSlot": "T\u00fcr"})"), "/cards/0/ports/0/ethernet/facts/pciSlot: expected a text of printable ASCII characters, found \"T\\u00fcr\""},
+    {"factNumber",       storage(R"("facts": {"linkSpeed": "16 Gbit"})"), "/cards/0/ports/0/storage/facts/linkSpeed: expected a whole number from 0 to 18446744073709551615, found \"16 Gbit\""},
+    {"factNegative",     storage(R"("facts": {"numaNode": -1})"), "/cards/0/ports/0/storage/facts/numaNode: expected a whole number from 0 to 18446744073709551615, found -1"},
+    {"factList",         storage(R"("facts": {"supportedLinkSpeeds": 8})"), "/cards/0/ports/0/storage/facts/supportedLinkSpeeds: expected an array, found 8"},
+    {"factInList",       storage(R"("facts": {"supportedLinkSpeeds": [8, "16"]})"), "/cards/0/ports/0/storage/facts/supportedLinkSpeeds/1: expected a whole number from 0 to 18446744073709551615, found \"16\""},
+    {"factsList",        storage(R"("facts": [])"), "/cards/0/ports/0/storage/facts: expected an object, found an array"},
     // What must differ.
     {"sameSerial",       R"({"cards": [{"serialNumber": "S"}, {"serialNumber": "S"}]})", "/cards/1/serialNumber: expected a serial number of its own, found \"S\" as in /cards/0/serialNumber"},
     {"sameHandle",       R"({"cards": [{"ports": [{"storage": {"handle": 7}}, {"storage": {"handle": 7}}]}]})", "/cards/0/ports/1/storage/handle: expected a handle of its own, found 7 as in /cards/0/ports/0/storage/handle"},
@@ -116,6 +125,19 @@ TEST_P(FleetErrors, NameThePlaceAndWhatWasExpected) {
 
 INSTANTIATE_TEST_SUITE_P(, FleetErrors, ::testing::ValuesIn(badFleets),
                          [](const auto& test) { return test.param.name; });
+
+// The list of keys is that of the kind of function: nobody shows a fabric's name of an Ethernet port.
+TEST(FleetErrorTexts, AFactOfTheOtherKindOfFunctionIsUnknown) {
+    const std::string start = "fleet.json: /cards/0/ports/0/";
+    const auto atEthernet = errorFrom(ethernet(R"("facts": {"fabricName": "A"})"));
+    EXPECT_EQ(atEthernet.find(start + "ethernet/facts/fabricName: unknown key, expected one of \"interfaceName\""), 0U)
+        << atEthernet;
+    EXPECT_EQ(atEthernet.find("\"fabricName\""), std::string::npos) << atEthernet;
+    const auto atStorage = errorFrom(storage(R"("facts": {"totalReceivedBytes": 1})"));
+    EXPECT_EQ(atStorage.find(start + "storage/facts/totalReceivedBytes: unknown key, expected one of"), 0U)
+        << atStorage;
+    EXPECT_NE(atStorage.find("\"fabricName\""), std::string::npos) << atStorage;
+}
 
 TEST(FleetErrorTexts, InvalidBytesAreNotRepeated) {
     const auto message = errorFrom("{\"cards\": \"\xFF\xFE\"}");

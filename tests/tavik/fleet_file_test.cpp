@@ -307,7 +307,7 @@ TEST(FleetDocument, ItsExamplesAreGoodFleets) {
         EXPECT_EQ(test::errorFrom(example), "") << example;
         ++examples;
     }
-    EXPECT_EQ(examples, 2);
+    EXPECT_EQ(examples, 3);
 }
 
 } // namespace

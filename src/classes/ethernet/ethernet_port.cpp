@@ -1,6 +1,7 @@
 #include "classes/ethernet/ethernet_port.h"
 
 #include "classes/ethernet/port_properties.h"
+#include "classes/facts.h"
 #include "classes/instance.h"
 #include "configuration/answers.h"
 #include "log/log.h"
@@ -87,6 +88,7 @@ CmpiInstance makeInstance_EthernetPort(const char* className, const char* nameSp
     instance.setProperty("ActiveMaximumTransmissionUnit", CmpiData(CMPIUint64{port->portProperties.mtu}));
     instance.setProperty("Speed", CmpiData(speedOf(port->portProperties.link.speed)));
     setLinkageProperties(instance, *port);
+    setEthernetFacts(instance, FactOfEthernetPort, &port->portProperties, properties);
     return instance;
 }
 

@@ -1,6 +1,7 @@
 #include "classes/ethernet/network_port.h"
 
 #include "classes/ethernet/port_properties.h"
+#include "classes/facts.h"
 #include "classes/instance.h"
 #include "log/log.h"
 #include "text/text.h"
@@ -65,6 +66,7 @@ CmpiInstance makeInstance_NetworkPort(const char* className, const char* nameSpa
     instance.setProperty("MaxSpeed", CmpiData(maximumPortSpeed));
     instance.setProperty("ActiveMaximumTransmissionUnit", CmpiData(CMPIUint64{port->portProperties.mtu}));
     instance.setProperty("Speed", CmpiData(CMPIUint64{port->portProperties.link.speed}));
+    setEthernetFacts(instance, FactOfNetworkPort, &port->portProperties, properties);
     return instance;
 }
 

@@ -1,5 +1,6 @@
 #include "classes/ethernet/port_controller.h"
 
+#include "classes/facts.h"
 #include "classes/instance.h"
 #include "log/log.h"
 #include "text/text.h"
@@ -60,6 +61,7 @@ CmpiInstance makeInstance_PortController(const char* className, const char* name
     instance.setProperty("OperationalStatus", CmpiData(uint16Array({2})));
     instance.setProperty("StatusDescriptions", CmpiData(stringArray({"OK"})));
     instance.setProperty("FC_WWN", CmpiData(formatMACAddress(card->properties.wwn, nullptr)));
+    setEthernetFacts(instance, FactOfNicController, card->ports ? &card->ports->portProperties : nullptr, properties);
     return instance;
 }
 

@@ -1,5 +1,6 @@
 #include "classes/storage/fc_port.h"
 
+#include "classes/facts.h"
 #include "classes/instance.h"
 #include "classes/record_list.h"
 #include "classes/storage/option_rom.h"
@@ -239,6 +240,7 @@ CmpiInstance makeInstance_FCPort(const char* className, const char* nameSpace, c
     instance.setProperty("DeviceStatus", CmpiData(static_cast<CMPISint32>(port.deviceStatus)));
     instance.setProperty("Model", CmpiData(port.model.text()));
     instance.setProperty("ENodeMACAddress", CmpiData(port.hasENodeMAC ? eNodeMac.text() : "Not Available"));
+    setStorageFacts(instance, FactOfFCPort, port.device, properties);
     return instance;
 }
 

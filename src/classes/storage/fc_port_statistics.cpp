@@ -1,5 +1,6 @@
 #include "classes/storage/fc_port_statistics.h"
 
+#include "classes/facts.h"
 #include "classes/instance.h"
 #include "classes/record_list.h"
 #include "log/log.h"
@@ -87,6 +88,7 @@ void createFCPortStatistics(TAVIK_DeviceRecord* device, int index) {
     } else {
         ERROR_LOG("Merolt_FC_FCPortStatistics ERROR in getting statistical data...");
     }
+    port.device = device;
     port.valid = 1;
     DEBUG_LOG("Exiting  createFCPortStatistics\n");
 }
@@ -109,6 +111,7 @@ CmpiInstance makeInstance_FCPortStatistics(const char* className, const char* na
     instance.setProperty("ElementName", CmpiData(port.elementName.text()));
     for (const Counter& counter : counters)
         instance.setProperty(counter.property, CmpiData(CMPIUint64{counter.field ? port.*counter.field : 0}));
+    setStorageFacts(instance, FactOfFCPortStatistics, port.device, properties);
     return instance;
 }
 

@@ -23,6 +23,7 @@ struct FCPortStatisticsEntry {
     std::uint64_t invalidTransmissionWords;
     std::uint64_t ioCount;
     std::uint64_t megabyteCount;
+    const TAVIK_DeviceRecord* device;
 };
 
 extern std::int32_t g_fcPortStatisticsCount;

@@ -1,5 +1,6 @@
 #include "classes/storage/port_controller.h"
 
+#include "classes/facts.h"
 #include "classes/instance.h"
 #include "classes/record_list.h"
 #include "classes/storage/serial_text.h"
@@ -96,6 +97,7 @@ CmpiInstance makeInstance_PortController(const char* className, const char* name
     instance.setProperty("ElementName", CmpiData(controller.deviceID.text()));
     instance.setProperty("ControllerType", CmpiData(CMPIUint16{4}));
     instance.setProperty("ENodeMACAddress", CmpiData(controller.hasENodeMAC ? eNodeMac.text() : "Not Available"));
+    setStorageFacts(instance, FactOfStorageController, controller.device, properties);
     return instance;
 }
 

@@ -1,6 +1,7 @@
 // The library's calls under their own names, answered from a hostile tree.
 #include "hostile_tree.h"
 
+#include "inventory/fact_calls.h"
 #include "tavik/vpd.h"
 
 #include <algorithm>
@@ -85,6 +86,28 @@ std::string transceiverPages() {
     std::memcpy(pages.data() + 20, "VENDOR", 6);
     std::memcpy(pages.data() + 68, "SERIAL", 6);
     return pages;
+}
+
+/// Two facts, the second of which lies about its size in one of several ways.
+std::string factsAnswer(std::uint32_t groups) {
+    static std::uint32_t asked = 0;
+    constexpr std::uint32_t lies[] = {0, 7, 0x7FFFFFFF, 0xFFFFFFFF};
+    const std::string name = "interfaceName";
+    std::string bytes;
+    for (const bool isLie : {false, tree().answers.hasNoLists}) {
+        TavikFactHeader header{static_cast<std::uint32_t>(sizeof header + name.size() + 5), TavikFactText,
+                               static_cast<std::uint16_t>(name.size())};
+        if (isLie) header.size = lies[(asked++ + groups) % 4];
+        bytes.append(reinterpret_cast<const char*>(&header), sizeof header).append(name).append("host7");
+    }
+    return bytes;
+}
+
+std::uint32_t answerFacts(const char* call, std::uint32_t groups, void* buffer, std::uint32_t* size) {
+    if (begin(call)) return failed;
+    if (tree().answers.isNullOnSuccess) return 0;
+    *size = fillBuffer(buffer, *size, factsAnswer(groups));
+    return 0;
 }
 
 void raiseAlarms() {
@@ -217,6 +240,14 @@ std::uint32_t TAVIK_GetTransceiverDMIData(const char*, std::uint32_t* size, void
     if (begin("TAVIK_GetTransceiverDMIData")) return failed;
     *size = fillBuffer(buffer, *size, transceiverPages());
     return 0;
+}
+
+std::uint32_t tavik_facts_of_storage_port(std::uint32_t, std::uint32_t groups, void* buffer, std::uint32_t* size) {
+    return answerFacts("tavik_facts_of_storage_port", groups, buffer, size);
+}
+
+std::uint32_t tavik_facts_of_ethernet_port(const char*, std::uint32_t groups, void* buffer, std::uint32_t* size) {
+    return answerFacts("tavik_facts_of_ethernet_port", groups, buffer, size);
 }
 
 std::uint32_t TAVIK_UpdateFlash(std::uint32_t, const void*, std::uintptr_t) {

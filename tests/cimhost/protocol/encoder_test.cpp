@@ -32,6 +32,12 @@ class T_Port : T_Base {
     uint8 Bytes[];
     uint32 Act(uint16 Options[]);
 };
+Qualifier MappingStrings : string[], Scope(any), Flavor(EnableOverride, ToSubclass);
+class T_Mapped : T_Base {
+    [MappingStrings { "Other|speed" }] uint64 Speed;
+    [MappingStrings { "Other|names" }] string Names[];
+};
+class T_MappedBelow : T_Mapped { uint64 Own; };
 [Association] class T_Link { [Key] T_Base ref Left; [Key] T_Base ref Right; };
 )";
 
@@ -82,6 +88,21 @@ TEST_F(EncoderTest, APropertyThatWasNeverSetGoesWithoutAValue) {
     const InstanceObject& instance = make("T_Base");
     EXPECT_EQ(render(instance), "<INSTANCE CLASSNAME=\"T_Base\"><PROPERTY NAME=\"Id\" TYPE=\"string\"></PROPERTY>"
                                 "<PROPERTY NAME=\"Number\" TYPE=\"uint16\"></PROPERTY></INSTANCE>");
+}
+
+// What only another system knows (DSP0004, MappingStrings) is not there where that system has nothing.
+TEST_F(EncoderTest, APropertyWithAMappingIsLeftOutWithoutAValue) {
+    for (const char* className : {"T_Mapped", "T_MappedBelow"}) {
+        InstanceObject& instance = make(className);
+        EXPECT_EQ(property(instance, "Speed"), "");
+        EXPECT_EQ(property(instance, "Names"), "");
+        EXPECT_NE(property(instance, "Number"), "");
+        set(instance, "Speed", CMPI_uint64, {.uint64 = 5});
+        EXPECT_EQ(property(instance, "Speed"), "<PROPERTY NAME=\"Speed\" TYPE=\"uint64\"><VALUE>5</VALUE></PROPERTY>");
+        ASSERT_EQ(instance.setProperty("Speed", nullptr, CMPI_uint64), CMPI_RC_OK);
+        EXPECT_EQ(property(instance, "Speed"), "");
+    }
+    EXPECT_EQ(property(make("T_MappedBelow"), "Own"), "<PROPERTY NAME=\"Own\" TYPE=\"uint64\"></PROPERTY>");
 }
 
 TEST_F(EncoderTest, TextIsEscaped) {

@@ -8,7 +8,8 @@ export TAVIK_HOST_DUMP=$2
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-without_reasons() { sed 's/ (.*)$//'; }
+# Counters move meanwhile.
+without_reasons() { sed -E 's/ \(.*\)$//; s/(total[A-Za-z]+): [0-9]+$/\1: moving/'; }
 
 # The list of names of a system that has one; what is not recorded is left out of it.
 export TAVIK_PCI_IDS=$folder/pci.ids

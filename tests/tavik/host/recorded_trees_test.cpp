@@ -20,18 +20,23 @@ std::string expectedDump(const std::string& name) {
     return content.str();
 }
 
+HostFacts readAll(const SysTree& tree) {
+    const auto queries = makeRecordedQueries(tree);
+    auto facts = readHostFacts(tree, *queries);
+    addPortFacts(facts, tree, *queries);
+    return facts;
+}
+
 TEST_P(RecordedTree, readsAsExpected) {
     const SysTree tree(ScratchTree::recorded(GetParam()));
-    const auto queries = makeRecordedQueries(tree);
     const auto expected = expectedDump(GetParam());
     ASSERT_FALSE(expected.empty());
-    EXPECT_EQ(dumpFacts(readHostFacts(tree, *queries)), expected);
+    EXPECT_EQ(dumpFacts(readAll(tree)), expected);
 }
 
 TEST_P(RecordedTree, hasEveryLabelOfTheTextInItsJson) {
     const SysTree tree(ScratchTree::recorded(GetParam()));
-    const auto queries = makeRecordedQueries(tree);
-    const std::string json = dumpFactsAsJson(readHostFacts(tree, *queries));
+    const std::string json = dumpFactsAsJson(readAll(tree));
     std::istringstream lines(expectedDump(GetParam()));
     for (std::string line; std::getline(lines, line);) {
         const auto begin = line.find_first_not_of(' ');
@@ -59,9 +64,7 @@ INSTANTIATE_TEST_SUITE_P(Hosts, RecordedTree,
                          });
 
 TEST(RecordedTreeThatIsMissing, readsAsAHostWithoutAdapters) {
-    const SysTree tree("/no/such/folder");
-    const auto queries = makeRecordedQueries(tree);
-    EXPECT_EQ(dumpFacts(readHostFacts(tree, *queries)), "");
+    EXPECT_EQ(dumpFacts(readAll(SysTree("/no/such/folder"))), "");
 }
 
 } // namespace

@@ -17,6 +17,8 @@ Json textJson(const CMPIData& data) {
     return text;
 }
 
+Json embeddedJson(const InstanceObject& instance);
+
 Json valueJson(const CMPIData& data) {
     return visitValue(data, Overloaded{
                                 [](NoValue) { return Json(nullptr); },
@@ -30,6 +32,7 @@ Json valueJson(const CMPIData& data) {
                                         list.push_back(valueJson(array.element(index)));
                                     return list;
                                 },
+                                [](const InstanceObject& inner) { return embeddedJson(inner); },
                                 [&data](const auto&) { return textJson(data); },
                             });
 }
@@ -37,6 +40,30 @@ Json valueJson(const CMPIData& data) {
 Json valueAt(const InstanceObject& instance, std::size_t position) {
     const CMPIData* data = instance.valueAt(position);
     return data ? valueJson(*data) : Json(nullptr);
+}
+
+Json propertiesJson(const InstanceObject& instance) {
+    Json properties = Json::object();
+    if (const ClassDeclaration* declaration = instance.declaration()) {
+        for (std::size_t position = 0; position < declaration->properties().size(); ++position) {
+            if (!instance.isWanted(position)) continue;
+            const PropertyDeclaration& property = declaration->properties()[position];
+            Json value = valueAt(instance, position);
+            if (value.is_null() && isLeftOutWithoutValue(property)) continue;
+            properties[property.name] = std::move(value);
+        }
+    }
+    for (const NamedData& property : instance.freeProperties())
+        properties[std::string(property.name)] = valueJson(property.data);
+    return properties;
+}
+
+/// An instance in a property is a value and has no path.
+Json embeddedJson(const InstanceObject& instance) {
+    Json object;
+    object["class"] = std::string(instance.className());
+    object["properties"] = propertiesJson(instance);
+    return object;
 }
 
 std::string pathText(const ObjectPathObject& path) {
@@ -52,19 +79,7 @@ Json instanceJson(const InstanceObject& instance) {
     Json object;
     object["class"] = std::string(instance.className());
     object["path"] = pathText(*instance.path(arena));
-    Json& properties = object["properties"] = Json::object();
-    if (const ClassDeclaration* declaration = instance.declaration()) {
-        for (std::size_t position = 0; position < declaration->properties().size(); ++position) {
-            if (!instance.isWanted(position)) continue;
-            const PropertyDeclaration& property = declaration->properties()[position];
-            Json value = valueAt(instance, position);
-            if (value.is_null() && isLeftOutWithoutValue(property)) continue;
-            properties[property.name] = std::move(value);
-        }
-    }
-    for (const NamedData& property : instance.freeProperties()) {
-        properties[std::string(property.name)] = valueJson(property.data);
-    }
+    object["properties"] = propertiesJson(instance);
     return object;
 }
 

@@ -15,11 +15,11 @@ std::string lastKey(const InstanceObject& instance) {
     return path.keys().empty() ? std::string() : plainText(path.keys().back().data);
 }
 
-std::string chosenLabel(const Label& label, const InstanceObject& instance) {
+std::string chosenLabel(const Label& label, const InstanceObject& instance, const Presentation& presentation) {
     std::string text = label.word;
     std::string_view separator = " ";
     for (const ShownProperty& part : label.parts) {
-        const std::string value = shortText(instance, part.property);
+        const std::string value = shortText(instance, part.property, presentation);
         if (value.empty()) continue;
         text.append(separator).append(part.words).append(value);
         separator = ", ";
@@ -30,7 +30,8 @@ std::string chosenLabel(const Label& label, const InstanceObject& instance) {
 } // namespace
 
 std::string labelOf(const InstanceObject& instance, const Presentation& presentation) {
-    if (const Label* chosen = presentation.labelOf(instance.className())) return chosenLabel(*chosen, instance);
+    if (const Label* chosen = presentation.labelOf(instance.className()))
+        return chosenLabel(*chosen, instance, presentation);
     return printable(std::string(instance.className()).append(" ").append(lastKey(instance)));
 }
 

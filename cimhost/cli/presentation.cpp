@@ -1,5 +1,6 @@
 #include "cimhost/cli/presentation.h"
 
+#include "cimhost/cli/units.h"
 #include "cimhost/model/text_lines.h"
 
 #include <algorithm>
@@ -68,7 +69,7 @@ private:
         static constexpr Setting rows[] = {
             {"root", false, &Reader::takeRoot},      {"alarming", false, &Reader::takeAlarming},
             {"label", true, &Reader::takeLabel},     {"below", true, &Reader::takePlacement},
-            {"columns", true, &Reader::takeColumns},
+            {"columns", true, &Reader::takeColumns}, {"unit", true, &Reader::takeUnit},
         };
         return rows;
     }
@@ -145,6 +146,25 @@ private:
         made.tables.push_back(std::move(table));
     }
 
+    /// {PROPERTY} UNIT
+    void takeUnit(std::string_view value) {
+        const std::size_t closing = value.find('}');
+        if (!value.starts_with('{') || closing == std::string_view::npos) {
+            throw std::runtime_error(quoted(value) + " is not written {PROPERTY} UNIT");
+        }
+        ShownUnit row{current->name(), propertyOf(*current, trim(value.substr(1, closing - 1))),
+                      std::string(trim(value.substr(closing + 1)))};
+        if (!bitsPerSecond(row.unit)) {
+            throw std::runtime_error(quoted(std::string_view(row.unit)) +
+                                     " is no unit that is known: bit / second, or a power of ten of "
+                                     "it, such as bit / second * 10^6");
+        }
+        if (!made.unitOf(row.className, row.property).empty()) {
+            throw std::runtime_error(row.property + " of " + row.className + " has a unit already");
+        }
+        made.units.push_back(std::move(row));
+    }
+
     template <typename Rows>
     void refuseSecond(const Rows& rows, const std::string& what) const {
         if (findRow(rows, current->name())) throw std::runtime_error(current->name() + " has " + what + " already");
@@ -193,6 +213,13 @@ private:
 const Label* Presentation::labelOf(std::string_view className) const { return findRow(labels, className); }
 
 const Columns* Presentation::columnsOf(std::string_view className) const { return findRow(tables, className); }
+
+std::string_view Presentation::unitOf(std::string_view className, std::string_view property) const {
+    for (const ShownUnit& row : units) {
+        if (equalNames(row.className, className) && equalNames(row.property, property)) return row.unit;
+    }
+    return {};
+}
 
 Presentation readPresentation(const std::filesystem::path& file, const ClassRepository& repository,
                               std::string_view nameSpace) {

@@ -30,15 +30,25 @@ struct Columns {
     std::vector<ShownProperty> columns;
 };
 
+/// What a class's numbers are counted in, where it is not what the definition of the property says.
+struct ShownUnit {
+    std::string className;
+    std::string property;
+    std::string unit; ///< as PUnit writes it
+};
+
 struct Presentation {
     std::vector<Label> labels;
     std::vector<Columns> tables;
+    std::vector<ShownUnit> units;
     TreePlan tree;
     std::vector<std::string> alarming; ///< values that make a line of the tree red
 
     /// Null where nobody chose for this very class.
     [[nodiscard]] const Label* labelOf(std::string_view className) const;
     [[nodiscard]] const Columns* columnsOf(std::string_view className) const;
+    /// Empty where nobody chose for this very class.
+    [[nodiscard]] std::string_view unitOf(std::string_view className, std::string_view property) const;
 };
 
 /// Reads a file of presentation. Throws std::runtime_error with file, line and what is wrong: a line of no known form,

@@ -32,7 +32,7 @@ std::string shown(const Question& question, const std::vector<const ObjectPathOb
 std::string shown(const Question& question, const std::vector<const InstanceObject*>& instances) {
     const QueryOptions& options = question.options;
     if (options.form == Form::json) return jsonOf(instances);
-    if (options.form == Form::everything) return listOf(instances);
+    if (options.form == Form::everything) return listOf(instances, question.presentation);
     return tablesOf(instances, question.presentation, options.layout);
 }
 
@@ -81,7 +81,7 @@ std::string get(const Question& question) {
         refuseClass(declaration ? declaration->name() : question.options.subject);
     }
     const InstanceObject& instance = question.source.getInstance(question.scope, subjectPath(question));
-    return question.options.form == Form::json ? jsonOf(instance) : listOf({&instance});
+    return question.options.form == Form::json ? jsonOf(instance) : listOf({&instance}, question.presentation);
 }
 
 /// How associations are followed: to the objects at their other ends, or to themselves.

@@ -47,14 +47,15 @@ std::vector<std::string> propertyNames(const std::vector<const InstanceObject*>&
 
 // What is left when nobody chose: the properties in their order, as many as fit.
 std::vector<ShownProperty> guessedColumns(const std::vector<const InstanceObject*>& instances,
-                                          const ClassDeclaration* declaration, std::size_t width) {
+                                          const ClassDeclaration* declaration, const Presentation& presentation,
+                                          std::size_t width) {
     std::vector<ShownProperty> columns;
     std::size_t used = 0;
     for (const std::string& name : propertyNames(instances, declaration)) {
         if (isCommonKey(name) || !anyShows(instances, name)) continue;
         std::size_t widest = name.size();
         for (const InstanceObject* instance : instances)
-            widest = std::max(widest, length(shortText(*instance, name)));
+            widest = std::max(widest, length(shortText(*instance, name, presentation)));
         used += std::min(widest, widestGuess) + 2;
         if (width > 0 && used > width && !columns.empty()) break;
         columns.push_back({printable(name), name});
@@ -79,7 +80,7 @@ std::vector<ShownProperty> columnsFor(const std::vector<const InstanceObject*>& 
         std::erase_if(columns, [&](const ShownProperty& column) { return !anyShows(instances, column.property); });
         if (!columns.empty()) return columns;
     }
-    return guessedColumns(instances, common, width);
+    return guessedColumns(instances, common, presentation, width);
 }
 
 bool areOfSeveralClasses(const std::vector<const InstanceObject*>& instances) {
@@ -100,7 +101,8 @@ std::string kindOf(const ClassDeclaration& declaration) {
 }
 
 std::string instanceTable(const std::vector<const InstanceObject*>& instances,
-                          const std::vector<ShownProperty>& columns, const Layout& layout) {
+                          const std::vector<ShownProperty>& columns, const Presentation& presentation,
+                          const Layout& layout) {
     const bool tellsClass = areOfSeveralClasses(instances);
     Row headers;
     if (tellsClass) headers.emplace_back("Class");
@@ -111,7 +113,8 @@ std::string instanceTable(const std::vector<const InstanceObject*>& instances,
         Row row;
         if (tellsClass) row.push_back(printable(instance->className()));
         for (const ShownProperty& column : columns) {
-            row.push_back(hasValue(*instance, column.property) ? shortText(*instance, column.property) : "-");
+            const bool isTold = hasValue(*instance, column.property);
+            row.push_back(isTold ? shortText(*instance, column.property, presentation) : "-");
         }
         rows.push_back(std::move(row));
     }
@@ -140,7 +143,7 @@ std::vector<std::vector<const InstanceObject*>> byClass(const std::vector<const 
 std::string tableOf(const std::vector<const InstanceObject*>& instances, const ClassDeclaration* asked,
                     const Presentation& presentation, const Layout& layout) {
     if (instances.empty()) return "no instances\n";
-    return instanceTable(instances, columnsFor(instances, asked, presentation, layout.width), layout);
+    return instanceTable(instances, columnsFor(instances, asked, presentation, layout.width), presentation, layout);
 }
 
 std::string tablesOf(const std::vector<const InstanceObject*>& instances, const Presentation& presentation,
@@ -149,12 +152,12 @@ std::string tablesOf(const std::vector<const InstanceObject*>& instances, const 
     for (const std::vector<const InstanceObject*>& group : byClass(instances)) {
         if (!text.empty()) text += '\n';
         text.append(printable(group.front()->className())).append("\n\n");
-        text += instanceTable(group, columnsFor(group, nullptr, presentation, layout.width), layout);
+        text += instanceTable(group, columnsFor(group, nullptr, presentation, layout.width), presentation, layout);
     }
     return text.empty() ? "no instances\n" : text;
 }
 
-std::string listOf(const std::vector<const InstanceObject*>& instances) {
+std::string listOf(const std::vector<const InstanceObject*>& instances, const Presentation& presentation) {
     std::string text;
     for (const InstanceObject* instance : instances) {
         if (!text.empty()) text += '\n';
@@ -162,10 +165,10 @@ std::string listOf(const std::vector<const InstanceObject*>& instances) {
         std::string path;
         instance->path(arena)->appendText(path);
         text.append(printable(path)).append("\n");
-        instance->forEachSetProperty([&](std::string_view property, const PropertyDeclaration* declaration,
-                                         const CMPIData& data) {
+        instance->forEachSetProperty([&](std::string_view property, const PropertyDeclaration*, const CMPIData& data) {
             if ((data.state & CMPI_nullValue) != 0) return;
-            text.append("  ").append(printable(property)).append(": ").append(fullText(declaration, data)).append("\n");
+            text.append("  ").append(printable(property)).append(": ");
+            text.append(fullText(*instance, property, presentation)).append("\n");
         });
     }
     return text.empty() ? "no instances\n" : text;

@@ -22,7 +22,7 @@ std::string tablesOf(const std::vector<const InstanceObject*>& instances, const 
                      const Layout& layout);
 
 /// Path and every property that has a value, for each instance.
-std::string listOf(const std::vector<const InstanceObject*>& instances);
+std::string listOf(const std::vector<const InstanceObject*>& instances, const Presentation& presentation);
 
 /// One path a line.
 std::string linesOf(const std::vector<const ObjectPathObject*>& paths);

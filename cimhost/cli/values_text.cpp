@@ -1,5 +1,6 @@
 #include "cimhost/cli/values_text.h"
 
+#include "cimhost/cli/units.h"
 #include "cimhost/model/cim_type.h"
 #include "cimhost/model/printable.h"
 
@@ -10,36 +11,30 @@ namespace cimhost::cli {
 
 namespace {
 
-struct Unit {
-    std::uint64_t factor;
-    std::string_view name;
+/// What tells of a value beside itself.
+struct Known {
+    const PropertyDeclaration* property;
+    std::string_view unit; ///< empty: the declaration tells
+    const Presentation& presentation;
 };
 
-constexpr Unit speedUnits[] = {
-    {1'000'000'000, " Gbit/s"},
-    {1'000'000, " Mbit/s"},
-    {1'000, " kbit/s"},
-};
+Known knownOf(const InstanceObject& instance, std::string_view name, const Presentation& presentation) {
+    const ClassDeclaration* declaration = instance.declaration();
+    return {declaration ? declaration->property(name) : nullptr, presentation.unitOf(instance.className(), name),
+            presentation};
+}
 
-// "10.625 Gbit/s": in the largest unit that fits, cut behind the third digit.
-std::string speedText(std::uint64_t bits) {
-    for (const Unit& unit : speedUnits) {
-        if (bits < unit.factor) continue;
-        std::string text = std::to_string(bits / unit.factor);
-        std::string fraction = std::to_string(1000 + bits % unit.factor / (unit.factor / 1000));
-        fraction.erase(fraction.find_last_not_of('0') + 1);
-        if (fraction.size() > 1) text.append(".").append(fraction, 1);
-        return text.append(unit.name);
-    }
-    return std::to_string(bits) + " bit/s";
+std::string_view unitOf(const Known& known) {
+    if (!known.unit.empty()) return known.unit;
+    const Qualifier* unit = findQualifier(known.property->qualifiers, "PUnit");
+    return unit ? unit->value.text() : std::string_view();
 }
 
 // The qualifiers are those of DSP0004, 5.6.3: PUnit, ValueMap and Values.
-std::string wordsOf(const PropertyDeclaration* property, const CMPIData& data) {
-    if (!property || !isIntegerType(data.type)) return {};
-    const Qualifier* unit = findQualifier(property->qualifiers, "PUnit");
-    const bool isSpeed = data.type == CMPI_uint64 && unit && unit->value.text() == "bit / second";
-    return isSpeed ? speedText(data.value.uint64) : meaningOf(property->qualifiers, plainText(data));
+std::string wordsOf(const Known& known, const CMPIData& data) {
+    if (!known.property || !isIntegerType(data.type)) return {};
+    const std::string text = data.type == CMPI_uint64 ? textWithUnit(data.value.uint64, unitOf(known)) : std::string();
+    return text.empty() ? meaningOf(known.property->qualifiers, plainText(data)) : text;
 }
 
 std::string shortReference(const CMPIData& data) {
@@ -62,7 +57,56 @@ std::string joined(const CMPIData& data, ElementText elementText) {
     return text;
 }
 
+const Presentation& nothingChosen() {
+    static const Presentation none;
+    return none;
+}
+
 bool isNull(const CMPIData& data) { return (data.state & CMPI_nullValue) != 0; }
+
+/// "T_Limits {Low: 5, High: 70}"; properties without a value are left out.
+template <typename ValueText>
+std::string embeddedText(const CMPIData& data, ValueText valueText) {
+    const InstanceObject* inner = InstanceObject::from(static_cast<const CMPIInstance*>(data.value.inst));
+    if (!inner) return {};
+    std::string text = printable(inner->className()) + " {";
+    std::string_view separator;
+    inner->forEachSetProperty([&](std::string_view name, const PropertyDeclaration*, const CMPIData& value) {
+        if (isNull(value)) return;
+        text.append(separator).append(printable(name)).append(": ").append(valueText(*inner, name, value));
+        separator = ", ";
+    });
+    return text + "}";
+}
+
+std::string shortText(const Known& known, const CMPIData& data) {
+    if (isNull(data)) return {};
+    if (isArrayType(data.type)) {
+        return joined(data, [&](const CMPIData& element) { return shortText(known, element); });
+    }
+    if (data.type == CMPI_ref) return shortReference(data);
+    if (data.type == CMPI_instance) {
+        return embeddedText(data, [&](const InstanceObject& inner, std::string_view name, const CMPIData& value) {
+            return shortText(knownOf(inner, name, known.presentation), value);
+        });
+    }
+    const std::string meaning = wordsOf(known, data);
+    return meaning.empty() ? plainText(data) : meaning;
+}
+
+std::string fullText(const Known& known, const CMPIData& data) {
+    if (isNull(data)) return {};
+    if (isArrayType(data.type)) {
+        return joined(data, [&](const CMPIData& element) { return fullText(known, element); });
+    }
+    if (data.type == CMPI_instance) {
+        return embeddedText(data, [&](const InstanceObject& inner, std::string_view name, const CMPIData& value) {
+            return fullText(knownOf(inner, name, known.presentation), value);
+        });
+    }
+    const std::string meaning = wordsOf(known, data);
+    return meaning.empty() ? plainText(data) : plainText(data) + " (" + meaning + ")";
+}
 
 } // namespace
 
@@ -79,34 +123,31 @@ std::string meaningOf(std::span<const Qualifier> qualifiers, std::string_view va
 std::string plainText(const CMPIData& data) {
     if (isNull(data)) return {};
     if (isArrayType(data.type)) return joined(data, plainText);
+    if (data.type == CMPI_instance) {
+        return embeddedText(
+            data, [](const InstanceObject&, std::string_view, const CMPIData& value) { return plainText(value); });
+    }
     std::string text;
     appendValueText(text, data);
     return printable(text);
 }
 
 std::string shortText(const PropertyDeclaration* property, const CMPIData& data) {
-    if (isNull(data)) return {};
-    if (isArrayType(data.type)) {
-        return joined(data, [&](const CMPIData& element) { return shortText(property, element); });
-    }
-    if (data.type == CMPI_ref) return shortReference(data);
-    const std::string meaning = wordsOf(property, data);
-    return meaning.empty() ? plainText(data) : meaning;
+    return shortText(Known{property, {}, nothingChosen()}, data);
 }
 
-std::string shortText(const InstanceObject& instance, std::string_view property) {
+std::string shortText(const InstanceObject& instance, std::string_view property, const Presentation& presentation) {
     const CMPIData* data = instance.value(property);
-    const ClassDeclaration* declaration = instance.declaration();
-    return data ? shortText(declaration ? declaration->property(property) : nullptr, *data) : std::string();
+    return data ? shortText(knownOf(instance, property, presentation), *data) : std::string();
 }
 
 std::string fullText(const PropertyDeclaration* property, const CMPIData& data) {
-    if (isNull(data)) return {};
-    if (isArrayType(data.type)) {
-        return joined(data, [&](const CMPIData& element) { return fullText(property, element); });
-    }
-    const std::string meaning = wordsOf(property, data);
-    return meaning.empty() ? plainText(data) : plainText(data) + " (" + meaning + ")";
+    return fullText(Known{property, {}, nothingChosen()}, data);
+}
+
+std::string fullText(const InstanceObject& instance, std::string_view property, const Presentation& presentation) {
+    const CMPIData* data = instance.value(property);
+    return data ? fullText(knownOf(instance, property, presentation), *data) : std::string();
 }
 
 } // namespace cimhost::cli

@@ -2,6 +2,8 @@
 #include "fake_provider.h"
 #include "temporary_file.h"
 
+#include "cimhost/cli/instance_json.h"
+#include "cimhost/cli/json_output.h"
 #include "cimhost/cli/labels.h"
 #include "cimhost/cli/presentation.h"
 #include "cimhost/cli/text_output.h"
@@ -60,6 +62,55 @@ TEST_F(PresentationTest, ColumnsCountForSubclassesThatHaveNoneOfTheirOwn) {
                                                                      "1 instance\n");
 }
 
+TEST_F(PresentationTest, AUnitCountsForItsClassAlone) {
+    const Presentation chosen = read("[T_EtherPort]\nunit = {Speed} bit / second * 10^1\nlabel = port | {Speed}\n");
+    RequestScope scope(*host.broker);
+    const ClassDeclaration* ports = host.repository.find("root/ns", "T_Port");
+    std::vector<const InstanceObject*> both = all(scope, "T_EtherPort");
+    both.push_back(all(scope, "T_FibrePort").front());
+    EXPECT_EQ(tableOf(both, ports, chosen, {}), "Class        System  Id  Speed\n"
+                                                "T_EtherPort  s       e   100 Gbit/s\n"
+                                                "T_FibrePort  s       a   16000000000\n"
+                                                "2 instances\n");
+    EXPECT_EQ(labelOf(*both.front(), chosen), "port 100 Gbit/s");
+    EXPECT_THAT(listOf({both.front()}, chosen), testing::HasSubstr("\n  Speed: 10000000000 (100 Gbit/s)\n"));
+}
+
+/// One of a class that is not declared here, whose property Limits holds other instances.
+const InstanceObject& holder(RequestScope& scope, const CMPIData& limits) {
+    InstanceObject& instance = *scope.make().instance(*scope.make().path("root/ns", "T_Holder"));
+    instance.setProperty("Name", *scope.make().value(CMPI_string, "h"));
+    instance.setProperty("Limits", limits);
+    return instance;
+}
+
+TEST_F(PresentationTest, AnInstanceInAPropertyIsShownWithItsValues) {
+    const Presentation chosen = read("[T_EtherPort]\nunit = {Speed} bit / second\n");
+    RequestScope scope(*host.broker);
+    const InstanceObject& inner = firstOf(scope, "T_EtherPort");
+    const InstanceObject& instance = holder(scope, ObjectMaker::value(inner));
+    EXPECT_EQ(tableOf({&instance}, nullptr, chosen, {}), "Name  Limits\n"
+                                                         "h     T_EtherPort {System: s, Id: e, Speed: 10 Gbit/s}\n"
+                                                         "1 instance\n");
+    EXPECT_THAT(listOf({&instance}, chosen),
+                testing::HasSubstr("Limits: T_EtherPort {System: s, Id: e, Speed: 10000000000 (10 Gbit/s)}\n"));
+    const Json json = Json::parse(jsonOf(instance));
+    EXPECT_EQ(
+        json.at("properties").at("Limits").dump(),
+        R"({"class":"T_EtherPort","properties":{"Caption":null,"System":"s","Id":"e","Speed":10000000000,"Mtu":null}})");
+}
+
+TEST_F(PresentationTest, AnInstanceInAnInstanceAndOneOfAnUnknownClassAreShownToo) {
+    RequestScope scope(*host.broker);
+    const InstanceObject& innermost = holder(scope, ObjectMaker::null(CMPI_instance));
+    const InstanceObject& instance = holder(scope, ObjectMaker::value(holder(scope, ObjectMaker::value(innermost))));
+    EXPECT_THAT(listOf({&instance}, {}),
+                testing::HasSubstr("Limits: T_Holder {Name: h, Limits: T_Holder {Name: h}}\n"));
+    EXPECT_EQ(Json::parse(jsonOf(instance)).at("properties").at("Limits").dump(),
+              R"({"class":"T_Holder","properties":{"Name":"h","Limits":{"class":"T_Holder","properties":{"Name":"h",)"
+              R"("Limits":null}}}})");
+}
+
 TEST_F(PresentationTest, WithoutAFileATableHasTheFirstColumnsThatFit) {
     RequestScope scope(*host.broker);
     const ClassDeclaration* ether = host.repository.find("root/ns", "T_EtherPort");
@@ -99,14 +150,20 @@ struct BadLine {
 
 TEST_F(PresentationTest, ABadLineIsNamedWithItsPlace) {
     constexpr BadLine rows[] = {
-        {"colour = red", "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns ="},
-        {"port", "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns ="},
+        {"colour = red",
+         "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns =, unit ="},
+        {"port", "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns =, unit ="},
         {"[T_None]", "there is no class \"T_None\""},
         {"root = T_None", "there is no class \"T_None\""},
         {"label =", "a label begins with a word"},
         {"label = box | Id", "\"Id\" is not written TEXT {PROPERTY}"},
         {"label = box | {Id", "\"{Id\" is not written TEXT {PROPERTY}"},
         {"label = box | {Colour}", "class T_Box has no property \"Colour\""},
+        {"unit = Id bit / second", "\"Id bit / second\" is not written {PROPERTY} UNIT"},
+        {"unit = {Id bit / second", "\"{Id bit / second\" is not written {PROPERTY} UNIT"},
+        {"unit = {Colour} bit / second", "class T_Box has no property \"Colour\""},
+        {"unit = {Speed} knots", "\"knots\" is no unit that is known: bit / second, or a power of ten of it, such as "
+                                 "bit / second * 10^6"},
         {"columns = Colour {Colour}", "class T_Box has no property \"Colour\""},
         {"below = T_Port", "\"T_Port\" is neither CLASS through ASSOCIATION nor CLASS where KEY begins with KEY"},
         {"below = T_None through T_Link", "there is no class \"T_None\""},
@@ -130,6 +187,7 @@ TEST_F(PresentationTest, ABadLineIsNamedWithItsPlace) {
 TEST_F(PresentationTest, WhatIsSaidTwiceOrOfNoClassIsRefused) {
     EXPECT_THROW(read("[T_Box]\nlabel = box\n[T_Link]\n[T_Box]\nlabel = case\n"), std::runtime_error);
     EXPECT_THROW(read("[T_Box]\ncolumns = {Id}\ncolumns = {Id}\n"), std::runtime_error);
+    EXPECT_THROW(read("[T_Box]\nunit = {Speed} bit / second\nunit = {speed} bit / second\n"), std::runtime_error);
     EXPECT_THROW(read("label = box\n"), std::runtime_error);
     EXPECT_THROW(readPresentation("/nonexistent/file", host.repository, "root/ns"), std::runtime_error);
 }

@@ -75,6 +75,20 @@ TEST(ValuesText, BitsPerSecondAreToldInTheLargestUnitThatFits) {
     EXPECT_EQ(fullText(&speed, number(CMPI_uint64, 2'000)), "2000 (2 kbit/s)");
 }
 
+TEST(ValuesText, SpeedsOfAnotherUnitAreToldAlike) {
+    const PropertyDeclaration megabits = declared({qualifier("PUnit", {"bit / second * 10^6"})});
+    EXPECT_EQ(shortText(&megabits, number(CMPI_uint64, 10'000)), "10 Gbit/s");
+    EXPECT_EQ(shortText(&megabits, number(CMPI_uint64, 1)), "1 Mbit/s");
+    EXPECT_EQ(fullText(&megabits, number(CMPI_uint64, 25'000)), "25000 (25 Gbit/s)");
+    EXPECT_EQ(shortText(&megabits, number(CMPI_uint64, 18'446'744'073'709)), "18446744073.709 Gbit/s");
+    EXPECT_EQ(shortText(&megabits, number(CMPI_uint64, 18'446'744'073'710)), "18446744073710") << "beyond 64 bits";
+    for (const auto* unit :
+         {"byte", "bit / seconds", "bit / second * 10^", "bit / second * 10^x", "bit / second * 8"}) {
+        const PropertyDeclaration other = declared({qualifier("PUnit", {unit})});
+        EXPECT_EQ(shortText(&other, number(CMPI_uint64, 10'000)), "10000") << unit;
+    }
+}
+
 TEST(ValuesText, NumbersAreToldInTheWordsOfTheirDeclaration) {
     const PropertyDeclaration status =
         declared({qualifier("ValueMap", {"2", "10"}), qualifier("Values", {"OK", "Stopped"})});

@@ -88,9 +88,24 @@ public:
         : source(asked), objects(std::move(instances)) {
         for (std::size_t number = 0; number < objects.size(); ++number)
             byPath[pathText(*objects[number])].push_back(number);
+        for (const auto& [path, numbers] : byPath) {
+            if (numbers.size() > 1) noteTwins(numbers);
+        }
     }
 
     [[nodiscard]] const std::vector<const InstanceObject*>& all() const { return objects; }
+
+    /// One of several objects that bear the same path and say the same.
+    struct Twin {
+        std::size_t first; ///< of them
+        std::size_t place; ///< among them, from 0
+    };
+
+    /// Null for an object whose path is its own.
+    [[nodiscard]] const Twin* twin(std::size_t number) const {
+        const auto known = twins.find(number);
+        return known == twins.end() ? nullptr : &known->second;
+    }
 
     [[nodiscard]] Numbers ofClass(std::string_view className) const {
         Numbers numbers;
@@ -115,6 +130,15 @@ public:
     }
 
 private:
+    void noteTwins(const Numbers& ofOnePath) {
+        std::map<std::string, Numbers> byContent;
+        for (const std::size_t number : ofOnePath) {
+            Numbers& same = byContent[contentText(*objects[number])];
+            same.push_back(number);
+            twins[number] = {same.front(), same.size() - 1};
+        }
+    }
+
     const Numbers& step(std::size_t from, std::string_view association) {
         const auto [place, isNew] = steps.try_emplace({from, std::string(association)});
         if (isNew) place->second = ask(from, association);
@@ -153,6 +177,7 @@ private:
     ObjectSource& source;
     std::vector<const InstanceObject*> objects;
     std::unordered_map<std::string, Numbers> byPath;
+    std::unordered_map<std::size_t, Twin> twins;
     std::map<std::pair<std::size_t, std::string>, Numbers> steps;
 };
 
@@ -199,24 +224,34 @@ private:
     }
 
     std::optional<std::size_t> byRoad(std::size_t number, std::size_t row) {
+        if (const Roads::Twin* twin = roads.twin(number)) {
+            if (const auto parent = fromParents(row, twin->first, twin->place)) return parent;
+        }
         const Placement& placement = plan.placements[row];
         const Numbers reached = roads.follow(number, placement.road[0], placement.road[1], placement.parent);
-        if (!reached.empty()) return reached.front();
-        const std::map<std::size_t, std::size_t>& found = fromParents(row);
-        const auto parent = found.find(number);
-        return parent == found.end() ? std::nullopt : std::optional(parent->second);
+        return reached.empty() ? fromParents(row, number, 0) : reached.front();
     }
 
-    // The same road from its other end: each child with the first parent that names it.
-    const std::map<std::size_t, std::size_t>& fromParents(std::size_t row) {
+    // Objects that share a path would all be told the parents of the first of them. But each of the parents names one
+    // of them, so they take their parents in turn.
+    std::optional<std::size_t> fromParents(std::size_t row, std::size_t child, std::size_t place) {
+        const std::map<std::size_t, Numbers>& found = namedByParents(row);
+        const auto parents = found.find(child);
+        if (parents == found.end()) return std::nullopt;
+        return parents->second[std::min(place, parents->second.size() - 1)];
+    }
+
+    // The same road from its other end: each child with the parents that name it.
+    const std::map<std::size_t, Numbers>& namedByParents(std::size_t row) {
         if (downward[row]) return *downward[row];
-        std::map<std::size_t, std::size_t>& found = downward[row].emplace();
+        std::map<std::size_t, Numbers>& found = downward[row].emplace();
         const Placement& placement = plan.placements[row];
         const bool isLong = !placement.road[1].empty();
         for (const std::size_t parent : roads.ofClass(placement.parent)) {
             for (const std::size_t child : roads.follow(parent, placement.road[isLong ? 1 : 0],
                                                         isLong ? placement.road[0] : "", placement.child)) {
-                found.emplace(child, parent);
+                Numbers& parents = found[child];
+                if (parents.empty() || parents.back() != parent) parents.push_back(parent);
             }
         }
         return found;
@@ -260,7 +295,7 @@ private:
     const TreePlan& plan;
     std::vector<Numbers> children;
     std::vector<bool> isPlaced;
-    std::vector<std::optional<std::map<std::size_t, std::size_t>>> downward; // by placement
+    std::vector<std::optional<std::map<std::size_t, Numbers>>> downward; // by placement
 };
 
 } // namespace

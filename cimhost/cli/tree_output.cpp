@@ -2,6 +2,7 @@
 
 #include "cimhost/cli/instance_json.h"
 #include "cimhost/cli/labels.h"
+#include "cimhost/model/printable.h"
 
 #include <algorithm>
 #include <utility>
@@ -15,26 +16,42 @@ struct View {
     const Layout& layout;
 };
 
+/// What stands behind the label of an object.
+using Addition = std::string (*)(const InstanceObject& instance);
+
+std::string nothing(const InstanceObject&) { return {}; }
+
+/// Class and keys, as `cimhost get` takes them.
+std::string ownPath(const InstanceObject& instance) {
+    Arena arena;
+    std::string text = ": ";
+    instance.path(arena)->appendText(text);
+    return printable(text);
+}
+
 /// A line of the tree, and how many objects it stands for.
 struct Branch {
     std::string label;
+    std::string addition;
     const TreeNode* node;
     std::size_t count;
 };
 
 /// Objects without any below them that read the same share a line: software is published once for each port of a card.
-std::vector<Branch> branchesOf(const std::vector<TreeNode>& nodes, const View& view) {
+std::vector<Branch> branchesOf(const std::vector<TreeNode>& nodes, const View& view, Addition additionTo) {
     std::vector<Branch> branches;
     for (const TreeNode& node : nodes) {
         std::string label = labelOf(*node.object, view.presentation);
+        std::string addition = additionTo(*node.object);
         const auto isSame = [&](const Branch& branch) {
-            return branch.node->children.empty() && node.children.empty() && branch.label == label;
+            return branch.node->children.empty() && node.children.empty() && branch.label == label &&
+                   branch.addition == addition;
         };
         const auto same = std::find_if(branches.begin(), branches.end(), isSame);
         if (same != branches.end()) {
             ++same->count;
         } else {
-            branches.push_back({std::move(label), &node, 1});
+            branches.push_back({std::move(label), std::move(addition), &node, 1});
         }
     }
     return branches;
@@ -48,12 +65,13 @@ bool isAlarming(const std::string& label, const Presentation& presentation) {
 std::string shown(const Branch& branch, const View& view) {
     std::string text = branch.label;
     if (isAlarming(text, view.presentation)) text = coloured(view.layout, Colour::red, text);
+    text += branch.addition;
     if (branch.count > 1) text += " (" + std::to_string(branch.count) + " objects)";
     return text;
 }
 
 void appendBranches(std::string& out, const std::vector<TreeNode>& nodes, const std::string& indent, const View& view) {
-    const std::vector<Branch> branches = branchesOf(nodes, view);
+    const std::vector<Branch> branches = branchesOf(nodes, view, nothing);
     for (const Branch& branch : branches) {
         const bool isLast = &branch == &branches.back();
         out.append(indent).append(isLast ? "└─ " : "├─ ").append(shown(branch, view)).append("\n");
@@ -61,8 +79,8 @@ void appendBranches(std::string& out, const std::vector<TreeNode>& nodes, const 
     }
 }
 
-void appendTree(std::string& out, const std::vector<TreeNode>& nodes, const View& view) {
-    for (const Branch& branch : branchesOf(nodes, view)) {
+void appendTree(std::string& out, const std::vector<TreeNode>& nodes, const View& view, Addition additionTo) {
+    for (const Branch& branch : branchesOf(nodes, view, additionTo)) {
         out.append(shown(branch, view)).append("\n");
         appendBranches(out, branch.node->children, "", view);
     }
@@ -81,12 +99,13 @@ Json jsonOf(const std::vector<TreeNode>& nodes) {
 } // namespace
 
 std::string textOf(const ObjectTree& tree, const Presentation& presentation, const Layout& layout) {
+    if (tree.roots.empty() && tree.apart.empty()) return "no instances\n";
     const View view{presentation, layout};
     std::string text;
-    appendTree(text, tree.roots, view);
+    appendTree(text, tree.roots, view, nothing);
     if (tree.apart.empty()) return text;
     text.append(text.empty() ? "" : "\n").append("Not connected with the host:\n\n");
-    appendTree(text, tree.apart, view);
+    appendTree(text, tree.apart, view, ownPath);
     return text;
 }
 

@@ -133,6 +133,14 @@ Attribute<MacAddress> NetworkDeviceReader::currentAddress(const std::string& nam
     });
 }
 
+// A bond gives its ports one address and keeps what each had; some drivers keep nothing.
+Attribute<MacAddress> NetworkDeviceReader::permanentAddress(const std::string& name) const {
+    const auto ofDriver = queries_.permanentAddress(name);
+    if (ofDriver) return ofDriver;
+    const auto ofBond = tree_.text(place(name, "bonding_slave/perm_hwaddr")).then(parseMac);
+    return ofBond ? ofBond : ofDriver;
+}
+
 Attribute<std::string> NetworkDeviceReader::devicePath(const std::string& name) const {
     const auto link = place(name, "device");
     if (!tree_.exists(link)) return Absence{"virtual: no device link"};
@@ -225,7 +233,7 @@ HostNetworkDevice NetworkDeviceReader::read(const std::string& name,
     device.parent = devicePath(name).then(
         [this](const std::string& path) -> Attribute<DeviceParent> { return readDeviceParent(tree_, path); });
     device.driver = queries_.driverInfo(name);
-    device.permanentAddress = queries_.permanentAddress(name);
+    device.permanentAddress = permanentAddress(name);
     device.currentAddress = currentAddress(name);
     device.devicePort = number(name, "dev_port");
     device.mtu = number(name, "mtu");

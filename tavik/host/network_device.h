@@ -39,7 +39,8 @@ struct HostNetworkDevice {
     Attribute<IPConfiguration> ip;
     Attribute<Transceiver> transceiver;
 
-    /** Permanent where the driver keeps one, else current. The ports of a bond share their current address. */
+    /** Permanent where the driver or a bond keeps one, else current. The ports of a bond share their current address.
+     */
     Attribute<MacAddress> address() const { return permanentAddress ? permanentAddress : currentAddress; }
 
     bool operator==(const HostNetworkDevice&) const = default;
@@ -82,6 +83,8 @@ public:
     bool exists(const std::string& name) const;
     Attribute<std::uint32_t> index(const std::string& name) const;
     Attribute<MacAddress> currentAddress(const std::string& name) const;
+    /** That of the driver, else the one that the interface had when it became a port of a bond. */
+    Attribute<MacAddress> permanentAddress(const std::string& name) const;
     Attribute<std::string> devicePath(const std::string& name) const;
     HostLink link(const std::string& name) const;
     Attribute<Transceiver> transceiver(const std::string& name) const;

@@ -108,7 +108,7 @@ record_interface() {
     copy_link "$class"
     copy_files "$path" "${interface_attributes[@]}"
     copy_files "$path/statistics" "${interface_counters[@]}"
-    copy_files "$path/bonding_slave" state mii_status
+    copy_files "$path/bonding_slave" state mii_status perm_hwaddr
     for link in "$path"/device "$path"/master "$path"/lower_* "$path"/upper_*; do copy_link "$link"; done
     [ -L "$path/device" ] && copy_device "$(readlink -f "$path/device")"
 }

@@ -52,13 +52,14 @@ TEST_F(ObjectTreeTest, AChildStandsBelowTheParentThatItsAssociationNames) {
 
 TEST_F(ObjectTreeTest, WhatNothingLeadsToStandsApartWithWhatIsBelowIt) {
     link("T_FibreLink", {"T_FibrePort", "b"}, {"T_EtherPort", "e"});
-    EXPECT_EQ(grown({{fibre, box, {"T_Link"}}, {ether, fibre, {"T_FibreLink"}}}), "T_Box 1\n"
-                                                                                  "\n"
-                                                                                  "Not connected with the host:\n"
-                                                                                  "\n"
-                                                                                  "T_FibrePort a\n"
-                                                                                  "T_FibrePort b\n"
-                                                                                  "└─ T_EtherPort e\n");
+    EXPECT_EQ(grown({{fibre, box, {"T_Link"}}, {ether, fibre, {"T_FibreLink"}}}),
+              "T_Box 1\n"
+              "\n"
+              "Not connected with the host:\n"
+              "\n"
+              "T_FibrePort a: root/ns:T_FibrePort.System=\"s\",Id=\"a\"\n"
+              "T_FibrePort b: root/ns:T_FibrePort.System=\"s\",Id=\"b\"\n"
+              "└─ T_EtherPort e\n");
 }
 
 TEST_F(ObjectTreeTest, TheFirstPlacementThatLeadsSomewhereCounts) {
@@ -87,21 +88,23 @@ TEST_F(ObjectTreeTest, ARoadMayHaveTwoSteps) {
 TEST_F(ObjectTreeTest, WithoutAnAssociationTheKeyTellsTheParent) {
     host.provider.objects = {{"T_Box", "1"},           {"T_FibrePort", "1_2"},    {"T_FibrePort", "12_2"},
                              {"T_EtherPort", "1_2_3"}, {"T_EtherPort", "1_23_4"}, {"T_EtherPort", "_"}};
-    EXPECT_EQ(grown({{fibre, box, {}, "Id", "Id"}, {ether, fibre, {}, "Id", "Id"}}), "T_Box 1\n"
-                                                                                     "└─ T_FibrePort 1_2\n"
-                                                                                     "   └─ T_EtherPort 1_2_3\n"
-                                                                                     "\n"
-                                                                                     "Not connected with the host:\n"
-                                                                                     "\n"
-                                                                                     "T_FibrePort 12_2\n"
-                                                                                     "T_EtherPort 1_23_4\n"
-                                                                                     "T_EtherPort _\n");
+    EXPECT_EQ(grown({{fibre, box, {}, "Id", "Id"}, {ether, fibre, {}, "Id", "Id"}}),
+              "T_Box 1\n"
+              "└─ T_FibrePort 1_2\n"
+              "   └─ T_EtherPort 1_2_3\n"
+              "\n"
+              "Not connected with the host:\n"
+              "\n"
+              "T_FibrePort 12_2: root/ns:T_FibrePort.System=\"s\",Id=\"12_2\"\n"
+              "T_EtherPort 1_23_4: root/ns:T_EtherPort.System=\"s\",Id=\"1_23_4\"\n"
+              "T_EtherPort _: root/ns:T_EtherPort.System=\"s\",Id=\"_\"\n");
 }
 
 TEST_F(ObjectTreeTest, TwoThatCallEachOtherTheirParentAreNotLost) {
     link("T_FibreLink", {"T_FibrePort", "a"}, {"T_EtherPort", "e"});
     const std::string text = grown({{fibre, ether, {"T_FibreLink"}}, {ether, fibre, {"T_FibreLink"}}});
-    EXPECT_THAT(text, testing::HasSubstr("T_FibrePort a\n└─ T_EtherPort e\n"));
+    EXPECT_THAT(text,
+                testing::HasSubstr("T_FibrePort a: root/ns:T_FibrePort.System=\"s\",Id=\"a\"\n└─ T_EtherPort e\n"));
 }
 
 TEST_F(ObjectTreeTest, ObjectsThatShareAPathAreAllThere) {
@@ -112,6 +115,22 @@ TEST_F(ObjectTreeTest, ObjectsThatShareAPathAreAllThere) {
     const ObjectTree tree = growTree(source, scope, "root/ns", {box, placements});
     ASSERT_EQ(tree.roots.size(), 2U);
     EXPECT_EQ(tree.roots[0].children.size() + tree.roots[1].children.size(), 1U);
+}
+
+TEST_F(ObjectTreeTest, ObjectsThatShareAPathTakeTheParentsThatNameThemInTurn) {
+    host.provider.objects = {{"T_Box", "1"},       {"T_Box", "2"},       {"T_FibrePort", "a"},
+                             {"T_FibrePort", "a"}, {"T_FibrePort", "a"}, {"T_EtherPort", "e"}};
+    link("T_Link", {"T_Box", "1"}, {"T_FibrePort", "a"});
+    link("T_Link", {"T_Box", "2"}, {"T_FibrePort", "a"});
+    EXPECT_EQ(grown({{fibre, box, {"T_Link"}}, {ether, fibre, {"T_FibreLink"}}}),
+              "T_Box 1\n"
+              "└─ T_FibrePort a\n"
+              "T_Box 2\n"
+              "└─ T_FibrePort a (2 objects)\n"
+              "\n"
+              "Not connected with the host:\n"
+              "\n"
+              "T_EtherPort e: root/ns:T_EtherPort.System=\"s\",Id=\"e\"\n");
 }
 
 TEST_F(ObjectTreeTest, WithoutAPlanEachObjectStandsByItself) {

@@ -219,6 +219,19 @@ TEST_P(Answer, TheTreeLeadsFromTheHostToItsLogicalUnits) {
     }
 }
 
+// As the ports of a bond have it whose drivers keep no address.
+TEST(Program, TwoPortsOfOneAddressStandBelowTheirOwnCards) {
+    const TemporaryFile fleet(R"({"cards":[
+        {"serialNumber":"ETH1","modelName":"ME1","ports":[{"ethernet":{"macAddress":"02:00:00:00:00:01"}}]},
+        {"serialNumber":"ETH2","modelName":"ME1","ports":[{"ethernet":{"macAddress":"02:00:00:00:00:01"}}]}]})");
+    const Ended ended = cimhost({"--fleet", fleet.path.string(), "tree"});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    EXPECT_THAT(ended.output, HasSubstr("Ethernet controller ETH1_NIC, OK\n│     ├─ Ethernet port 020000000001"));
+    EXPECT_THAT(ended.output, HasSubstr("Ethernet controller ETH2_NIC, OK\n│  │  ├─ Ethernet port 020000000001"));
+    EXPECT_THAT(ended.output, HasSubstr("\nNot connected with the host:\n\nprofile Ethernet Port, version 1.0.0: "
+                                        "root/merolt_cmpi:Merolt_NIC_RegisteredProfile.InstanceID=\"1\"\n"));
+}
+
 TEST_P(Answer, ToolsGetTheTreeAsNestedObjects) {
     const Ended ended = ask({"tree", "--json"});
     EXPECT_EQ(ended.status, 0) << ended.errors;
@@ -239,6 +252,18 @@ TEST_P(Answer, EveryPropertyAndEachClassAreListed) {
     EXPECT_THAT(json.output, HasSubstr("\"superclass\": \"CIM_FCPort\"")) << json.errors;
     const Ended associations = ask({"references", "CIM_FCPort", "--names"});
     EXPECT_THAT(associations.output, HasSubstr("\nCIM_ControlledBy\n")) << associations.errors;
+}
+
+TEST_P(Answer, SpeedsOfPortsAreTheSameWhicheverUnitTheirClassCountsIn) {
+    const Ended ports = ask({"enumerate", "CIM_NetworkPort"});
+    EXPECT_EQ(ports.status, 0) << ports.errors;
+    EXPECT_THAT(ports.output, testing::ContainsRegex("Merolt_NIC_NetworkPort +[0-9A-F]{12} +OK +10 Gbit/s +10.625"));
+    EXPECT_THAT(ports.output, testing::ContainsRegex("Merolt_NIC_EthernetPort2 +[0-9A-F]{12} +OK +10.625 Gbit/s"));
+    EXPECT_THAT(ports.output, Not(HasSubstr("kbit/s")));
+    const Ended all = ask({"enumerate", "Merolt_NIC_NetworkPort", "--all"});
+    EXPECT_THAT(all.output, HasSubstr("\n  Speed: 10000 (10 Gbit/s)\n"));
+    const Ended json = ask({"--json", "enumerate", "Merolt_NIC_NetworkPort"});
+    EXPECT_THAT(json.output, HasSubstr("\"Speed\": 10000"));
 }
 
 TEST_P(Answer, RegisteredProfilesAreFoundInTheInteropNamespace) {

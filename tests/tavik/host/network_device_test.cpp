@@ -118,6 +118,43 @@ INSTANTIATE_TEST_SUITE_P(Texts, Speeds,
                                          SpeedCase{"-1\n", 0}, SpeedCase{"0\n", 0}, SpeedCase{"4294967295\n", 0},
                                          SpeedCase{"fast\n", 0}, SpeedCase{"", 0}));
 
+/// A port of a bond. Both ports of one have the current address of the first.
+void bondPort(ScratchTree& scratch, const std::string& name, const std::string& index, const std::string& kept) {
+    scratch.interface(name, index, "02:00:00:00:00:01");
+    if (!kept.empty()) scratch.file("sys/class/net/" + name + "/bonding_slave/perm_hwaddr", kept + "\n");
+}
+
+std::string addressOf(const ScratchTree& scratch, const std::string& name) {
+    const auto tree = scratch.tree();
+    const auto queries = scratch.queries();
+    const auto address = NetworkDeviceReader(tree, *queries).read(name, Absence{"not asked"}).address();
+    return address ? formatMac(*address) : "none";
+}
+
+TEST(PortOfABond, hasTheAddressThatTheBondKeepsWhereTheDriverKeepsNone) {
+    ScratchTree scratch;
+    bondPort(scratch, "eth0", "2", "02:00:00:00:00:01");
+    bondPort(scratch, "eth1", "3", "02:00:00:00:00:02");
+    EXPECT_EQ(addressOf(scratch, "eth0"), "02:00:00:00:00:01");
+    EXPECT_EQ(addressOf(scratch, "eth1"), "02:00:00:00:00:02");
+}
+
+TEST(PortOfABond, hasTheAddressThatItsDriverKeepsBeforeThatOfTheBond) {
+    ScratchTree scratch;
+    bondPort(scratch, "eth1", "3", "02:00:00:00:00:02");
+    scratch.file("kernel/net/eth1/permanent_address", "02:00:00:00:00:07\n");
+    EXPECT_EQ(addressOf(scratch, "eth1"), "02:00:00:00:00:07");
+}
+
+TEST(PortOfABond, hasTheAddressOfTheBondWhereNobodyKeepsItsOwn) {
+    ScratchTree scratch;
+    for (const auto* kept : {"", "02:00:00", "nonsense"}) {
+        scratch.remove("sys/class/net/eth1");
+        bondPort(scratch, "eth1", "3", kept);
+        EXPECT_EQ(addressOf(scratch, "eth1"), "02:00:00:00:00:01") << kept;
+    }
+}
+
 TEST(InterfaceSelection, ofAnInterfaceThatRedirectsOnlyItsOwnAddressCounts) {
     ScratchTree scratch;
     scratch.interface("dummy0", "5", "02:00:00:00:00:05");

@@ -55,4 +55,8 @@ std::string_view wordOf(Finding finding) { return findingTexts[static_cast<std::
 
 std::string_view sentenceOf(Finding finding) { return findingTexts[static_cast<std::size_t>(finding)].sentence; }
 
+bool isDoubtful(Finding finding) {
+    return finding != Finding::NoDiagnostics && finding != Finding::NotReady && finding != Finding::UnknownFamily;
+}
+
 } // namespace optics

@@ -101,6 +101,9 @@ private:
 std::string_view wordOf(Finding finding);
 std::string_view sentenceOf(Finding finding);
 
+/// Whether something is wrong with what the module tells; not for what it merely does not have, or not yet.
+bool isDoubtful(Finding finding);
+
 enum class Family : std::uint8_t { Unknown, Sff8472, Sff8636, Cmis };
 enum class Calibration : std::uint8_t { Unknown, Internal, External };
 enum class ReceivePowerKind : std::uint8_t { Unknown, Average, ModulationAmplitude };

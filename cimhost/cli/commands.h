@@ -64,6 +64,9 @@ struct MetricsOptions {
 
 /// Prints the metrics of the adapters, once. Throws as above.
 void printMetrics(const HostOptions& hostOptions, const MetricsOptions& options);
+/// The same of one CIM server, as ask() does. Throws std::runtime_error for several.
+ExitStatus printMetrics(const HostOptions& hostOptions, const MetricsOptions& options, const ServerOptions& servers,
+                        const MessageOptions& messages);
 
 struct InvokeOptions {
     std::string object;

@@ -1,19 +1,23 @@
 #include "cimhost/cli/commands.h"
+#include "cimhost/cli/local_source.h"
 #include "cimhost/cli/output_stream.h"
 #include "cimhost/cli/own_location.h"
+#include "cimhost/cli/remote_source.h"
+#include "cimhost/cli/server_round.h"
 #include "cimhost/metrics/adapter_reading.h"
+
+#include <nlohmann/json.hpp>
+
+#include <stdexcept>
 
 namespace cimhost::cli {
 
 namespace {
 
-std::string metricsOf(Host& host, const MetricsOptions& options) {
-    RequestScope scope(host.broker());
-    Operations& operations = host.operations();
-    const metrics::SharedReading reading = metrics::AdapterReader().read([&](const char* className) {
-        const ClassDeclaration& declaration = operations.findClass(options.nameSpace, className);
-        return operations.enumerateInstances(scope, {}, declaration, true, std::nullopt);
-    });
+std::string metricsOf(ObjectSource& source, const MetricsOptions& options) {
+    RequestScope scope(source.broker());
+    const metrics::SharedReading reading = metrics::AdapterReader().read(
+        [&](const char* className) { return source.enumerateInstances(scope, options.nameSpace, className); });
     ByteBuffer text;
     metrics::Exposition out(text, options.isOpenMetrics ? metrics::Format::openMetrics : metrics::Format::prometheus);
     reading->write(out);
@@ -27,8 +31,21 @@ void printMetrics(const HostOptions& hostOptions, const MetricsOptions& options)
     useOwnInstallLocation();
     const CleanOutput output(hostOptions.broker.log);
     Host host(hostOptions);
-    output.write(metricsOf(host, options));
+    LocalSource source(host.operations(), host.broker());
+    output.write(metricsOf(source, options));
     host.shutdown();
+}
+
+ExitStatus printMetrics(const HostOptions& hostOptions, const MetricsOptions& options, const ServerOptions& servers,
+                        const MessageOptions& messages) {
+    if (serversOf(servers).size() > 1) {
+        throw std::runtime_error("metrics are of one server at a time: nothing in them tells whose they are");
+    }
+    DeclaredClasses declared(hostOptions, options.nameSpace);
+    return askServers(servers, messages, declared, [&](ObjectSource& source) {
+        std::string text = metricsOf(source, options);
+        return ServerAnswer{messages.json ? nlohmann::json(text).dump() : std::move(text), {}};
+    });
 }
 
 } // namespace cimhost::cli

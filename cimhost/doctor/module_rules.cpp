@@ -4,9 +4,7 @@
 #include "cimhost/doctor/names.h"
 #include "optics/level.h"
 
-#include <algorithm>
 #include <array>
-#include <iterator>
 
 namespace cimhost::doctor {
 
@@ -74,14 +72,6 @@ void examineLevels(const Look& look, IsConcerned isConcerned, std::vector<Sign>&
     }
 }
 
-/// What a module may well lack, and what a module of another family does not have.
-constexpr optics::Finding harmless[] = {optics::Finding::NoDiagnostics, optics::Finding::NotReady,
-                                        optics::Finding::UnknownFamily};
-
-bool isHarmless(optics::Finding finding) {
-    return std::find(std::begin(harmless), std::end(harmless), finding) != std::end(harmless);
-}
-
 } // namespace
 
 void examineAlarms(const Look& look, std::vector<Sign>& signs) { examineLevels(look, optics::isAlarm, signs); }
@@ -102,7 +92,7 @@ void examineUnbelievable(const Look& look, std::vector<Sign>& signs) {
         std::string notes;
         for (unsigned i = 0; module.hasPages && i < static_cast<unsigned>(optics::Finding::Count); ++i) {
             const auto finding = static_cast<optics::Finding>(i);
-            if (!module.told.findings.has(finding) || isHarmless(finding)) continue;
+            if (!module.told.findings.has(finding) || !optics::isDoubtful(finding)) continue;
             if (!notes.empty()) notes += "; ";
             notes += optics::sentenceOf(finding);
         }

@@ -94,6 +94,21 @@ void writeLevels(Exposition& out, const std::vector<Source>& sources) {
     }
 }
 
+bool isDoubtful(const optics::Module& told) {
+    for (unsigned i = 0; i < static_cast<unsigned>(optics::Finding::Count); ++i) {
+        const auto finding = static_cast<optics::Finding>(i);
+        if (told.findings.has(finding) && optics::isDoubtful(finding)) return true;
+    }
+    return false;
+}
+
+void writeDoubts(Exposition& out, const std::vector<Source>& sources) {
+    out.family("merolt_cna_module_doubtful", Type::gauge,
+               "1 if some of what the module tells cannot be believed, such as fields with a wrong checksum, else 0.");
+    for (const Source& source : sources)
+        out.sample(*source.labels, std::uint64_t{isDoubtful(*source.module) ? 1U : 0U});
+}
+
 struct LaneFlag {
     std::string_view metric;
     std::string_view help;
@@ -116,6 +131,7 @@ void writeModuleReadings(Exposition& out, const std::vector<ModuleSamples>& modu
     for (const Quantity& quantity : quantities)
         writeReadings(out, sources, quantity);
     writeLevels(out, sources);
+    writeDoubts(out, sources);
     for (const LaneFlag& flag : laneFlags) {
         out.family(flag.metric, Type::gauge, flag.help);
         for (const Source& source : sources) {

@@ -1,12 +1,19 @@
 // What `cimhost optics` and `cimhost doctor` print of fleets with planted faults.
 #include "program.h"
+#include "socket_client.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstdint>
+#include <functional>
 #include <map>
+#include <regex>
+#include <set>
+#include <sstream>
 #include <string>
+#include <vector>
 
 namespace cimhost::testing_support {
 namespace {
@@ -196,6 +203,136 @@ TEST(DoctorProgram, AsksServers) {
     EXPECT_EQ(Json::parse(there.output).at("answer"), Json::parse(here.output));
     EXPECT_EQ(Json::parse(cimhost({"--json", "optics", "--server", url}).output).at("answer"),
               Json::parse(cimhost({"--json", "--fleet", OPTICS_FLEET, "optics"}).output));
+}
+
+/// Samples by name and labels, as they stand: `port_up{serial="A",port="1"}`, each once.
+std::map<std::string, double> samplesOf(const std::string& text) {
+    std::map<std::string, double> samples;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        const std::size_t end = line.rfind(' ');
+        EXPECT_TRUE(samples.emplace(line.substr(0, end), std::stod(line.substr(end + 1))).second) << line;
+    }
+    return samples;
+}
+
+using Places = std::set<std::string>;
+
+/// Where a metric of the adapters has that value: "OPT02 port 1", with the quantity where it has one. The cards'
+/// serial numbers end so.
+Places placesWhere(const std::map<std::string, double>& samples, const std::string& metric,
+                   const std::function<bool(double)>& holds) {
+    Places places;
+    for (const auto& [series, value] : samples) {
+        std::smatch found;
+        static const std::regex form(
+            R"re((\w+)\{serial="MF1602S9(OPT\d+)",port="(\d)"(?:,kind="\w+")?(?:,quantity="(\w+)")?\})re");
+        if (!std::regex_match(series, found, form) || found[1] != metric || !holds(value)) continue;
+        places.insert(found[2].str() + " port " + found[3].str() + (found[4].matched ? " " + found[4].str() : ""));
+    }
+    return places;
+}
+
+Places placesOf(const std::map<std::string, double>& samples, const std::string& metric, double value) {
+    return placesWhere(samples, metric, [value](double told) { return told == value; });
+}
+
+Places allPorts() {
+    Places places;
+    for (const std::string card : {"OPT01", "OPT02", "OPT03", "OPT04", "OPT05"})
+        places.insert({card + " port 1", card + " port 2"});
+    return places;
+}
+
+Places without(Places places, const Places& others) {
+    for (const std::string& place : others)
+        places.erase(place);
+    return places;
+}
+
+/// Whatever the fleet's file plants, and nothing else: the module that lies about its base fields is OPT03 port 1, and
+/// the one that says nothing OPT05 port 2.
+void expectPlantedFaults(const std::map<std::string, double>& samples) {
+    EXPECT_EQ(placesOf(samples, "merolt_cna_port_up", 0), (Places{"OPT02 port 1", "OPT02 port 2"}));
+    EXPECT_EQ(placesOf(samples, "merolt_cna_port_up", 1), without(allPorts(), {"OPT02 port 1", "OPT02 port 2"}));
+    EXPECT_EQ(placesOf(samples, "merolt_cna_port_answers", 1), allPorts());
+    EXPECT_EQ(placesOf(samples, "merolt_cna_module_known", 1), allPorts());
+    EXPECT_EQ(placesOf(samples, "merolt_cna_module_severity", 1), Places{"OPT01 port 2 temperature"});
+    EXPECT_EQ(placesOf(samples, "merolt_cna_module_severity", 2),
+              (Places{"OPT02 port 1 receive_power", "OPT03 port 2 bias", "OPT03 port 2 temperature"}));
+    EXPECT_EQ(placesOf(samples, "merolt_cna_module_doubtful", 1), Places{"OPT03 port 1"});
+    EXPECT_EQ(placesOf(samples, "merolt_cna_module_doubtful", 0), without(allPorts(), {"OPT03 port 1"}));
+    constexpr double nearTheLeast = 2e-5; // the modules' low warning is 15.8 microwatts
+    EXPECT_EQ(placesWhere(samples, "merolt_cna_module_receive_power_watts", [](double watts) { return watts == 0; }),
+              Places{"OPT02 port 1"});
+    EXPECT_EQ(placesWhere(samples, "merolt_cna_module_receive_power_watts",
+                          [](double watts) { return watts > 0 && watts < nearTheLeast; }),
+              Places{"OPT04 port 1"});
+    EXPECT_EQ(placesWhere(samples, "merolt_cna_module_temperature_celsius", [](double) { return true; }),
+              without(allPorts(), {"OPT05 port 2"}));
+    EXPECT_EQ(placesOf(samples, "merolt_cna_port_speed_bytes_per_second", 1062500000), Places{"OPT04 port 2"});
+    EXPECT_EQ(placesOf(samples, "merolt_cna_port_max_speed_bytes_per_second", 2125000000), allPorts());
+    for (const char* counter : {"link_failures", "losses_of_signal", "losses_of_synchronization", "crc_errors",
+                                "invalid_transmission_words", "primitive_sequence_errors"}) {
+        EXPECT_EQ(placesOf(samples, "merolt_cna_fc_" + std::string(counter) + "_total", 0), allPorts()) << counter;
+    }
+    EXPECT_EQ(samples.at("merolt_cna_reading_failed_classes"), 0);
+    EXPECT_EQ(samples.at("merolt_cna_cards"), 5);
+    EXPECT_EQ(samples.at("merolt_cna_modules"), 10);
+}
+
+TEST(MetricsProgram, TellsEachPlantedFaultAndNoOther) {
+    const Ended ended = cimhost({"--fleet", OPTICS_FLEET, "metrics"});
+    EXPECT_EQ(ended.status, 0) << ended.errors;
+    expectPlantedFaults(samplesOf(ended.output));
+}
+
+TEST(MetricsProgram, ServeAnswersWithEachPlantedFaultAndNoOther) {
+    Process server({PROGRAM, "--fleet", OPTICS_FLEET, "serve", "--listen", "127.0.0.1:0", "--metrics", "127.0.0.1:0",
+                    "--state", ""});
+    const std::string line = server.readLine();
+    const std::string prefix = "cimhost: metrics at http://127.0.0.1:";
+    ASSERT_EQ(line.find(prefix), 0U) << line << server.errors();
+    SocketClient client(static_cast<std::uint16_t>(std::stoi(line.substr(prefix.size()))));
+    ASSERT_TRUE(client.send("GET /metrics HTTP/1.1\r\nHost: localhost\r\n\r\n"));
+    const std::string answer = client.readAnswer();
+    ASSERT_EQ(statusOf(answer), 200) << answer;
+    const auto samples = samplesOf(bodyOf(answer));
+    EXPECT_EQ(samples.at("merolt_cna_adapters_readable"), 1);
+    expectPlantedFaults(samples);
+}
+
+/// Without the one line that differs from look to look.
+std::string withoutDuration(const std::string& metrics) {
+    const std::size_t line = metrics.find("\nmerolt_cna_reading_duration_seconds ") + 1;
+    return std::string(metrics).erase(line, metrics.find('\n', line) - line);
+}
+
+TEST(MetricsProgram, AsksAServer) {
+    Process server({PROGRAM, "--fleet", OPTICS_FLEET, "serve", "--listen", "127.0.0.1:0", "--state", ""});
+    const std::string url = urlOf(server);
+    ASSERT_FALSE(url.empty()) << server.errors();
+    for (const std::vector<std::string>& form : {std::vector<std::string>{}, {"--openmetrics"}}) {
+        std::vector<std::string> here{"--fleet", OPTICS_FLEET, "metrics"}, there{"metrics", "--server", url};
+        here.insert(here.end(), form.begin(), form.end());
+        there.insert(there.end(), form.begin(), form.end());
+        const Ended ended = cimhost(there);
+        EXPECT_EQ(ended.status, 0) << ended.errors;
+        EXPECT_EQ(withoutDuration(ended.output), withoutDuration(cimhost(here).output));
+    }
+    const Json json = Json::parse(cimhost({"--json", "metrics", "--server", url}).output);
+    expectPlantedFaults(samplesOf(json.at("answer")));
+}
+
+TEST(MetricsProgram, SaysWhyAServerTellsNothingAndTakesOneAlone) {
+    const Ended several = cimhost({"metrics", "--server", "http://127.0.0.1:1", "--server", "http://127.0.0.1:2"});
+    EXPECT_EQ(several.status, 2);
+    EXPECT_THAT(several.errors, HasSubstr("metrics are of one server at a time"));
+    const Ended nobody = cimhost({"metrics", "--server", "http://127.0.0.1:1"});
+    EXPECT_EQ(nobody.status, 2);
+    EXPECT_THAT(nobody.output, IsEmpty());
+    EXPECT_THAT(nobody.errors, HasSubstr("127.0.0.1:1: "));
 }
 
 } // namespace

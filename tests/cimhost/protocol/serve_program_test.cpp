@@ -1,17 +1,23 @@
 // cimhost serve as an operator runs it: who may do what, what is told of it, and files that are read again.
 #include "certificate.h"
 #include "program.h"
+#include "socket_client.h"
 #include "temporary_file.h"
 
 #include "cimhost/http/client.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <openssl/bio.h>
+#include <openssl/ssl.h>
 
+#include <array>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -24,10 +30,12 @@ namespace {
 using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 using testing_support::cimhost;
 using testing_support::Ended;
 using testing_support::makeCertificate;
 using testing_support::Process;
+using testing_support::SocketClient;
 using testing_support::TemporaryFile;
 
 // The passwords are "secret".
@@ -223,6 +231,52 @@ TEST_F(SecureServer, ShowsARenewedCertificateWithoutARestart) {
     ASSERT_TRUE(server.hasError(key.path.string() + ": No such file or directory; the certificate and key stay"))
         << server.errors();
     EXPECT_EQ(ask(url, readClass, annaSecret, certificate.path).status, 200U);
+}
+
+/// The port behind that text of a line; 0 where it is another line.
+unsigned short portBehind(const std::string& line, const std::string& text) {
+    const std::size_t place = line.find(text);
+    return place == std::string::npos ? 0 : static_cast<unsigned short>(std::stoi(line.substr(place + text.size())));
+}
+
+/// GET /metrics over TLS: what is answered to somebody who believes that certificate alone, and "" where it is another.
+std::string scrapeOverTls(unsigned short port, const std::filesystem::path& believed, const std::string& fields) {
+    const std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context(SSL_CTX_new(TLS_client_method()), SSL_CTX_free);
+    SSL_CTX_set_verify(context.get(), SSL_VERIFY_PEER, nullptr);
+    if (SSL_CTX_load_verify_locations(context.get(), believed.c_str(), nullptr) != 1) return "";
+    const std::unique_ptr<BIO, decltype(&BIO_free_all)> connection(BIO_new_ssl_connect(context.get()), BIO_free_all);
+    BIO_set_conn_hostname(connection.get(), ("127.0.0.1:" + std::to_string(port)).c_str());
+    if (BIO_do_connect(connection.get()) != 1) return "";
+    const std::string request = "GET /metrics HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n" + fields + "\r\n";
+    BIO_write(connection.get(), request.data(), static_cast<int>(request.size()));
+    std::string answer;
+    std::array<char, 4096> bytes{};
+    for (int count = 0; (count = BIO_read(connection.get(), bytes.data(), bytes.size())) > 0;)
+        answer.append(bytes.data(), static_cast<std::size_t>(count));
+    return answer;
+}
+
+TEST_F(SecureServer, AnswersPrometheusOverTlsToItsUsersAlone) {
+    std::vector<std::string> line = command();
+    line.insert(line.end(), {"--metrics", "127.0.0.1:0"});
+    Process server(line);
+    const unsigned short port = portBehind(server.readLine(), "cimhost: metrics at https://127.0.0.1:");
+    ASSERT_NE(port, 0) << server.errors();
+    ASSERT_NE(namedUrlOf(server), "") << server.errors();
+    const std::string anna = "Authorization: " + annaSecret + "\r\n";
+    EXPECT_THAT(scrapeOverTls(port, certificate.path, ""), StartsWith("HTTP/1.1 401 "));
+    EXPECT_THAT(scrapeOverTls(port, certificate.path, anna), StartsWith("HTTP/1.1 200 "));
+    EXPECT_THAT(scrapeOverTls(port, certificate.path, anna), HasSubstr("\nmerolt_cna_adapters_readable 1\n"));
+    const TemporaryFile old;
+    std::filesystem::copy_file(certificate.path, old.path, std::filesystem::copy_options::overwrite_existing);
+    makeCertificate(certificate.path, key.path);
+    server.signal(SIGHUP);
+    ASSERT_TRUE(server.hasError("SIGHUP: a certificate from " + certificate.path.string())) << server.errors();
+    EXPECT_THAT(scrapeOverTls(port, certificate.path, anna), StartsWith("HTTP/1.1 200 "));
+    EXPECT_EQ(scrapeOverTls(port, old.path, anna), "");
+    SocketClient plain(port);
+    plain.send("GET /metrics HTTP/1.1\r\nHost: localhost\r\n" + anna + "\r\n");
+    EXPECT_TRUE(plain.isClosedWithin(std::chrono::seconds(20)));
 }
 
 TEST_F(SecureServer, AListenerSubscribesThereWithTheAuthorityThatItIsGiven) {

@@ -163,10 +163,15 @@ TEST_F(LifecycleTest, TheLastOfFourCleanUpsEndsTheProvider) {
     if (canJoinThreads()) {
         EXPECT_TRUE(inOrder(logLines(), {
                                             "AdapterPollingLoop() thread has been killed",
-                                            "AdapterPollingLoop() ending...",
                                             "stopPollingLoop() calling joinThread",
                                             "stopPollingLoop() completed joinThread",
                                             "Entering Clear_CNA_List()",
+                                        }));
+        // The thread says so behind its last act, beside whoever waits for that act.
+        EXPECT_TRUE(inOrder(logLines(), {
+                                            "AdapterPollingLoop() thread has been killed",
+                                            "AdapterPollingLoop() ending...",
+                                            "stopPollingLoop() completed joinThread",
                                         }));
     }
     EXPECT_TRUE(inOrder(logLines(), {

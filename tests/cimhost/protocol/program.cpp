@@ -15,11 +15,17 @@
 
 namespace cimhost::testing_support {
 
+void takeSignalsByDefault() {
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE})
+        ::signal(number, SIG_DFL);
+}
+
 Process::Process(std::vector<std::string> command) {
     std::array<int, 2> output{};
     if (::pipe2(output.data(), O_CLOEXEC) != 0) return;
     id = ::fork();
     if (id == 0) {
+        takeSignalsByDefault();
         ::dup2(output[1], STDOUT_FILENO);
         const int errors = ::open(errorFile.path.c_str(), O_WRONLY | O_TRUNC);
         ::dup2(errors, STDERR_FILENO);
@@ -105,6 +111,7 @@ Ended cimhostAtTerminal(std::vector<std::string> arguments, unsigned short width
     int terminal = -1;
     const pid_t id = ::forkpty(&terminal, nullptr, nullptr, &size);
     if (id == 0) {
+        takeSignalsByDefault();
         ::setenv("TERM", "xterm", 1);
         ::unsetenv("NO_COLOR");
         for (const std::string& variable : environment)

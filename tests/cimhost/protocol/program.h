@@ -10,6 +10,10 @@
 
 namespace cimhost::testing_support {
 
+/// In a child, before it becomes the program: takes the signals as they are by default. A test that was started behind
+/// nohup or with "&" ignores some of them, and what is ignored stays so over an exec.
+void takeSignalsByDefault();
+
 /// A program that runs beside the test; killed at the end if it still does.
 class Process {
 public:

@@ -120,6 +120,7 @@ public:
     explicit Typist(const std::filesystem::path& file) {
         id = ::forkpty(&terminal, nullptr, nullptr, nullptr);
         if (id != 0) return;
+        testing_support::takeSignalsByDefault();
         ::execl(PROGRAM, PROGRAM, "user", "add", file.c_str(), "anna", nullptr);
         ::_exit(127);
     }

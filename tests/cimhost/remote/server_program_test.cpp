@@ -17,6 +17,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
+#include <stdlib.h>
 #include <string>
 #include <thread>
 #include <vector>
@@ -122,6 +123,97 @@ std::string treeAt(Process& server) {
     for (const std::string& line : linesOf(tree.output))
         if (line.find("statistics I/O") == std::string::npos) still += line + "\n";
     return still;
+}
+
+/// What each command that asks a server is told by one that lacks the adapters: in one line, and nothing else.
+void expectOneLineFromEveryCommand(const std::string& url, const std::vector<std::string>& more,
+                                   const std::string& reason) {
+    const std::string path = question + ".CreationClassName=\"a\",Name=\"b\"";
+    const std::vector<std::vector<std::string>> commands = {{"enumerate", question},
+                                                            {"names", question},
+                                                            {"get", path},
+                                                            {"associators", path},
+                                                            {"references", path},
+                                                            {"tree"},
+                                                            {"optics"},
+                                                            {"doctor"},
+                                                            {"metrics"},
+                                                            {"enumerate", "CIM_Port"}};
+    for (std::vector<std::string> words : commands) {
+        words.insert(words.end(), {"--server", url});
+        words.insert(words.end(), more.begin(), more.end());
+        const Ended ended = cimhost(words);
+        EXPECT_EQ(ended.status, 1) << words.front();
+        EXPECT_EQ(ended.output, "") << words.front();
+        EXPECT_EQ(lineCount(ended.errors), 1U) << words.front() << "\n" << ended.errors;
+        EXPECT_THAT(ended.errors, StartsWith("cimhost: " + url + ": " + reason)) << words.front();
+        EXPECT_THAT(ended.errors, HasSubstr("--namespace says where")) << words.front();
+    }
+}
+
+TEST(ServerWithoutTheProvider, ThatLacksTheNamespaceIsToldWithWhatToTry) {
+    Process server({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--state", ""});
+    expectOneLineFromEveryCommand(urlOf(server), {"--namespace", "root/elsewhere"}, "CIM_ERR_INVALID_NAMESPACE (3): ");
+}
+
+/// Class definitions of a server that never heard of the adapters.
+class OtherClasses {
+public:
+    OtherClasses() {
+        std::string name = (std::filesystem::temp_directory_path() / "cimhost_other_classes.XXXXXX").string();
+        folder = ::mkdtemp(name.data());
+        std::ofstream(folder / "merolt.mof")
+            << "Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride, ToSubclass);\n"
+               "class X_Lamp { [Key] string Name; };\n";
+    }
+    ~OtherClasses() {
+        std::error_code error;
+        std::filesystem::remove_all(folder, error);
+    }
+    OtherClasses(const OtherClasses&) = delete;
+    OtherClasses& operator=(const OtherClasses&) = delete;
+
+    std::filesystem::path folder;
+};
+
+TEST(ServerWithoutTheProvider, ThatLacksTheClassesIsToldWithWhatToTry) {
+    const OtherClasses classes;
+    Process server({PROGRAM, "--fleet", FLEET, "--mof", classes.folder.string(), "serve", "--listen", "127.0.0.1:0",
+                    "--state", ""});
+    const std::string url = urlOf(server);
+    ASSERT_NE(url, "") << server.errors();
+    expectOneLineFromEveryCommand(url, {}, "CIM_ERR_INVALID_CLASS (5): ");
+}
+
+/// A server that has classes and namespace, and nobody who answers for them.
+void answerNothing(int socket) {
+    for (std::string request = readRequest(socket); !request.empty(); request = readRequest(socket)) {
+        const auto between = [&](const std::string& front) {
+            const std::size_t begin = request.find(front) + front.size();
+            return request.substr(begin, request.find('"', begin) - begin);
+        };
+        sendAll(socket,
+                httpAnswer("200 OK", "application/xml; charset=utf-8",
+                           "<?xml version=\"1.0\" encoding=\"utf-8\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">"
+                           "<MESSAGE ID=\"" +
+                               between("MESSAGE ID=\"") +
+                               "\" PROTOCOLVERSION=\"1.0\"><SIMPLERSP><IMETHODRESPONSE NAME=\"" +
+                               between("<IMETHODCALL NAME=\"") +
+                               "\"><IRETURNVALUE/></IMETHODRESPONSE></SIMPLERSP></MESSAGE></CIM>"));
+    }
+}
+
+TEST(ServerWithoutTheProvider, ThatAnswersWithNothingHasNoInstances) {
+    const ScriptedServer server(answerNothing);
+    for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+             {"tree", "--server", server.url()}, {"enumerate", question, "--server", server.url()}}) {
+        const Ended ended = cimhost(words);
+        EXPECT_EQ(ended.status, 0) << ended.errors;
+        EXPECT_EQ(ended.output, "no instances\n");
+    }
+    const Ended doctor = cimhost({"doctor", "--server", server.url()});
+    EXPECT_EQ(doctor.status, 2);
+    EXPECT_THAT(doctor.output, StartsWith("fault no-adapters: "));
 }
 
 // Some servers ask a provider once for each association class, others once in all.

@@ -10,7 +10,8 @@
 namespace cimhost::cli {
 
 /// One line an object, indented below its parent with lines that lead there; what stands apart comes last, under a
-/// heading, each with its path. Neighbours that read the same and have nothing below them share a line, which tells their number.
+/// heading, each with its path. Neighbours that read the same and have nothing below them share a line, which tells
+/// their number.
 std::string textOf(const ObjectTree& tree, const Presentation& presentation = {}, const Layout& layout = {});
 
 /// {"tree": [...], "apart": [...]}, each object as in the other answers and with "children".

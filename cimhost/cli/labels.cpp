@@ -19,7 +19,7 @@ std::string chosenLabel(const Label& label, const InstanceObject& instance, cons
     std::string text = label.word;
     std::string_view separator = " ";
     for (const ShownProperty& part : label.parts) {
-        const std::string value = shortText(instance, part.property, presentation);
+        const std::string value = shortText(instance, propertyToShow(instance, part), presentation);
         if (value.empty()) continue;
         text.append(separator).append(part.words).append(value);
         separator = ", ";

@@ -108,14 +108,18 @@ private:
         throw std::runtime_error("class " + declaration.name() + " has no property " + quoted(name));
     }
 
-    /// TEXT {PROPERTY}; the blank between the two is the text's.
+    /// TEXT {PROPERTY} or TEXT {PROPERTY or PROPERTY}; the blank in front of the brace is the text's.
     [[nodiscard]] ShownProperty shownProperty(std::string_view text) const {
         const std::size_t opening = text.find('{');
         if (opening == std::string_view::npos || text.back() != '}') {
             throw std::runtime_error(quoted(text) + " is not written TEXT {PROPERTY}");
         }
-        const std::string_view name = text.substr(opening + 1, text.size() - opening - 2);
-        return {std::string(text.substr(0, opening)), propertyOf(*current, trim(name))};
+        const std::string_view names = text.substr(opening + 1, text.size() - opening - 2);
+        const std::optional<Pair> both = cut(names, " or ");
+        ShownProperty shown{
+            std::string(text.substr(0, opening)), propertyOf(*current, both ? both->front : trim(names)), {}};
+        if (both) shown.otherwise = propertyOf(*current, both->back);
+        return shown;
     }
 
     void takeRoot(std::string_view value) { made.tree.rootClass = classNamed(value).name(); }
@@ -209,6 +213,13 @@ private:
 };
 
 } // namespace
+
+const std::string& propertyToShow(const InstanceObject& instance, const ShownProperty& shown) {
+    if (shown.otherwise.empty()) return shown.property;
+    const CMPIData* data = instance.value(shown.property);
+    const bool hasValue = data && (data->state & CMPI_nullValue) == 0;
+    return hasValue ? shown.property : shown.otherwise;
+}
 
 const Label* Presentation::labelOf(std::string_view className) const { return findRow(labels, className); }
 

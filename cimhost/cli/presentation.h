@@ -16,7 +16,11 @@ namespace cimhost::cli {
 struct ShownProperty {
     std::string words;
     std::string property;
+    std::string otherwise; ///< another property, shown where that one has no value; or empty
 };
+
+/// The one of the two that the instance shows. It need not have a value.
+const std::string& propertyToShow(const InstanceObject& instance, const ShownProperty& shown);
 
 /// One line that stands for an object.
 struct Label {

@@ -58,7 +58,7 @@ std::vector<ShownProperty> guessedColumns(const std::vector<const InstanceObject
             widest = std::max(widest, length(shortText(*instance, name, presentation)));
         used += std::min(widest, widestGuess) + 2;
         if (width > 0 && used > width && !columns.empty()) break;
-        columns.push_back({printable(name), name});
+        columns.push_back({printable(name), name, {}});
     }
     return columns;
 }
@@ -77,7 +77,9 @@ std::vector<ShownProperty> columnsFor(const std::vector<const InstanceObject*>& 
         const Columns* chosen = presentation.columnsOf(nearest->name());
         if (!chosen) continue;
         std::vector<ShownProperty> columns = chosen->columns;
-        std::erase_if(columns, [&](const ShownProperty& column) { return !anyShows(instances, column.property); });
+        std::erase_if(columns, [&](const ShownProperty& column) {
+            return !anyShows(instances, column.property) && !anyShows(instances, column.otherwise);
+        });
         if (!columns.empty()) return columns;
     }
     return guessedColumns(instances, common, presentation, width);
@@ -113,8 +115,8 @@ std::string instanceTable(const std::vector<const InstanceObject*>& instances,
         Row row;
         if (tellsClass) row.push_back(printable(instance->className()));
         for (const ShownProperty& column : columns) {
-            const bool isTold = hasValue(*instance, column.property);
-            row.push_back(isTold ? shortText(*instance, column.property, presentation) : "-");
+            const std::string& property = propertyToShow(*instance, column);
+            row.push_back(hasValue(*instance, property) ? shortText(*instance, property, presentation) : "-");
         }
         rows.push_back(std::move(row));
     }

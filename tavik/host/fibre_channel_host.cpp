@@ -178,12 +178,12 @@ Attribute<Transceiver> FibreChannelReader::transceiver(std::uint32_t number) con
     return tree_.bytes(hostFolder(number) + "/device/sfp", modulePages).then(splitPages);
 }
 
-std::vector<RemotePort> FibreChannelReader::remotePorts(std::uint32_t number) const {
+std::vector<RemotePort> FibreChannelReader::remotePorts(std::uint32_t number, std::size_t mostUnits) const {
     std::vector<RemotePort> ports;
     const auto prefix = "rport-" + std::to_string(number) + ":";
     for (const auto& name : tree_.names("sys/class/fc_remote_ports"))
         if (name.starts_with(prefix)) ports.push_back(readRemotePort(name));
-    addUnits(number, ports);
+    addUnits(number, ports, mostUnits);
     return ports;
 }
 
@@ -197,10 +197,12 @@ RemotePort FibreChannelReader::readRemotePort(const std::string& name) const {
             {}};
 }
 
-void FibreChannelReader::addUnits(std::uint32_t number, std::vector<RemotePort>& ports) const {
+void FibreChannelReader::addUnits(std::uint32_t number, std::vector<RemotePort>& ports, std::size_t most) const {
+    std::size_t count = 0;
     for (const auto& address : tree_.names("sys/class/scsi_device")) {
         const auto unit = unitNumber(address, number);
         if (!unit) continue;
+        if (count++ == most) break;
         const auto path = tree_.resolve("sys/class/scsi_device/" + address + "/device").valueOr({});
         for (auto& port : ports)
             if (path.find("/" + port.name + "/") != std::string::npos) port.units.push_back(readUnit(address, *unit));

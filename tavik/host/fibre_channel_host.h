@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -115,14 +116,16 @@ public:
     Attribute<std::uint32_t> portId(std::uint32_t number) const;
     Counters counters(std::uint32_t number) const;
     Attribute<Transceiver> transceiver(std::uint32_t number) const;
-    std::vector<RemotePort> remotePorts(std::uint32_t number) const;
+    /** @param mostUnits of all ports together, the first ones by address: some hosts have many thousands. */
+    std::vector<RemotePort> remotePorts(std::uint32_t number,
+                                        std::size_t mostUnits = std::numeric_limits<std::size_t>::max()) const;
 
 private:
     Attribute<std::string> first(std::uint32_t number, const std::vector<const char*>& names) const;
     Attribute<std::string> devicePath(std::uint32_t number) const;
     RemotePort readRemotePort(const std::string& name) const;
     LogicalUnit readUnit(const std::string& address, std::uint64_t number) const;
-    void addUnits(std::uint32_t number, std::vector<RemotePort>& ports) const;
+    void addUnits(std::uint32_t number, std::vector<RemotePort>& ports, std::size_t most) const;
 
     const SysTree& tree_;
 };

@@ -306,7 +306,8 @@ std::vector<HostFact> PortFactReader::ofFibreChannelHost(std::uint32_t number, s
     }
     if (facts.wants(TavikFactsOfCounters)) addCounters(tree_, folder, fibreChannelCounters, facts);
     if (facts.wants(TavikFactsOfRelations)) {
-        const auto ports = fibreChannel_.remotePorts(number);
+        // One unit more than is shown tells that there are more.
+        const auto ports = fibreChannel_.remotePorts(number, mostLines + 1);
         facts.add(rowOf("remotePorts"), showRemotePorts(tree_, ports));
         facts.add(rowOf("logicalUnits"), showUnits(tree_, ports));
     }

@@ -12,7 +12,6 @@ namespace tavik::host {
 
 namespace {
 
-constexpr std::size_t mostUsers = 256;
 constexpr std::uint64_t sectorBytes = 512; // of block/*/size, whatever the device's own size is
 constexpr std::uint64_t mostSectors = std::numeric_limits<std::uint64_t>::max() / sectorBytes;
 
@@ -117,6 +116,10 @@ std::string showUnit(const SysTree& tree, const RemotePort& port, const LogicalU
 
 Attribute<Lines> orAbsent(Lines lines, const char* reason) {
     if (lines.empty()) return Absence{reason};
+    if (lines.size() > mostLines) {
+        lines.resize(mostLines);
+        lines.emplace_back("and more");
+    }
     return lines;
 }
 
@@ -135,7 +138,7 @@ Attribute<Lines> usersOf(const SysTree& tree, const std::string& interface) {
     Lines lines;
     std::vector<std::string> seen{interface};
     // What was found last is looked at for what uses it; seen grows meanwhile.
-    for (std::size_t place = 0; place < seen.size() && seen.size() <= mostUsers; ++place) {
+    for (std::size_t place = 0; place < seen.size() && seen.size() <= mostLines + 1; ++place) {
         const auto below = seen[place];
         for (const auto& user : directUsers(tree, below)) {
             if (std::find(seen.begin(), seen.end(), user) != seen.end()) continue;
@@ -143,7 +146,6 @@ Attribute<Lines> usersOf(const SysTree& tree, const std::string& interface) {
             lines.push_back(place == 0 ? showDirectUser(tree, user, below) : showFurtherUser(tree, user, below));
         }
     }
-    lines.resize(std::min(lines.size(), mostUsers));
     return orAbsent(std::move(lines), "nothing uses it");
 }
 

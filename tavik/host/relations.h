@@ -14,8 +14,11 @@ namespace tavik::host {
 
 using Lines = std::vector<std::string>;
 
-/** "bond0 (bond, active, up)", "bond0.100 (vlan of bond0)": the interfaces that use this one, the nearest first, at
- * most 256. The two words behind bond are what the bond says of this member. */
+/** Lines of a list. Where there are more the last one says so: "and more". */
+inline constexpr std::size_t mostLines = 256;
+
+/** "bond0 (bond, active, up)", "bond0.100 (vlan of bond0)": the interfaces that use this one, the nearest
+ *  first. The two words behind bond are what the bond says of this member. */
 Attribute<Lines> usersOf(const SysTree& tree, const std::string& interface);
 
 /** "0000:03:10.0 ens1f0v0" of each function that was carved out of the one in this folder, by number. The interface is

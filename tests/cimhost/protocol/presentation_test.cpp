@@ -47,6 +47,18 @@ TEST_F(PresentationTest, ALabelHasAWordAndTheValuesThatThereAre) {
     EXPECT_EQ(labelOf(firstOf(scope, "T_EtherPort"), chosen), "T_EtherPort e");
 }
 
+TEST_F(PresentationTest, APropertyWithoutAValueGivesWayToAnother) {
+    const Presentation chosen = read("[T_FibrePort]\nlabel = port | {Topology or Id} | {Id or Speed}\n"
+                                     "columns = Port {Topology or Id} | Bits {Speed or Id} | Fibre {Topology}\n");
+    RequestScope scope(*host.broker);
+    EXPECT_EQ(labelOf(firstOf(scope, "T_FibrePort"), chosen), "port a, a");
+    const ClassDeclaration* fibre = host.repository.find("root/ns", "T_FibrePort");
+    EXPECT_EQ(tableOf(all(scope, "T_FibrePort"), fibre, chosen, {}), "Port  Bits\n"
+                                                                     "a     16000000000\n"
+                                                                     "b     8000000000\n"
+                                                                     "2 instances\n");
+}
+
 TEST_F(PresentationTest, ColumnsCountForSubclassesThatHaveNoneOfTheirOwn) {
     const Presentation chosen = read("[T_Port]\ncolumns = Port {Id} | Bits {Speed} | Mtu {Mtu}\n"
                                      "[T_EtherPort]\ncolumns = Which {Id}\n");
@@ -165,6 +177,8 @@ TEST_F(PresentationTest, ABadLineIsNamedWithItsPlace) {
         {"unit = {Speed} knots", "\"knots\" is no unit that is known: bit / second, or a power of ten of it, such as "
                                  "bit / second * 10^6"},
         {"columns = Colour {Colour}", "class T_Box has no property \"Colour\""},
+        {"columns = Id {Id or Colour}", "class T_Box has no property \"Colour\""},
+        {"columns = Id {Id or }", "class T_Box has no property \"\""},
         {"below = T_Port", "\"T_Port\" is neither CLASS through ASSOCIATION nor CLASS where KEY begins with KEY"},
         {"below = T_None through T_Link", "there is no class \"T_None\""},
         {"below = T_Port through T_Counter", "T_Counter is no association"},

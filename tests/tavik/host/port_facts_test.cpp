@@ -265,6 +265,19 @@ TEST_F(PortFacts, tellLogicalUnitsWithTheirPaths) {
     EXPECT_EQ(units.size(), 5U);
 }
 
+TEST_F(PortFacts, ofAHostWithThousandsOfUnitsAreCut) {
+    scratch.copy("fibre-channel");
+    const std::string target = fabricPci + "host7/rport-7:0-0/target7:0:0/";
+    for (int unit = 100; unit < 360; ++unit) {
+        const std::string address = "7:0:0:" + std::to_string(unit);
+        scratch.file(target + address + "/state", "running\n");
+        scratch.link("sys/class/scsi_device/" + address + "/device", "../../../" + target.substr(4) + address);
+    }
+    const auto units = host(7).all("logicalUnits");
+    EXPECT_EQ(units.size(), 257U);
+    EXPECT_EQ(units.back(), "and more");
+}
+
 TEST_F(PortFacts, ofALibraryComeWithTheMaker) {
     scratch.copy("two-port-card");
     scratch.file(net + "speed", "25000\n");

@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
+
+#include "tavik/host/sys_tree.h"
 
 namespace tavik::host {
 
@@ -56,6 +61,15 @@ Attribute<SharedDescriptor> Folders::folder(const std::string& path) const {
     return open(path, asPlace);
 }
 
+Attribute<std::uint8_t> Folders::kind(const std::string& path) const {
+    const auto place = folder(parentPath(path));
+    if (!place) return place.absence();
+    struct stat status {};
+    if (::fstatat((*place)->get(), baseName(path).c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return fileAbsence(errno);
+    return static_cast<std::uint8_t>(IFTODT(status.st_mode));
+}
+
 Attribute<SharedDescriptor> Folders::open(const std::string& path, int flags) const {
     if (!isConfinedByKernel_) return openByName(path, flags);
     return shared(openBelow(rootFolder_->get(), path.c_str(), flags));
@@ -89,13 +103,49 @@ Attribute<std::string> Folders::resolveByName(const std::string& path) const {
     return relative.string();
 }
 
-Attribute<SharedDescriptor> HeldFolders::folder(const std::string& path) const {
-    const auto held = std::find_if(held_.begin(), held_.end(),
-                                   [&](const Held& entry) { return entry.folder != nullptr && entry.path == path; });
-    if (held != held_.end()) return held->folder;
-    auto opened = Folders::folder(path);
-    if (opened) held_[std::exchange(oldest_, (oldest_ + 1) % mostHeld)] = {path, *opened};
-    return opened;
+HeldFolders::Held& HeldFolders::held(const std::string& path) const {
+    const auto found =
+        std::find_if(held_.begin(), held_.end(), [&](const Held& entry) { return entry.isUsed && entry.path == path; });
+    if (found != held_.end()) return *found;
+    auto& entry = held_.at(std::exchange(oldest_, (oldest_ + 1) % mostHeld));
+    entry = {path, Folders::folder(path), std::nullopt, true};
+    return entry;
+}
+
+Attribute<SharedDescriptor> HeldFolders::folder(const std::string& path) const { return held(path).folder; }
+
+/** One list of a folder tells what many questions would. Folders of the machine have more in them than is asked for. */
+Attribute<std::uint8_t> HeldFolders::kind(const std::string& path) const {
+    constexpr std::size_t mostListed = 4096;
+    if (isMachine()) return Folders::kind(path);
+    auto& [folderPath, folder, kinds, isUsed] = held(parentPath(path));
+    if (!folder) return folder.absence();
+    if (!kinds) {
+        const auto entries = listEntries(**folder, mostListed);
+        kinds.emplace(entries.begin(), entries.end());
+    }
+    const auto found = kinds->find(baseName(path));
+    const bool isTold = found != kinds->end() && found->second != DT_UNKNOWN;
+    if (isTold) return found->second;
+    const bool isWhole = !kinds->empty() && kinds->size() < mostListed && found == kinds->end();
+    return isWhole && baseName(path) != "." ? Attribute<std::uint8_t>(fileAbsence(ENOENT)) : Folders::kind(path);
+}
+
+Attribute<std::string> HeldFolders::resolve(const std::string& path) const {
+    if (lastResolved_.first != path) lastResolved_ = {path, Folders::resolve(path)};
+    return lastResolved_.second;
+}
+
+std::vector<std::pair<std::string, std::uint8_t>> listEntries(const Descriptor& folder, std::size_t most) {
+    std::vector<std::pair<std::string, std::uint8_t>> found;
+    const int opened = ::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(opened < 0 ? nullptr : ::fdopendir(opened), ::closedir);
+    if (!entries && opened >= 0) ::close(opened);
+    while (const dirent* entry = entries && found.size() < most ? ::readdir(entries.get()) : nullptr) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") found.emplace_back(name, entry->d_type);
+    }
+    return found;
 }
 
 } // namespace tavik::host

@@ -3,9 +3,14 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "tavik/host/attribute.h"
 #include "tavik/host/descriptor.h"
@@ -27,11 +32,17 @@ public:
     /** A folder that other calls can be made relative to. Empty: the root. */
     virtual Attribute<SharedDescriptor> folder(const std::string& path) const;
 
+    /** What stands at the path itself, a link that is not followed too: DT_REG, DT_LNK, ... of readdir(3). */
+    virtual Attribute<std::uint8_t> kind(const std::string& path) const;
+
+    /** True for the machine itself, whose attribute folders have no devices in them. */
+    bool isMachine() const { return root_ == "/"; }
+
     /** Opens whatever the path leads to. @param flags those of open(2) beside O_CLOEXEC. */
     Attribute<SharedDescriptor> open(const std::string& path, int flags) const;
 
     /** The path without symbolic links, relative to the root. */
-    Attribute<std::string> resolve(const std::string& path) const;
+    virtual Attribute<std::string> resolve(const std::string& path) const;
 
     const std::filesystem::path& root() const { return root_; }
 
@@ -44,23 +55,35 @@ private:
     bool isConfinedByKernel_ = false;
 };
 
-/** Keeps the folders open that were asked for last. For one thread. */
+/** Keeps the folders open that were asked for last, and knows what stands in those of a recording. For one thread. */
 class HeldFolders : public Folders {
 public:
     using Folders::Folders;
 
     Attribute<SharedDescriptor> folder(const std::string& path) const override;
+    Attribute<std::uint8_t> kind(const std::string& path) const override;
+    Attribute<std::string> resolve(const std::string& path) const override;
 
 private:
+    using Kinds = std::unordered_map<std::string, std::uint8_t>;
+
     static constexpr std::size_t mostHeld = 8;
     struct Held {
         std::string path;
-        SharedDescriptor folder;
+        Attribute<SharedDescriptor> folder;
+        std::optional<Kinds> kinds; ///< once they were asked for
+        bool isUsed = false;
     };
+
+    Held& held(const std::string& path) const;
 
     mutable std::array<Held, mostHeld> held_;
     mutable std::size_t oldest_ = 0;
+    mutable std::pair<std::string, Attribute<std::string>> lastResolved_;
 };
+
+/** The entries of a folder with their kinds, without "." and "..", at most so many. */
+std::vector<std::pair<std::string, std::uint8_t>> listEntries(const Descriptor& folder, std::size_t most);
 
 /** Why a call failed, in words; a path out of the root has its own. */
 Absence fileAbsence(int error);

@@ -156,16 +156,20 @@ void addHost(const FibreChannelReader& reader, std::uint32_t number, std::vector
 
 } // namespace
 
-HostFacts readHostFacts(const SysTree& whole, KernelQueries& queries) {
+HostFacts readHostFacts(const SysTree& whole, KernelQueries& wholeQueries) {
     const SysTree tree = whole.forOneLook();
+    const auto ownQueries = wholeQueries.forOneLook();
+    KernelQueries& queries = ownQueries ? *ownQueries : wholeQueries;
     HostFacts facts;
     const NetworkDeviceReader network(tree, queries);
     const FibreChannelReader fibreChannel(tree);
-    auto selection = network.select();
     const auto addresses = queries.addresses();
-    for (const auto& name : selection.shown)
-        facts.networkDevices.push_back(network.read(name, addresses));
-    facts.leftOut = std::move(selection.leftOut);
+    for (const auto& name : network.names()) {
+        if (auto reason = network.reasonAgainst(name))
+            facts.leftOut.push_back({name, std::move(*reason)});
+        else
+            facts.networkDevices.push_back(network.read(name, addresses));
+    }
     for (const auto number : fibreChannel.select())
         facts.fibreChannelHosts.push_back(fibreChannel.read(number));
     return facts;
@@ -211,16 +215,29 @@ const PciVpd* findVpd(const HostCard& card) {
     return found;
 }
 
-std::vector<std::string> fingerprint(const SysTree& whole, KernelQueries& queries) {
+std::vector<std::string> interfaceFingerprint(const SysTree& whole, KernelQueries& queries,
+                                              const Attribute<std::vector<InterfaceAddress>>& addresses) {
     const SysTree tree = whole.forOneLook();
     std::vector<std::string> lines;
     const NetworkDeviceReader network(tree, queries);
+    for (const auto& name : network.names())
+        if (!network.reasonAgainst(name)) addInterface(network, addresses, name, lines);
+    return lines;
+}
+
+std::vector<std::string> fibreChannelFingerprint(const SysTree& whole) {
+    const SysTree tree = whole.forOneLook();
+    std::vector<std::string> lines;
     const FibreChannelReader fibreChannel(tree);
-    const auto addresses = queries.addresses();
-    for (const auto& name : network.select().shown)
-        addInterface(network, addresses, name, lines);
     for (const auto number : fibreChannel.select())
         addHost(fibreChannel, number, lines);
+    return lines;
+}
+
+std::vector<std::string> fingerprint(const SysTree& tree, KernelQueries& queries) {
+    auto lines = interfaceFingerprint(tree, queries, queries.addresses());
+    const auto more = fibreChannelFingerprint(tree);
+    lines.insert(lines.end(), more.begin(), more.end());
     std::sort(lines.begin(), lines.end());
     return lines;
 }

@@ -61,4 +61,9 @@ const PciVpd* findVpd(const HostCard& card);
  *  different as soon as adapters, their addresses or the storage behind them have changed. */
 std::vector<std::string> fingerprint(const SysTree& tree, KernelQueries& queries);
 
+/** Its two parts. Neither is sorted. @param addresses of all interfaces. */
+std::vector<std::string> interfaceFingerprint(const SysTree& tree, KernelQueries& queries,
+                                              const Attribute<std::vector<InterfaceAddress>>& addresses);
+std::vector<std::string> fibreChannelFingerprint(const SysTree& tree);
+
 } // namespace tavik::host

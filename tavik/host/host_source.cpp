@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include <net/if.h>
+
 #include "tavik/host/fleet_mapping.h"
 #include "tavik/host/host_facts.h"
 #include "tavik/host/pci_names.h"
@@ -78,6 +80,25 @@ private:
     std::thread thread_; // last: it uses all of the above
 };
 
+/** What tells whether a look at the interfaces would see something else. */
+struct LookKey {
+    Attribute<std::vector<InterfaceLink>> links; ///< as far as they tell one interface from another
+    Attribute<std::vector<InterfaceAddress>> addresses;
+
+    bool operator==(const LookKey&) const = default;
+};
+
+Attribute<std::vector<InterfaceLink>> identities(Attribute<std::vector<InterfaceLink>> links) {
+    if (!links) return links;
+    auto all = *links;
+    for (auto& link : all) {
+        link.flags &= IFF_NOARP;
+        link.operationalState = 0;
+        link.carrier = false;
+    }
+    return all;
+}
+
 class HostSource : public Source {
 public:
     HostSource(const SysTree& tree, std::unique_ptr<KernelQueries> queries, std::chrono::milliseconds watchInterval,
@@ -101,8 +122,9 @@ public:
      * has no change to tell, so a change is put off by one question while a link has a state that nobody asked for.
      */
     bool changed() override {
-        auto now = fingerprint(tree_, *queries_);
-        const bool isLinkUntold = hasUntoldLink();
+        const auto links = queries_->links();
+        auto now = look(links);
+        const bool isLinkUntold = hasUntoldLink(links);
         const std::lock_guard lock(mutex_);
         const bool isOther = changes_.isOther(now);
         isPutOff_ = isOther && isLinkUntold && !isPutOff_;
@@ -118,7 +140,7 @@ public:
         std::unique_lock lock(mutex_);
         if (changes_.reset()) return;
         lock.unlock();
-        auto now = fingerprint(tree_, *queries_);
+        auto now = look(queries_->links());
         lock.lock();
         changes_.resetTo(std::move(now));
     }
@@ -165,10 +187,11 @@ public:
     }
 
     Answer<Link> link(std::string_view deviceName) override {
-        if (!isLoaded(deviceName)) return Answer<Link>::failure(statusNoSuchDevice);
-        const Link link = describeLink(network_.link(std::string(deviceName)));
+        const std::string name(deviceName);
+        if (!isRemembered(name) || !network_.exists(name, held_)) return Answer<Link>::failure(statusNoSuchDevice);
+        const Link link = describeLink(network_.link(name, held_));
         const std::lock_guard lock(mutex_);
-        interfaces_[std::string(deviceName)] = link.state;
+        interfaces_[name] = link.state;
         return link;
     }
 
@@ -233,9 +256,14 @@ private:
         return vpdOfHandle_.contains(handle) && fibreChannel_.exists(hostOfHandle(handle));
     }
 
-    bool isLoaded(std::string_view deviceName) {
+    bool isRemembered(const std::string& deviceName) {
         const std::lock_guard lock(mutex_);
-        return interfaces_.contains(std::string(deviceName)) && network_.exists(std::string(deviceName));
+        return interfaces_.contains(deviceName);
+    }
+
+    bool isLoaded(std::string_view deviceName) {
+        const std::string name(deviceName);
+        return isRemembered(name) && network_.exists(name);
     }
 
     /** Over Ethernet that of the load: the interface's module would be read over its bus for every question. */
@@ -245,12 +273,40 @@ private:
         return ethernetModules_.contains(handle);
     }
 
-    bool hasUntoldLink() {
+    /** The fingerprint of this moment. One answer of the kernel about all interfaces tells whether the last one still
+     *  holds for them; only if it does not are they read one by one. */
+    std::vector<std::string> look(const Attribute<std::vector<InterfaceLink>>& links) {
+        const LookKey key{identities(links), queries_->addresses()};
+        std::vector<std::string> lines;
+        bool isSame = false;
+        {
+            const std::lock_guard lock(mutex_);
+            isSame = key.links.present() && key == lookedAt_;
+            if (isSame) lines = interfaceLines_;
+        }
+        if (!isSame) {
+            lines = interfaceFingerprint(tree_, *queries_, key.addresses);
+            const std::lock_guard lock(mutex_);
+            lookedAt_ = key;
+            interfaceLines_ = lines;
+        }
+        const auto more = fibreChannelFingerprint(tree_);
+        lines.insert(lines.end(), more.begin(), more.end());
+        std::sort(lines.begin(), lines.end());
+        return lines;
+    }
+
+    bool hasUntoldLink(const Attribute<std::vector<InterfaceLink>>& links) {
         std::map<std::string, std::uint32_t> told;
         {
             const std::lock_guard lock(mutex_);
             told = interfaces_;
         }
+        if (links)
+            return std::any_of(links->begin(), links->end(), [&told](const InterfaceLink& link) {
+                const auto known = told.find(link.name);
+                return known != told.end() && known->second != linkStateOf(link);
+            });
         return std::any_of(told.begin(), told.end(), [this](const auto& interface) {
             return network_.exists(interface.first) &&
                    describeLink(network_.link(interface.first)).state != interface.second;
@@ -277,6 +333,7 @@ private:
                     if (storage->transceiver && fibreChannel_.networkInterface(hostOfHandle(storage->handle)))
                         ethernetModules.insert(storage->handle);
                 }
+        held_.clear();
         const std::lock_guard lock(mutex_);
         interfaces_ = std::move(interfaces);
         nicFacts_ = std::move(nicFacts);
@@ -292,8 +349,11 @@ private:
     const PortFactReader portFacts_;
     const std::chrono::milliseconds watchInterval_;
     const std::string place_; ///< empty for the machine itself
+    HeldAttributes held_{tree_};
 
     std::mutex mutex_; // guards what follows
+    LookKey lookedAt_; ///< of the last look at the interfaces, and what it saw
+    std::vector<std::string> interfaceLines_;
     ToldChanges<std::vector<std::string>> changes_;
     bool isPutOff_ = false;                           ///< the last question's change
     std::map<std::string, std::uint32_t> interfaces_; ///< of the load, with the link state that was told last

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tavik/host/attribute.h"
+#include "tavik/host/interface_links.h"
 #include "tavik/host/link_settings.h"
 #include "tavik/host/sys_tree.h"
 #include "tavik/model.h"
@@ -66,6 +67,12 @@ public:
     virtual Attribute<LinkSettings> linkSettings(const std::string& interface) = 0;
     virtual Attribute<PauseSettings> pauseSettings(const std::string& interface) = 0;
     virtual Attribute<FecSettings> fecSettings(const std::string& interface) = 0;
+
+    /** All interfaces at once. Absent where nothing of the kind was recorded. */
+    virtual Attribute<std::vector<InterfaceLink>> links() { return Absence{"not recorded"}; }
+
+    /** For one look by one thread, which it must not outlive: it keeps open what it reads of. Null: ask this one. */
+    virtual std::unique_ptr<KernelQueries> forOneLook() { return nullptr; }
 
     /** Of all interfaces, in the kernel's order. */
     virtual Attribute<std::vector<InterfaceAddress>> addresses() = 0;

@@ -211,6 +211,8 @@ public:
         return FecSettings{command.active_fec, command.fec};
     }
 
+    Attribute<std::vector<InterfaceLink>> links() override { return dumpInterfaceLinks(); }
+
     Attribute<std::vector<InterfaceAddress>> addresses() override { return AddressDump().run(); }
 
 private:

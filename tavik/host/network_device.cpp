@@ -51,12 +51,11 @@ constexpr StateRow stateRows[] = {
 };
 
 /** Drivers that do not keep the operational state leave it at "unknown"; then the carrier tells. */
-std::uint32_t linkState(const HostLink& link) {
-    const auto known = link.operationalState.valueOr("unknown");
+std::uint32_t linkState(const std::string& operationalState, const Attribute<bool>& carrier) {
     for (const auto& row : stateRows)
-        if (row.operationalState == known) return row.state;
-    if (known != "unknown" || !link.carrier) return linkUnknown;
-    return *link.carrier ? LinkUp : LinkDown;
+        if (row.operationalState == operationalState) return row.state;
+    if (operationalState != "unknown" || !carrier) return linkUnknown;
+    return *carrier ? LinkUp : LinkDown;
 }
 
 Attribute<std::uint32_t> parseSpeed(const std::string& text) {
@@ -123,6 +122,10 @@ bool NetworkDeviceReader::exists(const std::string& name) const {
     return isInterfaceName(name) && tree_.exists("sys/class/net/" + name);
 }
 
+bool NetworkDeviceReader::exists(const std::string& name, HeldAttributes& held) const {
+    return isInterfaceName(name) && held.exists("sys/class/net/" + name);
+}
+
 Attribute<std::uint32_t> NetworkDeviceReader::index(const std::string& name) const { return number(name, "ifindex"); }
 
 Attribute<MacAddress> NetworkDeviceReader::currentAddress(const std::string& name) const {
@@ -143,8 +146,8 @@ Attribute<MacAddress> NetworkDeviceReader::permanentAddress(const std::string& n
 
 Attribute<std::string> NetworkDeviceReader::devicePath(const std::string& name) const {
     const auto link = place(name, "device");
-    if (!tree_.exists(link)) return Absence{"virtual: no device link"};
     auto path = tree_.resolve(link);
+    if (!path && !tree_.exists(link)) return Absence{"virtual: no device link"};
     if (!path) return Absence{"virtual: the device link leads nowhere (" + path.absence().reason + ")"};
     return path;
 }
@@ -158,11 +161,25 @@ bool NetworkDeviceReader::hasRoutedAddress(const std::string& name) const {
     });
 }
 
+std::uint32_t linkStateOf(const InterfaceLink& link) {
+    // Like /sys, which tells no carrier of an interface that is administratively down.
+    const bool isUp = (link.flags & IFF_UP) != 0;
+    return linkState(operationalStateName(link.operationalState),
+                     isUp ? Attribute<bool>(link.carrier) : Attribute<bool>(Absence{"down"}));
+}
+
+std::vector<std::string> NetworkDeviceReader::names() const {
+    auto names = tree_.names("sys/class/net");
+    std::erase_if(names, [](const std::string& name) {
+        // The second is a file of the bonding driver that stands among the interfaces.
+        return !isInterfaceName(name) || name == "bonding_masters";
+    });
+    return names;
+}
+
 InterfaceSelection NetworkDeviceReader::select() const {
     InterfaceSelection selection;
-    for (const auto& name : tree_.names("sys/class/net")) {
-        // A file of the bonding driver that stands among the interfaces.
-        if (!isInterfaceName(name) || name == "bonding_masters") continue;
+    for (const auto& name : names()) {
         if (auto reason = reasonAgainst(name))
             selection.leftOut.push_back({name, std::move(*reason)});
         else
@@ -217,7 +234,20 @@ HostLink NetworkDeviceReader::link(const std::string& name) const {
         return carrier == 1;
     });
     link.speed = tree_.text(place(name, "speed")).then(parseSpeed);
-    link.state = linkState(link);
+    link.state = linkState(link.operationalState.valueOr("unknown"), link.carrier);
+    return link;
+}
+
+HostLink NetworkDeviceReader::link(const std::string& name, HeldAttributes& held) const {
+    HostLink link;
+    link.operationalState = held.text(place(name, "operstate"));
+    const auto state = link.operationalState.valueOr("unknown");
+    if (state == "unknown")
+        link.carrier = held.text(place(name, "carrier")).then([](const std::string& carrier) -> Attribute<bool> {
+            return carrier == "1";
+        });
+    link.speed = held.text(place(name, "speed")).then(parseSpeed);
+    link.state = linkState(state, link.carrier);
     return link;
 }
 

@@ -8,6 +8,7 @@
 
 #include "tavik/host/attribute.h"
 #include "tavik/host/device_parent.h"
+#include "tavik/host/held_attributes.h"
 #include "tavik/host/kernel_queries.h"
 #include "tavik/host/sys_tree.h"
 #include "tavik/model.h"
@@ -69,6 +70,9 @@ struct InterfaceSelection {
 Attribute<IPConfiguration> selectAddresses(const Attribute<std::vector<InterfaceAddress>>& all,
                                            const Attribute<std::uint32_t>& interfaceIndex);
 
+/** The state that HostLink has of the interface, from the kernel's answer about all of them. */
+std::uint32_t linkStateOf(const InterfaceLink& link);
+
 /** Reads interfaces; keeps nothing but references to its two sources. */
 class NetworkDeviceReader {
 public:
@@ -76,6 +80,11 @@ public:
 
     /** Cheap: reads nothing from the cards. The rules stand in docs/host-source.md. */
     InterfaceSelection select() const;
+
+    /** All interfaces, sorted. */
+    std::vector<std::string> names() const;
+    /** Why an interface is no adapter, or nothing. */
+    std::optional<std::string> reasonAgainst(const std::string& name) const;
 
     /** Everything. Slow: reads vital product data and transceiver. @param addresses of all interfaces. */
     HostNetworkDevice read(const std::string& name, const Attribute<std::vector<InterfaceAddress>>& addresses) const;
@@ -87,11 +96,12 @@ public:
     Attribute<MacAddress> permanentAddress(const std::string& name) const;
     Attribute<std::string> devicePath(const std::string& name) const;
     HostLink link(const std::string& name) const;
+    bool exists(const std::string& name, HeldAttributes& held) const;
+    /** State and speed alone, as often as anybody likes. */
+    HostLink link(const std::string& name, HeldAttributes& held) const;
     Attribute<Transceiver> transceiver(const std::string& name) const;
 
 private:
-    /** Why an interface is no adapter, or nothing. */
-    std::optional<std::string> reasonAgainst(const std::string& name) const;
     std::optional<std::string> reasonAgainstPhysical(const std::string& name) const;
     std::optional<std::string> reasonAgainstVirtual(const std::string& name) const;
     std::optional<std::string> reasonOfKind(const std::string& name) const;

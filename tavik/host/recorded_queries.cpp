@@ -4,12 +4,14 @@
 //   net/INTERFACE/{link_settings,pause,fec}                    a line each, see link_settings.h
 //   net/INTERFACE/{module_kind,module_memory}                  a number and the bytes
 //   addresses                                                  a line each: INDEX ADDRESS/PREFIX SCOPE FLAGS
+//   links                                                      a line each, see interface_links.h
 #include "tavik/host/kernel_queries.h"
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <sstream>
+#include <string_view>
 
 #include "tavik/host/text_forms.h"
 
@@ -17,16 +19,17 @@ namespace tavik::host {
 
 namespace {
 
-Attribute<InterfaceAddress> parseAddressLine(const std::string& line) {
-    std::istringstream fields(line);
-    std::string index, address, scope, flags;
-    fields >> index >> address >> scope >> flags;
+Attribute<InterfaceAddress> parseAddressLine(std::string_view line) {
+    std::array<std::string_view, 4> words;
+    const auto count = splitWords(line, words.data(), words.size());
+    const auto& [index, address, scope, flags] = words;
     const auto slash = address.find('/');
-    if (slash == std::string::npos) return Absence{"no prefix length: " + line.substr(0, 80)};
-    const auto ip = parseIPAddress(address.substr(0, slash));
+    if (count < words.size() || slash == std::string_view::npos)
+        return Absence{"no address: " + std::string(line.substr(0, 80))};
+    const auto ip = parseIPAddress(std::string(address.substr(0, slash)));
     if (!ip) return ip.absence();
     const auto largestPrefix = ip->family == AddressIPv4 ? 32U : 128U;
-    const auto prefix = parseNumber(std::string_view(address).substr(slash + 1), largestPrefix);
+    const auto prefix = parseNumber(address.substr(slash + 1), largestPrefix);
     const auto indexNumber = parseNumber(index, std::numeric_limits<std::uint32_t>::max());
     const auto scopeNumber = parseNumber(scope, 255);
     const auto flagsNumber = parseNumber(flags, std::numeric_limits<std::uint32_t>::max());
@@ -35,6 +38,8 @@ Attribute<InterfaceAddress> parseAddressLine(const std::string& line) {
     return InterfaceAddress{static_cast<std::uint32_t>(*indexNumber), *ip, static_cast<std::uint8_t>(*prefix),
                             static_cast<std::uint8_t>(*scopeNumber), static_cast<std::uint32_t>(*flagsNumber)};
 }
+
+constexpr std::size_t largestList = 1 << 20;
 
 class RecordedQueries : public KernelQueries {
 public:
@@ -71,15 +76,25 @@ public:
         return text(interface, "fec").then(parseFecSettings);
     }
 
+    Attribute<std::vector<InterfaceLink>> links() override {
+        return tree_.bytes("kernel/links", largestList).then([](const Bytes& content) {
+            return parseInterfaceLinks({content.begin(), content.end()});
+        });
+    }
+
+    std::unique_ptr<KernelQueries> forOneLook() override {
+        return std::make_unique<RecordedQueries>(tree_.forOneLook());
+    }
+
     Attribute<std::vector<InterfaceAddress>> addresses() override {
-        constexpr std::size_t largestFile = 1 << 20;
-        const auto content = tree_.bytes("kernel/addresses", largestFile);
+        const auto content = tree_.bytes("kernel/addresses", largestList);
         if (!content) return content.absence();
-        std::istringstream lines(std::string(content->begin(), content->end()));
+        const std::string_view lines(reinterpret_cast<const char*>(content->data()), content->size());
         std::vector<InterfaceAddress> found;
         // A line without its end is one that was cut, and may read as another address.
-        for (std::string line; std::getline(lines, line) && !lines.eof();)
-            if (const auto address = parseAddressLine(line)) found.push_back(*address);
+        for (std::size_t at = 0, end = lines.find('\n'); end != std::string_view::npos;
+             at = end + 1, end = lines.find('\n', at))
+            if (const auto address = parseAddressLine(lines.substr(at, end - at))) found.push_back(*address);
         return found;
     }
 
@@ -159,6 +174,7 @@ std::string recordQueries(KernelQueries& queries, const std::vector<std::string>
     for (const auto& interface : interfaces)
         recordInterface(queries, interface, recorder);
     if (const auto addresses = queries.addresses()) recorder.write("addresses", addressLines(*addresses));
+    if (const auto links = queries.links()) recorder.write("links", formatInterfaceLinks(*links));
     return recorder.error();
 }
 

@@ -37,7 +37,7 @@ Attribute<Bytes> readAll(int file, std::size_t limit) {
         do
             got = ::read(file, content.data() + size, wanted);
         while (got < 0 && errno == EINTR);
-        if (got < 0 && size == 0) return fileAbsence(errno);
+        if (got < 0 && size == 0) return errno == EISDIR ? Absence{"not a file"} : fileAbsence(errno);
         count = got < 0 ? 0 : static_cast<std::size_t>(got);
         size += count;
     }
@@ -45,37 +45,26 @@ Attribute<Bytes> readAll(int file, std::size_t limit) {
     return content;
 }
 
-/** What stands at the place itself; a link is not followed. */
-Attribute<mode_t> modeAt(int folder, const std::string& name) {
-    struct stat status {};
-    if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return fileAbsence(errno);
-    return status.st_mode;
-}
-
 // No device is opened, not even for a moment: that alone makes a tape rewind.
-constexpr int forReading = O_RDONLY | O_NONBLOCK | O_NOCTTY;
+constexpr int forReading = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC;
 
 /** The file at the end of the path, wherever in the tree links lead. */
 Attribute<SharedDescriptor> openRegular(const Folders& folders, const std::string& path) {
+    const auto follow = [&] {
+        return folders.resolve(path).then([&](const std::string& target) { return openRegular(folders, target); });
+    };
+    if (!folders.isMachine()) {
+        const auto kind = folders.kind(path);
+        if (!kind) return kind.absence();
+        if (*kind == DT_LNK) return follow();
+        if (*kind != DT_REG) return Absence{"not a file"};
+    }
     const auto folder = folders.folder(parentPath(path));
     if (!folder) return folder.absence();
-    const auto name = baseName(path);
-    const auto mode = modeAt((*folder)->get(), name);
-    if (!mode) return mode.absence();
-    if (S_ISLNK(*mode))
-        return folders.resolve(path).then([&](const std::string& target) { return openRegular(folders, target); });
-    if (!S_ISREG(*mode)) return Absence{"not a file"};
-    const int file = ::openat((*folder)->get(), name.c_str(), forReading | O_NOFOLLOW | O_CLOEXEC);
+    const int file = ::openat((*folder)->get(), baseName(path).c_str(), forReading);
+    if (file < 0 && errno == ELOOP) return follow();
     if (file < 0) return fileAbsence(errno);
     return std::make_shared<const Descriptor>(file);
-}
-
-/** Null where the folder cannot be listed. */
-DIR* openEntries(const Descriptor& folder) {
-    const int entries = ::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    DIR* opened = entries < 0 ? nullptr : ::fdopendir(entries);
-    if (opened == nullptr && entries >= 0) ::close(entries);
-    return opened;
 }
 
 bool isBlank(char character) { return character == ' ' || character == '\t' || character == '\n'; }
@@ -113,6 +102,10 @@ Attribute<std::uint64_t> SysTree::number(const std::string& path, std::uint64_t 
     return text(path).then([largest](const std::string& digits) { return parseNumber(digits, largest); });
 }
 
+Attribute<SharedDescriptor> SysTree::open(const std::string& path) const { return openRegular(*folders_, path); }
+
+Attribute<SharedDescriptor> SysTree::openFolder(const std::string& path) const { return folders_->folder(path); }
+
 Attribute<Bytes> SysTree::bytes(const std::string& path, std::size_t limit) const {
     return openRegular(*folders_, path).then([limit](const SharedDescriptor& file) {
         return readAll(file->get(), limit);
@@ -123,12 +116,8 @@ std::vector<std::string> SysTree::names(const std::string& folder) const {
     std::vector<std::string> found;
     const auto place = folders_->folder(folder);
     if (!place) return found;
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries(openEntries(**place), ::closedir);
-    while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr) {
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != "..") found.emplace_back(name);
-        if (found.size() == mostNames) break;
-    }
+    for (auto& [name, kind] : listEntries(**place, mostNames))
+        found.push_back(std::move(name));
     std::sort(found.begin(), found.end());
     return found;
 }
@@ -144,9 +133,17 @@ Attribute<std::string> SysTree::linkName(const std::string& path) const {
     return baseName(std::string(target.data(), static_cast<std::size_t>(size)));
 }
 
-bool SysTree::exists(const std::string& path) const {
-    const auto folder = folders_->folder(parentPath(path));
-    return folder && modeAt((*folder)->get(), baseName(path));
+bool SysTree::exists(const std::string& path) const { return folders_->kind(path).present(); }
+
+Attribute<std::string> textFromStart(const Descriptor& file) {
+    Bytes content(largestText + 1);
+    ssize_t size = 0;
+    do
+        size = ::pread(file.get(), content.data(), content.size(), 0);
+    while (size < 0 && errno == EINTR);
+    if (size < 0) return fileAbsence(errno);
+    content.resize(static_cast<std::size_t>(size));
+    return printableText(content);
 }
 
 Attribute<std::uint64_t> parseNumber(std::string_view text, std::uint64_t largest) {

@@ -14,6 +14,7 @@
 
 namespace tavik::host {
 
+class Descriptor;
 class Folders;
 
 /** All paths are relative to the root ("sys/class/net"). Symbolic links are followed, but never out of the root: a
@@ -39,6 +40,13 @@ public:
     /** The first bytes of a file, at most limit. A read that fails half way gives what came before. */
     Attribute<Bytes> bytes(const std::string& path, std::size_t limit) const;
 
+    /** The file, to be read more than once: the kernel makes the text of an attribute anew for each read from its
+     *  start. */
+    Attribute<std::shared_ptr<const Descriptor>> open(const std::string& path) const;
+
+    /** A folder, to be looked into more than once. */
+    Attribute<std::shared_ptr<const Descriptor>> openFolder(const std::string& path) const;
+
     /** Names in a folder, sorted; empty if there is none. */
     std::vector<std::string> names(const std::string& folder) const;
 
@@ -56,6 +64,9 @@ private:
 
     std::shared_ptr<const Folders> folders_;
 };
+
+/** The text of an attribute, as SysTree::text gives it, from the start of the file wherever it was read before. */
+Attribute<std::string> textFromStart(const Descriptor& file);
 
 /** An unsigned number as text(): all of it must be digits. */
 Attribute<std::uint64_t> parseNumber(std::string_view text, std::uint64_t largest);

@@ -93,6 +93,16 @@ Attribute<IPAddress> parseIPAddress(const std::string& text) {
     return address;
 }
 
+std::size_t splitWords(std::string_view line, std::string_view* words, std::size_t room) {
+    std::size_t count = 0;
+    for (std::size_t at = 0; at <= line.size(); ++count) {
+        const auto end = std::min(line.find(' ', at), line.size());
+        if (count < room) words[count] = line.substr(at, end - at);
+        at = end + 1;
+    }
+    return count;
+}
+
 std::string formatId(std::uint16_t id) {
     const std::uint8_t bytes[] = {static_cast<std::uint8_t>(id >> 8), static_cast<std::uint8_t>(id)};
     return "0x" + formatHex(bytes, 2);

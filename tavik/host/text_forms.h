@@ -32,4 +32,7 @@ Attribute<IPAddress> parseIPAddress(const std::string& text);
 /** "0x1af4" */
 std::string formatId(std::uint16_t id);
 
+/** The words of a line between single blanks, the first room ones of them kept. @return how many there are. */
+std::size_t splitWords(std::string_view line, std::string_view* words, std::size_t room);
+
 } // namespace tavik::host

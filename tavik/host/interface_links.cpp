@@ -1,21 +1,18 @@
 #include "tavik/host/interface_links.h"
 
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <limits>
-#include <memory>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
 #include <linux/if_link.h>
 #include <linux/rtnetlink.h>
-#include <sys/socket.h>
-#include <time.h>
 
 #include <libmnl/libmnl.h>
 
+#include "tavik/host/rtnetlink_dump.h"
 #include "tavik/host/sys_tree.h"
 #include "tavik/host/text_forms.h"
 
@@ -27,8 +24,6 @@ constexpr std::size_t mostLinks = 65536;
 constexpr std::size_t fieldCount = 10;
 constexpr std::array<const char*, 7> stateNames = {"unknown", "notpresent", "down", "lowerlayerdown",
                                                    "testing", "dormant",    "up"};
-
-Absence systemAbsence(int error) { return {std::generic_category().message(error)}; }
 
 std::string addressText(const std::uint8_t* bytes, std::size_t size) {
     std::string text;
@@ -94,31 +89,6 @@ int take(const nlmsghdr* message, void* data) {
     return MNL_CB_OK;
 }
 
-bool ask(const mnl_socket& socket, std::uint32_t sequence) {
-    alignas(nlmsghdr) std::array<char, 256> request{};
-    auto* header = mnl_nlmsg_put_header(request.data());
-    header->nlmsg_type = RTM_GETLINK;
-    header->nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    header->nlmsg_seq = sequence;
-    mnl_nlmsg_put_extra_header(header, sizeof(ifinfomsg));
-    mnl_attr_put_u32(header, IFLA_EXT_MASK, RTEXT_FILTER_SKIP_STATS);
-    return mnl_socket_sendto(&socket, header, header->nlmsg_len) >= 0;
-}
-
-Attribute<Links> receive(const mnl_socket& socket, std::uint32_t sequence) {
-    alignas(nlmsghdr) std::array<char, 32768> answer{};
-    const auto port = mnl_socket_get_portid(&socket);
-    Links links;
-    for (;;) {
-        const auto size = mnl_socket_recvfrom(&socket, answer.data(), answer.size());
-        if (size < 0 && errno == EINTR) continue;
-        if (size < 0) return systemAbsence(errno);
-        const auto state = mnl_cb_run(answer.data(), static_cast<std::size_t>(size), sequence, port, take, &links);
-        if (state < 0) return systemAbsence(errno);
-        if (state == MNL_CB_STOP) return links;
-    }
-}
-
 std::string orNothing(std::string_view word) { return word == "-" ? std::string() : std::string(word); }
 std::string orDash(const std::string& text) { return text.empty() ? "-" : text; }
 
@@ -146,12 +116,10 @@ std::string operationalStateName(std::uint8_t state) {
 }
 
 Attribute<Links> dumpInterfaceLinks() {
-    const std::unique_ptr<mnl_socket, int (*)(mnl_socket*)> socket(mnl_socket_open2(NETLINK_ROUTE, SOCK_CLOEXEC),
-                                                                   mnl_socket_close);
-    if (!socket || mnl_socket_bind(socket.get(), 0, MNL_SOCKET_AUTOPID) < 0) return systemAbsence(errno);
-    const auto sequence = static_cast<std::uint32_t>(::time(nullptr));
-    if (!ask(*socket, sequence)) return systemAbsence(errno);
-    return receive(*socket, sequence);
+    Links links;
+    if (const int error = runRtnetlinkDump({RTM_GETLINK, sizeof(ifinfomsg), RTEXT_FILTER_SKIP_STATS}, take, &links))
+        return Absence{std::generic_category().message(error)};
+    return links;
 }
 
 std::string formatInterfaceLinks(const Links& links) {

@@ -13,13 +13,13 @@
 #include <net/if.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <libmnl/libmnl.h>
 
 #include "tavik/host/ethtool_netlink.h"
 #include "tavik/host/module_pages.h"
+#include "tavik/host/rtnetlink_dump.h"
 
 namespace tavik::host {
 
@@ -70,42 +70,15 @@ std::string terminatedText(const char (&text)[size]) {
     return {static_cast<const char*>(text), ::strnlen(static_cast<const char*>(text), size)};
 }
 
-/** Netlink sockets are not shared: an answer may not be read by the thread that did not ask. */
 class AddressDump {
 public:
     Attribute<std::vector<InterfaceAddress>> run() {
-        const std::unique_ptr<mnl_socket, int (*)(mnl_socket*)> socket(mnl_socket_open2(NETLINK_ROUTE, SOCK_CLOEXEC),
-                                                                       mnl_socket_close);
-        if (!socket || mnl_socket_bind(socket.get(), 0, MNL_SOCKET_AUTOPID) < 0) return systemAbsence(errno);
-        const auto sequence = static_cast<std::uint32_t>(::time(nullptr));
-        if (!ask(*socket, sequence)) return systemAbsence(errno);
-        return receive(*socket, sequence);
+        if (const int error = runRtnetlinkDump({RTM_GETADDR, sizeof(ifaddrmsg)}, take, this))
+            return systemAbsence(error);
+        return std::move(found_);
     }
 
 private:
-    static bool ask(const mnl_socket& socket, std::uint32_t sequence) {
-        alignas(nlmsghdr) std::array<char, 256> request{};
-        auto* header = mnl_nlmsg_put_header(request.data());
-        header->nlmsg_type = RTM_GETADDR;
-        header->nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-        header->nlmsg_seq = sequence;
-        mnl_nlmsg_put_extra_header(header, sizeof(ifaddrmsg));
-        return mnl_socket_sendto(&socket, header, header->nlmsg_len) >= 0;
-    }
-
-    Attribute<std::vector<InterfaceAddress>> receive(const mnl_socket& socket, std::uint32_t sequence) {
-        alignas(nlmsghdr) std::array<char, 32768> answer{};
-        const auto port = mnl_socket_get_portid(&socket);
-        for (;;) {
-            const auto size = mnl_socket_recvfrom(&socket, answer.data(), answer.size());
-            if (size < 0 && errno == EINTR) continue;
-            if (size < 0) return systemAbsence(errno);
-            const auto state = mnl_cb_run(answer.data(), static_cast<std::size_t>(size), sequence, port, take, this);
-            if (state < 0) return systemAbsence(errno);
-            if (state == MNL_CB_STOP) return std::move(found_);
-        }
-    }
-
     /** What the attributes of a message are read into. */
     struct Reading {
         std::uint8_t family;

@@ -219,6 +219,14 @@ TEST_F(Anonymised, AddressesOfOneNetworkStayInOne) {
     EXPECT_FALSE(others.contains("127.0.0.1"));
 }
 
+TEST_F(Anonymised, MultipathDevicesStayThoseOfTheirUnits) {
+    from_.file("sys/devices/unit/wwid", "naa.60060e8007c3a200000003a200000010\n");
+    from_.file("sys/devices/virtual/block/dm-0/dm/uuid", "mpath-360060e8007c3a200000003a200000010\n");
+    const auto others = othersOf(run());
+    EXPECT_EQ(readFile(to() / "sys/devices/virtual/block/dm-0/dm/uuid"),
+              "mpath-3" + others.at("60060e8007c3a200000003a200000010") + "\n");
+}
+
 TEST_F(Anonymised, HostNamesGoWhereverTheyStand) {
     from_.file("sys/class/fc_host/host1/symbolic_name", "FC-1602 FW:v8 DVR:v10 HN:db17.corp.example OS:Linux\n");
     from_.file("sys/class/fc_host/host1/system_hostname", "DB17\n");

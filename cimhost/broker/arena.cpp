@@ -11,6 +11,13 @@ namespace {
 constexpr std::size_t smallestChunk = 1024;
 constexpr std::size_t largestChunk = 96 * 1024;
 
+// Whoever still uses what was given back shall not find it as it was.
+void spoil([[maybe_unused]] char* begin, [[maybe_unused]] const char* end) {
+#ifndef NDEBUG
+    std::fill(begin, begin + (end - begin), '\xDB');
+#endif
+}
+
 } // namespace
 
 Arena::~Arena() {
@@ -47,6 +54,7 @@ void Arena::rewind(const Place& to) noexcept {
     const bool isKept = to.chunks < kept.chunks || (to.chunks == kept.chunks && to.next < kept.next);
     const Place target = isKept ? kept : to;
     if (chunkCount == target.chunks) {
+        spoil(target.next, next);
         next = target.next;
         return;
     }
@@ -58,7 +66,9 @@ void Arena::rewind(const Place& to) noexcept {
         --chunkCount;
         std::free(between);
     }
-    next = reinterpret_cast<char*>(chunks) + sizeof(Chunk);
+    char* const first = reinterpret_cast<char*>(chunks) + sizeof(Chunk);
+    spoil(first, next);
+    next = first;
 }
 
 } // namespace cimhost

@@ -66,7 +66,7 @@ UpCalls::Elements UpCalls::invokeMethod(ObjectMaker, const ObjectPathObject&, st
 
 Broker::Broker(const ClassRepository& repository, BrokerOptions options)
     : tables{this, tablePointer(tables::broker), tablePointer(tables::encapsulation), tablePointer(tables::extension),
-             nullptr},
+             tablePointer(tables::memory)},
       classes(repository), settings(std::move(options)), calls(settings.upCalls ? settings.upCalls : &notSupported) {
     LiveBrokers& live = liveBrokers();
     const std::lock_guard lock(live.mutex);

@@ -23,6 +23,7 @@ extern const CMPIEnumerationFT enumeration;
 extern const CMPIBrokerFT broker;
 extern const CMPIBrokerEncFT encapsulation;
 extern const CMPIBrokerExtFT extension;
+extern const CMPIBrokerMemFT memory;
 
 } // namespace tables
 

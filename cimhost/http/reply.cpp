@@ -6,9 +6,10 @@
 
 namespace cimhost::http {
 
-void Backlog::add(std::size_t bytes) {
+bool Backlog::add(std::size_t bytes) {
     const std::lock_guard lock(mutex);
-    waiting += bytes;
+    if (!isAbandoned) waiting += bytes;
+    return !isAbandoned;
 }
 
 void Backlog::taken(std::size_t bytes) {
@@ -51,9 +52,8 @@ public:
 
     bool write(ByteBuffer piece) override {
         const std::lock_guard lock(way->mutex);
-        if (way->stage != Stage::inPieces || !*way->isWaiting) return false;
-        if (piece.empty()) return true;
-        backlog->add(piece.size());
+        if (way->stage != Stage::inPieces || !backlog->add(piece.size())) return false;
+        if (piece.empty()) return true; // a chunk without bytes would be the last one
         way->post([piece = std::move(piece)](Addressee& waiting) mutable { waiting.takePiece(std::move(piece)); });
         return true;
     }

@@ -19,7 +19,8 @@ namespace cimhost::http {
 /// Counts the bytes of an answer that its client has not taken yet.
 class Backlog {
 public:
-    void add(std::size_t bytes);
+    /// False if nobody takes any more.
+    bool add(std::size_t bytes);
     void taken(std::size_t bytes);
     /// Nobody takes any more.
     void abandon();

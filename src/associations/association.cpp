@@ -1,6 +1,7 @@
 #include "associations/association.h"
 
 #include "associations/paths.h"
+#include "classes/object_memory.h"
 #include "text/text.h"
 
 #include "CmpiData.h"
@@ -229,7 +230,9 @@ CmpiStatus findMatched(const Family& family, const Direction& direction, CmpiRes
     if (!readKeys(family, direction, path, source, status)) return status;
     const Answer answer(family, direction, path, nameSpace);
     direction.search.find(source, [&](const Object& object) {
+        const ObjectMemory memory;
         status = answer.deliver(result, request, object);
+        if (status.rc == CMPI_RC_OK) memory.giveBack();
         return status.rc == CMPI_RC_OK;
     });
     return status;

@@ -1,5 +1,6 @@
 #include "classes/list_class.h"
 
+#include "classes/object_memory.h"
 #include "log/log.h"
 #include "text/text.h"
 
@@ -36,7 +37,9 @@ CmpiStatus enumerate(const ListClass& cls, const char* operation, const CmpiObje
     const int count = cls.count();
     for (int index = 0; index < count; ++index) {
         if (cls.enumerationSkipsInvalid && !cls.valid(index)) continue;
+        const ObjectMemory memory;
         visitor(scope, index);
+        memory.giveBack();
     }
     DEBUG_LOG("Exiting  %s_%s", operation, cls.name);
     return CmpiStatus(CMPI_RC_OK);

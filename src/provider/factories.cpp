@@ -1,5 +1,6 @@
 // The four functions by which a CIM server gets the provider's interfaces. All hand out the same object: the first
 // one called makes it, the others only count.
+#include "classes/object_memory.h"
 #include "classes/wrapper_access.h"
 #include "log/log.h"
 #include "platform/threads.h"
@@ -41,6 +42,7 @@ CmpiBaseMI* makeProvider(const CMPIBroker* broker, const CmpiContext& context, C
         reportPoorServer(facilities, broker, context);
         if (!facilities.canAnswer) throw CmpiStatus(CMPI_RC_ERR_FAILED);
         auto provider = std::make_unique<Merolt_CNA_Provider>(CmpiBroker(const_cast<CMPIBroker*>(broker)), context);
+        useMemoryOf(broker);
         CmpiBaseMI* base = provider.get();
         base->setProviderBase(&providerBase);
         const CmpiStatus outcome = base->initialize(context);

@@ -1,5 +1,6 @@
 #include "classes/ethernet/ethernet_class.h"
 
+#include "classes/object_memory.h"
 #include "log/log.h"
 #include "text/pattern.h"
 #include "text/text.h"
@@ -109,7 +110,9 @@ CmpiStatus enumInstanceNames(const EthernetClass& cls, CmpiResult& result, const
     if (status.rc != CMPI_RC_OK) return status;
     cls.forEachElement([&](const Element& element) {
         if (cls.texts.element) DEBUG_LOG("%s", fill(operation, cls.texts.element).c_str());
+        const ObjectMemory memory;
         result.returnData(cls.makePath(scope.className, scope.nameSpace, element));
+        memory.giveBack();
         return true;
     });
     return CmpiStatus(CMPI_RC_OK);
@@ -123,7 +126,9 @@ CmpiStatus enumInstances(const EthernetClass& cls, CmpiResult& result, const Cmp
     const CMPIStatus status = readScope(operation, cop, scope);
     if (status.rc != CMPI_RC_OK) return status;
     cls.forEachElement([&](const Element& element) {
+        const ObjectMemory memory;
         result.returnData(cls.makeInstance(scope.className, scope.nameSpace, properties, element));
+        memory.giveBack();
         return true;
     });
     return CmpiStatus(CMPI_RC_OK);

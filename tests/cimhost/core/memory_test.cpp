@@ -1,6 +1,8 @@
 // Who owns what the tables hand out: a request's objects end with it, clones when they are released.
 #include "broker_fixture.h"
 
+#include "cimhost/broker/result_collector.h"
+
 #include <array>
 #include <string>
 #include <vector>
@@ -66,6 +68,42 @@ TEST_F(Memory, WhatIsToBeKeptIsNotHandedOutAgain) {
     }
     for (std::size_t round = 0; round < kept.size(); ++round)
         EXPECT_EQ(kept[round], std::to_string(round) + std::string(500, '.'));
+}
+
+TEST_F(Memory, WhatAProviderGivesBackIsUsedAgain) {
+    std::size_t size = 0;
+    for (int round = 0; round < 1000; ++round) {
+        CMPIStatus status{CMPI_RC_ERROR, nullptr};
+        CMPIGcStat* mark = cmpi->mft->mark(cmpi, &status);
+        EXPECT_EQ(status.rc, CMPI_RC_OK);
+        instance();
+        string(std::string(500, 'x').c_str());
+        EXPECT_RC(cmpi->mft->release(cmpi, mark), CMPI_RC_OK);
+        if (round == 10) size = scope->arena().size();
+    }
+    EXPECT_EQ(scope->arena().size(), size);
+}
+
+TEST_F(Memory, WhatAProviderReturnedStaysWhenItGivesTheRestBack) {
+    cimhost::ResultCollector result(*scope, cimhost::ResultKind::instances);
+    for (const char* name : {"one", "two"}) {
+        CMPIGcStat* mark = cmpi->mft->mark(cmpi, nullptr);
+        CMPIInstance* made = instance();
+        set(made, "Name", name, CMPI_chars);
+        EXPECT_RC(result.ft->returnInstance(&result, made), CMPI_RC_OK);
+        EXPECT_RC(cmpi->mft->release(cmpi, mark), CMPI_RC_OK);
+        string(std::string(2000, 'x').c_str());
+    }
+    ASSERT_EQ(result.instances.size(), 2U);
+    EXPECT_EQ(textOf(get(result.instances[0], "Name").value.string), "one");
+    EXPECT_EQ(textOf(get(result.instances[1], "Name").value.string), "two");
+}
+
+TEST_F(Memory, AMarkIsOfItsOwnRequest) {
+    CMPIGcStat* mark = cmpi->mft->mark(cmpi, nullptr);
+    RequestScope inner(*broker);
+    EXPECT_RC(cmpi->mft->release(cmpi, mark), CMPI_RC_ERR_INVALID_HANDLE);
+    EXPECT_RC(cmpi->mft->release(cmpi, nullptr), CMPI_RC_ERR_INVALID_HANDLE);
 }
 
 TEST_F(Memory, AClonedStringOutlivesTheRequest) {

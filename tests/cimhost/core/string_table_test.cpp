@@ -40,5 +40,5 @@ TEST_F(StringTable, TheTableSaysVersion200) {
     EXPECT_EQ(cmpi->bft->brokerVersion, 200U);
     EXPECT_EQ(cmpi->eft->ftVersion, 200);
     EXPECT_EQ(cmpi->xft->ftVersion, 200);
-    EXPECT_EQ(cmpi->mft, nullptr);
+    EXPECT_EQ(cmpi->mft->ftVersion, 200);
 }

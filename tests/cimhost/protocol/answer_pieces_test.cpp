@@ -455,6 +455,22 @@ TEST_F(AnswerInPieces, AReaderThatVanishesEndsHisAnswer) {
     EXPECT_LT(source.mostDelivered, source.count) << "what nobody waits for is not delivered to its end";
 }
 
+TEST_F(AnswerInPieces, WhoSendsNothingMoreButStillReadsGetsAll) {
+    source.waitsAt = 200;
+    start();
+    SocketClient client = ask(enumerateAll);
+    ASSERT_TRUE(source.waitUntilHeld());
+    client.endSending();
+    ChunkedAnswer answer;
+    answer.head = client.readUntil("\r\n\r\n");
+    std::this_thread::sleep_for(250ms); // the server looks for clients that left ten times a second
+    source.release();
+    while (readChunk(client, answer)) {
+    }
+    EXPECT_TRUE(answer.isWhole);
+    EXPECT_EQ(answer.trailers, "");
+}
+
 TEST_F(AnswerInPieces, TheDeadlineEndsAnAnswerThatHasBegun) {
     queueOptions.deadline = 300ms;
     source.waitsAt = 200;

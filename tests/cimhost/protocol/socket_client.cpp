@@ -45,6 +45,8 @@ bool SocketClient::send(std::string_view bytes) {
     return true;
 }
 
+void SocketClient::endSending() const { ::shutdown(socket, SHUT_WR); }
+
 bool SocketClient::receive(std::chrono::milliseconds time) {
     pollfd wait{socket, POLLIN, 0};
     if (::poll(&wait, 1, static_cast<int>(time.count())) <= 0) return false;

@@ -20,6 +20,9 @@ public:
     /// False if the other side has closed.
     bool send(std::string_view bytes);
 
+    /// Closes this side; what comes can still be read.
+    void endSending() const;
+
     /// One whole answer: head, and as many bytes as its Content-Length says. What has come until then if the other side
     /// closes or nothing comes for ten seconds.
     std::string readAnswer();

@@ -11,7 +11,7 @@ namespace tavik {
 
 Status Library::initialize() {
     const std::lock_guard updateLock(updateMutex_);
-    if (isStarted()) return statusAlreadyInitialized;
+    if (source()) return statusAlreadyInitialized;
 
     const auto choice = chosenSource(std::getenv("TAVIK_SOURCE"), sourceFile);
     auto made = makeSource(choice);
@@ -27,21 +27,21 @@ Status Library::initialize() {
     const Status status = tree ? statusOk : statusSourceFailed;
 
     const std::lock_guard lock(mutex_);
-    source_ = source;
+    source_.set(source);
     alarms_ = alarms;
-    main_ = std::move(tree);
+    setMain(std::move(tree));
     return status;
 }
 
 Status Library::uninitialize() {
     std::unique_lock updateLock(updateMutex_);
     std::unique_lock lock(mutex_);
-    if (!source_) return statusNotInitialized;
+    if (!source_.get()) return statusNotInitialized;
     if (alarms_->isOwnThread()) return statusWrongThread;
     lastLoadError_.reset();
-    auto source = std::exchange(source_, nullptr);
+    auto source = source_.set(nullptr);
     const auto alarms = std::exchange(alarms_, nullptr);
-    const auto main = std::exchange(main_, nullptr);
+    const auto main = setMain(nullptr);
     const auto backup = std::exchange(backup_, nullptr);
     lock.unlock();
     updateLock.unlock();
@@ -53,9 +53,10 @@ Status Library::uninitialize() {
     return statusOk;
 }
 
-TAVIK_AdapterList* Library::adapterList() {
-    const std::lock_guard lock(mutex_);
-    return main_ ? main_->list() : nullptr;
+std::unique_ptr<Tree> Library::setMain(std::unique_ptr<Tree> tree) {
+    list_.store(tree ? tree->list() : nullptr, std::memory_order_release);
+    std::swap(main_, tree);
+    return tree;
 }
 
 Status Library::updateBackup() {
@@ -72,9 +73,9 @@ Status Library::updateBackup() {
 Status Library::swapBackup() {
     std::unique_ptr<Tree> old;
     const std::lock_guard lock(mutex_);
-    if (!source_) return statusNotInitialized;
+    if (!source_.get()) return statusNotInitialized;
     if (!backup_) return statusNoBackup;
-    old = std::exchange(main_, std::move(backup_));
+    old = setMain(std::move(backup_));
     return statusOk;
 }
 
@@ -106,11 +107,6 @@ void Library::showVersions(std::uint32_t handle) {
                 storeOptionRom(function->optionRom, *tree->device(function->handle));
 }
 
-std::shared_ptr<Source> Library::source() {
-    const std::lock_guard lock(mutex_);
-    return source_;
-}
-
 std::shared_ptr<AlarmDispatcher> Library::alarms() {
     const std::lock_guard lock(mutex_);
     return alarms_;
@@ -127,11 +123,6 @@ std::unique_ptr<Tree> Library::buildTree(Source& source) {
     if (lastLoadError_ != *error) report(error->message);
     lastLoadError_ = *error;
     return nullptr;
-}
-
-bool Library::isStarted() {
-    const std::lock_guard lock(mutex_);
-    return source_ != nullptr;
 }
 
 } // namespace tavik

@@ -2,6 +2,7 @@
 // callers hold.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -9,6 +10,7 @@
 
 #include "tavik/alarm_dispatcher.h"
 #include "tavik/hand_outs.h"
+#include "tavik/published.h"
 #include "tavik/source.h"
 #include "tavik/tree.h"
 
@@ -24,12 +26,12 @@ public:
     /** @return statusWrongThread from within an alarm callback. */
     Status uninitialize();
 
-    TAVIK_AdapterList* adapterList();
+    TAVIK_AdapterList* adapterList() { return list_.load(std::memory_order_acquire); }
     Status updateBackup();
     Status swapBackup();
 
     /** Null unless the library is started; so below. */
-    std::shared_ptr<Source> source();
+    std::shared_ptr<Source> source() { return source_.get(); }
     std::shared_ptr<AlarmDispatcher> alarms();
 
     /** The serial number under which the main tree shows the card with this number; nothing if it has none. */
@@ -44,7 +46,8 @@ public:
 
 private:
     std::unique_ptr<Tree> buildTree(Source& source);
-    bool isStarted();
+    /** Replaces the main tree, under mutex_. @return the one before. */
+    std::unique_ptr<Tree> setMain(std::unique_ptr<Tree> tree);
 
     std::mutex updateMutex_; ///< one start, end, update or show of versions at a time; taken before mutex_, and by no
                              ///< other call
@@ -52,9 +55,12 @@ private:
 
     std::mutex mutex_; ///< guards what follows, and is held for moments only
     std::shared_ptr<AlarmDispatcher> alarms_;
-    std::shared_ptr<Source> source_;
     std::unique_ptr<Tree> main_;
     std::unique_ptr<Tree> backup_;
+
+    // Looked at by every call, without a lock; changed under mutex_.
+    Published<Source> source_;
+    std::atomic<TAVIK_AdapterList*> list_{nullptr}; ///< that of main_
 
     HandOuts handOuts_;
 };

@@ -71,12 +71,18 @@ public:
 
     /// The record behind the last one, which the count then covers; the list grows if it was made too small.
     Record& append() {
+        Record& record = appendAsItWas();
+        makeEmpty(record);
+        return record;
+    }
+
+    /// The same, but the record holds what it held when the list was cleared, or is empty.
+    Record& appendAsItWas() {
         if (!list) {
             take(std::max(expected, 1));
         } else if (count == capacity) {
             grow();
         }
-        makeEmpty(list[count]);
         return list[count++];
     }
 
@@ -85,6 +91,9 @@ public:
         count = static_cast<std::int32_t>(
             std::count_if(list, list + count, [](const Record& record) { return record.valid != 0; }));
     }
+
+    /// Every number zero and every text empty, whatever stood there; a text costs no more than its first byte.
+    static void makeEmpty(Record& record) { ::new (static_cast<void*>(&record)) Record{}; }
 
     void clear() {
         if (list) {
@@ -98,9 +107,6 @@ private:
     /// A host that lost most of its adapters need not keep their memory.
     static constexpr std::int32_t mostTimesTooLarge = 4;
     static constexpr std::int32_t neverTooLarge = 64;
-
-    /// Every number zero and every text empty, whatever stood there; a text costs no more than its first byte.
-    static void makeEmpty(Record& record) { ::new (static_cast<void*>(&record)) Record{}; }
 
     /// Makes a block of the list that has room for that many records.
     void take(std::int32_t records) {
@@ -148,16 +154,22 @@ void createPerStorageFunction(TAVIK_AdapterList* adapters, std::int32_t capacity
 }
 
 /// One record per storage function, in the order of the tree. Without a tree the list stays as it was.
-/// @param create fills the record at the index from the device.
-template <class Record, class Create>
-void buildPerStorageFunction(RecordList<Record>& records, Create&& create) {
+/// @param append makes the list longer by a record. @param create fills the record at the index from the device.
+template <class Record, class Append, class Create>
+void buildPerStorageFunction(RecordList<Record>& records, Append&& append, Create&& create) {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
     records.startAnew([&] { return countStorageFunctions(adapters); });
     forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) {
-        records.append();
+        append();
         create(device, records.size() - 1);
     });
+}
+
+template <class Record, class Create>
+void buildPerStorageFunction(RecordList<Record>& records, Create&& create) {
+    buildPerStorageFunction(
+        records, [&] { records.append(); }, create);
 }
 
 /// The same for a list that create adds to by itself: the count starts at 0 and every function has room.

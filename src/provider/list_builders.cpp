@@ -17,6 +17,7 @@
 #include "classes/storage/scsi_protocol_endpoint_hba.h"
 #include "classes/storage/scsi_protocol_endpoint_target.h"
 #include "classes/storage/storage_extent.h"
+#include "classes/storage/vital_product_data.h"
 #include "configuration/configuration.h"
 #include "inventory/chain.h"
 #include "inventory/cna_list.h"
@@ -70,6 +71,7 @@ constexpr ListBuilder listBuilders[] = {
 
 void buildLists(When occasion) {
     forgetCutChains();
+    storage::forgetVpdReadings();
     for (const ListBuilder& builder : listBuilders) {
         if (builder.build && (builder.when == When::always || builder.when == occasion)) builder.build();
     }

@@ -2,6 +2,7 @@
 
 #include "log/log.h"
 
+#include <array>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -14,13 +15,19 @@ namespace {
 bool isBlank(char character) { return character == ' ' || character == '\t'; }
 
 // Every record and every instance prints addresses and names, and printf would take a good part of their time.
-void writeHexadecimal(const std::uint8_t* bytes, std::size_t count, char* target) {
+/// The two digits of each byte.
+constexpr auto hexadecimals = [] {
     constexpr char digits[] = "0123456789ABCDEF";
-    for (std::size_t index = 0; index < count; ++index) {
-        *target++ = digits[bytes[index] >> 4];
-        *target++ = digits[bytes[index] & 0x0F];
-    }
-    *target = '\0';
+    std::array<std::array<char, 2>, 256> pairs{};
+    for (std::size_t byte = 0; byte < pairs.size(); ++byte)
+        pairs[byte] = {digits[byte >> 4], digits[byte & 0x0F]};
+    return pairs;
+}();
+
+void writeHexadecimal(const std::uint8_t* bytes, std::size_t count, char* target) {
+    for (std::size_t index = 0; index < count; ++index)
+        std::memcpy(target + 2 * index, hexadecimals[bytes[index]].data(), 2);
+    target[2 * count] = '\0';
 }
 
 } // namespace

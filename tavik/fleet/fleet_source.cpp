@@ -103,7 +103,7 @@ FleetOrError FleetSource::load() {
     const auto error = readAgain();
     std::unique_lock lock(mutex_);
     loaded_ = true;
-    if (const auto reading = newest_) {
+    if (const auto reading = newest()) {
         lock.unlock();
         if (error) report(error->message);
         return reading->fleet();
@@ -185,7 +185,7 @@ void FleetSource::adopt(Fleet fleet) {
     if (before && before->fleet() == reading->fleet()) return;
     {
         const std::lock_guard lock(mutex_);
-        newest_ = reading;
+        newest_.set(reading);
         const bool hasSameShape = before && withoutStates(before->fleet()) == withoutStates(reading->fleet());
         if (loaded_ && !hasSameShape) ++generation_;
     }
@@ -197,11 +197,6 @@ void FleetSource::adopt(Fleet fleet) {
         sink_({function->deviceNumber, "port " + nameText(function->property.portName) + " went from " +
                                            stateText(*old) + " to " + stateText(*function)});
     }
-}
-
-std::shared_ptr<const FleetSource::Reading> FleetSource::newest() {
-    const std::lock_guard lock(mutex_);
-    return newest_;
 }
 
 /** @param pick gives what the function has, as an optional or a pointer. */

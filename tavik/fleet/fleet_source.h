@@ -9,6 +9,7 @@
 
 #include "tavik/fleet/file_watcher.h"
 #include "tavik/fleet/flash_writer.h"
+#include "tavik/published.h"
 #include "tavik/source.h"
 #include "tavik/told_changes.h"
 
@@ -49,7 +50,7 @@ private:
     Status flash(const std::variant<FlashImage, FlashFault>& image, const CardTest& isWanted);
     std::optional<FleetError> readAgain();
     void adopt(Fleet fleet);
-    std::shared_ptr<const Reading> newest();
+    std::shared_ptr<const Reading> newest() { return newest_.get(); }
 
     template <typename Value, typename Pick>
     Answer<Value> ofStorage(std::uint32_t handle, Status StorageFailures::*failure, Pick pick);
@@ -63,8 +64,9 @@ private:
     std::optional<std::string> lastText_; ///< of the last reading, good or bad; none: it failed
     std::optional<FleetError> lastError_; ///< of the last reading, if it was bad
 
-    std::mutex mutex_; ///< guards what follows
-    std::shared_ptr<const Reading> newest_;
+    Published<const Reading> newest_; ///< looked at without a lock, changed under mutex_
+
+    std::mutex mutex_;             ///< guards what follows
     bool loaded_ = false;          ///< somebody has a fleet, or an error, that a new reading changes
     std::uint64_t generation_ = 0; ///< counts the readings that brought something to fetch
     ToldChanges<std::uint64_t> changes_{0};

@@ -2,6 +2,7 @@
 #include "adapters.h"
 #include "provider_host.h"
 
+#include "log/log.h"
 #include "tavik/vpd.h"
 
 #include <algorithm>
@@ -736,6 +737,105 @@ TEST_F(FCPortTest, BiosVersionThatFillsItsFieldIsShownWhole) {
     std::memset(record().optionRomBiosVersion, 'B', sizeof(record().optionRomBiosVersion));
     const std::string shown = onlyInstance(fcPort)["OptionROMVersions"];
     EXPECT_EQ(shown.substr(0, shown.find(';')), "string \"OptionROM BIOS Version:" + std::string(32, 'B'));
+}
+
+// With the log off, texts that were made of the same are not made again.
+
+/// One card whose port shows everything that a port can.
+tavik::StorageFunction fullFunction() {
+    tavik::StorageFunction function = withVpd(chip21, {{"SN", "AB1234"}, {"PN", "P1"}});
+    function.modelName = "MC1020";
+    function.optionRom = {"2.15", {{3, 1, 4}}, {{5, 9}}, {{2, 6, 5}}};
+    return function;
+}
+
+struct BentRow {
+    const char* what;
+    void (*bend)(TAVIK_DeviceRecord& record);
+};
+
+void PrintTo(const BentRow& row, std::ostream* stream) { *stream << row.what; }
+
+class BentPortTest : public FCPortTest, public testing::WithParamInterface<BentRow> {
+protected:
+    std::string shown() { return onlyInstance(fcPort).table(); }
+};
+
+TEST_P(BentPortTest, WhatHasChangedSinceTheLastRequestIsShown) {
+    startWith(fullFunction());
+    merolt::gDebugLog = false;
+    const std::string before = shown();
+    EXPECT_EQ(shown(), before);
+    GetParam().bend(record());
+    const std::string after = shown();
+    EXPECT_NE(after, before);
+    merolt::gDebugLog = true;
+    EXPECT_EQ(after, shown());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Fields, BentPortTest,
+    testing::Values(BentRow{"chip", [](auto& record) { record.pciDeviceId = chip24; }},
+                    BentRow{"node name", [](auto& record) { record.nodeName[7] ^= 1; }},
+                    BentRow{"model", [](auto& record) { record.modelName[0] = 'X'; }},
+                    BentRow{"BIOS version", [](auto& record) { record.optionRomBiosVersion[0] = '9'; }},
+                    BentRow{"which versions there are", [](auto& record) { record.optionRomFlags = 0; }},
+                    BentRow{"firmware version", [](auto& record) { ++record.firmwareVersion[2]; }},
+                    BentRow{"EFI version", [](auto& record) { ++record.efiVersion[1]; }},
+                    BentRow{"FCode version", [](auto& record) { ++record.fcodeVersion[1]; }},
+                    BentRow{"ENode address", [](auto& record) { record.eNodeMac[5] ^= 1; }},
+                    BentRow{"device number", [](auto& record) { ++record.deviceNumber; }}));
+
+TEST_F(FCPortTest, SerialNumberOfAnOldChipThatChangesIsShown) {
+    startWith(storageFunction(1, chip7));
+    merolt::gDebugLog = false;
+    const std::string before = onlyInstance(fcPort)["DeviceID"];
+    record().serialNumber[1] = 0x39;
+    EXPECT_NE(onlyInstance(fcPort)["DeviceID"], before);
+}
+
+TEST_F(FCPortTest, PortNameIsThatOfBeforeTheRequest) {
+    startWith(fullFunction());
+    merolt::gDebugLog = false;
+    const std::string own = onlyInstance(fcPort)["PermanentAddress"];
+    record().portProperty.portName[7] ^= 1;
+    EXPECT_NE(onlyInstance(fcPort)["PermanentAddress"], own);
+    EXPECT_EQ(onlyInstance(fcPort)["PermanentAddress"], own);
+}
+
+TEST_F(FCPortTest, VitalProductDataThatChangeAreShown) {
+    startWith(fullFunction());
+    merolt::gDebugLog = false;
+    const std::string before = onlyInstance(fcPort)["VPDData"];
+    EXPECT_EQ(onlyInstance(fcPort)["VPDData"], before);
+    tavikLibrary.storage(1).vpd = tavik::encodeVpd("Adapter", {{"SN", "AB1234"}, {"PN", "P2"}});
+    const std::string after = onlyInstance(fcPort)["VPDData"];
+    EXPECT_NE(after.find("Part Number:P2"), std::string::npos) << after;
+    tavikLibrary.storage(1).failures.vpd = 77;
+    EXPECT_EQ(onlyInstance(fcPort)["VPDData"], inQuotes(""));
+    EXPECT_EQ(onlyInstance(fcPort)["DeviceID"], inQuotes(keyOf("", 1)));
+    tavikLibrary.storage(1).failures.vpd = 0;
+    EXPECT_EQ(onlyInstance(fcPort)["VPDData"], after);
+}
+
+TEST_F(FCPortTest, LibraryIsAskedTheSameAgainWhereNothingHasChanged) {
+    startWith(fullFunction());
+    merolt::gDebugLog = false;
+    tavikLibrary.clearCalls();
+    onlyInstance(fcPort);
+    const std::vector<std::string> first = tavikLibrary.calls();
+    EXPECT_EQ(tavikLibrary.callCount("TAVIK_GetVpd"), 1U);
+    tavikLibrary.clearCalls();
+    onlyInstance(fcPort);
+    EXPECT_EQ(tavikLibrary.calls(), first);
+}
+
+TEST_F(FCPortTest, SpeedDescriptionOfAPortThatCannotBeReadAnyMoreIsEmpty) {
+    startWith(fullFunction());
+    merolt::gDebugLog = false;
+    EXPECT_EQ(onlyInstance(fcPort)["SpeedDescription"], inQuotes("See Speed"));
+    tavikLibrary.storage(1).failures.portProperty = 1;
+    EXPECT_EQ(onlyInstance(fcPort)["SpeedDescription"], inQuotes(""));
 }
 
 } // namespace

@@ -323,6 +323,58 @@ TEST_F(VpdFetchTest, ItemsOfAnEarlierCardStayUnlessTheyAreClearedOrReplaced) {
     EXPECT_EQ(stored(), "g_UUID=UUID:3\n");
 }
 
+TEST_F(VpdFetchTest, ReadingHasANumberOfItsOwnUntilTheBlockIsAnother) {
+    tavik::StorageFunction function = storageFunction(1, chip8);
+    function.vpd = tavik::encodeVpd("X", {{"SN", "1"}});
+    fetchAdapterVpd(deviceOf(function));
+    const std::uint64_t first = lastVpdReading();
+    const std::string said = stored();
+    clearAll();
+    fetchAdapterVpd(deviceOf(function));
+    EXPECT_EQ(lastVpdReading(), first);
+    EXPECT_EQ(stored(), said);
+    function.vpd = tavik::encodeVpd("X", {{"SN", "2"}});
+    fetchAdapterVpd(deviceOf(function));
+    EXPECT_NE(lastVpdReading(), first);
+    EXPECT_TRUE(g_serialNumber.equals("Serial Number:2"));
+    function.failures.vpd = 77;
+    fetchAdapterVpd(deviceOf(function));
+    EXPECT_EQ(lastVpdReading(), 0U);
+}
+
+TEST_F(VpdFetchTest, StoresKeepTheirTextsWhenReadingsAreForgotten) {
+    tavik::StorageFunction function = storageFunction(1, chip8);
+    function.vpd = tavik::encodeVpd("X", {{"SN", "1"}, {"YU", "2"}, {"V9", "010203"}});
+    fetchAdapterVpd(deviceOf(function));
+    const std::uint64_t first = lastVpdReading();
+    const std::string said = stored();
+    forgetVpdReadings();
+    EXPECT_EQ(stored(), said);
+    fetchAdapterVpd(deviceOf(function));
+    EXPECT_NE(lastVpdReading(), first);
+    EXPECT_EQ(stored(), said);
+}
+
+// What lies behind the end tag says nothing; what stands before it does, be it one byte.
+TEST_F(VpdFetchTest, OneByteMakesAnotherBlock) {
+    tavik::StorageFunction function = storageFunction(1, chip8);
+    function.vpd = tavik::encodeVpd("X", {{"SN", "1"}});
+    const std::size_t size = function.vpd->size();
+    fetchAdapterVpd(deviceOf(function));
+    const std::uint64_t first = lastVpdReading();
+    function.vpd->push_back('S');
+    fetchAdapterVpd(deviceOf(function));
+    EXPECT_EQ(lastVpdReading(), first);
+    for (std::size_t place = 0; place < size; ++place) {
+        function.vpd->at(place) ^= 0x10;
+        clearAll();
+        fetchAdapterVpd(deviceOf(function));
+        const std::string said = stored();
+        EXPECT_EQ(said, parsed(*function.vpd)) << place;
+        function.vpd->at(place) ^= 0x10;
+    }
+}
+
 TEST_F(VpdFetchTest, UuidOfTheLibraryIsThatOfTheLastDeviceAndIsGivenBack) {
     tavik::StorageFunction function = storageFunction(1, chip8);
     function.uuid = std::string(5000, 'u');

@@ -1,5 +1,6 @@
 #include "associations/storage/contained_parts.h"
 
+#include "associations/storage/text_index.h"
 #include "associations/storage/walks.h"
 #include "log/log.h"
 #include "text/text.h"
@@ -46,7 +47,10 @@ constexpr PartList jacksInCards = {
     .cardOf = cardOfJack,
 };
 
-void pairContained(const PartList& parts, Enumeration enumeration, const PairVisitor& visit) {
+namespace {
+
+/// The same with a line for each step of each comparison.
+void pairContainedWithLog(const PartList& parts, Enumeration enumeration, const PairVisitor& visit) {
     matchingRecords(g_physicalPackageCount, *parts.count, visit, [&](int package, int part) {
         const char* packageSerial = g_physicalPackageList[package].serialNumber.text();
         const CardToken serialNumber = parts.cardOf(parts.tag(part));
@@ -57,6 +61,19 @@ void pairContained(const PartList& parts, Enumeration enumeration, const PairVis
         DEBUG_LOG("PHYSICALPACKAGE_SerialNumber(%d) = %s", package, packageSerial);
         return equalsIgnoringCase(packageSerial, serialNumber.text());
     });
+}
+
+} // namespace
+
+void pairContained(const PartList& parts, Enumeration enumeration, const PairVisitor& visit) {
+    if (gDebugLog) return pairContainedWithLog(parts, enumeration, visit);
+    TextIndex cards;
+    for (int part = 0; part < *parts.count; ++part)
+        cards.add(part, parts.cardOf(parts.tag(part)).view());
+    for (int package = 0; package < g_physicalPackageCount; ++package) {
+        const auto visitPair = [&](int part) { return visit({{.index = package}, {.index = part}}); };
+        if (!cards.forEach(g_physicalPackageList[package].serialNumber.view(), visitPair)) return;
+    }
 }
 
 void findCardOfPart(const PartList& parts, const Source& source, const ObjectVisitor& visit) {

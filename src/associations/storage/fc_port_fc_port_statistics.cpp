@@ -2,7 +2,6 @@
 // request.
 #include "associations/modules.h"
 #include "associations/storage/keyed_lists.h"
-#include "text/text.h"
 
 namespace merolt::storage {
 
@@ -13,12 +12,12 @@ namespace {
 // A port whose key has no underscore has no counters here.
 void pairs(Enumeration, const PairVisitor& visit) {
     CutText port(portsByName.cut);
-    CutText counters(statisticsByName.cut);
-    matchingRecords(*portsByName.count, *statisticsByName.count, visit, [&](int left, int right) {
-        const char* deviceID = portsByName.text(left);
-        return hasUnderscore(deviceID) &&
-               equalsIgnoringCase(port.of(deviceID), counters.of(statisticsByName.text(right)));
-    });
+    RightTexts counters(statisticsByName);
+    for (int index = 0; index < *portsByName.count; ++index) {
+        const char* deviceID = portsByName.text(index);
+        const auto visitPair = [&](int record) { return visit({{.index = index}, {.index = record}}); };
+        if (hasUnderscore(deviceID) && !counters.walk(port.of(deviceID), visitPair)) return;
+    }
 }
 
 } // namespace

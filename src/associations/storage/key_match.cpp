@@ -1,7 +1,5 @@
 #include "associations/storage/key_match.h"
 
-#include "text/text.h"
-
 namespace merolt::association {
 
 const char* CutText::of(const char* key) {
@@ -23,12 +21,27 @@ void findEqual(const Source& source, Cut sourceCut, const KeyedList& far, const 
                     [&](int index) { return equalsIgnoringCase(wanted, farText.of(far.text(index))); });
 }
 
+RightTexts::RightTexts(const KeyedList& list) {
+    CutText text(list.cut);
+    for (int record = 0; record < *list.count; ++record) {
+        const char* key = list.text(record);
+        lastCut = text.of(key);
+        const bool hasCut = list.cut == Cut::whole || hasUnderscore(key);
+        if (!hasCut && record == withoutCut) {
+            ++withoutCut;
+        } else {
+            others.add(record, lastCut);
+        }
+    }
+}
+
 void pairEqual(const KeyedList& left, const KeyedList& right, const PairVisitor& visit) {
     CutText leftText(left.cut);
-    CutText rightText(right.cut);
-    matchingRecords(*left.count, *right.count, visit, [&](int leftIndex, int rightIndex) {
-        return equalsIgnoringCase(leftText.of(left.text(leftIndex)), rightText.of(right.text(rightIndex)));
-    });
+    RightTexts rightTexts(right);
+    for (int record = 0; record < *left.count; ++record) {
+        const auto visitPair = [&](int other) { return visit({{.index = record}, {.index = other}}); };
+        if (!rightTexts.walk(leftText.of(left.text(record)), visitPair)) return;
+    }
 }
 
 } // namespace merolt::association

@@ -1,7 +1,11 @@
 // Associations whose ends belong together when their keys, or parts of them, are equal.
 #pragma once
 
+#include "associations/storage/text_index.h"
 #include "associations/storage/walks.h"
+#include "text/text.h"
+
+#include <string>
 
 namespace merolt::association {
 
@@ -24,6 +28,31 @@ public:
 private:
     Cut cut;
     KeyCut part;
+};
+
+/// The right list of a join, which is walked once for each record of the left one. A text without an underscore leaves
+/// the cut of the one before it: in the first walk those at the beginning have none, later they have the last one's.
+class RightTexts {
+public:
+    explicit RightTexts(const KeyedList& list);
+
+    /// Walks the list: calls the visitor with each record whose text equals in any letter case.
+    /// @return false if the visitor did, which ends the walk.
+    template <class Visitor>
+    bool walk(const char* text, Visitor&& visitor) {
+        const char* const atBeginning = cutBefore.c_str();
+        for (int record = 0; record < withoutCut; ++record) {
+            if (equalsIgnoringCase(text, atBeginning) && !visitor(record)) return false;
+        }
+        cutBefore = lastCut;
+        return others.forEach(text, visitor);
+    }
+
+private:
+    int withoutCut = 0; ///< records at the beginning
+    std::string cutBefore;
+    std::string lastCut;
+    TextIndex others;
 };
 
 /// Each record of the far list whose text equals the source's first key.

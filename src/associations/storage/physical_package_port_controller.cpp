@@ -16,8 +16,9 @@ using physical::getDisplaySerialNumber;
 
 namespace {
 
-// The display form is for the log alone.
+// The log tells each comparison; the display form is for it alone.
 void pairs(Enumeration enumeration, const PairVisitor& visit) {
+    if (!gDebugLog) return pairEqual(packages, controllers, visit);
     matchingRecords(g_physicalPackageCount, g_portControllerCount, visit, [&](int package, int controller) {
         const char* serialNumber = g_physicalPackageList[package].serialNumber.text();
         const char* deviceID = g_portControllerList[controller].deviceID.text();

@@ -1,5 +1,6 @@
 // Software and the storage controller that it runs on or drives: the middle of an identity's key is the controller's.
 #include "associations/modules.h"
+#include "associations/storage/text_index.h"
 #include "associations/storage/walks.h"
 #include "text/text.h"
 
@@ -39,8 +40,15 @@ bool identityBelongsTo(int identity, const char* deviceID) {
 }
 
 void pairs(Enumeration, const PairVisitor& visit) {
-    matchingRecords(g_softwareIdentityCount, g_portControllerCount, visit,
-                    [](int identity, int controller) { return identityBelongsTo(identity, controllerID(controller)); });
+    TextIndex controllers;
+    for (int controller = 0; controller < g_portControllerCount; ++controller)
+        controllers.add(controller, controllerID(controller));
+    for (int identity = 0; identity < g_softwareIdentityCount; ++identity) {
+        const software::SoftwareIdentityEntry& entry = g_softwareIdentityList[identity];
+        const std::optional<Middle> middle = entry.valid ? middleOf(entry.instanceID.text()) : std::nullopt;
+        const auto visitPair = [&](int controller) { return visit({{.index = identity}, {.index = controller}}); };
+        if (middle && !controllers.forEach(middle->view(), visitPair)) return;
+    }
 }
 
 void identitiesOfController(const Source& source, const ObjectVisitor& visit) {

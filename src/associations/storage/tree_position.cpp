@@ -1,15 +1,23 @@
 #include "associations/storage/tree_position.h"
 
+#include "associations/storage/text_index.h"
 #include "classes/physical/nic_lookup.h"
 #include "classes/physical/physical_connector.h"
 #include "classes/physical/physical_port.h"
 #include "classes/storage/fc_port.h"
 #include "inventory/tree_walk.h"
 #include "log/log.h"
+#include "text/fixed_text.h"
 #include "text/text.h"
 
 #include <cstddef>
 #include <cstring>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <strings.h>
+#include <utility>
 #include <vector>
 
 namespace merolt::association {
@@ -47,17 +55,53 @@ Place findTAVIKStructsForFCPort(TAVIK_AdapterList* adapters, const TAVIK_DeviceR
     return place;
 }
 
-/// Where the ports of the list are, each looked for once in a tree, so that an enumeration of many things with many
-/// ports does not walk the tree for each pair. The library is asked for its tree each time all the same.
+/// What a tag has behind its start: the adapter's serial number and the number of the port.
+class PlaceText {
+public:
+    PlaceText() = default;
+    explicit PlaceText(std::string_view text) : lower(lowered(text)), hash(std::hash<std::string>()(lower)) {}
+
+    /// In any letter case.
+    bool equals(const PlaceText& other) const { return hash == other.hash && lower == other.lower; }
+
+private:
+    std::string lower;
+    std::size_t hash = 0;
+};
+
+struct KnownPlace {
+    bool isInTree = false;
+    MeasuredText<64> shown; ///< room for all
+    PlaceText text;
+};
+
+KnownPlace placeIn(TAVIK_AdapterList* adapters, const TAVIK_DeviceRecord* device) {
+    const Place place = findTAVIKStructsForFCPort(adapters, device);
+    KnownPlace made;
+    if (!place.protocol) return made;
+    made.isInTree = true;
+    made.shown.join(
+        {physical::adapterSerialOf(place.adapter).view(), "_", formatNumber(place.phyPort->portNumber).view()});
+    made.text = PlaceText(made.shown.view());
+    return made;
+}
+
+/// Where ports of the list are, each looked for once in a tree, so that a walk over many things and many ports does
+/// not walk the tree for each pair. The library is asked for its tree each time all the same.
 class KnownPlaces {
 public:
-    KnownPlaces() : places_(static_cast<std::size_t>(g_fcPortCount)) {}
+    /// @param ofPorts those that can be asked for, by their index in the list; the places are asked for by the index
+    /// in that one.
+    explicit KnownPlaces(std::vector<int> ofPorts) : ports_(std::move(ofPorts)), places_(ports_.size()) {}
 
-    const Place& of(int port) {
+    std::size_t count() const { return ports_.size(); }
+    int port(std::size_t index) const { return ports_[index]; }
+
+    const KnownPlace& of(std::size_t index) {
         TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
-        Known& known = places_[static_cast<std::size_t>(port)];
+        Known& known = places_[index];
         if (!known.isFound || known.adapters != adapters)
-            known = {true, adapters, findTAVIKStructsForFCPort(adapters, g_fcPortList[port].device)};
+            known = {true, adapters, placeIn(adapters, g_fcPortList[ports_[index]].device)};
         return known.place;
     }
 
@@ -65,25 +109,50 @@ private:
     struct Known {
         bool isFound = false;
         TAVIK_AdapterList* adapters = nullptr;
-        Place place;
+        KnownPlace place;
     };
+
+    std::vector<int> ports_;
     std::vector<Known> places_;
 };
 
-/// Whether the tag of a thing is the one that it would have at the place of a storage port.
-/// @param isLogged enumInstances tells what it compares.
-bool isAtPlace(const TaggedList& things, int index, const Place& place, bool isLogged) {
-    if (!place.protocol) {
-        if (isLogged) DEBUG_LOG("Failed to find TAVIK structs");
-        return false;
+/// A thing of a list, and what of its tag tells where it is.
+class Thing {
+public:
+    Thing(const TaggedList& things, int index) : tag(things.tag(index)), start(things.start(index)) {
+        const std::size_t startLength = std::strlen(start.text);
+        const std::size_t separatorLength = std::strlen(start.separator);
+        const bool hasStart = strncasecmp(tag, start.text, startLength) == 0 &&
+                              std::strncmp(tag + startLength, start.separator, separatorLength) == 0;
+        if (hasStart) place.emplace(tag + startLength + separatorLength);
     }
-    TagText tag;
-    things.format(tag, index, physical::adapterSerialOf(place.adapter).text(), place.phyPort->portNumber);
-    if (isLogged) {
-        DEBUG_LOG("%s_Tag(%d) = %s", things.logName, index, things.tag(index));
-        DEBUG_LOG("tmp_buf = %s", tag.text());
+
+    /// Whether its tag is the one that it would have there.
+    bool isAt(const KnownPlace& known) const { return place && known.isInTree && place->equals(known.text); }
+
+    const char* const tag;
+    const TagStart start;
+
+private:
+    std::optional<PlaceText> place; ///< none for a tag that does not begin as it would anywhere
+};
+
+/// What enumInstances tells of a pair.
+void logComparison(const TaggedList& things, int index, const Thing& thing, const KnownPlace& known) {
+    if (!known.isInTree) {
+        DEBUG_LOG("Failed to find TAVIK structs");
+        return;
     }
-    return equalsIgnoringCase(things.tag(index), tag.text());
+    DEBUG_LOG("%s_Tag(%d) = %s", things.logName, index, thing.tag);
+    DEBUG_LOG("tmp_buf = %s%s%s", thing.start.text, thing.start.separator, known.shown.text());
+}
+
+std::vector<int> portsWhere(const std::function<bool(int port)>& isWanted) {
+    std::vector<int> ports;
+    for (int port = 0; port < g_fcPortCount; ++port) {
+        if (isWanted(port)) ports.push_back(port);
+    }
+    return ports;
 }
 
 /// Whether port and node name of the device are those in the header of the function.
@@ -98,11 +167,9 @@ constexpr TaggedList connectorsInTree = {
     .logName = "PHYSICALCONNECTOR",
     .count = &g_physicalConnectorCount,
     .tag = [](int index) { return g_physicalConnectorList[index].tag.text(); },
-    .format =
-        [](TagText& out, int index, const char* adapterSerial, int portNumber) {
-            physical::formatPhysicalConnectorTag(out.data(), g_physicalConnectorList[index].sfp.SerialNumber.text(),
-                                                 adapterSerial, portNumber);
-        },
+    .start = [](int index) -> TagStart {
+        return {g_physicalConnectorList[index].sfp.SerialNumber.text(), "_"};
+    },
     .parse =
         [](const char* tag, AdapterToken& adapterSerial, std::uint32_t* portNumber) {
             char moduleSerial[sizeof(AdapterToken)] = {};
@@ -114,30 +181,33 @@ constexpr TaggedList jacksInTree = {
     .logName = "PHYSICALPORT",
     .count = &g_physicalPortCount,
     .tag = [](int index) { return g_physicalPortList[index].tag.text(); },
-    .format = [](TagText& out, int, const char* adapterSerial,
-                 int portNumber) { physical::formatPhysicalPortTag(out.data(), adapterSerial, portNumber); },
+    .start = [](int) -> TagStart {
+        return {"", ""};
+    },
     .parse = [](const char* tag, AdapterToken& adapterSerial,
                 std::uint32_t* portNumber) { physical::parsePhysicalPortTag(tag, adapterSerial, portNumber); },
 };
 
 void pairByPlace(const TaggedList& things, Enumeration enumeration, const PairVisitor& visit) {
-    const bool isLogged = enumeration == Enumeration::instances;
-    KnownPlaces places;
-    for (int thing = 0; thing < *things.count; ++thing) {
-        for (int port = 0; port < g_fcPortCount; ++port) {
-            if (!isAtPlace(things, thing, places.of(port), isLogged)) continue;
-            if (!visit({{.index = thing}, {.index = port}})) return;
+    const bool isLogged = enumeration == Enumeration::instances && gDebugLog;
+    KnownPlaces places(portsWhere([](int) { return true; }));
+    for (int index = 0; index < *things.count; ++index) {
+        const Thing thing(things, index);
+        for (std::size_t port = 0; port < places.count(); ++port) {
+            const KnownPlace& place = places.of(port);
+            if (isLogged) logComparison(things, index, thing, place);
+            if (thing.isAt(place) && !visit({{.index = index}, {.index = places.port(port)}})) return;
         }
     }
 }
 
 void findThingOfPort(const TaggedList& things, const Source& source, const ObjectVisitor& visit) {
-    KnownPlaces places;
-    for (int thing = 0; thing < *things.count; ++thing) {
-        for (int port = 0; port < g_fcPortCount; ++port) {
-            if (!source.equals(0, g_fcPortList[port].deviceID.text())) continue;
-            if (!isAtPlace(things, thing, places.of(port), false)) continue;
-            visit({.index = thing});
+    KnownPlaces places(portsWhere([&](int port) { return source.equals(0, g_fcPortList[port].deviceID.text()); }));
+    for (int index = 0; index < *things.count; ++index) {
+        const Thing thing(things, index);
+        for (std::size_t port = 0; port < places.count(); ++port) {
+            if (!thing.isAt(places.of(port))) continue;
+            visit({.index = index});
             return;
         }
     }

@@ -3,22 +3,26 @@
 #pragma once
 
 #include "associations/association.h"
-#include "text/fixed_text.h"
 
 #include <cstdint>
 
 namespace merolt::association {
 
-using TagText = FixedText<256>;
 using AdapterToken = char[256];
+
+/// The beginning of a tag.
+struct TagStart {
+    const char* text;
+    const char* separator; ///< between it and the place
+};
 
 /// A list of things that sit in a jack of a card and have its place in their tag.
 struct TaggedList {
     const char* logName; ///< stands before _Tag in log lines
     const std::int32_t* count;
     const char* (*tag)(int index);
-    /// The tag that the thing would have at this place.
-    void (*format)(TagText& out, int index, const char* adapterSerial, int portNumber);
+    /// What stands in front of the place in the tag that the thing has wherever it sits.
+    TagStart (*start)(int index);
     /// Takes a tag apart; leaves both outputs alone if it cannot.
     void (*parse)(const char* tag, AdapterToken& adapterSerial, std::uint32_t* portNumber);
 };

@@ -30,12 +30,13 @@ bool findAdapterForCNAPort(CNACard*, CNAPort* port, TAVIK_AdapterEntry** adapter
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return false;
     bool found = false;
-    forEachProtocolEntry(adapters, [&](TAVIK_AdapterEntry& a, TAVIK_PhyPortEntry& p, TAVIK_ProtocolEntry& e) {
-        if (found || e.type != TAVIK_ProtocolNic || !hasSameMacValue(e.nic, *port)) return;
+    walkProtocolEntries(adapters, [&](TAVIK_AdapterEntry& a, TAVIK_PhyPortEntry& p, TAVIK_ProtocolEntry& e) {
+        if (e.type != TAVIK_ProtocolNic || !hasSameMacValue(e.nic, *port)) return true;
         *adapter = &a;
         *phyPort = &p;
         *entry = &e;
         found = true;
+        return false;
     });
     return found;
 }

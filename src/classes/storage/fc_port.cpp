@@ -10,7 +10,11 @@
 #include "inventory/chip.h"
 #include "log/log.h"
 
+#include <array>
+#include <cstddef>
 #include <cstring>
+#include <new>
+#include <vector>
 
 namespace merolt::storage {
 
@@ -173,14 +177,88 @@ void setENodeMAC(const TAVIK_DeviceRecord* device, FCPortEntry& port) {
     if (port.hasENodeMAC) GetDeviceMacAddress(device, port.eNodeMAC);
 }
 
-} // namespace
+/// What of a device's record a port's texts are made of.
+class TextSource {
+public:
+    TextSource() = default;
+    explicit TextSource(const TAVIK_DeviceRecord& device) {
+        std::uint8_t* end = bytes.data();
+        const auto take = [&](const auto& field) {
+            std::memcpy(end, &field, sizeof(field));
+            end += sizeof(field);
+        };
+        take(device.pciDeviceId);
+        take(device.nodeName);
+        take(device.portProperty.portName);
+        take(device.modelName);
+        take(device.serialNumber);
+        take(device.optionRomBiosVersion);
+        take(device.optionRomFlags);
+        take(device.firmwareVersion);
+        take(device.efiVersion);
+        take(device.fcodeVersion);
+    }
+    bool operator==(const TextSource& other) const { return bytes == other.bytes; }
 
-void createFCPort(TAVIK_DeviceRecord* device, int index) {
-    DEBUG_LOG("Entering createFCPort, index = %d", index);
-    FCPortEntry& port = g_fcPortList[index];
-    clearVpdStores();
-    port.vpdData.clear();
-    const int vpdStatus = fetchAdapterVpd(device);
+private:
+    using Device = TAVIK_DeviceRecord;
+    static constexpr std::size_t size = sizeof(Device::pciDeviceId) + sizeof(Device::nodeName) +
+                                        sizeof(TAVIK_PortPropertyBlock::portName) + sizeof(Device::modelName) +
+                                        sizeof(Device::serialNumber) + sizeof(Device::optionRomBiosVersion) +
+                                        sizeof(Device::optionRomFlags) + sizeof(Device::firmwareVersion) +
+                                        sizeof(Device::efiVersion) + sizeof(Device::fcodeVersion);
+    std::array<std::uint8_t, size> bytes{};
+};
+
+/// What the texts of a port's record were made of. The list is built before single requests, several times for some:
+/// where a record was made of the same before, its texts are those that it has.
+class TextOrigin {
+public:
+    TextOrigin() = default;
+    /// @param vpd what fetchAdapterVpd returned.
+    TextOrigin(const TAVIK_DeviceRecord* device, int vpd)
+        : source(*device), vpdStatus(vpd), vpdReading(vpd == 0 ? lastVpdReading() : 0) {}
+
+    bool isSameAs(const TextOrigin& other) const {
+        const bool isKnown = vpdStatus != 0 || vpdReading != 0;
+        return isKnown && vpdStatus == other.vpdStatus && vpdReading == other.vpdReading && source == other.source;
+    }
+
+private:
+    TextSource source;
+    int vpdStatus = 0;
+    std::uint64_t vpdReading = 0; ///< 0 for none
+};
+
+class TextOrigins final : KeptMemory {
+public:
+    /// Notes the origin of the record at the index. @return whether it is the one noted before.
+    bool wereSame(int index, const TextOrigin& origin) {
+        const auto place = static_cast<std::size_t>(index);
+        if (place < noted.size()) {
+            const bool isSame = noted[place].isSameAs(origin);
+            if (!isSame) noted[place] = origin;
+            return isSame;
+        }
+        try {
+            noted.resize(place);
+            noted.push_back(origin);
+        } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch)
+            // Its texts are then made anew each time.
+        }
+        return false;
+    }
+
+private:
+    void release() override { noted = {}; }
+
+    std::vector<TextOrigin> noted;
+};
+
+TextOrigins textOrigins;
+
+/// Everything that is text, but the speed's.
+void setTexts(TAVIK_DeviceRecord* device, int vpdStatus, FCPortEntry& port) {
     if (vpdStatus == 0) {
         DEBUG_LOG("Merolt_FC_FCPort: createFCPort: VPD data retrieved successfully.");
         setVpdData(device, port.vpdData);
@@ -196,20 +274,44 @@ void createFCPort(TAVIK_DeviceRecord* device, int index) {
     port.permanentAddress.assign(portName.view());
     port.deviceID.join({serial.view(), "_", nodeName.view(), "_", portName.view()});
     port.serialNumber.assign(serial.view());
+    port.model.assignField(device->modelName, sizeof(device->modelName));
+}
+
+/// Whether the record still holds what it was given for the device, and in the same way. The log tells how texts are
+/// made, so they are made while it is on.
+bool hasTexts(const FCPortEntry& port, const TAVIK_DeviceRecord* device, int index, int vpdStatus) {
+    const bool wereSame = textOrigins.wereSame(index, {device, vpdStatus});
+    return wereSame && port.valid == 1 && port.device == device && !gDebugLog;
+}
+
+} // namespace
+
+void createFCPort(TAVIK_DeviceRecord* device, int index) {
+    DEBUG_LOG("Entering createFCPort, index = %d", index);
+    clearVpdStores();
+    const int vpdStatus = fetchAdapterVpd(device);
+    FCPortEntry& port = g_fcPortList[index];
+    if (hasTexts(port, device, index, vpdStatus)) {
+        port.speedDescription.clear();
+    } else {
+        records.makeEmpty(port);
+        setTexts(device, vpdStatus, port);
+    }
 
     setPortProperty(device, port);
     port.maxSpeed = maximumSpeed(device);
     port.deviceNumber = device->deviceNumber;
     port.deviceStatus = device->statusFlags;
-    port.model.assignField(device->modelName, sizeof(device->modelName));
     setENodeMAC(device, port);
     port.device = device;
     port.valid = 1;
     DEBUG_LOG("Exiting  createFCPort\n");
 }
 
-void buildFCPortList() { buildPerStorageFunction(records, createFCPort); }
-
+void buildFCPortList() {
+    buildPerStorageFunction(
+        records, [] { records.appendAsItWas(); }, createFCPort);
+}
 void clearFCPortList() { records.clear(); }
 
 CmpiObjectPath makePath_FCPort(const char* className, const char* nameSpace, int index) {

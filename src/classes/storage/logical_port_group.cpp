@@ -9,6 +9,12 @@
 #include "log/log.h"
 #include "text/text.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+#include <vector>
+
 namespace merolt::storage {
 
 std::int32_t g_logicalPortGroupCount = 0;
@@ -30,13 +36,59 @@ const ListClass descriptor = {
     .valid = [](int index) { return g_logicalPortGroupList[index].valid != 0; },
 };
 
-// Looks at the places below the count only: after a hole it no longer sees every record.
-bool hasNode(const WorldWideNameText& nodeName) {
-    for (int index = 0; index < g_logicalPortGroupCount; ++index) {
-        if (g_logicalPortGroupList[index].elementName.equals(nodeName.view())) return true;
+/// The first place of each node in the list that is being built. Each function asks, so it must not be looked for.
+class NodePlaces final : KeptMemory {
+public:
+    /// None. @param functions how many nodes there may be.
+    void startAnew(std::int32_t functions) {
+        std::size_t wanted = 16;
+        while (wanted < 2 * static_cast<std::size_t>(functions))
+            wanted *= 2;
+        if (slots.size() != wanted) slots = std::vector<Slot>(wanted);
+        ++build;
     }
-    return false;
-}
+
+    /// Looks at the places below the count only: after a hole it no longer sees every record.
+    bool has(const TAVIK_DeviceRecord& device) {
+        const Slot& slot = slotOf(nodeOf(device));
+        return slot.build == build && slot.place < g_logicalPortGroupCount;
+    }
+
+    void add(const TAVIK_DeviceRecord& device, std::int32_t place) {
+        const std::uint64_t node = nodeOf(device);
+        Slot& slot = slotOf(node);
+        if (slot.build != build) slot = {node, place, build};
+    }
+
+private:
+    struct Slot {
+        std::uint64_t node = 0;
+        std::int32_t place = 0;
+        std::uint64_t build = 0; ///< the one that filled it
+    };
+
+    static std::uint64_t nodeOf(const TAVIK_DeviceRecord& device) {
+        std::uint64_t node = 0;
+        std::memcpy(&node, device.nodeName, sizeof(node));
+        return node;
+    }
+
+    /// That of the node, or a free one: there are more slots than nodes.
+    Slot& slotOf(std::uint64_t node) {
+        constexpr std::uint64_t spread = 0x9E3779B97F4A7C15;
+        std::size_t index = (node * spread >> 32) & (slots.size() - 1);
+        while (slots[index].build == build && slots[index].node != node)
+            index = (index + 1) & (slots.size() - 1);
+        return slots[index];
+    }
+
+    void release() override { slots = {}; }
+
+    std::vector<Slot> slots;
+    std::uint64_t build = 0;
+};
+
+NodePlaces nodePlaces;
 
 /// Where the record of a function goes.
 constexpr TwoForms<int (*)(int function)> place = {
@@ -44,7 +96,7 @@ constexpr TwoForms<int (*)(int function)> place = {
     .corrected = [](int) { return int{g_logicalPortGroupCount}; },
 };
 
-void createGroup(TAVIK_DeviceRecord* device, int index, SystemNameOfBuild& host) {
+void createLogicalPortGroup(TAVIK_DeviceRecord* device, int index, SystemNameOfBuild& host) {
     DEBUG_LOG("Entering createLogicalPortGroup, index = %d", index);
     const char* hostName = host.text();
     g_serialNumber.clear();
@@ -52,11 +104,13 @@ void createGroup(TAVIK_DeviceRecord* device, int index, SystemNameOfBuild& host)
     DEBUG_LOG("%s", vpdStatus != 0
                         ? "Merolt_FC_LogicalPortGroup: createLogicalPortGroup: Unable to retrieve VPD data!"
                         : "Merolt_FC_LogicalPortGroup: createLogicalPortGroup: VPD data retrieved successfully.");
+    if (nodePlaces.has(*device)) return;
     const SerialText serial = serialText(device, vpdStatus);
     const WorldWideNameText nodeName = formatWorldWideName(device->nodeName);
     const WorldWideNameText portName = formatWorldWideName(device->portProperty.portName);
-    if (hasNode(nodeName)) return;
-    LogicalPortGroupEntry& group = g_logicalPortGroupList[place.chosen()(index)];
+    const int groupPlace = place.chosen()(index);
+    LogicalPortGroupEntry& group = g_logicalPortGroupList[groupPlace];
+    nodePlaces.add(*device, groupPlace);
     ++g_logicalPortGroupCount;
     group.function = index;
     group.elementName.assign(nodeName.view());
@@ -67,15 +121,15 @@ void createGroup(TAVIK_DeviceRecord* device, int index, SystemNameOfBuild& host)
 
 } // namespace
 
-void createLogicalPortGroup(TAVIK_DeviceRecord* device, int index) {
-    SystemNameOfBuild host;
-    createGroup(device, index, host);
-}
-
 void buildLogicalPortGroupList() {
     SystemNameOfBuild host;
-    buildRoomPerStorageFunction(records,
-                                [&](TAVIK_DeviceRecord* device, int index) { createGroup(device, index, host); });
+    TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
+    if (!adapters) return;
+    const std::int32_t functions = records.makeRoom(countStorageFunctions(adapters));
+    nodePlaces.startAnew(functions);
+    createPerStorageFunction(adapters, functions, [&](TAVIK_DeviceRecord* device, int index) {
+        createLogicalPortGroup(device, index, host);
+    });
 }
 
 void clearLogicalPortGroupList() { records.clear(); }

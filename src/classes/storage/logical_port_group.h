@@ -26,7 +26,6 @@ extern LogicalPortGroupEntry* g_logicalPortGroupList;
 void buildLogicalPortGroupList();
 void clearLogicalPortGroupList();
 inline constexpr ClassList listOfLogicalPortGroups = {buildLogicalPortGroupList, clearLogicalPortGroupList};
-void createLogicalPortGroup(TAVIK_DeviceRecord* device, int index);
 
 CmpiObjectPath makePath_LogicalPortGroup(const char* className, const char* nameSpace, int index);
 CmpiInstance makeInstance_LogicalPortGroup(const char* className, const char* nameSpace, const char** properties,

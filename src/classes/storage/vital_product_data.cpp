@@ -1,12 +1,19 @@
 #include "classes/storage/vital_product_data.h"
 
+#include "classes/record_list.h"
+#include "inventory/chain.h"
 #include "inventory/chip.h"
 #include "inventory/library_text.h"
 #include "text/text.h"
 
 #include <algorithm>
 #include <cstring>
+#include <new>
+#include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace merolt::storage {
 
@@ -98,15 +105,176 @@ FixedText<64> unpackVersion(const char* packed) {
     return version;
 }
 
-void storeKeyword(const Keyword& keyword, std::string_view value) {
+/// Calls take with a keyword's store and the parts of its text.
+template <class Take>
+void takeKeyword(const Keyword& keyword, std::string_view value, Take&& take) {
     if (keyword.form == Form::asItStands) {
-        keyword.store->join({keyword.label, value});
+        take(*keyword.store, {keyword.label, value});
     } else if (keyword.form == Form::trimmed) {
-        keyword.store->join({keyword.label, trimmed(value)});
+        take(*keyword.store, {keyword.label, trimmed(value)});
     } else {
         FixedText<256> packed;
         packed.assign(trimmed(value));
-        keyword.store->join({keyword.label, unpackVersion(packed.text()).view()});
+        take(*keyword.store, {keyword.label, unpackVersion(packed.text()).view()});
+    }
+}
+
+/// The same for one entry of a block, if a store is for it.
+template <class Take>
+void takeTag(const std::uint8_t* tag, const std::uint8_t* value, std::size_t length, Take&& take) {
+    const std::string_view text = value ? valueOf(reinterpret_cast<const char*>(value), length) : "";
+    switch (tag[0]) {
+    case tagProductIdentifier:
+        take(g_productIdentifier, {"Product Identifier:", text});
+        return;
+    case tagReadOnlySection:
+        take(g_vpdRTag, {"VPD-R Tag:"});
+        return;
+    case tagWritableSection:
+        return;
+    case tagEnd:
+        take(g_vpdEndTag, {"End Tag:"});
+        return;
+    default:
+        break;
+    }
+    for (const Keyword& keyword : keywords) {
+        if (std::memcmp(tag, keyword.name, 2) != 0) continue;
+        if (keyword.store) takeKeyword(keyword, text, take);
+        return;
+    }
+}
+
+/// The same for each entry of a block. @return how many of its bytes that depends on; what lies behind them is not
+/// looked at.
+template <class Take>
+std::size_t takeTags(const std::uint8_t* buffer, std::size_t size, Take&& take) {
+    constexpr std::size_t headerSize = 3;
+    std::size_t position = 0;
+    // A block without end tag ends where the buffer does, and so does a value that claims to be longer.
+    while (position + headerSize <= size && buffer[position] != tagEnd) {
+        const std::uint8_t* tag = buffer + position;
+        std::size_t length = 0;
+        if (tag[0] == tagProductIdentifier) {
+            length = static_cast<std::size_t>(tag[1] | tag[2] << 8);
+        } else if (tag[0] != 0 && tag[0] != tagReadOnlySection && tag[0] != tagWritableSection) {
+            length = tag[2];
+        }
+        const std::size_t room = size - position - headerSize;
+        if (tag[0] != 0) takeTag(tag, tag + headerSize, std::min(length, room), take);
+        position += headerSize + length;
+    }
+    if (position < size && buffer[position] == tagEnd) takeTag(buffer + position, nullptr, 0, take);
+    return std::min(position + 1, size);
+}
+
+using TextParts = std::initializer_list<std::string_view>;
+
+constexpr auto toStore = [](VpdStore& store, TextParts parts) { store.join(parts); };
+
+/// The block of one card as it was last read, and what it says.
+class Reading {
+public:
+    bool isOf(const std::uint8_t* block) const {
+        return !bytes.empty() && std::memcmp(block, bytes.data(), bytes.size()) == 0;
+    }
+    bool isEmpty() const { return bytes.empty(); }
+
+    /// Takes a block apart. No store may show its texts.
+    void take(const std::uint8_t* block) {
+        static std::uint64_t readings = 0;
+        bytes.clear();
+        texts.clear();
+        entries.clear();
+        const std::size_t length =
+            takeTags(block, blockSize, [&](VpdStore& store, TextParts parts) { add(store, parts); });
+        bytes.assign(block, block + length);
+        stamp = ++readings;
+    }
+
+    /// Writes what the block says into the stores.
+    void show() const {
+        for (const Entry& entry : entries)
+            entry.store->show({texts.data() + entry.begin, entry.length});
+    }
+
+    std::uint64_t number() const { return stamp; }
+
+    std::uint32_t handle = 0;
+    Reading* next = nullptr; ///< what was read behind it the last time
+
+private:
+    struct Entry {
+        VpdStore* store;
+        std::size_t begin;
+        std::size_t length;
+    };
+
+    void add(VpdStore& store, TextParts parts) {
+        static MeasuredText<VpdStore::capacity + 1> text;
+        text.join(parts);
+        entries.push_back({&store, texts.size(), text.view().size()});
+        texts.append(text.view());
+        texts.push_back('\0');
+    }
+
+    std::vector<std::uint8_t> bytes; ///< as many as decide what it says
+    std::string texts;
+    std::vector<Entry> entries;
+    std::uint64_t stamp = 0;
+};
+
+/// What was read of each card. Lists are built before single requests, several for some, and each asks for the block
+/// of each card; the library is asked every time, but a block that is as it was is not taken apart again.
+class Readings final : KeptMemory {
+public:
+    /// The reading of a card; the cards come in the order of the tree, so it mostly follows the one before.
+    Reading& of(std::uint32_t handle) {
+        if (last && last->next && last->next->handle == handle) return *(last = last->next);
+        if (all.size() > mostEntries(ChainKind::functions)) forget();
+        Reading& found = all[handle];
+        found.handle = handle;
+        if (last) last->next = &found;
+        return *(last = &found);
+    }
+
+    void forget() {
+        keepStores();
+        last = nullptr;
+        all.clear();
+    }
+
+    /// Before a text goes that they may show.
+    static void keepStores() {
+        for (VpdStore* store :
+             {&g_productIdentifier, &g_vpdRTag, &g_vpdEndTag, &g_partNumber, &g_serialNumber, &g_miscInformation,
+              &g_manufacturingId, &g_efiDriverVersion, &g_firmwareVersion, &g_biosVersion, &g_fcodeVersion,
+              &g_flashImageVersion, &g_fcCode, &g_fruNumberVersion, &g_assetTag, &g_UUID})
+            store->keepOwn();
+    }
+
+private:
+    void release() override { forget(); }
+
+    std::unordered_map<std::uint32_t, Reading> all;
+    Reading* last = nullptr;
+};
+
+Readings readings;
+std::uint64_t lastReading = 0;
+
+void readBlock(std::uint32_t handle, const std::uint8_t* block) {
+    try {
+        Reading& reading = readings.of(handle);
+        if (!reading.isOf(block)) {
+            if (!reading.isEmpty()) Readings::keepStores();
+            reading.take(block);
+        }
+        reading.show();
+        lastReading = reading.number();
+    } catch (const std::bad_alloc&) {
+        readings.forget();
+        parseVpdBuffer(block, blockSize);
     }
 }
 
@@ -130,6 +298,7 @@ void clearVpdStores() {
 }
 
 int fetchAdapterVpd(TAVIK_DeviceRecord* device) {
+    lastReading = 0;
     if (!device) return -1;
     fetchUUID(device);
     if (!chipHasVpdSerial(device)) return -1;
@@ -138,51 +307,18 @@ int fetchAdapterVpd(TAVIK_DeviceRecord* device) {
     std::memset(block, 0, blockSize);
     std::uint32_t size = blockSize;
     const int status = static_cast<int>(TAVIK_GetVpd(device->handle, 0, block, &size));
-    if (status == 0) parseVpdBuffer(block, blockSize);
+    if (status == 0) readBlock(device->handle, block);
     return status;
 }
 
-void parseVpdBuffer(const std::uint8_t* buffer, std::size_t size) {
-    constexpr std::size_t headerSize = 3;
-    std::size_t position = 0;
-    // A block without end tag ends where the buffer does, and so does a value that claims to be longer.
-    while (position + headerSize <= size && buffer[position] != tagEnd) {
-        const std::uint8_t* tag = buffer + position;
-        std::size_t length = 0;
-        if (tag[0] == tagProductIdentifier) {
-            length = static_cast<std::size_t>(tag[1] | tag[2] << 8);
-        } else if (tag[0] != 0 && tag[0] != tagReadOnlySection && tag[0] != tagWritableSection) {
-            length = tag[2];
-        }
-        const std::size_t room = size - position - headerSize;
-        if (tag[0] != 0) parseVpdTag(tag, tag + headerSize, std::min(length, room));
-        position += headerSize + length;
-    }
-    if (position < size && buffer[position] == tagEnd) parseVpdTag(buffer + position, nullptr, 0);
-}
+std::uint64_t lastVpdReading() { return lastReading; }
+
+void forgetVpdReadings() { readings.forget(); }
+
+void parseVpdBuffer(const std::uint8_t* buffer, std::size_t size) { takeTags(buffer, size, toStore); }
 
 void parseVpdTag(const std::uint8_t* tag, const std::uint8_t* value, std::size_t length) {
-    const std::string_view text = value ? valueOf(reinterpret_cast<const char*>(value), length) : "";
-    switch (tag[0]) {
-    case tagProductIdentifier:
-        g_productIdentifier.join({"Product Identifier:", text});
-        return;
-    case tagReadOnlySection:
-        g_vpdRTag.assign("VPD-R Tag:");
-        return;
-    case tagWritableSection:
-        return;
-    case tagEnd:
-        g_vpdEndTag.assign("End Tag:");
-        return;
-    default:
-        break;
-    }
-    for (const Keyword& keyword : keywords) {
-        if (std::memcmp(tag, keyword.name, 2) != 0) continue;
-        if (keyword.store) storeKeyword(keyword, text);
-        return;
-    }
+    takeTag(tag, value, length, toStore);
 }
 
 const char* vpdValue(const VpdStore& store) {

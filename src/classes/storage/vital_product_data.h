@@ -9,11 +9,45 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
+#include <string_view>
 
 namespace merolt::storage {
 
 /// A label, a colon and the value as parsed, for example "Serial Number:AB1234". Empty if the card has no such item.
-using VpdStore = MeasuredText<2048>;
+/// It has a text of its own, or shows one that a reading keeps: cards are read for each record of each list, and a
+/// block that is as it was need not be written again.
+class VpdStore {
+public:
+    static constexpr std::size_t capacity = MeasuredText<2048>::capacity;
+
+    VpdStore() = default;
+    VpdStore(const VpdStore&) = delete;
+    VpdStore& operator=(const VpdStore&) = delete;
+
+    const char* text() const { return shown.data(); } ///< terminated
+    std::string_view view() const { return shown; }
+    bool empty() const { return shown.empty(); }
+    bool equals(std::string_view other) const { return shown == other; }
+
+    void clear() { shown = ""; }
+    void assign(std::string_view value) { join({value}); }
+    /// Takes the texts one behind the other, up to the capacity. None of them may be this one.
+    void join(std::initializer_list<std::string_view> parts) {
+        own.join(parts);
+        shown = own.view();
+    }
+    /// Shows a text that lives elsewhere, terminated and no longer than the capacity, until the next change.
+    void show(std::string_view text) { shown = text; }
+    /// Takes what is shown as its own text, if it is shown from there.
+    void keepOwn() {
+        if (shown.data() != own.text()) assign(shown);
+    }
+
+private:
+    std::string_view shown = "";
+    MeasuredText<2048> own;
+};
 
 extern VpdStore g_productIdentifier; ///< tag 0x82
 extern VpdStore g_vpdRTag;           ///< tag 0x90
@@ -39,6 +73,13 @@ void clearVpdStores();
 /// Reads and parses the card's VPD block. @return 0; -1 for a null device, for a chip without VPD block or for want
 /// of memory; otherwise the library's status. A failed fetch leaves the stores as the caller cleared them.
 int fetchAdapterVpd(TAVIK_DeviceRecord* device);
+
+/// A number that stands for what the last fetch read into the stores: the same again, from the same card, as long as
+/// its block is the same, and no other block's; 0 if it read none.
+std::uint64_t lastVpdReading();
+
+/// Forgets what is known of cards, which may be others from here on. The stores keep their texts.
+void forgetVpdReadings();
 
 /// Walks a block of resource tags and keywords until its end tag or the end of the block.
 void parseVpdBuffer(const std::uint8_t* buffer, std::size_t size);

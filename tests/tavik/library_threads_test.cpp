@@ -1,5 +1,7 @@
 #include <array>
 #include <atomic>
+#include <chrono>
+#include <thread>
 
 #include "library_fixture.h"
 
@@ -129,10 +131,14 @@ public:
         EXPECT_EQ(library.SwapBackupToMainAdapterList(), 0U);
     }
 
+    /** Between two steps the locks are free for a moment, as between two requests: a thread that took a lock again as
+     *  soon as it gave it back would leave the others none of it. */
     std::thread repeat(void (LibraryUnderAProvider::*step)()) {
         return std::thread([this, step] {
-            while (!stop_)
+            while (!stop_) {
                 (this->*step)();
+                std::this_thread::sleep_for(std::chrono::microseconds(100));
+            }
         });
     }
 

@@ -10,6 +10,7 @@
 // Each figure is the median of this thread's own time. The machine may be busy with other things.
 #include "fake_services.h"
 
+#include "bench/fleet_of_ports.h"
 #include "cimhost/broker/broker.h"
 #include "cimhost/broker/result_collector.h"
 #include "cimhost/model/class_repository.h"
@@ -42,16 +43,6 @@ using namespace cimhost;
 constexpr const char* nameSpace = "root/merolt_cmpi";
 constexpr int portCounts[] = {2, 16, 128};
 constexpr int rebuildPortCounts[] = {2, 16, 128, 1024};
-
-/// Two-port converged cards with a storage and an Ethernet function, a module and a target with two units on each port.
-std::string fleetOf(int ports) {
-    const std::string port = R"({"transceiver": {"serialNumber": "MSR{n}P"}, "ethernet": {},
-        "storage": {"pciDeviceId": "0xA127", "optionRom": {"biosVersion": "3.31", "firmware": "7.2.4"},
-        "vpd": {"productIdentifier": "Converged adapter", "readOnly": {"PN": "MC1020-2", "SN": "MC1020S{n}", "MN": "1077",
-        "V1": "6.31", "V3": "7.02.04", "V4": "3.31", "RM": "1.2.3", "FN": "49Y3701"}}}})";
-    return R"({"cards": [{"count": )" + std::to_string(ports / 2) +
-           R"(, "serialNumber": "MC1020S{n}", "modelName": "MC1020", "ports": [)" + port + ", " + port + "]}]}";
-}
 
 double threadTime() {
     timespec now{};

@@ -76,7 +76,7 @@ class Server:
         connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=60)
         connection.request("POST", "/cimom", message, {
             "Content-Type": 'application/xml; charset="utf-8"', "CIMOperation": "MethodCall", "CIMMethod": method,
-            "CIMObject": NAMESPACE})
+            "CIMObject": NAMESPACE, "Host": "localhost"})  # so answers name no port
         answer = connection.getresponse().read().decode()
         connection.close()
         if "<ERROR" in answer:

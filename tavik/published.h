@@ -21,12 +21,14 @@ public:
             std::weak_ptr<Object> object;
         };
         thread_local Seen seen;
-        if (seen.number != number_.load(std::memory_order_acquire)) {
-            const std::lock_guard lock(mutex_);
-            seen.object = object_;
-            seen.number = number_.load(std::memory_order_relaxed);
+        if (seen.number == number_.load(std::memory_order_acquire)) {
+            if (std::shared_ptr<Object> object = seen.object.lock()) return object;
         }
-        return seen.object.lock();
+        // There is another one, or there was none, or the one seen was replaced and went a moment ago.
+        const std::lock_guard lock(mutex_);
+        seen.object = object_;
+        seen.number = number_.load(std::memory_order_relaxed);
+        return object_;
     }
 
     /** Replaces it. @return the one before. */

@@ -833,7 +833,7 @@ TEST_F(FCPortTest, LibraryIsAskedTheSameAgainWhereNothingHasChanged) {
 TEST_F(FCPortTest, SpeedDescriptionOfAPortThatCannotBeReadAnyMoreIsEmpty) {
     startWith(fullFunction());
     merolt::gDebugLog = false;
-    EXPECT_EQ(onlyInstance(fcPort)["SpeedDescription"], inQuotes("See Speed"));
+    EXPECT_EQ(onlyInstance(fcPort)["SpeedDescription"], inQuotes("Auto Negotiate"));
     tavikLibrary.storage(1).failures.portProperty = 1;
     EXPECT_EQ(onlyInstance(fcPort)["SpeedDescription"], inQuotes(""));
 }

@@ -115,7 +115,7 @@ TEST_F(Recording, OfAConvergedCardHasBothProtocols) {
     choose("converged-card");
     const std::string tree = cards();
     EXPECT_THAT(tree, HasSubstr("card Dual Port 10GbE CNA, serial number XC10C00215"));
-    EXPECT_THAT(tree, HasSubstr("storage port 20000011225A0010, 10.625 Gbit/s, OK"));
+    EXPECT_THAT(tree, HasSubstr("storage port 20000011225A0010, host8, 10 Gbit/s, OK"));
     EXPECT_THAT(tree, HasSubstr("MTU 2500"));
 }
 

@@ -76,7 +76,7 @@ tavik::Bytes encoded(const Facts& facts) { return tavik::encodeFacts(facts, ever
 std::uint32_t deliver(const Question& question, const tavik::Bytes& bytes) {
     const bool fits = bytes.size() <= *question.size;
     *question.size = static_cast<std::uint32_t>(bytes.size());
-    if (fits) std::memcpy(question.buffer, bytes.data(), bytes.size());
+    if (fits) std::copy(bytes.begin(), bytes.end(), static_cast<std::uint8_t*>(question.buffer));
     return fits ? 0 : 17;
 }
 

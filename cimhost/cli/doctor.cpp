@@ -1,9 +1,7 @@
 #include "cimhost/cli/commands.h"
 #include "cimhost/cli/doctor_output.h"
 #include "cimhost/cli/installation.h"
-#include "cimhost/cli/local_source.h"
-#include "cimhost/cli/output_stream.h"
-#include "cimhost/cli/own_location.h"
+#include "cimhost/cli/local_round.h"
 #include "cimhost/cli/remote_source.h"
 #include "cimhost/cli/server_round.h"
 
@@ -13,6 +11,7 @@
 #include <iostream>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace cimhost::cli {
 
@@ -62,14 +61,13 @@ Examined examine(ObjectSource& source, const DoctorOptions& options, Names names
 
 ExitStatus examine(const HostOptions& hostOptions, const DoctorOptions& options) {
     requireRules(options.ignored);
-    useOwnInstallLocation();
-    const CleanOutput output(hostOptions.broker.log);
-    Host host(hostOptions);
-    LocalSource source(host.operations(), host.broker());
-    const Examined examined = examine(source, options, showsThisMachine() ? Names::ofTheHost : Names::untold);
-    output.write(examined.text);
-    host.shutdown();
-    return static_cast<ExitStatus>(examined.status);
+    int status = nothingWrong;
+    askHere(hostOptions, [&](ObjectSource& source) {
+        Examined examined = examine(source, options, showsThisMachine() ? Names::ofTheHost : Names::untold);
+        status = examined.status;
+        return ServerAnswer{std::move(examined.text), {}};
+    });
+    return static_cast<ExitStatus>(status);
 }
 
 ExitStatus examine(const HostOptions& hostOptions, const DoctorOptions& options, const ServerOptions& servers,

@@ -1,8 +1,6 @@
 #include "cimhost/cli/commands.h"
-#include "cimhost/cli/local_source.h"
+#include "cimhost/cli/local_round.h"
 #include "cimhost/cli/method_outcome.h"
-#include "cimhost/cli/output_stream.h"
-#include "cimhost/cli/own_location.h"
 #include "cimhost/cli/remote_source.h"
 #include "cimhost/cli/server_round.h"
 #include "cimhost/cli/values_text.h"
@@ -140,16 +138,11 @@ ServerAnswer answer(ObjectSource& source, const PreparedCall& call) {
 } // namespace
 
 std::string invoke(const HostOptions& hostOptions, const InvokeOptions& options) {
-    useOwnInstallLocation();
-    const CleanOutput output(hostOptions.broker.log);
-    Host host(hostOptions);
-    LocalSource source(host.operations(), host.broker());
-    cimxml::ObjectPath target = parseObject(options, source.repository());
-    const ClassDeclaration* declaration = source.findClass(target.nameSpace, target.className);
-    const ServerAnswer given = answer(source, prepare(options, std::move(target), declaration));
-    output.write(given.text);
-    host.shutdown();
-    return given.failure;
+    return askHere(hostOptions, [&](ObjectSource& source) {
+        cimxml::ObjectPath target = parseObject(options, source.repository());
+        const ClassDeclaration* declaration = source.findClass(target.nameSpace, target.className);
+        return answer(source, prepare(options, std::move(target), declaration));
+    });
 }
 
 ExitStatus invoke(const HostOptions& hostOptions, const InvokeOptions& options, const ServerOptions& servers,

@@ -1,7 +1,5 @@
 #include "cimhost/cli/commands.h"
-#include "cimhost/cli/local_source.h"
-#include "cimhost/cli/output_stream.h"
-#include "cimhost/cli/own_location.h"
+#include "cimhost/cli/local_round.h"
 #include "cimhost/cli/remote_source.h"
 #include "cimhost/cli/server_round.h"
 #include "cimhost/metrics/adapter_reading.h"
@@ -28,12 +26,7 @@ std::string metricsOf(ObjectSource& source, const MetricsOptions& options) {
 } // namespace
 
 void printMetrics(const HostOptions& hostOptions, const MetricsOptions& options) {
-    useOwnInstallLocation();
-    const CleanOutput output(hostOptions.broker.log);
-    Host host(hostOptions);
-    LocalSource source(host.operations(), host.broker());
-    output.write(metricsOf(source, options));
-    host.shutdown();
+    askHere(hostOptions, [&](ObjectSource& source) { return ServerAnswer{metricsOf(source, options), {}}; });
 }
 
 ExitStatus printMetrics(const HostOptions& hostOptions, const MetricsOptions& options, const ServerOptions& servers,

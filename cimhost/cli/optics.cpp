@@ -1,9 +1,7 @@
 #include "cimhost/cli/optics_output.h"
 
 #include "cimhost/cli/commands.h"
-#include "cimhost/cli/local_source.h"
-#include "cimhost/cli/output_stream.h"
-#include "cimhost/cli/own_location.h"
+#include "cimhost/cli/local_round.h"
 #include "cimhost/cli/remote_source.h"
 #include "cimhost/cli/server_round.h"
 
@@ -21,12 +19,7 @@ std::string answer(ObjectSource& source, const OpticsOptions& options) {
 } // namespace
 
 void showOptics(const HostOptions& hostOptions, const OpticsOptions& options) {
-    useOwnInstallLocation();
-    const CleanOutput output(hostOptions.broker.log);
-    Host host(hostOptions);
-    LocalSource source(host.operations(), host.broker());
-    output.write(answer(source, options));
-    host.shutdown();
+    askHere(hostOptions, [&](ObjectSource& source) { return ServerAnswer{answer(source, options), {}}; });
 }
 
 ExitStatus showOptics(const HostOptions& hostOptions, const OpticsOptions& options, const ServerOptions& servers,

@@ -1,8 +1,6 @@
 #include "cimhost/cli/commands.h"
 #include "cimhost/cli/json_output.h"
-#include "cimhost/cli/local_source.h"
-#include "cimhost/cli/output_stream.h"
-#include "cimhost/cli/own_location.h"
+#include "cimhost/cli/local_round.h"
 #include "cimhost/cli/presentation.h"
 #include "cimhost/cli/remote_source.h"
 #include "cimhost/cli/server_round.h"
@@ -163,12 +161,9 @@ Presentation presentationOf(const HostOptions& options, const ClassRepository& r
 } // namespace
 
 void ask(const HostOptions& hostOptions, const QueryOptions& options) {
-    useOwnInstallLocation();
-    const CleanOutput output(hostOptions.broker.log);
-    Host host(hostOptions);
-    LocalSource source(host.operations(), host.broker());
-    output.write(answer(source, presentationOf(hostOptions, source.repository()), options));
-    host.shutdown();
+    askHere(hostOptions, [&](ObjectSource& source) {
+        return ServerAnswer{answer(source, presentationOf(hostOptions, source.repository()), options), {}};
+    });
 }
 
 ExitStatus ask(const HostOptions& hostOptions, const QueryOptions& options, const ServerOptions& servers,

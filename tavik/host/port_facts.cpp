@@ -1,6 +1,8 @@
 #include "tavik/host/port_facts.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -18,13 +20,11 @@ constexpr std::uint64_t largestNumber = std::numeric_limits<std::uint64_t>::max(
 constexpr std::uint64_t megabit = 1'000'000;
 constexpr std::uint64_t gigabit = 1'000'000'000;
 
-/** The row of that name. Names are checked when this is compiled; no address is compared with null for it, which GCC
- * does not take for a constant under UndefinedBehaviorSanitizer. */
+/** The row of that name. Names are checked when this is compiled. */
 consteval const merolt::FactRow* rowOf(std::string_view name) {
-    for (const merolt::FactRow& row : merolt::fact_table::rows) {
-        if (row.name == name) return &row;
-    }
-    throw "no such fact";
+    const std::size_t place = merolt::placeOfFact(name);
+    if (place == std::size(merolt::fact_table::rows)) throw "no such fact";
+    return &merolt::fact_table::rows[place];
 }
 
 struct CounterFact {

@@ -99,7 +99,7 @@ TEST_F(PathTest, KeyIsReadByNameAndByPosition) {
     EXPECT_EQ(path.getKey(0).getUint64(), 7u);
 }
 
-TEST_F(PathTest, AbsentKeyIsThrown) {
+TEST_F(PathTest, AnAbsentKeyThrows) {
     EXPECT_EQ(thrownBy([&] { path.getKey("DeviceID"); }), CMPI_RC_ERR_NOT_FOUND);
     EXPECT_EQ(thrownBy([&] { path.getKey(0); }), CMPI_RC_ERR_NO_SUCH_PROPERTY);
 }
@@ -277,7 +277,7 @@ TEST_F(ArgsTest, ServersErrorsAreThrown) {
 
 // Results
 
-TEST_F(ResultTest, EachKindGoesItsOwnWay) {
+TEST_F(ResultTest, PathsInstancesAndValuesAreReturnedByTheirOwnFunctions) {
     CmpiObjectPath path("root/test", "Class");
     CmpiInstance instance(path);
     result.returnData(path);
@@ -292,7 +292,7 @@ TEST_F(ResultTest, EachKindGoesItsOwnWay) {
     EXPECT_EQ(inServer->done, 1);
 }
 
-TEST_F(ResultTest, WhatDoesNotFitTheRequestIsThrown) {
+TEST_F(ResultTest, AnObjectThatDoesNotFitTheRequestThrows) {
     CmpiObjectPath path("root/test", "Class");
     server.failWith("returnObjectPath", CMPI_RC_ERR_NOT_SUPPORTED);
     EXPECT_EQ(thrownBy([&] { result.returnData(path); }), CMPI_RC_ERR_NOT_SUPPORTED);
@@ -372,7 +372,7 @@ TEST_F(BrokerTest, ServersErrorsAreThrown) {
     }
 }
 
-TEST_F(BrokerTest, WhatTheBrokerDoesNotOfferIsThrown) {
+TEST_F(BrokerTest, AMissingFunctionOfTheBrokerThrows) {
     CmpiArgs in, out;
     const std::function<void()> operations[] = {
         [&] { broker.execQuery(context, path, "SELECT * FROM Class", "WQL"); },

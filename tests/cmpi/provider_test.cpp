@@ -261,7 +261,7 @@ TEST_F(DriverTest, OtherExceptionsPassThrough) {
         EXPECT_THROW(driver(), CMPIStatus);
 }
 
-TEST_F(DriverTest, DriversDoNotEndTheAnswer) {
+TEST_F(DriverTest, DriversDoNotCallReturnDone) {
     CmpiInstanceMI::driveEnumInstanceNames(&mi.instance, context, result, path);
     EXPECT_EQ(server.count("returnDone"), 1) << "the provider's own call is the only one";
 }
@@ -279,7 +279,7 @@ public:
           CmpiPropertyMI(server, CmpiContext(nullptr)), CmpiIndicationMI(server, CmpiContext(nullptr)) {}
 };
 
-TEST_F(DriverTest, WhatIsNotOverriddenIsNotSupported) {
+TEST_F(DriverTest, OperationsThatAreNotOverriddenAreNotSupported) {
     DefaultProvider defaults{CmpiBroker(&server)};
     Interfaces interfaces(&defaults);
     for (const auto& driver : drivers(interfaces)) {
@@ -291,7 +291,7 @@ TEST_F(DriverTest, WhatIsNotOverriddenIsNotSupported) {
     EXPECT_EQ(defaults.initialize(CmpiContext(context)).rc(), CMPI_RC_OK);
 }
 
-TEST_F(DriverTest, InterfaceThatTheProviderDoesNotServeIsNotSupported) {
+TEST_F(DriverTest, AMissingInterfaceIsNotSupported) {
     Interfaces interfaces(&provider);
     for (const auto& driver : drivers(interfaces))
         EXPECT_EQ(driver().rc, CMPI_RC_ERR_NOT_SUPPORTED);
@@ -386,7 +386,7 @@ TEST_F(CleanupTest, IdleServerIsRefusedByCleanup) {
     EXPECT_EQ(anchor.getBaseMI(), unloadable);
 }
 
-TEST_F(CleanupTest, TerminatingServerIsNotHeldUpByThatAnswer) {
+TEST_F(CleanupTest, TerminatingServerIsNotDelayedByThatAnswer) {
     unloadable->cleanupAnswer = [] { return CmpiStatus(CMPI_RC_DO_NOT_UNLOAD); };
     EXPECT_EQ(cleanUpFourTimes(1), (std::vector<int>{0, 0, 0, 0}));
     EXPECT_TRUE(fate.deleted);

@@ -117,7 +117,7 @@ TEST_F(StatusTest, PlainStatusIsTakenAsItIs) {
     EXPECT_EQ(status.msg(), message->hdl);
 }
 
-TEST_F(StatusTest, MessageThatTheServerRefusesIsNone) {
+TEST_F(StatusTest, WithoutMemoryForTheMessageThereIsNone) {
     server.failWith("newString", CMPI_RC_ERR_FAILED);
     CmpiStatus status(CMPI_RC_ERR_NOT_FOUND, "no such adapter");
     EXPECT_EQ(status.rc(), CMPI_RC_ERR_NOT_FOUND);
@@ -239,7 +239,7 @@ TEST_F(DataTest, OperatorsGiveTheSame) {
     EXPECT_EQ(real64, 0.25);
 }
 
-TEST_F(DataTest, NothingIsWidened) {
+TEST_F(DataTest, NumbersAreNotWidened) {
     CmpiData data(CMPIUint32(32));
     EXPECT_EQ(thrownBy([&] {
                   CMPIUint64 wide = data;
@@ -405,7 +405,7 @@ TEST_F(ArrayTest, SizeIsTheServersAndNullIsEmpty) {
     EXPECT_EQ(CmpiArray().size(), 0u);
 }
 
-TEST_F(ArrayTest, ServerRefusesToMakeOne) {
+TEST_F(ArrayTest, AnArrayThatTheServerRefusesThrows) {
     server.failWith("newArray", CMPI_RC_ERR_INVALID_PARAMETER, "no such type");
     EXPECT_EQ(messageThrownBy([] { CmpiArray(4, 9); }), "no such type");
 }

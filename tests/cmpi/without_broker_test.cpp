@@ -38,7 +38,7 @@ TEST(WithoutBroker, StatusKeepsItsCodeAndLosesItsMessage) {
     EXPECT_EQ(status.msg(), nullptr);
 }
 
-TEST(WithoutBroker, WhatOnlyAServerCanMakeIsThrown) {
+TEST(WithoutBroker, MakingAnObjectThrows) {
     EXPECT_EQ(thrownBy([] { CmpiObjectPath("root", "Class"); }), CMPI_RC_ERR_INVALID_HANDLE);
     EXPECT_EQ(thrownBy([] { CmpiInstance(CmpiObjectPath(static_cast<CMPIObjectPath*>(nullptr))); }),
               CMPI_RC_ERR_INVALID_HANDLE);

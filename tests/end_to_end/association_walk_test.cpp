@@ -132,7 +132,7 @@ TEST(AssociationWalk, EveryObjectLeadsToTheComputerSystem) {
 }
 
 // The Ethernet installation service is named with the storage service's CreationClassName by two of its associations.
-TEST(AssociationWalk, WhatAssociationsNameIsThereButForOneService) {
+TEST(AssociationWalk, EveryEndOfAnAssociationExistsButForOneService) {
     std::set<std::string> unknown;
     for (const auto& [from, ends] : associations()) {
         for (const std::string& end : ends) {

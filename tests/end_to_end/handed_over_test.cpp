@@ -79,7 +79,7 @@ std::string collected(const Ask& ask) {
     return withoutNumbers(sink.text.view());
 }
 
-TEST(HandedOver, EveryClassShowsTheSameInstancesAndPaths) {
+TEST(HandedOver, EveryClassHasTheSameInstancesAndPaths) {
     Operations& operations = host().operations();
     std::size_t shown = 0;
     for (const std::string_view nameSpace : operations.repository().namespaces()) {

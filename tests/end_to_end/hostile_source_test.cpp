@@ -51,7 +51,7 @@ std::vector<cimxml::ObjectPath> sources() {
 
 class HostileSource : public testing::TestWithParam<WrongKey> {};
 
-TEST_P(HostileSource, ChangesNothingForTheNextClient) {
+TEST_P(HostileSource, DoesNotAffectTheNextClient) {
     Demonstration& demonstration = Demonstration::instance();
     for (const cimxml::ObjectPath& source : sources()) {
         const std::vector<std::string> before = demonstration.rowsFrom(source);

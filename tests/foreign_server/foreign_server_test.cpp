@@ -432,7 +432,7 @@ TEST_F(ForeignServerTest, NothingIsDeliveredWithoutASubscription) {
     EXPECT_EQ(takeViolations(), Violations());
 }
 
-TEST_F(ForeignServerTest, SpeaksInItsOwnWay) {
+TEST_F(ForeignServerTest, DiffersFromCimhostWhereTheTablesAllowIt) {
     does([this](const Request& request) {
         const CMPIBroker& broker = *MiniProvider::broker;
         EXPECT_EQ(broker.hdl, nullptr);

@@ -52,7 +52,7 @@ protected:
 
 class ClashTest : public ForeignHostTest, public testing::WithParamInterface<const char*> {};
 
-TEST_P(ClashTest, TheHostsIsTheFirstThatTheLoaderFinds) {
+TEST_P(ClashTest, SymbolsOfTheHostAreFoundFirst) {
     ProviderLibrary library(MEROLT_PROVIDER_LIBRARY);
     Dl_info place{};
     void* const found = dlsym(RTLD_DEFAULT, GetParam());
@@ -128,7 +128,7 @@ TEST_F(ForeignHostTest, AServerMayCancelTheProvidersThread) {
 
 #endif
 
-TEST_F(ForeignHostTest, WithoutACleanUpTheThreadKeepsItsCodeUntilTheProviderIsCleanedUpLater) {
+TEST_F(ForeignHostTest, WithoutACleanUpTheLibraryStaysLoadedForItsThread) {
     ProviderLibrary first(MEROLT_PROVIDER_LIBRARY);
     auto* instances = makeInterface<CMPIInstanceMI>(first, "Instance");
     ASSERT_NE(instances, nullptr);
@@ -164,7 +164,7 @@ TEST_F(ForeignHostDeathTest, AServerMayEndWithoutACleanUp) {
     }
 }
 
-TEST_F(ForeignHostDeathTest, OrCloseTheLibraryAndThenEnd) {
+TEST_F(ForeignHostDeathTest, AServerMayCloseTheLibraryWithoutACleanUpAndEnd) {
     EXPECT_EXIT(
         {
             ProviderLibrary library(MEROLT_PROVIDER_LIBRARY);

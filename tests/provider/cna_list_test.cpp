@@ -399,7 +399,7 @@ INSTANTIATE_TEST_SUITE_P(Changes, LinkChangeTest,
                                          LinkChange{2, 3, linkDownAlarm, "Generate LINK_DOWN event"},
                                          LinkChange{1, 99, linkDownAlarm, "Generate LINK_DOWN event"}));
 
-TEST_F(CnaListTest, AnotherSpeedInTheSameStateGoesUnseen) {
+TEST_F(CnaListTest, AChangeOfSpeedAloneRaisesNoAlert) {
     tavik::NicFunction function = nicFunction(1, 1);
     function.link = {1000, tavik::LinkUp};
     buildWith(function);

@@ -211,7 +211,7 @@ TEST_F(ConfigurationTest, TheConstructorReadsTheInstallLocationAndTheEthernetSid
     EXPECT_EQ(readByNicProperties(), withInterval(2));
 }
 
-TEST_F(ConfigurationTest, AnyBytesEndInSomeSettings) {
+TEST_F(ConfigurationTest, RandomBytesGiveSettingsOfTheirSizes) {
     std::mt19937 random(1);
     const std::string pieces[] = {
         "ErrorLog", "InteropNamespace", "LinkStatusPollIntervalSeconds", "=", " ", "\t", "\n", "#", "1",

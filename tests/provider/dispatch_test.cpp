@@ -285,7 +285,7 @@ TEST_P(OperationTest, AClassWithoutRowAnswersWithNothingAndNoError) {
     EXPECT_EQ(takeTests().size(), rowCount) << "every row is tested";
 }
 
-TEST_P(OperationTest, TheLogTellsEntryAndExit) {
+TEST_P(OperationTest, EntryAndExitAreLogged) {
     switchLogsOn();
     start();
     request(withoutRow);

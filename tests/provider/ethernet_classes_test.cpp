@@ -220,7 +220,7 @@ AdvertiseTypeDescriptions: string[] {"slp"}
 )");
 }
 
-TEST_F(EthernetClassesTest, ProfileKeyIsATextSixFindsTheFirstAndEightNothing) {
+TEST_F(EthernetClassesTest, ProfileKeySixFindsTheFirstProfileAndEightNone) {
     switchLogsOn();
     start();
     EXPECT_EQ(getInstance(profile, {{"InstanceID", "6"}}).all("ElementName"),

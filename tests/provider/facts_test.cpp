@@ -331,7 +331,7 @@ TEST_F(FactsTest, OfAListWithoutEndAreCut) {
     EXPECT_EQ(std::count(speeds.begin(), speeds.end(), '1'), 8192);
 }
 
-TEST_F(FactsTest, BehindABrokenHeaderTakeTheWholeAnswerWithThem) {
+TEST_F(FactsTest, WithABrokenHeaderMakeTheWholeAnswerAbsent) {
     offerStorageCall();
     start();
     const std::string name = "interfaceName";

@@ -354,7 +354,7 @@ INSTANTIATE_TEST_SUITE_P(EachState, FCPortStateTest,
                                          StateRow{4, "uint16[] {1}", "sint32 0", "Port state - other ..."},
                                          StateRow{255, "uint16[] {1}", "sint32 0", "Port state - other ..."}));
 
-TEST_F(FCPortTest, EachAnswerShowsTheStateOfTheMomentAndNoOlderOne) {
+TEST_F(FCPortTest, EachAnswerShowsTheCurrentState) {
     tavik::StorageFunction function = storageFunction(1, chip7);
     function.property.state = tavik::PortLoopDown;
     EXPECT_EQ(portOf(function)["DeviceStatus"], "sint32 4097");
@@ -761,7 +761,7 @@ protected:
     std::string shown() { return onlyInstance(fcPort).table(); }
 };
 
-TEST_P(BentPortTest, WhatHasChangedSinceTheLastRequestIsShown) {
+TEST_P(BentPortTest, ChangesSinceTheLastRequestAreShown) {
     startWith(fullFunction());
     merolt::gDebugLog = false;
     const std::string before = shown();

@@ -150,7 +150,7 @@ TEST_F(HostileTreeTest, ABrokenTreeIsToldOnceUntilTheNextRefresh) {
     EXPECT_EQ(occurrences(logLines(), line), 2U);
 }
 
-TEST_F(HostileTreeTest, PartsThatManyShareAreWalkedAsOftenAsAMachineCouldHaveThem) {
+TEST_F(HostileTreeTest, SharedPartsAreWalkedUpToTheLimits) {
     std::vector<tavik::Card> cards;
     for (int number = 0; number < 40; ++number)
         cards.push_back(card("S" + std::to_string(number), {storageFunction(1, chips::chip7)}));
@@ -189,7 +189,7 @@ TEST_F(HostileTreeTest, WildUnitCountsListTheUnitsThatAreThere) {
     EXPECT_EQ(occurrences(logLines(), wildCount("targets", "logical units")), 1U);
 }
 
-TEST_F(HostileTreeTest, ACountThatAFabricCouldHaveIsTakenAsItIs) {
+TEST_F(HostileTreeTest, APlausibleCountIsTakenAsItIs) {
     prepareTree();
     record(1).targetCount = 4096 + 2;
     start();

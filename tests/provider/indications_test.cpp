@@ -108,7 +108,7 @@ TEST_F(StatusIndication, APortThatLosesItsLoopIsAnErrorWithEveryPropertyOfTheAle
     EXPECT_EQ(alert["IndicationTime"].substr(0, 8), "datetime");
 }
 
-TEST_F(StatusIndication, IsToldInTheLogStepByStep) {
+TEST_F(StatusIndication, IsLoggedStepByStep) {
     beginListening({fibreCard()});
     setState(1, 3);
     alarm(1);
@@ -123,7 +123,7 @@ TEST_F(StatusIndication, IsToldInTheLogStepByStep) {
                  "Merolt_CNA_Provider::m_generateIndication: Delivered", "Returning from m_generateIndication..."}));
 }
 
-TEST_F(StatusIndication, TheSameStateIsToldOnceAndItsRecoveryIsToldToo) {
+TEST_F(StatusIndication, TheSameStateIsReportedOnceAndSoIsItsRecovery) {
     beginListening({fibreCard()});
     setState(1, 3);
     alarm(1);
@@ -137,7 +137,7 @@ TEST_F(StatusIndication, TheSameStateIsToldOnceAndItsRecoveryIsToldToo) {
 }
 
 // The list knows the state as 1, alerts as 0: such a port is told anew with each alarm.
-TEST_F(StatusIndication, AStateWithoutANameIsToldWithEachAlarm) {
+TEST_F(StatusIndication, AStateWithoutANameIsReportedWithEachAlarm) {
     beginListening({fibreCard()});
     setState(1, 2);
     alarm(1);
@@ -157,14 +157,14 @@ TEST_F(StatusIndication, APortWhoseStateCannotBeReadIsUnknown) {
                                          "m_generateIndication: error calling ZVGetHbaDevicePortProperty return 1f"}));
 }
 
-TEST_F(StatusIndication, NobodyIsToldOfADeviceThatIsNowhere) {
+TEST_F(StatusIndication, AnUnknownDeviceRaisesNoAlert) {
     beginListening({fibreCard()});
     alarm(99);
     EXPECT_TRUE(indications.empty());
     EXPECT_EQ(merolt::gIndicationIdentifier, 0U);
 }
 
-TEST_F(StatusIndication, APortInTheTreeAloneIsToldWithoutItsNames) {
+TEST_F(StatusIndication, APortInTheTreeAloneIsReportedWithoutItsNames) {
     beginListening({fibreCard()});
     merolt::storage::clearFCPortList();
     alarm(1);
@@ -177,7 +177,7 @@ TEST_F(StatusIndication, APortInTheTreeAloneIsToldWithoutItsNames) {
     EXPECT_EQ(alert["MessageArguments"], "string[] {\"\", \"HBA\", \"\", \"OK\"}");
 }
 
-TEST_F(StatusIndication, APortInTheListAloneIsNotTold) {
+TEST_F(StatusIndication, APortInTheListAloneRaisesNoAlert) {
     beginListening({fibreCard()});
     setState(1, 3);
     TAVIK_ProtocolEntry* entry = TAVIK_GetAdapterList()->first->phyPorts->first->protocols->first;
@@ -241,7 +241,7 @@ TEST_F(StatusIndication, TheLibrarysThreadNeverWaitsForARequest) {
 
 using LinkIndication = IndicationTest;
 
-TEST_F(LinkIndication, ALinkThatComesUpIsToldWithEveryProperty) {
+TEST_F(LinkIndication, ALinkThatComesUpRaisesAnAlertWithEveryProperty) {
     beginListening({ethernetCard(2)});
     setLink("eth2", 1);
     services.pass(1);
@@ -311,7 +311,7 @@ TEST_F(LinkIndication, EveryStateButUpIsALinkThatWentDown) {
     EXPECT_EQ(classesOfAlerts(), (std::vector<std::string>{downClass, downClass, upClass}));
 }
 
-TEST_F(LinkIndication, AChangeWithoutSubscriptionIsNotToldLater) {
+TEST_F(LinkIndication, AChangeWithoutSubscriptionIsNotReportedLater) {
     begin({ethernetCard(1)});
     setLink("eth2", 2);
     services.pass(1);

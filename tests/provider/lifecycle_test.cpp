@@ -129,7 +129,7 @@ TEST_F(LifecycleTest, AStartTakesTwoSecondsOfSleepAndDoesNotWaitForTheBuild) {
     EXPECT_EQ(factoryStatus.rc, CMPI_RC_OK);
 }
 
-TEST_F(LifecycleTest, StartTellsItsStepsInTheLog) {
+TEST_F(LifecycleTest, StartLogsItsSteps) {
     switchLogsOn();
     start();
     const std::vector<std::string> lines = logLines();

@@ -130,7 +130,7 @@ TEST_F(ClassTest, TheRecordOfAPortIsNotClearedBehindItsTexts) {
     EXPECT_EQ(text.text()[text.capacity], '\xA5');
 }
 
-TEST_P(ListMemoryTest, OfMoreAdaptersHasRoomAndOfFewShowsNoOther) {
+TEST_P(ListMemoryTest, ListsGrowAndShrinkWithTheAdapters) {
     std::vector<tavik::Card> many;
     for (std::uint32_t number = 1; number <= 40; ++number) {
         tavik::StorageFunction function = withTarget(storageFunction(number, chips::chip7), 1);

@@ -174,7 +174,7 @@ TEST_P(ListPatternTest, PropertyListGivesTheKeysAndTheListedPropertiesOnly) {
     }
 }
 
-TEST_P(ListPatternTest, OperationsTellTheirOwnNamesInTheLog) {
+TEST_P(ListPatternTest, OperationsLogTheirOwnNames) {
     enumerateInstanceNames(row.className);
     EXPECT_TRUE(inOrder(takeLogLines(),
                         {"Entering Merolt_CNA_Provider enumInstanceNames: classname = " + std::string(row.className),

@@ -104,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(Nodes, RepeatedNodesTest,
                                          NodesRow{"AABB", "A-B"}, NodesRow{"AABBB", "A-B"}, NodesRow{"AABCB", "A-B"},
                                          NodesRow{"AABBAC", "A-BB"}));
 
-TEST_F(LogicalPortGroupTest, EachFunctionTellsItsStepsAndARepeatedNodeNoExit) {
+TEST_F(LogicalPortGroupTest, EachFunctionLogsItsStepsAndARepeatedNodeNoExit) {
     switchLogsOn();
     tavik::StorageFunction twin = storageFunction(2, chips::chip7);
     twin.nodeName = worldWideName(0xF1);

@@ -300,7 +300,7 @@ const MezzanineRow mezzanines[] = {
 };
 // clang-format on
 
-TEST_F(PhysicalConnectorTest, MezzanineAdaptersAreToldBySubsystemAndNamedInTheLog) {
+TEST_F(PhysicalConnectorTest, MezzanineAdaptersAreKnownByTheirSubsystemAndLogged) {
     // Every other subsystem of these vendors and of two strangers is none.
     std::map<std::uint32_t, std::string> expected;
     for (const MezzanineRow& row : mezzanines) {
@@ -344,7 +344,7 @@ TEST_F(PhysicalConnectorTest, MezzanineAdaptersModuleIsGoodWhateverItsKind) {
 
 // The log.
 
-TEST_F(PhysicalConnectorTest, EachFunctionTellsWhatBecameOfItsModule) {
+TEST_F(PhysicalConnectorTest, EachFunctionLogsItsModule) {
     switchLogsOn();
     tavik::StorageFunction without = storageFunction(2, chips::chip7);
     without.transceiverReadable = std::uint16_t{1};
@@ -490,7 +490,7 @@ TEST_F(PhysicalConnectorTest, WithoutTreeNoPortIsFound) {
     EXPECT_EQ(joinedTag(g_CNAList->ports), "nothing");
 }
 
-TEST_F(PhysicalConnectorTest, JoinIsTold) {
+TEST_F(PhysicalConnectorTest, JoinIsLogged) {
     switchLogsOn();
     startWith({card("S1", {nicWithModule(1, "SFP1")})});
     takeLogLines();

@@ -119,7 +119,7 @@ void PrintTo(const MakerRow& row, std::ostream* stream) {
 
 class MakerTest : public PhysicalPackageTest, public testing::WithParamInterface<MakerRow> {};
 
-TEST_P(MakerTest, IsToldByTheModelOrTheFormOfTheSerialNumber) {
+TEST_P(MakerTest, IsKnownByTheModelOrTheFormOfTheSerialNumber) {
     const MakerRow& row = GetParam();
     tavik::StorageFunction function = functionWithVpd(1, {{"SN", row.serialNumber}});
     function.modelName = row.model;
@@ -163,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
         MakerRow{"", "", "Merolt Corporation", "", nullptr, "Merolt Fibre Channel Adapter "}));
 // clang-format on
 
-TEST_F(PhysicalPackageTest, FormOfASerialNumberIsToldWithoutChangingTheTextForDisplay) {
+TEST_F(PhysicalPackageTest, FormOfASerialNumberIsTestedWithoutChangingTheTextForDisplay) {
     const char text[] = " 11S1234567ABCDEFGHIJKL ";
     EXPECT_STREQ(physical::getDisplaySerialNumber(text), "ABCDEFGHIJKL");
     EXPECT_STREQ(physical::getDisplaySerialNumber(" AB "), "AB");
@@ -439,7 +439,7 @@ TEST_F(PhysicalPackageTest, EthernetCardIsJoinedByItsSerialNumberInAnyLetterCase
     EXPECT_EQ(joinedTag(g_CNAList), "nothing");
 }
 
-TEST_F(PhysicalPackageTest, JoinIsTold) {
+TEST_F(PhysicalPackageTest, JoinIsLogged) {
     switchLogsOn();
     startWith({card("S1", {nicFunction(1, 1)})});
     takeLogLines();
@@ -464,7 +464,7 @@ TEST_F(PhysicalPackageTest, InstanceTrimsTheSerialNumberOfTheRecordAndTheJoinIsL
 
 // The log.
 
-TEST_F(PhysicalPackageTest, BuildTellsEveryLevelOfTheTree) {
+TEST_F(PhysicalPackageTest, BuildLogsEveryLevelOfTheTree) {
     switchLogsOn();
     tavik::StorageFunction unknown = storageFunction(9, chips::chip7);
     unknown.protocolType = 3;
@@ -494,7 +494,7 @@ Lines linesOfBuild(const Lines& all) {
     return lines;
 }
 
-TEST_F(PhysicalPackageTest, EachCardTellsWhereItsTagAndSkuComeFrom) {
+TEST_F(PhysicalPackageTest, EachCardLogsWhereItsTagAndSkuComeFrom) {
     switchLogsOn();
     tavik::StorageFunction own = functionWithVpd(1, {{"SN", "A1"}, {"FN", "49Y"}});
     own.uuid = "i-2-c";
@@ -530,7 +530,7 @@ TEST_F(PhysicalPackageTest, EachCardTellsWhereItsTagAndSkuComeFrom) {
                      "Done calling createPhysicalPackage() for FC/FCoE device."}));
 }
 
-TEST_F(PhysicalPackageTest, SkippedFunctionTellsTheRecordAndRaisesTheIndexOnlyAfterItsVitalProductData) {
+TEST_F(PhysicalPackageTest, SkippedFunctionLogsTheRecordAndRaisesTheIndexOnlyAfterItsVitalProductData) {
     switchLogsOn();
     startWith({card("S1", {functionWithVpd(1, {{"SN", "S1"}}), functionWithVpd(2, {{"SN", "S1"}})}),
                card("S2", {functionWithVpd(3, {{"SN", "S1"}})}), card("A00000", {storageFunction(4, chips::chip7)})});
@@ -560,7 +560,7 @@ TEST_F(PhysicalPackageTest, SkippedFunctionTellsTheRecordAndRaisesTheIndexOnlyAf
     EXPECT_EQ(countOf(package), 2U);
 }
 
-TEST_F(PhysicalPackageTest, EthernetFunctionTellsTheCardsItIsComparedWith) {
+TEST_F(PhysicalPackageTest, EthernetFunctionLogsTheCardsItIsComparedWith) {
     switchLogsOn();
     startWith({card("S1", {nicFunction(1, 1)}), card("S2", {nicFunction(2, 2)})});
     EXPECT_EQ(linesOfBuild(logLines()),

@@ -117,7 +117,7 @@ TEST_F(PhysicalPortTest, SerialNumberThatFillsItsFieldIsShownWhole) {
     EXPECT_EQ(onlyInstance(physicalPort)["SerialNumber"], inQuotes(std::string(32, 'S')));
 }
 
-TEST_F(PhysicalPortTest, EachPortTellsItsStepsUnderTheNextPlace) {
+TEST_F(PhysicalPortTest, EachPortLogsItsStepsUnderTheNextPlace) {
     switchLogsOn();
     startWith({cardWithPorts("S1", {1, 1, 2})});
     EXPECT_EQ(linesBetween(logLines(), "Entering createPhysicalPort, index = 0",
@@ -206,7 +206,7 @@ TEST_F(PhysicalPortTest, EthernetPortWhoseAdapterIsUnknownToTheListFindsNothing)
     EXPECT_EQ(joinedTag(g_CNAList->ports), "nothing");
 }
 
-TEST_F(PhysicalPortTest, JoinIsTold) {
+TEST_F(PhysicalPortTest, JoinIsLogged) {
     switchLogsOn();
     startWith({card("S1", {nicFunction(1, 1)})});
     takeLogLines();

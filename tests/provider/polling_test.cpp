@@ -64,7 +64,7 @@ TEST_F(PollingTest, TheFirstBuildInitialisesTheLibraryAndThenBuildsTheEthernetSi
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "TAVIK_DidConfigChange"), 0);
 }
 
-TEST_F(PollingTest, TheFirstBuildIsToldInTheLog) {
+TEST_F(PollingTest, TheFirstBuildIsLogged) {
     switchLogsOn();
     tavikLibrary.onInitialize = [&] { services.moveClock(7); };
     start();
@@ -179,7 +179,7 @@ TEST_F(PollingTest, ARefreshUpdatesSwapsAndBuildsTheEthernetSideLast) {
     EXPECT_EQ(calls.back(), "TAVIK_GetTransceiverDMIData") << "the link poll follows the refresh";
 }
 
-TEST_F(PollingTest, ARefreshIsToldInTheLog) {
+TEST_F(PollingTest, ARefreshIsLogged) {
     startWithInterval(0);
     tavikLibrary.setNextFleet(smallFleet(1));
     services.pass(1);

@@ -53,7 +53,7 @@ void PrintTo(const Lack& lack, std::ostream* out) { *out << lack.name; }
 
 class UselessServerTest : public PoorServerTest, public testing::WithParamInterface<Lack> {};
 
-TEST_P(UselessServerTest, IsToldThatTheProviderCannotWorkAndGetsNoInterface) {
+TEST_P(UselessServerTest, GetsAMessageAndNoInterface) {
     GetParam().takeAway();
     const bool hasLog = plainBroker.broker.eft != nullptr;
     EXPECT_FALSE(load());
@@ -91,7 +91,7 @@ TEST_F(NoServerTest, ANullBrokerGetsNoInterface) {
                 ElementsAre("Merolt_CNA_Provider: the CIM server does not give a broker" + std::string(notLoaded)));
 }
 
-TEST_F(NoServerTest, NorDoesOneThatGivesNothingAtAll) {
+TEST_F(NoServerTest, ANullStatusAndContextGetNoInterfaceEither) {
     EXPECT_EQ(Merolt_CNA_Provider_Create_InstanceMI(nullptr, nullptr, nullptr), nullptr);
     EXPECT_EQ(Merolt_CNA_Provider_Create_MethodMI(nullptr, nullptr, nullptr), nullptr);
     EXPECT_EQ(linesAboutTheServer().size(), 2U);
@@ -122,7 +122,7 @@ TEST_P(ThreadlessServerTest, ShowsWhatNeedsNoAdapters) {
     EXPECT_EQ(tavikLibrary.callCount("TAVIK_Initialize(0)"), 0U);
 }
 
-TEST_P(ThreadlessServerTest, IsToldOnce) {
+TEST_P(ThreadlessServerTest, GetsOneMessage) {
     switchLogsOn();
     GetParam().takeAway();
     ASSERT_TRUE(load());
@@ -143,7 +143,7 @@ TEST_P(ThreadlessServerTest, NamesItsComputerSystem) {
     EXPECT_STREQ(plainText(result, 0, "Name"), "192.0.2.10");
 }
 
-TEST_P(ThreadlessServerTest, IsLeftWithoutTrouble) {
+TEST_P(ThreadlessServerTest, CleansUpWithoutErrors) {
     GetParam().takeAway();
     ASSERT_TRUE(load());
     EXPECT_EQ(cleanUp(std::exchange(instances, nullptr), 0), CMPI_RC_OK);
@@ -177,7 +177,7 @@ TEST_P(SilentServerTest, ShowsAdaptersAndGetsNoAlerts) {
     EXPECT_EQ(enumerate(fcPort), oneObject);
 }
 
-TEST_P(SilentServerTest, IsToldOnce) {
+TEST_P(SilentServerTest, GetsOneMessage) {
     switchLogsOn();
     GetParam().takeAway();
     loadAndBuild();

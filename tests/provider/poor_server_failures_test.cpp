@@ -93,7 +93,7 @@ protected:
     }
 };
 
-TEST_P(TroubleTest, InEnumerationsIsOvercome) {
+TEST_P(TroubleTest, InEnumerationsLeavesTheProviderUsable) {
     switchLogsOn();
     loadAndBuild();
     for (const char* className :
@@ -102,19 +102,19 @@ TEST_P(TroubleTest, InEnumerationsIsOvercome) {
         EXPECT_TRUE(survive([&] { return enumerate(className); }) > 0 || mayNeedNoMemory()) << className;
 }
 
-TEST_P(TroubleTest, InGetInstanceIsOvercome) {
+TEST_P(TroubleTest, InGetInstanceLeavesTheProviderUsable) {
     switchLogsOn();
     loadAndBuild();
     EXPECT_TRUE(survive([&] { return getPort(); }) > 0);
 }
 
-TEST_P(TroubleTest, InAssociatorsIsOvercome) {
+TEST_P(TroubleTest, InAssociatorsLeavesTheProviderUsable) {
     switchLogsOn();
     loadAndBuild();
     EXPECT_GT(survive([&] { return associatorsOfPort(); }), 0U);
 }
 
-TEST_P(TroubleTest, InMethodsIsOvercome) {
+TEST_P(TroubleTest, InMethodsLeavesTheProviderUsable) {
     switchLogsOn();
     loadAndBuild();
     const unsigned occasions = survive([&] { return install(); });
@@ -122,7 +122,7 @@ TEST_P(TroubleTest, InMethodsIsOvercome) {
 }
 
 /// A factory may end the process by its own rules, where it gets no mutex; so each try is a process of its own.
-TEST_P(TroubleTest, InAFactoryIsOvercome) {
+TEST_P(TroubleTest, InAFactoryLeavesTheProviderUsable) {
     unsigned withoutMutex = 0;
     for (unsigned n = 1;; ++n) {
         std::fflush(nullptr);
@@ -261,7 +261,7 @@ protected:
     }
 };
 
-TEST_P(AlertTroubleTest, CostsAtMostThatAlert) {
+TEST_P(AlertTroubleTest, LosesAtMostThatAlert) {
     trouble = &GetParam();
     loadAndBuild();
     subscribe();
@@ -283,7 +283,7 @@ INSTANTIATE_TEST_SUITE_P(Troubles, AlertTroubleTest, testing::ValuesIn(troubles)
 
 class AlarmTest : public PoorServerTest {};
 
-TEST_F(AlarmTest, OneThatFindsNoMemoryIsLostAndTheNextIsNot) {
+TEST_F(AlarmTest, WithoutMemoryForItIsLostAndTheNextIsNot) {
     loadAndBuild();
     subscribe();
     tavikLibrary.storage(1).property.state = tavik::PortLoopDown;

@@ -150,7 +150,7 @@ TEST_F(PortControllerTest, SerialNumberThatFillsItsFieldInTheRecordIsShownWhole)
 
 // The log.
 
-TEST_F(PortControllerTest, EachFunctionTellsItsStepsUnderItsPlaceInTheWalk) {
+TEST_F(PortControllerTest, EachFunctionLogsItsStepsUnderItsPlaceInTheWalk) {
     switchLogsOn();
     const tavik::StorageFunction first = withENode(functionWithVpd(1, {{"SN", "AB1"}}, chips::chip15), 0xFF);
     startWith({card("S1", {first, functionWithVpd(2, {{"SN", "AB1"}})}), card("S2", {storageFunction(3, chips::chip7)}),

@@ -90,7 +90,7 @@ TEST_F(ProductTest, SerialNumberKeepsItsBlanks) {
         EXPECT_EQ(onlyInstance(product)["IdentifyingNumber"], inQuotes(" S1 "));
 }
 
-TEST_F(ProductTest, EachAdapterTellsItsRecordInTheLog) {
+TEST_F(ProductTest, EachAdapterLogsItsRecord) {
     switchLogsOn();
     startWith({productCard("S1"), productCard("S1")});
     EXPECT_EQ(linesBetween(logLines(), "Entering createProduct, index = 0", "Exiting  createProduct"),

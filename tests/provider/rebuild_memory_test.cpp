@@ -90,7 +90,7 @@ const RebuiltList rebuiltLists[] = {
 
 class RebuildMemoryTest : public ClassTest, public testing::WithParamInterface<RebuiltList> {};
 
-TEST_P(RebuildMemoryTest, NoRecordTakesAny) {
+TEST_P(RebuildMemoryTest, RecordsTakeNoMemory) {
     std::vector<tavik::Card> cards;
     for (std::uint32_t number = 1; number <= 24; ++number) {
         tavik::StorageFunction function = functionWithVpd(number, {{"SN", "AB1234"}, {"V9", "010203"}}, chips::chip15);

@@ -323,7 +323,7 @@ TEST_F(VpdFetchTest, ItemsOfAnEarlierCardStayUnlessTheyAreClearedOrReplaced) {
     EXPECT_EQ(stored(), "g_UUID=UUID:3\n");
 }
 
-TEST_F(VpdFetchTest, ReadingHasANumberOfItsOwnUntilTheBlockIsAnother) {
+TEST_F(VpdFetchTest, ReadingKeepsItsNumberUntilTheBlockChanges) {
     tavik::StorageFunction function = storageFunction(1, chip8);
     function.vpd = tavik::encodeVpd("X", {{"SN", "1"}});
     fetchAdapterVpd(deviceOf(function));
@@ -356,7 +356,7 @@ TEST_F(VpdFetchTest, StoresKeepTheirTextsWhenReadingsAreForgotten) {
 }
 
 // What lies behind the end tag says nothing; what stands before it does, be it one byte.
-TEST_F(VpdFetchTest, OneByteMakesAnotherBlock) {
+TEST_F(VpdFetchTest, ABlockThatDiffersInOneByteIsReadAnew) {
     tavik::StorageFunction function = storageFunction(1, chip8);
     function.vpd = tavik::encodeVpd("X", {{"SN", "1"}});
     const std::size_t size = function.vpd->size();

@@ -127,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(, FleetErrors, ::testing::ValuesIn(badFleets),
                          [](const auto& test) { return test.param.name; });
 
 // The list of keys is that of the kind of function: nobody shows a fabric's name of an Ethernet port.
-TEST(FleetErrorTexts, AFactOfTheOtherKindOfFunctionIsUnknown) {
+TEST(FleetErrorTexts, AFactOfTheOtherKindOfFunctionIsRefused) {
     const std::string start = "fleet.json: /cards/0/ports/0/";
     const auto atEthernet = errorFrom(ethernet(R"("facts": {"fabricName": "A"})"));
     EXPECT_EQ(atEthernet.find(start + "ethernet/facts/fabricName: unknown key, expected one of \"interfaceName\""), 0U)

@@ -282,7 +282,7 @@ TEST(DemonstrationFleet, ShowsEveryKindOfCard) {
     EXPECT_EQ(storageOf(fleet, 6, 0).vpd, std::nullopt);
 }
 
-TEST(DemonstrationFleet, TellsTheSameSerialNumberInEveryPlace) {
+TEST(DemonstrationFleet, HasTheSameSerialNumberInEveryPlace) {
     const auto fleet = std::get<Fleet>(readFleetFile(TAVIK_DEMO_FLEET));
     for (const auto& card : fleet.cards.value())
         forEachFunction(card, [&card](const auto& function) {

@@ -67,7 +67,7 @@ TEST_F(LibraryFlashTest, TakesTheBytesOfAnImageAndShowsItsVersionsAfterTheNextUp
     EXPECT_EQ(flashVersion(), "02.02.03");
 }
 
-TEST_F(LibraryFlashTest, WhoHoldsTheFolderDoesNotHoldItUp) {
+TEST_F(LibraryFlashTest, AProcessThatLocksTheFolderDoesNotDelayIt) {
     start(twoPorts);
     const int folder = open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ASSERT_EQ(flock(folder, LOCK_SH), 0);
@@ -84,7 +84,7 @@ TEST_F(LibraryFlashTest, TellsThatSomebodyElseIsChangingTheFleetInsteadOfWaiting
     EXPECT_EQ(fleetText(), twoPorts);
 }
 
-TEST_F(LibraryFlashTest, WhatAKilledUpdateLeftIsGoneAfterTheNextStart) {
+TEST_F(LibraryFlashTest, FilesLeftByAKilledUpdateAreGoneAfterTheNextStart) {
     std::ofstream(folder_ / "fleet.json.unfinished") << R"({"cards": [)";
     start(twoPorts);
     EXPECT_FALSE(std::filesystem::exists(folder_ / "fleet.json.unfinished"));
@@ -154,7 +154,7 @@ TEST_F(LibraryFlashTest, OfACardWhoseNumbersAnotherOneHasTakenIsRefusedUntilTheS
     EXPECT_EQ(library.UpdateFlash(1, image().data(), 0), statusOk);
 }
 
-TEST_F(LibraryFlashTest, ThatIsRefusedIsOneLineWhateverTheClientNamed) {
+TEST_F(LibraryFlashTest, ThatIsRefusedWritesOneLineWhateverTheClientNamed) {
     start(twoPorts);
     const StandardError log(folder_ / "log");
     EXPECT_EQ(library.UpdateFlash(100, "/no\ntavik: such\r\x1b[31m\x7f\tf\xC3\xBCr", 0), statusUnreadableFile);

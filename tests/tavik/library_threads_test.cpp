@@ -51,7 +51,7 @@ void askEverything(const test::LoadedLibrary& library) {
     EXPECT_NE(library.GetAdapterList(), nullptr);
 }
 
-TEST_F(LibraryThreads, QueriesUpdatesAndAlarmsGoTogether) {
+TEST_F(LibraryThreads, QueriesUpdatesAndAlarmsRunTogether) {
     alarms = 0;
     start(fleetWithState("operational"));
     ASSERT_EQ(library.RegisterAlarmNotificationCallback(countAlarm), 0U);
@@ -150,7 +150,7 @@ protected:
     Bytes image_;
 };
 
-TEST_F(LibraryUnderAProvider, QuestionsForChangesMeetRequestsAndFlashCallsAndLoseNothing) {
+TEST_F(LibraryUnderAProvider, NoChangeIsLostBesideRequestsAndFlashCalls) {
     start(fleetOfCards(1));
     std::vector<std::thread> threads;
     threads.push_back(repeat(&LibraryUnderAProvider::poll));

@@ -59,7 +59,7 @@ TEST_F(WriterLocks, TheLockFileIsItsOwnersAloneAndStays) {
     EXPECT_TRUE(WriterLock(file_).isHeld());
 }
 
-TEST_F(WriterLocks, WhoHoldsTheFolderOrTheFileHoldsNobodyUp) {
+TEST_F(WriterLocks, AProcessThatLocksTheFolderOrTheFileDelaysNobody) {
     const int folder = open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const int file = open(file_.c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(flock(folder, LOCK_EX), 0);
@@ -69,7 +69,7 @@ TEST_F(WriterLocks, WhoHoldsTheFolderOrTheFileHoldsNobodyUp) {
     close(file);
 }
 
-TEST_F(WriterLocks, ASecondWriterIsToldThatAnotherOneIsAtWork) {
+TEST_F(WriterLocks, ASecondWriterFailsWhileAnotherIsAtWork) {
     const WriterLock first(file_);
     const WriterLock second(file_, 30ms);
     EXPECT_FALSE(second.isHeld());
@@ -123,7 +123,7 @@ TEST_F(WriterLocks, ALinkIsNotFollowed) {
     EXPECT_EQ(statusOfLock().st_mode & 07777, 0644U);
 }
 
-TEST_F(WriterLocks, AFifoOrAFolderIsNamedAndHoldsNobodyUp) {
+TEST_F(WriterLocks, AFifoOrAFolderIsNamedAndDelaysNobody) {
     ASSERT_EQ(mkfifo(lockFile_.c_str(), 0600), 0);
     EXPECT_EQ(refusal(), lockFile_.string() + ": it is no regular file; remove it");
     std::filesystem::remove(lockFile_);
@@ -165,26 +165,26 @@ TEST_F(WriterLocksOfTwoUsers, AnAdministratorLeavesTheLockToTheFilesOwner) {
     EXPECT_EQ(refusalOfSomebodyElse(), "");
 }
 
-TEST_F(WriterLocksOfTwoUsers, WhoMayNotWriteInTheFolderIsTold) {
+TEST_F(WriterLocksOfTwoUsers, AFolderThatMayNotBeWrittenIsReported) {
     EXPECT_EQ(refusalOfSomebodyElse(), lockFile_.string() + ": Permission denied");
 }
 
 class WholeFiles : public WriterLocks {};
 
-TEST_F(WholeFiles, WhatAKilledWriterLeftIsRemovedWhenTheFileIsTakenUp) {
+TEST_F(WholeFiles, AnUnfinishedFileIsRemoved) {
     std::ofstream(unfinished_) << "par";
     removeUnfinished(file_);
     EXPECT_FALSE(std::filesystem::exists(unfinished_));
 }
 
-TEST_F(WholeFiles, WhatAWriterIsAboutToFinishStays) {
+TEST_F(WholeFiles, AnUnfinishedFileOfAWriterAtWorkStays) {
     std::ofstream(unfinished_) << "par";
     const WriterLock atWork(file_);
     removeUnfinished(file_);
     EXPECT_TRUE(std::filesystem::exists(unfinished_));
 }
 
-TEST_F(WholeFiles, NothingThatStandsWhereTheyAreWrittenHoldsAWriterUpOrIsWrittenTo) {
+TEST_F(WholeFiles, FifosAndLinksInTheirPlaceAreReplaced) {
     ASSERT_EQ(mkfifo(unfinished_.c_str(), 0666), 0);
     EXPECT_EQ(replaceWholeFile(file_, "new").value_or(""), "");
     std::ofstream(folder_ / "victim") << "victim";

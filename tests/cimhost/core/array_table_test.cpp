@@ -51,7 +51,7 @@ TEST_F(ArrayTable, AnElementNeverSetIsNull) {
     EXPECT_EQ(data.type, CMPI_uint16);
 }
 
-TEST_F(ArrayTable, BeyondTheEndIsRc12) {
+TEST_F(ArrayTable, AnIndexBeyondTheEndIsRc12) {
     CMPIArray* made = array(2, CMPI_uint16);
     const CMPIUint16 number = 7;
     EXPECT_RC(setAt(made, 2, &number, CMPI_uint16), CMPI_RC_ERR_NO_SUCH_PROPERTY);
@@ -59,7 +59,7 @@ TEST_F(ArrayTable, BeyondTheEndIsRc12) {
     EXPECT_EQ(elementAt(array(0, CMPI_uint16), 0, CMPI_RC_ERR_NO_SUCH_PROPERTY).state, absentState);
 }
 
-TEST_F(ArrayTable, AnotherTypeIsRc13WithAMessage) {
+TEST_F(ArrayTable, AnElementOfAnotherTypeIsRc13WithAMessage) {
     CMPIArray* made = array(1, CMPI_uint16);
     const CMPIUint32 number = 7;
     const CMPIStatus status = setAt(made, 0, &number, CMPI_uint32);

@@ -42,7 +42,7 @@ TEST(CimType, IntegersAreReadInEveryBase) {
     }
 }
 
-TEST(CimType, WhatIsNoIntegerIsNotRead) {
+TEST(CimType, TextsThatAreNoIntegersAreRefused) {
     for (const char* text : {"", "-", "+", "+-1", "--1", " 1", "1 ", "1.0", "0x", "0xg", "08", "2b", "b", "1e3", "abc",
                              "18446744073709551616", "0x10000000000000000"}) {
         EXPECT_FALSE(parseInteger(text)) << text;

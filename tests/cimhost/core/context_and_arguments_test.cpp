@@ -35,13 +35,13 @@ protected:
 
 } // namespace
 
-TEST_F(Arguments, AnAbsentOneIsRc12) {
+TEST_F(Arguments, AnAbsentArgumentIsRc12) {
     const CMPIData data = getArg(arguments(), "Image", CMPI_RC_ERR_NO_SUCH_PROPERTY);
     EXPECT_EQ(data.type, CMPI_null);
     EXPECT_EQ(data.state, absentState);
 }
 
-TEST_F(Arguments, APresentNullHasItsTypeAndValueZero) {
+TEST_F(Arguments, ANullArgumentHasItsTypeAndValueZero) {
     const CMPIArgs* args = arguments();
     EXPECT_EQ(add(args, "Target", nullptr, CMPI_ref), CMPI_RC_OK);
     const CMPIData data = getArg(args, "target");
@@ -62,7 +62,7 @@ TEST_F(Arguments, AnArrayHasItsElementTypeAndTheArrayFlag) {
     EXPECT_EQ(getArg(args, "Texts").type, CMPI_stringA);
 }
 
-TEST_F(Arguments, WhatIsWrittenIntoAnArrayThatWasReadStaysThere) {
+TEST_F(Arguments, ChangesToAnArrayThatWasReadAreKept) {
     constexpr CMPICount size = 20;
     CMPIArray* given = array(size, CMPI_uint8);
     const auto write = [](CMPIArray* to, CMPICount index, CMPIUint8 number) {
@@ -130,7 +130,7 @@ TEST_F(Arguments, KeepTheirOrderAndOneValueAName) {
     EXPECT_EQ(status.rc, CMPI_RC_ERR_NO_SUCH_PROPERTY);
 }
 
-TEST_F(Arguments, BrokenOnesAreRc60) {
+TEST_F(Arguments, BrokenArgumentsAreRc60) {
     CMPIArgs broken = *arguments();
     broken.hdl = nullptr;
     EXPECT_EQ(add(&broken, "A", "x", CMPI_chars), CMPI_RC_ERR_INVALID_HANDLE);
@@ -169,7 +169,7 @@ TEST_F(Context, ReleaseDoesNothingAndCloneIsAbsent) {
     EXPECT_EQ(context->ft->clone, nullptr);
 }
 
-TEST_F(Context, ABrokenOneIsRc60) {
+TEST_F(Context, ABrokenContextIsRc60) {
     CMPIContext broken = *context;
     broken.hdl = nullptr;
     CMPIStatus status{};

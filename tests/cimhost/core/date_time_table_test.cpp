@@ -44,13 +44,13 @@ TEST_F(DateTimeTable, ABadTextGivesNothingAndRc4) {
     EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_PARAMETER);
 }
 
-TEST_F(DateTimeTable, WhatNoTextCanSayIsRefused) {
+TEST_F(DateTimeTable, TimesBeyondTheTextFormatAreRefused) {
     CMPIStatus status{};
     EXPECT_EQ(cmpi->eft->newDateTimeFromBinary(cmpi, ~0ULL, 0, &status), nullptr);
     EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_PARAMETER);
 }
 
-TEST_F(DateTimeTable, NowIsNow) {
+TEST_F(DateTimeTable, TheCurrentTimeIsThatOfTheClock) {
     using namespace std::chrono;
     const auto now = [] {
         return static_cast<CMPIUint64>(duration_cast<microseconds>(system_clock::now().time_since_epoch()).count());
@@ -62,7 +62,7 @@ TEST_F(DateTimeTable, NowIsNow) {
     EXPECT_LE(microseconds, now());
 }
 
-TEST_F(DateTimeTable, ABrokenOneAnswersRc60) {
+TEST_F(DateTimeTable, ABrokenDateTimeIsRc60) {
     CMPIDateTime broken = *dateTime("20010909034640.000000+120");
     broken.hdl = nullptr;
     CMPIStatus status{};

@@ -60,7 +60,7 @@ TEST(DateTime, UnknownDigitsCountAsTheLeastPossible) {
     EXPECT_EQ(parseDateTime("00000001******.******:000")->microseconds, day);
 }
 
-TEST(DateTime, WhatIsNotLegalIsNotRead) {
+TEST(DateTime, IllegalTextsAreRefused) {
     for (const char* text : {
              "",
              "20260131120000.000000+00",   // a character short
@@ -102,7 +102,7 @@ TEST(DateTime, FormattedIntervalsAreReadAsTheyWere) {
     EXPECT_EQ(format(100000000 * day - 1, true), "99999999235959.999999:000");
 }
 
-TEST(DateTime, WhatTwentyFiveCharactersCannotSayIsRefused) {
+TEST(DateTime, TimesBeyondTheTextFormatAreRefused) {
     EXPECT_EQ(format(253402300800 * second, false), "none");
     EXPECT_EQ(format(100000000 * day, true), "none");
     EXPECT_EQ(format(std::numeric_limits<std::uint64_t>::max(), false), "none");

@@ -35,7 +35,7 @@ TEST_F(EncapsulationTable, APathOfAnUnknownClassIsOfItsOwnNameOnly) {
     EXPECT_EQ(isA(path("Test_Thing", "root/elsewhere"), "Test_Base"), 0) << "the namespace lacks the class";
 }
 
-TEST_F(EncapsulationTable, ClassNamesThatAreNoneAreRefused) {
+TEST_F(EncapsulationTable, IllegalClassNamesAreRefused) {
     EXPECT_EQ(isA(path(), nullptr, CMPI_RC_ERR_INVALID_PARAMETER), 0);
     EXPECT_EQ(isA(path(), "", CMPI_RC_ERR_INVALID_CLASS), 0);
     EXPECT_EQ(isA(path(), "Test Thing", CMPI_RC_ERR_INVALID_CLASS), 0);
@@ -113,7 +113,7 @@ TEST_F(EncapsulationTable, ErrorObjectsAreNotMade) {
     EXPECT_EQ(status.rc, CMPI_RC_ERR_NOT_SUPPORTED);
 }
 
-TEST_F(EncapsulationTable, ABrokerThatIsNoneIsRc60) {
+TEST_F(EncapsulationTable, ABrokenBrokerIsRc60) {
     CMPIStatus status{};
     CMPIBroker broken = *cmpi;
     broken.hdl = nullptr;

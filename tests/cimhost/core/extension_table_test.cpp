@@ -72,7 +72,7 @@ TEST_F(ExtensionTable, ADetachedThreadCannotBeJoined) {
     EXPECT_EQ(broker->runningThreads(), 0U);
 }
 
-TEST_F(ExtensionTable, AThreadOfOneBrokerIsNoneOfAnother) {
+TEST_F(ExtensionTable, AThreadOfAnotherBrokerCannotBeJoined) {
     cimhost::Broker other(classes);
     void* mutex = xft.newMutex(0);
     xft.lockMutex(mutex);
@@ -137,7 +137,7 @@ TEST_F(ExtensionTable, ThreadsAndJoinsWithoutAttachmentAreCounted) {
     EXPECT_EQ(broker->fatalUnattachedCalls(), 2U);
 }
 
-TEST_F(ExtensionTable, WhatIsNoThreadIsRefused) {
+TEST_F(ExtensionTable, UnknownThreadsAreRefused) {
     EXPECT_EQ(xft.newThread(nullptr, nullptr, 0), nullptr);
     int number = 0;
     EXPECT_EQ(xft.joinThread(&number, nullptr), ESRCH);
@@ -155,7 +155,7 @@ TEST_F(ExtensionTable, SleepTakesMilliseconds) {
     EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(20));
 }
 
-TEST_F(ExtensionTable, OnceIsOnce) {
+TEST_F(ExtensionTable, AOnceFunctionRunsOnce) {
     static std::atomic<int> calls = 0;
     static int once = 0;
     calls = 0;

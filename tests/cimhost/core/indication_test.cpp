@@ -57,7 +57,7 @@ TEST_F(Indication, AServerThatFailsIsRc1AndLogged) {
     EXPECT_EQ(messages().back(), "an indication was not delivered");
 }
 
-TEST_F(Indication, WhatIsNoneIsRc60) {
+TEST_F(Indication, BrokenIndicationsAreRc60) {
     EXPECT_RC(deliver(nullptr), CMPI_RC_ERR_INVALID_HANDLE);
     EXPECT_RC(cmpi->bft->deliverIndication(cmpi, nullptr, "root/test", instance()), CMPI_RC_ERR_INVALID_HANDLE);
     EXPECT_EQ(broker->deliveredIndications(), 0U);

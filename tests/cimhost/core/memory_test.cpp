@@ -56,7 +56,7 @@ TEST_F(Memory, AnArenaThatIsRewoundHandsTheSameMemoryOutAgain) {
     EXPECT_EQ(first, "stays");
 }
 
-TEST_F(Memory, WhatIsToBeKeptIsNotHandedOutAgain) {
+TEST_F(Memory, KeptMemoryIsNotHandedOutAgain) {
     Arena arena;
     std::vector<std::string_view> kept;
     for (int round = 0; round < 100; ++round) {
@@ -70,7 +70,7 @@ TEST_F(Memory, WhatIsToBeKeptIsNotHandedOutAgain) {
         EXPECT_EQ(kept[round], std::to_string(round) + std::string(500, '.'));
 }
 
-TEST_F(Memory, WhatAProviderGivesBackIsUsedAgain) {
+TEST_F(Memory, MemoryThatAProviderGivesBackIsUsedAgain) {
     std::size_t size = 0;
     for (int round = 0; round < 1000; ++round) {
         CMPIStatus status{CMPI_RC_ERROR, nullptr};
@@ -84,7 +84,7 @@ TEST_F(Memory, WhatAProviderGivesBackIsUsedAgain) {
     EXPECT_EQ(scope->arena().size(), size);
 }
 
-TEST_F(Memory, WhatAProviderReturnedStaysWhenItGivesTheRestBack) {
+TEST_F(Memory, ReturnedObjectsStayWhenTheRestIsGivenBack) {
     cimhost::ResultCollector result(*scope, cimhost::ResultKind::instances);
     for (const char* name : {"one", "two"}) {
         CMPIGcStat* mark = cmpi->mft->mark(cmpi, nullptr);
@@ -99,7 +99,7 @@ TEST_F(Memory, WhatAProviderReturnedStaysWhenItGivesTheRestBack) {
     EXPECT_EQ(textOf(get(result.instances[1], "Name").value.string), "two");
 }
 
-TEST_F(Memory, AMarkIsOfItsOwnRequest) {
+TEST_F(Memory, AMarkOfAnotherRequestIsRefused) {
     CMPIGcStat* mark = cmpi->mft->mark(cmpi, nullptr);
     RequestScope inner(*broker);
     EXPECT_RC(cmpi->mft->release(cmpi, mark), CMPI_RC_ERR_INVALID_HANDLE);
@@ -172,7 +172,7 @@ TEST_F(Memory, AClonedQueryOutlivesTheRequest) {
     EXPECT_RC(copy->ft->release(copy), CMPI_RC_OK);
 }
 
-TEST_F(Memory, WhatACloneHandsOutEndsWithTheRequestOfTheReader) {
+TEST_F(Memory, ValuesReadFromACloneEndWithTheReadersRequest) {
     CMPIInstance* made = instance();
     set(made, "Name", "text", CMPI_chars);
     CMPIInstance* copy = made->ft->clone(made, nullptr);

@@ -217,7 +217,7 @@ TEST(MofErrors, DeepNestingIsRefusedWhereItBegins) {
     EXPECT_EQ(messageOf(std::string(1000000, '[')), R"(1:2: expected a qualifier's name, found "[")");
 }
 
-TEST(MofErrors, ADeclarationHasAnEnd) {
+TEST(MofErrors, ADeclarationOfTooManyPartsIsRefused) {
     const auto repeated = [](const std::string& begin, const std::string& part) {
         std::string text = begin;
         for (int count = 0; count < 30000; ++count)
@@ -244,7 +244,7 @@ TEST(MofErrors, ANamespaceHasAThousandQualifiersAtMost) {
     EXPECT_EQ(messageOf(text), R"(1001:11: more than 1000 qualifiers in namespace "root/test")");
 }
 
-TEST(MofErrors, WhatClassesRepeatDownTheTreeIsBounded) {
+TEST(MofErrors, MemoryOfInheritedMembersIsBounded) {
     std::string text = "Qualifier Description : string, Scope(any);\nclass C0 { [Description(\"";
     text += std::string(1U << 20, 'x') + "\")] string N; };\n";
     for (int count = 1; count < 300; ++count) {

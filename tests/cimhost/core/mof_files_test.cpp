@@ -75,7 +75,7 @@ TEST_F(MofFiles, SeveralFilesOfOneLoadMayReferToEachOther) {
     EXPECT_EQ(repository.classes("root/test").size(), 2U);
 }
 
-TEST_F(MofFiles, WhatCannotBeReadIsToldWithItsName) {
+TEST_F(MofFiles, AFileThatCannotBeReadIsNamed) {
     EXPECT_EQ(messageOf(folder / "missing.mof"), "missing.mof:1:1: cannot be read: No such file or directory");
     fs::create_directory(folder / "folder.mof");
     EXPECT_EQ(messageOf(folder / "folder.mof"), "folder.mof:1:1: cannot be read: not a regular file");

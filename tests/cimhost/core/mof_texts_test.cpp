@@ -92,7 +92,7 @@ TEST_F(MofTexts, DefaultsReadAsCimXmlWritesThem) {
     EXPECT_TRUE(a.hasDefaults());
 }
 
-TEST_F(MofTexts, ASubclassHasWhatItInheritsFirst) {
+TEST_F(MofTexts, InheritedPropertiesComeFirst) {
     const ClassDeclaration& b = load(R"(
         class A { [Key] string K; uint8 N = 1; uint8 M = 1; [Description("a")] string D; };
         class B : A { uint8 Own; [Override("N")] uint8 N; [Override("A.M")] uint8 M = NULL;

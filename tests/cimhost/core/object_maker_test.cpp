@@ -118,7 +118,7 @@ TEST_F(ObjectMakerTest, KeysThatTheClassLacksHaveTheTypeOfTheirKind) {
     EXPECT_EQ(addedKey("New", KeyKind::boolean, "false"), "New=false");
 }
 
-TEST_F(ObjectMakerTest, ALoneSurrogateIsWrittenAsTheReplacement) {
+TEST_F(ObjectMakerTest, ALoneSurrogateIsWrittenAsTheReplacementCharacter) {
     CMPIData data{};
     data.type = CMPI_char16;
     data.value.char16 = 0xd800;

@@ -34,7 +34,7 @@ TEST_F(ObjectPathTable, PlacesAreTakenFromAnotherPath) {
     EXPECT_RC(second->ft->setNameSpaceFromObjectPath(second, nullptr), CMPI_RC_ERR_INVALID_HANDLE);
 }
 
-TEST_F(ObjectPathTable, AClassThatNobodyKnowsIsTaken) {
+TEST_F(ObjectPathTable, AnUnknownClassIsTaken) {
     CMPIObjectPath* made = path("Test_Unknown");
     ASSERT_NE(made, nullptr);
     const CMPIUint8 number = 3;
@@ -111,7 +111,7 @@ TEST_F(ObjectPathTable, ANullValueIsRc1) {
     EXPECT_EQ(set(path(), "Other", nullptr, CMPI_uint16), CMPI_RC_ERR_FAILED);
 }
 
-TEST_F(ObjectPathTable, WhatCanBeNoKeyIsRc61) {
+TEST_F(ObjectPathTable, TypesThatNoKeyHasAreRc61) {
     const CMPIArray* numbers = array(1, CMPI_uint8);
     const CMPIInstance* thing = instance();
     const CMPIArgs* args = arguments();
@@ -189,7 +189,7 @@ TEST_F(ObjectPathTable, KeysAreReadByTheirPlace) {
     EXPECT_EQ(made->ft->getKeyAt(made, 0, nullptr, nullptr).type, CMPI_keyString);
 }
 
-TEST_F(ObjectPathTable, ThePathAsATextQuotesWhatItMust) {
+TEST_F(ObjectPathTable, ThePathAsATextEscapesQuotes) {
     CMPIObjectPath* inner = path();
     set(inner, "Name", "a \"b\" \\c", CMPI_chars);
     const CMPIObjectPath* pointer = inner;

@@ -39,7 +39,7 @@ TEST_F(PropertyFilter, KeepsListedPropertiesAndKeys) {
     EXPECT_EQ(get(made, "Text", CMPI_RC_ERR_NO_SUCH_PROPERTY).state, absentState);
 }
 
-TEST_F(PropertyFilter, DropsWhatIsSetLater) {
+TEST_F(PropertyFilter, DropsPropertiesThatAreSetLater) {
     CMPIInstance* made = instance();
     filter(made, {"Level"});
     const CMPIUint16 seven = 7;

@@ -155,7 +155,7 @@ TEST_F(ProviderLibraryTest, FailuresBecomeCimErrors) {
     EXPECT_EQ(errorIn(library->getInstance(*scope, context, named("kind"), {})), "7 ");
 }
 
-TEST_F(ProviderLibraryTest, WhatWasReturnedBeforeAFailureIsThere) {
+TEST_F(ProviderLibraryTest, ObjectsReturnedBeforeAFailureAreKept) {
     load("Whole");
     const Outcome outcome = library->getInstance(*scope, context, named("late"), {});
     EXPECT_EQ(errorIn(outcome), "1 after all");
@@ -219,7 +219,7 @@ TEST_F(ProviderLibraryTest, ExceptionsBecomeFailures) {
               "1 ThrowingFactory_Create_InstanceMI failed: the provider failed: no tree");
 }
 
-TEST_F(ProviderLibraryTest, WhatCannotBeLoadedIsToldWithItsReason) {
+TEST_F(ProviderLibraryTest, ALibraryThatCannotBeLoadedIsReportedWithTheReason) {
     const std::string missing = loadError("Whole", "/nowhere/libNothing.so");
     EXPECT_EQ(missing.find("cannot load the provider library \"/nowhere/libNothing.so\": "), 0U) << missing;
     EXPECT_NE(missing.find("No such file"), std::string::npos) << missing;
@@ -237,7 +237,7 @@ TEST_F(ProviderLibraryTest, ALibraryWithoutFactoriesIsRefused) {
     EXPECT_NE(loadError("Other", TEST_PROVIDER).find("has none of the factories of \"Other\""), std::string::npos);
 }
 
-TEST_F(ProviderLibraryTest, ShutdownCleansUpWhatWasMadeInTheOrderOfServers) {
+TEST_F(ProviderLibraryTest, ShutdownCleansUpInterfacesInTheOrderOfServers) {
     load("Whole");
     const SelectExpObject& filter = *SelectExpObject::make(scope->arena(), "SELECT", "WQL");
     library->activateFilter(*scope, plain, filter, "Test_Base", classPath(), true);
@@ -253,7 +253,7 @@ TEST_F(ProviderLibraryTest, ShutdownCleansUpWhatWasMadeInTheOrderOfServers) {
     EXPECT_EQ(takeEvents(), "") << "once";
 }
 
-TEST_F(ProviderLibraryTest, WhatWasNeverMadeIsNotCleanedUp) {
+TEST_F(ProviderLibraryTest, InterfacesThatWereNeverMadeAreNotCleanedUp) {
     load("Whole");
     library->enumerateInstanceNames(*scope, context, classPath());
     takeEvents();
@@ -269,7 +269,7 @@ TEST_F(ProviderLibraryTest, CallsAfterShutdownFail) {
     EXPECT_EQ(takeEvents(), "");
 }
 
-TEST_F(ProviderLibraryTest, ThreadsThatOutliveTheCleanUpAreTold) {
+TEST_F(ProviderLibraryTest, ThreadsThatOutliveTheCleanUpAreReported) {
     load("Lingering");
     library->enumerateInstanceNames(*scope, context, classPath());
     library->shutdown();

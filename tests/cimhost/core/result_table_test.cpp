@@ -73,7 +73,7 @@ TEST_F(ResultTable, ASinkThatThrowsEndsTheAnswerAndTheProviderIsToldRc1) {
     EXPECT_EQ(sink.names.size(), 1U);
 }
 
-TEST_F(ResultTable, EveryRequestTakesItsOwnKindOnly) {
+TEST_F(ResultTable, ARequestTakesObjectsOfItsKindOnly) {
     for (const ResultKind kind : {ResultKind::nothing, ResultKind::paths, ResultKind::instances, ResultKind::data}) {
         ResultCollector result(*scope, kind);
         const auto codeFor = [&](ResultKind given) { return given == kind ? CMPI_RC_OK : CMPI_RC_ERR_NOT_SUPPORTED; };
@@ -96,7 +96,7 @@ TEST_F(ResultTable, DoneIsAllowedEverywhereAndMoreThanOnce) {
     }
 }
 
-TEST_F(ResultTable, WhatWasReturnedStaysAsItWas) {
+TEST_F(ResultTable, ReturnedObjectsDoNotChange) {
     ResultCollector instances(*scope, ResultKind::instances);
     CMPIInstance* made = instance();
     for (const char* name : {"one", "two"}) {

@@ -14,7 +14,7 @@ TEST(Utf8, CountsTheBytesOfTheFirstCharacter) {
     EXPECT_EQ(utf8Length("\xf4\x8f\xbf\xbf"), 4U) << "the last code there is";
 }
 
-TEST(Utf8, RefusesWhatIsNoCharacter) {
+TEST(Utf8, RefusesIllegalBytes) {
     const std::string_view bad[] = {
         ""sv,                 // nothing
         "\x80"sv,             // a continuation first
@@ -54,7 +54,7 @@ TEST(Utf8, EveryCharacterIsReadAsItWasWritten) {
     EXPECT_EQ(singleCharacter(""), std::nullopt);
 }
 
-TEST(Utf8, WhatIsNoCharacterIsWrittenAsTheReplacement) {
+TEST(Utf8, IllegalCharactersAreWrittenAsTheReplacement) {
     for (const char32_t code : {0xd800U, 0xdfffU, 0x110000U, 0xffffffffU}) {
         std::string text;
         appendUtf8(text, code);

@@ -145,14 +145,14 @@ TEST_F(Delivering, AListenerGetsWhatItsFilterSelectsWithNumbers) {
     EXPECT_THAT(bodies[1], HasSubstr("<INSTANCE CLASSNAME=\"" + linkUp + "\">"));
 }
 
-TEST_F(Delivering, ANameWritesNoLinesOfItsOwnIntoTheLog) {
+TEST_F(Delivering, ControlCharactersOfANameStayOutOfTheLog) {
     world.subscribe(world.filter("f", alerts),
                     world.destination("a\nlistener b: answers\x7f\xc2\x85 again", "http://127.0.0.1:1/"));
     world.deliver(linkUp);
     EXPECT_TRUE(isLogged("listener a listener b: answers    again at 127.0.0.1:1: "));
 }
 
-TEST_F(Delivering, ASubclassIsWhatItsSuperclassIs) {
+TEST_F(Delivering, AFilterForASuperclassSelectsItsSubclasses) {
     FakeListener listener;
     subscribe("SELECT * FROM CIM_Indication", listener.url());
     world.deliver(linkDown);
@@ -213,14 +213,14 @@ TEST_F(DeliveringToTrusted, AListenerBehindTlsGetsItsIndications) {
     EXPECT_THAT(world.messages(), SizeIs(0));
 }
 
-TEST_F(DeliveringToTrusted, ACertificateForAnotherNameIsNoneForThisListener) {
+TEST_F(DeliveringToTrusted, ACertificateForAnotherNameIsRefused) {
     subscribe(alerts, listener.url("https", "127.0.0.1"));
     world.deliver(linkUp);
     EXPECT_TRUE(isLogged("TLS: certificate verify failed"));
     EXPECT_THAT(listener.bodies(0), SizeIs(0));
 }
 
-TEST_F(DeliveringToTrusted, AListenerWithoutTlsIsNotToldInTheClear) {
+TEST_F(DeliveringToTrusted, AListenerWithoutTlsGetsNothingUnencrypted) {
     FakeListener plain;
     subscribe(alerts, plain.url("https", "localhost"));
     world.deliver(linkUp);
@@ -228,7 +228,7 @@ TEST_F(DeliveringToTrusted, AListenerWithoutTlsIsNotToldInTheClear) {
     EXPECT_THAT(plain.bodies(0), SizeIs(0));
 }
 
-TEST_F(DeliveringToUnknown, AListenerThatNobodyVouchesForGetsNothing) {
+TEST_F(DeliveringToUnknown, AListenerWithAnUntrustedCertificateGetsNothing) {
     subscribe(alerts, listener.url("https", "localhost"));
     world.deliver(linkUp);
     EXPECT_TRUE(isLogged("TLS: certificate verify failed"));
@@ -348,7 +348,7 @@ protected:
     LongEnding() : Delivering(options()) {}
 };
 
-TEST_F(LongEnding, AServerThatEndsBringsWhatWaits) {
+TEST_F(LongEnding, AServerThatStopsDeliversQueuedIndications) {
     FakeListener listener;
     subscribe(alerts, listener.url());
     for (int number = 0; number < 50; ++number)
@@ -365,7 +365,7 @@ TEST_F(Impatient, AFullQueueDropsTheOldestAndTheListenerSeesTheGap) {
     EXPECT_TRUE(isLogged("the queue is full, the oldest is dropped"));
 }
 
-TEST_F(Impatient, WhatCannotBeBroughtInTimeIsGivenUpAndCounted) {
+TEST_F(Impatient, IndicationsThatComeTooLateAreDroppedAndCounted) {
     std::uint16_t port = 0;
     {
         FakeListener first;

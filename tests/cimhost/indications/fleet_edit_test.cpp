@@ -148,7 +148,7 @@ TEST_F(FleetEdit, BothFunctionsOfAPortChangeAndTheRestStays) {
     EXPECT_EQ(port(0, 1)["storage"]["state"], "loopDown");
 }
 
-TEST_F(FleetEdit, WhatIsNotThereIsAnErrorAndLeavesTheFileAlone) {
+TEST_F(FleetEdit, AMissingCardOrPortIsAnErrorAndLeavesTheFileAlone) {
     EXPECT_THAT(errorOf("S9", 1, LinkState::down), HasSubstr("there is no card S9"));
     EXPECT_THAT(errorOf("S1", 2, LinkState::down), HasSubstr("card S1 has no port 2"));
     EXPECT_THAT(errorOf("S1", 7, LinkState::testing), HasSubstr("no function that knows this state"));
@@ -179,14 +179,14 @@ TEST_F(FleetEdit, AFileThatIsNotThereOrCannotBeWrittenIsNamed) {
     EXPECT_EQ(contentOf(file.path), fleet);
 }
 
-TEST_F(FleetEdit, WhoReadsTheFolderDoesNotHoldItUp) {
+TEST_F(FleetEdit, AReaderOfTheFolderDoesNotDelayIt) {
     const int folder = ::open(file.path.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ASSERT_EQ(::flock(folder, LOCK_SH), 0);
     EXPECT_EQ(errorOf("S1", 1, LinkState::down), "");
     ::close(folder);
 }
 
-TEST_F(FleetEdit, SomebodyWhoNeverEndsHisChangeIsTold) {
+TEST_F(FleetEdit, AnotherWriterThatNeverEndsIsReported) {
     const tavik::fleet::WriterLock other(file.path);
     EXPECT_THAT(errorOf("S1", 1, LinkState::down), HasSubstr(": somebody else is changing it"));
     EXPECT_EQ(contentOf(file.path), fleet);

@@ -138,7 +138,7 @@ TEST_F(InteropObjectsTest, ASubscriptionIsFoundFromItsEnds) {
                 UnorderedElementsAre("CIM_IndicationFilter", "CIM_ListenerDestinationCIMXML"));
 }
 
-TEST_F(InteropObjectsTest, WhatTheServerSaysOfItselfCannotBeChanged) {
+TEST_F(InteropObjectsTest, TheServersOwnObjectsCannotBeChanged) {
     const std::string manager = nameOf("CIM_ObjectManager");
     RequestScope scope(*world.broker);
     const ObjectPathObject& path = makePath(scope, interop, parsePath(manager, interop, world.repository));

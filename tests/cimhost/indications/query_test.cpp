@@ -70,7 +70,7 @@ TEST_F(QueryTest, APropertyWithoutAValueMatchesNeitherAComparisonNorItsOpposite)
     EXPECT_TRUE(selects("Message = 'x' OR PerceivedSeverity = 6"));
 }
 
-TEST_F(QueryTest, WhatIsNotUnderstoodIsRefusedWithItsPlace) {
+TEST_F(QueryTest, ASyntaxErrorIsRefusedWithItsPlace) {
     const std::string from = "SELECT * FROM CIM_AlertIndication";
     EXPECT_EQ(errorOf(""), "character 1: SELECT is expected, found the end");
     EXPECT_EQ(errorOf("SELECT Message FROM X"),
@@ -84,7 +84,7 @@ TEST_F(QueryTest, WhatIsNotUnderstoodIsRefusedWithItsPlace) {
     EXPECT_NE(errorOf(from + " WHERE Message = '" + std::string(9000, 'x') + "'"), "");
 }
 
-TEST_F(QueryTest, WhatTheClassCannotAnswerIsRefused) {
+TEST_F(QueryTest, ConditionsThatDoNotFitTheClassAreRefused) {
     const std::string where = "SELECT * FROM CIM_AlertIndication WHERE ";
     EXPECT_EQ(errorOf(where + "Colour = 1"), "class CIM_AlertIndication has no property Colour");
     EXPECT_EQ(errorOf(where + "PerceivedSeverity = 'x'"),

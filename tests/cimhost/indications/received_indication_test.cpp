@@ -26,7 +26,7 @@ Instance numbered(const std::string& context, const std::string& number) {
 
 } // namespace
 
-TEST(ReceivedIndication, IsShownWithoutWhatATerminalWouldObey) {
+TEST(ReceivedIndication, IsShownWithoutControlCharacters) {
     EXPECT_EQ(cimhost::cli::textOf(received("<PROPERTY NAME=\"Message\" TYPE=\"string\"><VALUE>a&#10;b\x7f\xc2\x9b"
                                             "3</VALUE></PROPERTY>"
                                             "<PROPERTY NAME=\"Empty\" TYPE=\"string\"/>")),
@@ -61,7 +61,7 @@ TEST(ReceivedIndication, IsOneLineOfJsonForTools) {
               "\"A\":[\"x\",null]}}\n");
 }
 
-TEST(ReceivedIndication, WhatIsNoValueOfItsTypeStaysText) {
+TEST(ReceivedIndication, AValueThatDoesNotFitItsTypeStaysText) {
     const auto jsonOf = [](const std::string& type, const std::string& text) {
         const std::string line = cimhost::cli::jsonLineOf(
             received("<PROPERTY NAME=\"P\" TYPE=\"" + type + "\"><VALUE>" + text + "</VALUE></PROPERTY>"));
@@ -77,7 +77,7 @@ TEST(ReceivedIndication, WhatIsNoValueOfItsTypeStaysText) {
     EXPECT_EQ(jsonOf("boolean", "maybe"), "\"maybe\"");
 }
 
-TEST(ReceivedIndication, GapsAndRepetitionsAreTold) {
+TEST(ReceivedIndication, GapsAndRepetitionsAreReported) {
     SequenceWatch watch;
     EXPECT_EQ(watch.judge(numbered("a", "5")), "");
     EXPECT_EQ(watch.judge(numbered("a", "6")), "");

@@ -69,7 +69,7 @@ protected:
 
 } // namespace
 
-TEST_F(ShortMemory, WhatFailsOnTheThreadDoesNotEndIt) {
+TEST_F(ShortMemory, AFailureOnTheThreadDoesNotEndIt) {
     std::atomic<bool> goesOn = false;
     loop.loop().post([] { throw std::bad_alloc(); });
     loop.loop().post([&goesOn] { goesOn = true; });

@@ -40,7 +40,7 @@ extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo
     return real(node, service, hints, result);
 }
 
-TEST(SlowName, HoldsUpNobodyElse) {
+TEST(SlowName, DelaysNoOtherListener) {
     FakeListener listener;
     const auto begin = std::chrono::steady_clock::now();
     {

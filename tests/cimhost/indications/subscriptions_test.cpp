@@ -115,7 +115,7 @@ TEST(Subscriptions, ADestinationIsAnHttpUrl) {
     EXPECT_THAT(world.names("CIM_ListenerDestinationCIMXML"), SizeIs(4));
 }
 
-TEST(Subscriptions, DuplicatesAndWhatIsReferredToAreRefused) {
+TEST(Subscriptions, DuplicatesAndTheRemovalOfObjectsInUseAreRefused) {
     World world;
     const std::string filter = world.filter("f", alerts);
     const std::string handler = world.destination("h", nowhere);
@@ -192,7 +192,7 @@ TEST(Subscriptions, ADisabledSubscriptionTellsNobody) {
     EXPECT_EQ(world.deliver(linkUp), CMPI_RC_ERR_FAILED);
 }
 
-TEST(Subscriptions, TheyAreThereAgainAfterARestartExceptTransientOnes) {
+TEST(Subscriptions, AllButTransientOnesSurviveARestart) {
     const TemporaryFolder folder;
     const auto file = folder.path / "new" / "state.json";
     std::string kept;
@@ -251,7 +251,7 @@ TEST(Subscriptions, AFileThatSomebodyElseChangedIsNotOverwritten) {
     EXPECT_THAT(world.names("CIM_IndicationFilter"), SizeIs(1));
 }
 
-TEST(Subscriptions, WhatCouldNotBeReadAgainIsRefusedAndLocksNobodyOut) {
+TEST(Subscriptions, AnObjectThatWouldMakeTheFileTooLongIsRefused) {
     const TemporaryFolder folder;
     const auto file = folder.path / "state.json";
     std::string escaped;
@@ -290,14 +290,14 @@ TEST(Subscriptions, WhatCouldNotBeReadAgainIsRefusedAndLocksNobodyOut) {
     EXPECT_LT(std::filesystem::file_size(file), before.size());
 }
 
-TEST(Subscriptions, AFolderThatCannotBeWrittenRefusesWhatCannotBeRemembered) {
+TEST(Subscriptions, AnObjectThatCannotBeStoredIsRefused) {
     World world("/proc/cimhost/state.json");
     const std::string filter = "f";
     EXPECT_EQ(World::statusOf([&] { world.filter(filter, alerts); }), CMPI_RC_ERR_FAILED);
     EXPECT_THAT(world.names("CIM_IndicationFilter"), IsEmpty());
 }
 
-TEST(Subscriptions, OneUserCannotTakeWhatIsThereForAll) {
+TEST(Subscriptions, OneUserCannotUseUpTheLimitOfAll) {
     World world;
     std::string last;
     for (int number = 0; number < 128; ++number)
@@ -308,7 +308,7 @@ TEST(Subscriptions, OneUserCannotTakeWhatIsThereForAll) {
     EXPECT_EQ(World::statusOf([&] { world.destination("more", nowhere); }), CMPI_RC_OK);
 }
 
-TEST(Subscriptions, ARestartGivesNobodyMoreThanTheirShare) {
+TEST(Subscriptions, LimitsOfUsersHoldAfterARestart) {
     const TemporaryFolder folder;
     const auto file = folder.path / "state.json";
     {
@@ -338,7 +338,7 @@ TEST(Subscriptions, AFileOfAnOlderVersionThatTellsNoOwnersIsRead) {
     EXPECT_THAT(again.names("CIM_ListenerDestinationCIMXML"), SizeIs(2));
 }
 
-TEST(Subscriptions, WhatKilledServersHaveLeftIsRemovedAtTheStartAndNothingElse) {
+TEST(Subscriptions, FilesLeftByKilledServersAreRemovedAtTheStart) {
     const TemporaryFolder folder;
     const auto file = folder.path / "state.json";
     const auto left = folder.path / "state.json.unfinished.aB3xYz";
@@ -361,7 +361,7 @@ TEST(Subscriptions, WhatKilledServersHaveLeftIsRemovedAtTheStartAndNothingElse) 
         EXPECT_EQ(contentOf(folder.path / other), "kept") << other;
 }
 
-TEST(Subscriptions, AServerThatIsKilledWhileItWritesLeavesNothingForLong) {
+TEST(Subscriptions, AFileLeftByAKilledServerIsRemovedByTheNext) {
     const TemporaryFolder folder;
     const auto file = folder.path / "state.json";
     cimhost::replaceFile(file, "first");

@@ -66,7 +66,7 @@ TEST(AdapterMetrics, CallAPortWithoutAJackByItsName) {
     EXPECT_TRUE(holds(written(found), "merolt_cna_port_up{serial=\"A1\",port=\"2100\",kind=\"fibre_channel\"} 1"));
 }
 
-TEST(AdapterMetrics, TellNoStateThatNobodyKnows) {
+TEST(AdapterMetrics, LeaveUnknownStatesOut) {
     Found found = oneCard();
     found.snapshot.fibreChannelPorts[0].state = monitoring::LinkState::unknown;
     found.snapshot.fibreChannelPorts[0].answers = false;
@@ -76,7 +76,7 @@ TEST(AdapterMetrics, TellNoStateThatNobodyKnows) {
 }
 
 // Prometheus refuses a scrape in which a series stands twice.
-TEST(AdapterMetrics, NeverTellASeriesTwice) {
+TEST(AdapterMetrics, HaveNoSeriesTwice) {
     Found found = oneCard();
     const Found again = oneCard();
     found.snapshot.cards.push_back(again.snapshot.cards[0]);
@@ -94,7 +94,7 @@ TEST(AdapterMetrics, NeverTellASeriesTwice) {
     EXPECT_GT(seen.size(), 30U);
 }
 
-TEST(AdapterMetrics, TellNoNumberThatIsNone) {
+TEST(AdapterMetrics, LeaveOutReadingsThatAreNoNumbers) {
     Found found = oneCard();
     found.snapshot.modules[0].told.temperatureCelsius.reading = std::numeric_limits<double>::quiet_NaN();
     found.snapshot.modules[0].told.supplyVolts.reading = std::numeric_limits<double>::infinity();
@@ -104,7 +104,7 @@ TEST(AdapterMetrics, TellNoNumberThatIsNone) {
     EXPECT_EQ(text.find("inf\n"), std::string::npos);
 }
 
-TEST(AdapterMetrics, EscapeWhatACardCallsItself) {
+TEST(AdapterMetrics, EscapeTextsOfTheCard) {
     Found found = oneCard();
     found.snapshot.cards[0] = {"A\"1\n", "M\\", "1"};
     EXPECT_TRUE(holds(written(found), "merolt_cna_card_info{serial=\"A\\\"1\\n\",model=\"M\\\\\"} 1"));

@@ -30,7 +30,7 @@ TEST(CounterMemory, BeginsAnewWhereAllFall) {
     EXPECT_EQ(memory.take("p", {3, 1}), (Values{3, 1}));
 }
 
-TEST(CounterMemory, BeginsAnewWhereOneFallsThatWasNotNearItsEnd) {
+TEST(CounterMemory, BeginsAnewWhereACounterFallsThatCannotHaveWrapped) {
     CounterMemory memory;
     memory.take("p", {1000, 10});
     EXPECT_EQ(memory.take("p", {5, 10}), (Values{5, 10}));

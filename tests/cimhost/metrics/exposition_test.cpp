@@ -46,7 +46,7 @@ TEST(Exposition, WritesOpenMetrics) {
     EXPECT_EQ(text.substr(text.size() - 6), "# EOF\n");
 }
 
-TEST(Exposition, LeavesOutWhatIsNoNumberAndFamiliesOfNothing) {
+TEST(Exposition, LeavesOutValuesThatAreNoNumbersAndEmptyFamilies) {
     EXPECT_EQ(written(Format::prometheus,
                       [](Exposition& out) {
                           out.family("nothing", Type::gauge, "Nothing.");
@@ -57,18 +57,18 @@ TEST(Exposition, LeavesOutWhatIsNoNumberAndFamiliesOfNothing) {
               "");
 }
 
-TEST(Exposition, ShowsNumbersWithoutWhatArithmeticAddsToThem) {
+TEST(Exposition, ShowsNumbersWithoutRoundingErrors) {
     EXPECT_EQ(
         written(Format::prometheus, [](Exposition& out) { out.family("n", Type::gauge, "N.").sample({}, 3.3 * 1.1); }),
         "# HELP n N.\n# TYPE n gauge\nn 3.63\n");
 }
 
-TEST(Labels, EscapeWhatWouldEndAValue) {
+TEST(Labels, EscapeBackslashesQuotesAndNewlines) {
     EXPECT_EQ(Labels().add("a", "back\\slash \"quote\" new\nline").add("b", "").text(),
               "a=\"back\\\\slash \\\"quote\\\" new\\nline\",b=\"\"");
 }
 
-TEST(Labels, ReplaceWhatIsNoUtf8) { EXPECT_EQ(Labels().add("a", "\xC3\xA4 \xFF \xC3").text(), "a=\"\xC3\xA4 ? ?\""); }
+TEST(Labels, ReplaceInvalidUtf8) { EXPECT_EQ(Labels().add("a", "\xC3\xA4 \xFF \xC3").text(), "a=\"\xC3\xA4 ? ?\""); }
 
 struct Preference {
     const char* accept;
@@ -79,7 +79,7 @@ void PrintTo(const Preference& preference, std::ostream* out) { *out << preferen
 
 class Preferred : public testing::TestWithParam<Preference> {};
 
-TEST_P(Preferred, IsWhatTheClientLikesBest) { EXPECT_EQ(preferredFormat(GetParam().accept), GetParam().format); }
+TEST_P(Preferred, IsTheFormatThatTheClientPrefers) { EXPECT_EQ(preferredFormat(GetParam().accept), GetParam().format); }
 
 INSTANTIATE_TEST_SUITE_P(
     Accept, Preferred,

@@ -61,7 +61,7 @@ std::future<SharedReading> ask(Readings& readings, std::chrono::milliseconds lim
     return answer->get_future();
 }
 
-TEST(Readings, AreSharedByAllWhoComeTogether) {
+TEST(Readings, AreSharedByRequestsThatComeTogether) {
     Gate gate;
     Readings readings([&] { return gate.pass(); });
     std::vector<std::future<SharedReading>> answers;
@@ -77,7 +77,7 @@ TEST(Readings, AreSharedByAllWhoComeTogether) {
     EXPECT_EQ(gate.count(), 1);
 }
 
-TEST(Readings, AreNewForWhoComesLater) {
+TEST(Readings, AreNewForALaterRequest) {
     Gate gate;
     gate.open();
     Readings readings([&] { return gate.pass(); });
@@ -86,7 +86,7 @@ TEST(Readings, AreNewForWhoComesLater) {
     EXPECT_EQ(gate.count(), 2);
 }
 
-TEST(Readings, AreNotWaitedForBeyondThePatience) {
+TEST(Readings, AreWaitedForUntilTheDeadline) {
     Gate gate;
     Readings readings([&] { return gate.pass(); });
     EXPECT_FALSE(ask(readings, 50ms).get());
@@ -105,7 +105,7 @@ TEST(Readings, ComeBackOnceTheAdaptersAnswerAgain) {
     EXPECT_TRUE(ask(readings, patience).get());
 }
 
-TEST(Readings, ThatFailAreNone) {
+TEST(Readings, ThatFailGiveNoAnswer) {
     Readings readings([]() -> SharedReading { throw std::runtime_error("no adapters"); });
     EXPECT_FALSE(ask(readings, patience).get());
     EXPECT_FALSE(ask(readings, patience).get());

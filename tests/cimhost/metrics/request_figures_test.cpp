@@ -30,7 +30,7 @@ TEST(RequestFigures, HaveRoomForEveryOperation) {
     EXPECT_LE(Dispatcher::operationNames().size(), RequestFigures::operations);
 }
 
-TEST(RequestFigures, HaveRoomForEveryStatusAndANameForEachThatTheyCount) {
+TEST(RequestFigures, HaveRoomAndANameForEveryStatus) {
     for (int code = 1; code < 256; ++code) {
         const CMPIrc known = knownStatus(static_cast<CMPIrc>(code));
         EXPECT_LT(static_cast<std::size_t>(known), RequestFigures::statuses);

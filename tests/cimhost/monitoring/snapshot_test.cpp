@@ -24,7 +24,7 @@ Enumerate refusing(const std::string& text) {
     };
 }
 
-TEST(Snapshot, KeepsWhatIsRefusedAndGoesOn) {
+TEST(Snapshot, NotesARefusedQuestionAndGoesOn) {
     const Snapshot snapshot = readSnapshot(refusing("SoftwareIdentityPortController"));
     ASSERT_EQ(snapshot.failures.size(), 2U);
     EXPECT_EQ(snapshot.failures[0].className, "Merolt_FCHBA_SoftwareIdentityPortController");

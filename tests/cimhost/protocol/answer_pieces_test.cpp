@@ -341,7 +341,7 @@ TEST_F(AnswerInPieces, ASmallAnswerStaysOneWithItsLength) {
     EXPECT_EQ(bodyOf(answer), bodyOf(whole));
 }
 
-TEST_F(AnswerInPieces, WhoReadsNoTrailersGetsItWhole) {
+TEST_F(AnswerInPieces, AClientWithoutTrailersGetsItWhole) {
     start();
     for (const char* fields : {"", "TE: deflate\r\n", "TE: deflate;q=0.5, gzip\r\n", "TE: \r\n", "Trailer: x\r\n"}) {
         SocketClient client = ask(enumerateAll, fields);
@@ -382,7 +382,7 @@ TEST_F(AnswerInPieces, AnErrorBehindTheFirstBytesStandsInTheTrailers) {
     EXPECT_EQ(statusOf(client.readAnswer()), 200) << "the connection goes on";
 }
 
-TEST_F(AnswerInPieces, WhoReadsNoTrailersGetsTheErrorAlone) {
+TEST_F(AnswerInPieces, AClientWithoutTrailersGetsTheErrorAlone) {
     source.failsAt = 250;
     start();
     const std::string answer = askWhole(enumerateAll);
@@ -390,7 +390,7 @@ TEST_F(AnswerInPieces, WhoReadsNoTrailersGetsTheErrorAlone) {
     EXPECT_THAT(answer, Not(HasSubstr("<IRETURNVALUE>")));
 }
 
-TEST_F(AnswerInPieces, AnErrorBeforeTheFirstBytesIsAnAnswerAsEver) {
+TEST_F(AnswerInPieces, AnErrorBeforeTheFirstBytesIsAnOrdinaryAnswer) {
     source.failsAt = 3;
     start();
     SocketClient client = ask(enumerateAll);
@@ -399,7 +399,7 @@ TEST_F(AnswerInPieces, AnErrorBeforeTheFirstBytesIsAnAnswerAsEver) {
     EXPECT_THAT(answer, HasSubstr("<ERROR CODE=\"6\""));
 }
 
-TEST_F(AnswerInPieces, TheConnectionAndWhatWaitsInItGoOn) {
+TEST_F(AnswerInPieces, PipelinedRequestsAreAnsweredBehindIt) {
     start();
     SocketClient client = connect();
     const std::string small = ofClass("EnumerateInstances", "T_Other");
@@ -411,7 +411,7 @@ TEST_F(AnswerInPieces, TheConnectionAndWhatWaitsInItGoOn) {
     EXPECT_THAT(client.readAnswer(), HasSubstr("\r\nConnection: close\r\n"));
 }
 
-TEST_F(AnswerInPieces, WhoWantsTheConnectionClosedSeesThatAfterTheLastChunk) {
+TEST_F(AnswerInPieces, TheConnectionIsClosedAfterTheLastChunkIfTheClientAsks) {
     start();
     SocketClient client = ask(enumerateAll, "Connection: close, TE\r\nTE: trailers\r\n");
     const ChunkedAnswer answer = readChunked(client);
@@ -421,7 +421,7 @@ TEST_F(AnswerInPieces, WhoWantsTheConnectionClosedSeesThatAfterTheLastChunk) {
 }
 
 // Far more than the system's buffers take, so that the reader is the one whom the answer waits for.
-TEST_F(AnswerInPieces, AReaderThatTakesNothingHoldsNobodyElseUp) {
+TEST_F(AnswerInPieces, AClientThatReadsNothingDelaysNobodyElse) {
     source.count = 300;
     source.textBytes = 25'000; // 100 kB of XML
     start();
@@ -436,7 +436,7 @@ TEST_F(AnswerInPieces, AReaderThatTakesNothingHoldsNobodyElseUp) {
     EXPECT_THAT(answer.body.substr(answer.body.size() - 100), HasSubstr("</IRETURNVALUE>"));
 }
 
-TEST_F(AnswerInPieces, AReaderThatVanishesEndsHisAnswer) {
+TEST_F(AnswerInPieces, AClientThatDisconnectsEndsItsAnswer) {
     source.count = 20'000;
     source.waitsAt = 200;
     start();
@@ -455,7 +455,7 @@ TEST_F(AnswerInPieces, AReaderThatVanishesEndsHisAnswer) {
     EXPECT_LT(source.mostDelivered, source.count) << "what nobody waits for is not delivered to its end";
 }
 
-TEST_F(AnswerInPieces, WhoSendsNothingMoreButStillReadsGetsAll) {
+TEST_F(AnswerInPieces, AClientThatHasEndedItsSideGetsAll) {
     source.waitsAt = 200;
     start();
     SocketClient client = ask(enumerateAll);
@@ -501,7 +501,7 @@ TEST_F(AnswerInPieces, AnAnswerInPiecesIsNoLongerThanAWholeOne) {
     EXPECT_THAT(answer.trailers, HasSubstr("longer than 1 MiB"));
 }
 
-TEST_F(AnswerInPieces, TheBytesAreCountedAsTheyWere) {
+TEST_F(AnswerInPieces, AllBytesAreCounted) {
     start();
     SocketClient client = ask(enumerateAll);
     const ChunkedAnswer answer = readChunked(client);

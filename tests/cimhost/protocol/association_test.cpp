@@ -97,7 +97,7 @@ TEST_F(AssociationTest, ReferenceNamesHaveReferencesAsKeys) {
 }
 
 // As OpenPegasus asks: a base class reaches the provider as its concrete classes, and so finds their rows.
-TEST_F(AssociationTest, TheProviderIsAskedOnceForEachAssociationClassThatTheSourceCanTakePartIn) {
+TEST_F(AssociationTest, EachAssociationClassOfTheSourceIsAskedOnce) {
     const std::string source = object("T_FibrePort", "a");
     EXPECT_EQ(countOf(host.call("Associators", source + classFilter("AssocClass", "T_Link")), "<INSTANCEPATH>"), 1U);
     EXPECT_EQ(countOf(host.call("ReferenceNames", source + classFilter("ResultClass", "T_Link")), "<OBJECTPATH>"), 1U);
@@ -110,7 +110,7 @@ TEST_F(AssociationTest, TheProviderIsAskedOnceForEachAssociationClassThatTheSour
                                                  "associatorNames T_EtherPort" + all + "Right resultRole="));
 }
 
-TEST_F(AssociationTest, TheProviderIsNotAskedForAssociationsThatCannotHoldTheSource) {
+TEST_F(AssociationTest, AssociationClassesThatCannotHoldTheSourceAreNotAsked) {
     EXPECT_EQ(host.call("References", object("T_EtherPort", "e") + text("Role", "Left")),
               "<IRETURNVALUE></IRETURNVALUE>");
     EXPECT_EQ(host.call("References", parameter("ObjectName", "<INSTANCENAME CLASSNAME=\"T_Counter\"><KEYBINDING "
@@ -120,7 +120,7 @@ TEST_F(AssociationTest, TheProviderIsNotAskedForAssociationsThatCannotHoldTheSou
     EXPECT_THAT(host.provider.calls, IsEmpty());
 }
 
-TEST_F(AssociationTest, TheProviderIsAskedOnceWithTheFiltersOfTheClientIfTheServerIsToldSo) {
+TEST_F(AssociationTest, AskedOnceTheProviderGetsTheFiltersOfTheClient) {
     host.operations->associationCalls = AssociationCalls::once;
     const std::string source = object("T_FibrePort", "a");
     const std::string filters = classFilter("AssocClass", "T_Link") + classFilter("ResultClass", "T_Port") +
@@ -148,7 +148,7 @@ TEST_F(AssociationTest, APropertyListNarrowsTheObjectsAndNotTheirPaths) {
                                   "10000000000</VALUE></PROPERTY></INSTANCE>"));
 }
 
-TEST_F(AssociationTest, ClassOriginIsToldOnRequest) {
+TEST_F(AssociationTest, ClassOriginIsShownOnRequest) {
     const std::string answer =
         host.call("Associators", object("T_FibrePort", "a") + text("IncludeClassOrigin", "true"));
     EXPECT_THAT(answer, HasSubstr(" CLASSORIGIN=\"T_Port\""));
@@ -170,12 +170,12 @@ TEST_F(AssociationTest, AnObjectWithoutAssociationsHasNone) {
     EXPECT_EQ(host.provider.calls.size(), 4U);
 }
 
-TEST_F(AssociationTest, ANamespaceWithoutAssociationsOfTheProviderHasNoneAndDoesNotAsk) {
+TEST_F(AssociationTest, InANamespaceWithoutAssociationsTheProviderIsNotAsked) {
     EXPECT_EQ(host.call("Associators", object("T_FibrePort", "a"), "root/io"), "<IRETURNVALUE></IRETURNVALUE>");
     EXPECT_THAT(host.provider.calls, IsEmpty());
 }
 
-TEST_F(AssociationTest, WhatCameBeforeAFailureIsLostWithIt) {
+TEST_F(AssociationTest, AFailureTakesThePlaceOfEarlierObjects) {
     host.provider.failure = CimError{CMPI_RC_ERR_ACCESS_DENIED, "a <bad> day"};
     for (const char* method : {"Associators", "AssociatorNames", "References", "ReferenceNames"}) {
         EXPECT_EQ(host.call(method, object("T_FibrePort", "a")),
@@ -183,7 +183,7 @@ TEST_F(AssociationTest, WhatCameBeforeAFailureIsLostWithIt) {
     }
 }
 
-TEST_F(AssociationTest, OfAClassTheDeclarationsAreAsked) {
+TEST_F(AssociationTest, AssociationsOfAClassAreThoseDeclared) {
     const std::string names = host.call("ReferenceNames", classObject("T_FibrePort"));
     EXPECT_THAT(names, HasSubstr("<OBJECTPATH><CLASSPATH><NAMESPACEPATH><HOST>"));
     EXPECT_THAT(names, HasSubstr("</NAMESPACEPATH><CLASSNAME NAME=\"T_FibreLink\"/></CLASSPATH></OBJECTPATH>"));
@@ -197,7 +197,7 @@ TEST_F(AssociationTest, OfAClassTheDeclarationsAreAsked) {
     EXPECT_THAT(host.provider.calls, IsEmpty());
 }
 
-TEST_F(AssociationTest, OfAClassQualifiersAndPropertiesAreShownAsAskedFor) {
+TEST_F(AssociationTest, AssociatedClassesShowQualifiersAndPropertiesOnRequest) {
     const std::string plain = host.call("References", classObject("T_FibrePort"));
     EXPECT_THAT(plain, Not(HasSubstr("<QUALIFIER ")));
     const std::string chosen = host.call("References", classObject("T_FibrePort") + text("IncludeQualifiers", "true") +

@@ -66,7 +66,7 @@ TEST(Audit, OneLineForEachChange) {
             R"(audit: client=[::1]:4 user="" operation=Start object=root/ns:T result="ReturnValue 2")"));
 }
 
-TEST(Audit, WhatAClientWritesNeitherBeginsALineNorMakesOneLong) {
+TEST(Audit, TextsOfAClientAreCutAndHaveNoControlCharacters) {
     Lines lines;
     AuditLog audit(lines.sink());
     const std::string bad = "x\nresult=ok\x1b[2J\xc2\x85 \xff" + std::string(100'000, '"');
@@ -81,7 +81,7 @@ TEST(Audit, WhatAClientWritesNeitherBeginsALineNorMakesOneLong) {
     EXPECT_THAT(all[1], HasSubstr(std::string(127, 'x') + "... operation")) << "not cut within a character";
 }
 
-TEST(Audit, GuessersFillNoLogAndTheirNumberIsToldInTheEnd) {
+TEST(Audit, ManyRefusalsAreCountedInOneLine) {
     Lines lines;
     {
         AuditLog audit(lines.sink(), {3, 3600s});
@@ -97,7 +97,7 @@ TEST(Audit, GuessersFillNoLogAndTheirNumberIsToldInTheEnd) {
     EXPECT_EQ(lines.all().back(), "audit: 997 more refused logins and changes, not told one by one");
 }
 
-TEST(Audit, TheNumberIsToldWithoutAnotherRefusal) {
+TEST(Audit, TheCountIsWrittenWithoutAFurtherRefusal) {
     Lines lines;
     AuditLog audit(lines.sink(), {1, 50ms});
     for (int guess = 0; guess < 5; ++guess)
@@ -117,7 +117,7 @@ protected:
     AuditLog audit{lines.sink()};
 };
 
-TEST_F(AuditedDispatcher, TellsOfChangesAndOfNothingElse) {
+TEST_F(AuditedDispatcher, LogsChangesAndNothingElse) {
     const std::string path = parameter("InstanceName", instanceName("T_FibrePort", "System=s,Id=a"));
     host.call("GetInstance", path);
     host.call("EnumerateInstances", className("T_Element"));
@@ -136,7 +136,7 @@ TEST_F(AuditedDispatcher, TellsOfChangesAndOfNothingElse) {
     EXPECT_THAT(lines.all()[1], HasSubstr(R"(Id=\"n\")"));
 }
 
-TEST_F(AuditedDispatcher, TellsHowAChangeEnded) {
+TEST_F(AuditedDispatcher, LogsHowAChangeEnded) {
     const std::string path = parameter("InstanceName", instanceName("T_FibrePort", "System=s,Id=a"));
     host.provider.failure = CimError{CMPI_RC_ERR_FAILED, "secret words"};
     host.call("DeleteInstance", path);

@@ -110,7 +110,7 @@ protected:
     std::vector<std::shared_ptr<TestCall>> calls; // let go before the queue waits for them
 };
 
-TEST_F(CallQueueTest, AsManyAsThereAreWorkersRunAtTheSameMoment) {
+TEST_F(CallQueueTest, AsManyCallsAsWorkersRunAtTheSameTime) {
     open(2, 1h);
     TestCall& first = begun();
     begun();
@@ -158,7 +158,7 @@ TEST_F(CallQueueTest, ACallWhoseClientHasLeftIsNotBegun) {
     EXPECT_FALSE(left.hasBegun);
 }
 
-TEST_F(CallQueueTest, ASecondCallOfAKindThatRunsAloneIsToldSoAtOnce) {
+TEST_F(CallQueueTest, ASecondExclusiveCallIsRefusedAtOnce) {
     open(4, 1h);
     TestCall& first = begun("flash update");
     TestCall& second = submit("flash update");
@@ -170,7 +170,7 @@ TEST_F(CallQueueTest, ASecondCallOfAKindThatRunsAloneIsToldSoAtOnce) {
     EXPECT_TRUE(becomesTrue([&] { return !submit("flash update").isAnswered(); }));
 }
 
-TEST_F(CallQueueTest, WhoeverHasTheAnswerOfACallThatRunsAloneMaySubmitTheNext) {
+TEST_F(CallQueueTest, AnExclusiveCallMayFollowTheAnswerOfAnother) {
     open(4, 1h);
     const auto first = std::make_shared<TestCall>("flash update");
     const auto next = std::make_shared<TestCall>("flash update");
@@ -183,7 +183,7 @@ TEST_F(CallQueueTest, WhoeverHasTheAnswerOfACallThatRunsAloneMaySubmitTheNext) {
     EXPECT_TRUE(becomesTrue([&] { return next->hasBegun.load(); }));
 }
 
-TEST_F(CallQueueTest, ACallThatRunsAloneHasNoDeadlineOnceItHasBegun) {
+TEST_F(CallQueueTest, AnExclusiveCallHasNoDeadlineOnceItHasBegun) {
     open(2, 50ms);
     TestCall& update = begun("flash update");
     TestCall& other = begun();
@@ -191,7 +191,7 @@ TEST_F(CallQueueTest, ACallThatRunsAloneHasNoDeadlineOnceItHasBegun) {
     EXPECT_FALSE(update.isAnswered());
 }
 
-TEST_F(CallQueueTest, AStopBeginsNothingMoreAndSaysSo) {
+TEST_F(CallQueueTest, AStopRefusesQueuedCalls) {
     open(1, 1h);
     TestCall& first = begun();
     TestCall& second = submit();

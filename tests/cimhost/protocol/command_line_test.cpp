@@ -39,14 +39,14 @@ void PrintTo(const WrongWords& row, std::ostream* out) { *out << row.name; }
 
 class WrongCommandLine : public testing::TestWithParam<WrongWords> {};
 
-TEST_P(WrongCommandLine, IsToldInOneLineWithStatusTwo) {
+TEST_P(WrongCommandLine, IsReportedInOneLineWithStatusTwo) {
     const Ended ended = cimhost(GetParam().words);
     EXPECT_EQ(ended.status, 2);
     EXPECT_EQ(ended.output, "");
     EXPECT_EQ(ended.errors, "cimhost: " + GetParam().message + "\n");
 }
 
-TEST_P(WrongCommandLine, IsToldInJsonWhereThatWasAskedFor) {
+TEST_P(WrongCommandLine, IsReportedInJsonIfAskedFor) {
     std::vector<std::string> words = GetParam().words;
     words.push_back("--json");
     const Ended ended = cimhost(words);
@@ -80,7 +80,7 @@ TEST(CommandLine, TheOptionJsonStandsBeforeOrBehindTheCommand) {
     EXPECT_EQ(before.output, behind.output);
 }
 
-TEST(CommandLine, AnErrorOfCimIsToldInJsonWhereThatWasAskedFor) {
+TEST(CommandLine, ACimErrorIsReportedInJsonIfAskedFor) {
     const Ended ended = cimhost({"names", "Merolt_Nothing", "--json", "--fleet", FLEET});
     EXPECT_EQ(ended.status, 1);
     EXPECT_EQ(ended.output, "");
@@ -92,13 +92,13 @@ TEST(CommandLine, AnErrorOfCimIsToldInJsonWhereThatWasAskedFor) {
     EXPECT_THAT(error["message"].get<std::string>(), HasSubstr("Merolt_Nothing"));
 }
 
-TEST(CommandLine, TheVersionIsTold) {
+TEST(CommandLine, TheVersionIsShown) {
     const Ended ended = cimhost({"--version"});
     EXPECT_EQ(ended.status, 0);
     EXPECT_THAT(ended.output, MatchesRegex("cimhost [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
 
-TEST(CommandLine, HelpHasExamplesAndTellsOfEachCommand) {
+TEST(CommandLine, HelpHasExamplesAndNamesEachCommand) {
     const Ended all = cimhost({"help"});
     EXPECT_EQ(all.status, 0);
     EXPECT_THAT(all.output, HasSubstr("Usage: cimhost [OPTIONS] SUBCOMMAND\n"));
@@ -112,7 +112,7 @@ TEST(CommandLine, HelpHasExamplesAndTellsOfEachCommand) {
 }
 
 // Nobody listens there; what is wrong with the words would be told first.
-TEST(CommandLine, AServerMayBeNamedInFrontOfWhatIsAskedOfIt) {
+TEST(CommandLine, TheServerMayBeNamedBeforeTheArguments) {
     const Ended ended = cimhost({"invoke", "--server", "http://127.0.0.1:1", "Merolt_FCHBA_SoftwareInstallationService",
                                  "InstallFromURI", "URI=x", "InstallOptions="});
     EXPECT_EQ(ended.status, 2);
@@ -125,7 +125,7 @@ TEST(CommandLine, QuietAndVerboseExcludeEachOther) {
     EXPECT_EQ(cimhost({"-q", "-v", "classes"}).status, 2);
 }
 
-TEST(CommandLine, WhatTheProviderPrintsIsShownWhereAllOfItWasAskedFor) {
+TEST(CommandLine, OutputOfTheProviderIsShownWithVerbose) {
     const std::string printed = "cimhost: Merolt_NIC_Properties::reload, properties file name: ";
     const Ended verbose = cimhost({"--verbose", "names", port, "--fleet", FLEET});
     const Ended usual = cimhost({"names", port, "--fleet", FLEET});
@@ -134,7 +134,7 @@ TEST(CommandLine, WhatTheProviderPrintsIsShownWhereAllOfItWasAskedFor) {
     EXPECT_EQ(verbose.output, usual.output);
 }
 
-TEST(CommandLine, WhatTheProviderPrintsIsANoteInJson) {
+TEST(CommandLine, OutputOfTheProviderIsANoteInJson) {
     const Ended ended = cimhost({"--verbose", "--json", "names", port, "--fleet", FLEET});
     std::vector<std::string> notes;
     std::istringstream lines(ended.errors);
@@ -143,7 +143,7 @@ TEST(CommandLine, WhatTheProviderPrintsIsANoteInJson) {
     EXPECT_THAT(notes, Contains(HasSubstr("Merolt_NIC_Properties::reload")));
 }
 
-TEST(CommandLine, ASilentListenerSaysNothingOfItself) {
+TEST(CommandLine, AQuietListenerPrintsNoNotes) {
     testing_support::Process listener({PROGRAM, "listen", "--port", "0", "--quiet"});
     testing_support::Process noisy({PROGRAM, "listen", "--port", "0"});
     EXPECT_TRUE(noisy.hasError("listening for indications")); // by now the other one has had its time, too
@@ -171,7 +171,7 @@ TEST(CommandLine, SoftwareOfACardStandsInTheTreeOnce) {
 }
 
 /// A method of the storage side waits five seconds behind an update.
-TEST(CommandLine, WhoeverWaitsForMoreThanASecondAtATerminalIsToldSo) {
+TEST(CommandLine, ATerminalShowsAWaitOfMoreThanASecond) {
     const TemporaryFile fleet;
     std::filesystem::copy_file(FLEET, fleet.path, std::filesystem::copy_options::overwrite_existing);
     const TemporaryFile image;

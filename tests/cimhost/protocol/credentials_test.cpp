@@ -36,7 +36,7 @@ TEST(Credentials, ARightPasswordIsAcceptedAndRemembered) {
     EXPECT_FALSE(credentials.recall(annaWrong));
 }
 
-TEST(Credentials, WhatIsWrongIsNeitherAcceptedNorRemembered) {
+TEST(Credentials, AWrongPasswordIsNeitherAcceptedNorRemembered) {
     const TemporaryFile file(annaLine);
     Credentials credentials = Credentials::load(file.path);
     for (const std::string_view given :
@@ -48,7 +48,7 @@ TEST(Credentials, WhatIsWrongIsNeitherAcceptedNorRemembered) {
     }
 }
 
-TEST(Credentials, AFileThatIsNotItsOwnersAloneIsRefused) {
+TEST(Credentials, AFileThatOthersCanOpenIsRefused) {
     const TemporaryFile file(annaLine);
     for (const unsigned mode : {0640U, 0620U, 0660U, 0604U, 0602U, 0644U, 0610U}) {
         std::filesystem::permissions(file.path, static_cast<std::filesystem::perms>(mode));

@@ -102,7 +102,7 @@ TEST_F(DispatcherTest, AnEmptyPropertyListAsksForNoProperty) {
     EXPECT_THAT(host.provider.calls.front(), StartsWith("enumerateInstances T_EtherPort []"));
 }
 
-TEST_F(DispatcherTest, ClassOriginIsToldOnRequest) {
+TEST_F(DispatcherTest, ClassOriginIsShownOnRequest) {
     const std::string answer =
         host.call("EnumerateInstances", className("T_EtherPort") + flag("IncludeClassOrigin", true));
     EXPECT_THAT(answer, HasSubstr("<PROPERTY NAME=\"Speed\" TYPE=\"uint64\" CLASSORIGIN=\"T_Port\"><VALUE>"));
@@ -264,7 +264,7 @@ TEST_F(DispatcherTest, ClientsAreServedAtTheSameTime) {
     EXPECT_EQ(host.provider.calls.size(), 2U * (1 + 4 * 50));
 }
 
-TEST_F(DispatcherTest, WhoMayOnlyReadIsRefusedEveryChangeBeforeTheProviderHearsOfIt) {
+TEST_F(DispatcherTest, AReadOnlyClientIsRefusedEveryChange) {
     host.access = Access::read;
     const std::string path = parameter("InstanceName", instanceName("T_FibrePort", "System=s,Id=a"));
     for (const char* change : {"CreateInstance", "ModifyInstance", "DeleteInstance"}) {

@@ -84,7 +84,7 @@ protected:
     std::unique_ptr<RequestScope> requestScope;
 };
 
-TEST_F(EncoderTest, APropertyThatWasNeverSetGoesWithoutAValue) {
+TEST_F(EncoderTest, AnUnsetPropertyHasNoValue) {
     const InstanceObject& instance = make("T_Base");
     EXPECT_EQ(render(instance), "<INSTANCE CLASSNAME=\"T_Base\"><PROPERTY NAME=\"Id\" TYPE=\"string\"></PROPERTY>"
                                 "<PROPERTY NAME=\"Number\" TYPE=\"uint16\"></PROPERTY></INSTANCE>");
@@ -176,7 +176,7 @@ TEST_F(EncoderTest, OnlySelectedPropertiesAreSent) {
               "<INSTANCE CLASSNAME=\"T_Base\"><PROPERTY NAME=\"Number\" TYPE=\"uint16\"></PROPERTY></INSTANCE>");
 }
 
-TEST_F(EncoderTest, ClassOriginIsToldOnRequest) {
+TEST_F(EncoderTest, ClassOriginIsShownOnRequest) {
     InstanceObject& instance = make("T_Base");
     CMPIValue value{};
     value.uint16 = 5;

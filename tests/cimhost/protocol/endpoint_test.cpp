@@ -80,13 +80,13 @@ TEST_F(EndpointTest, PathsNameTheHostAsTheClientDid) {
     EXPECT_THAT(std::string(response.body.view()), HasSubstr("<HOST>adapters.example:5988</HOST>"));
 }
 
-TEST_F(EndpointTest, AHostIsOnlyText) {
+TEST_F(EndpointTest, TheHostIsEscaped) {
     const http::Response response =
         exchange({"POST", "/cimom", {{"CIMOperation", "MethodCall"}, {"Host", "</HOST>&"}}, associatorNames, ""});
     EXPECT_THAT(std::string(response.body.view()), HasSubstr("<HOST>&lt;/HOST&gt;&amp;</HOST>"));
 }
 
-TEST_F(EndpointTest, AnEnumerationIsReadOnByTheUserWhoOpenedIt) {
+TEST_F(EndpointTest, AnEnumerationBelongsToTheUserWhoOpenedIt) {
     const auto ask = [&](const std::string& user, const std::string& method, const std::string& parameters) {
         const std::string body = "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" "
                                  "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><IMETHODCALL NAME=\"" +
@@ -134,7 +134,7 @@ TEST_F(EndpointTest, AMessageIsRefusedAtThePieceThatIsWrong) {
     EXPECT_EQ(fieldOf(*refusal, "CIMError"), "request-not-valid");
 }
 
-TEST_F(EndpointTest, WhoeverIsNobodyChangesNothing) {
+TEST_F(EndpointTest, AnonymousClientsCannotChangeAnything) {
     http::Request request{"POST", "/cimom", {{"CIMOperation", "MethodCall"}}, start, ""};
     const auto answer = [&request](Endpoint& asked) { return std::string(asked.answer(request).body.view()); };
     EXPECT_THAT(answer(endpoint), HasSubstr("<ERROR CODE=\"2\""));

@@ -23,7 +23,7 @@ TEST(AuthorityText, NamesAndAddressesWithAndWithoutPort) {
     EXPECT_EQ(hostIn("a:"), "a");
 }
 
-TEST(AuthorityText, AnythingElseIsNone) {
+TEST(AuthorityText, OtherTextsAreRefused) {
     for (const char* text :
          {"", ":5988", "a b", "a:x", "a:123456", "[::1", "[a]", "::1", "user@host", "a/b", "h\xc3\xa9"})
         EXPECT_EQ(hostIn(text), "none") << text;

@@ -216,7 +216,7 @@ TEST_F(HttpServer, TheLastChunkMayComeInAnyPieces) {
     EXPECT_EQ(statusOf(empty.readAnswer()), 200);
 }
 
-TEST_F(HttpServer, TellsAClientThatAsksToGoOn) {
+TEST_F(HttpServer, AnswersExpect100Continue) {
     start();
     SocketClient client = connect();
     client.send("POST / HTTP/1.1\r\nHost: localhost\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n");
@@ -225,7 +225,7 @@ TEST_F(HttpServer, TellsAClientThatAsksToGoOn) {
     EXPECT_EQ(bodyOf(client.readAnswer()), "ok");
 }
 
-TEST_F(HttpServer, AnExceptionOfTheHandlerIsAnAnswerWithoutItsText) {
+TEST_F(HttpServer, AnExceptionOfTheHandlerIsAnErrorWithoutItsText) {
     start();
     const std::string answer = ask(post("throw"));
     EXPECT_EQ(statusOf(answer), 500);
@@ -335,7 +335,7 @@ TEST_F(HttpServer, LargeRequestsTogetherAreBounded) {
     EXPECT_EQ(firstStatus + secondStatus, 200 + 503);
 }
 
-TEST_F(HttpServer, WhoHoldsLittleIsServedHoweverMuchOthersHold) {
+TEST_F(HttpServer, SmallBodiesAreServedThoughAllBodiesTakeTooMuch) {
     options.limits.allBodyBytes = 100;
     start();
     const std::string small(10'000, 'x');
@@ -393,7 +393,7 @@ TEST_F(HttpServer, AReaderThatThrowsIsAnInternalErrorWithoutItsText) {
     EXPECT_EQ(bodyOf(ask(post("others are served"))), "others are served");
 }
 
-TEST_F(HttpServer, WhatReadersKeepIsBoundedTogether) {
+TEST_F(HttpServer, MemoryOfAllReadersTogetherIsBounded) {
     handler.readsPieces = true;
     options.limits.allBodyBytes = 1'000'000;
     start();
@@ -401,7 +401,7 @@ TEST_F(HttpServer, WhatReadersKeepIsBoundedTogether) {
     EXPECT_EQ(statusOf(ask(post(std::string(500'000, 'k')))), 200);
 }
 
-TEST_F(HttpServer, AClientThatGoesAwayInALargeBodyLeavesNothing) {
+TEST_F(HttpServer, AClientThatLeavesDuringALargeBodyDelaysNobody) {
     handler.readsPieces = true;
     start();
     for (int round = 0; round < 10; ++round) {
@@ -488,7 +488,7 @@ TEST_F(HttpServer, AClientThatDoesNotReadItsAnswerIsClosed) {
     EXPECT_TRUE(client.isClosedWithin(5s));
 }
 
-TEST_F(HttpServer, WhereEverybodyWaitsForAnAnswerNewClientsAreRefused) {
+TEST_F(HttpServer, NewClientsAreRefusedWhileAllOthersWaitForAnswers) {
     options.limits.connections = 4;
     options.limits.room = 100ms;
     start();
@@ -505,7 +505,7 @@ TEST_F(HttpServer, WhereEverybodyWaitsForAnAnswerNewClientsAreRefused) {
     EXPECT_EQ(bodyOf(ask(post("served"))), "served");
 }
 
-TEST_F(HttpServer, WhereAnAnswerComesInTimeNewClientsWaitForItsPlace) {
+TEST_F(HttpServer, NewClientsWaitForAPlaceThatBecomesFreeInTime) {
     options.limits.connections = 1;
     options.limits.room = 60s;
     start();
@@ -583,7 +583,7 @@ INSTANTIATE_TEST_SUITE_P(OfUnfinished, CrowdedServer,
                          testing::Values("", "POST / HTTP/1.1\r\nX: ",
                                          "POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 1000\r\n\r\nx"));
 
-TEST_F(HttpServer, WhoIsLateWithALaterRequestGivesWayBeforeIdleClients) {
+TEST_F(HttpServer, ALateClientGivesWayBeforeIdleOnes) {
     options.limits.connections = 2;
     start();
     SocketClient idle = connect();
@@ -653,25 +653,25 @@ TEST_F(HttpServer, WithoutADescriptorAtAllANewClientIsCutOffAndLaterOnesAreServe
     EXPECT_EQ(bodyOf(ask(post("served"))), "served");
 }
 
-TEST_F(HttpServer, OldClientsNeedNoHost) {
+TEST_F(HttpServer, Http10NeedsNoHostField) {
     start();
     EXPECT_EQ(bodyOf(ask("POST / HTTP/1.0\r\nContent-Length: 3\r\n\r\nold")), "old");
 }
 
-TEST_F(HttpServer, FurtherNamesAreItsOwn) {
+TEST_F(HttpServer, AcceptsFurtherNamesOfTheServer) {
     options.names = {"Other.Example"};
     start();
     EXPECT_EQ(statusOf(ask("POST / HTTP/1.1\r\nHost: other.example:80\r\nContent-Length: 0\r\n\r\n")), 200);
     EXPECT_EQ(statusOf(ask("POST / HTTP/1.1\r\nHost: evil.example\r\nContent-Length: 0\r\n\r\n")), 421);
 }
 
-TEST_F(HttpServer, AListenerIsCalledByAnyName) {
+TEST_F(HttpServer, AListenerAcceptsAnyName) {
     options.host = HostField::anything;
     start();
     EXPECT_EQ(statusOf(ask("POST / HTTP/1.1\r\nHost: evil.example\r\nContent-Length: 0\r\n\r\n")), 200);
 }
 
-TEST_F(HttpServer, ASlowAnswerHoldsUpNobodyElse) {
+TEST_F(HttpServer, ASlowAnswerDelaysNobodyElse) {
     options.workers = 2;
     start();
     SocketClient slow = connect();
@@ -739,7 +739,7 @@ TEST_F(AuthenticatingServer, AsksForNameAndPassword) {
     EXPECT_NE(answer.find("WWW-Authenticate: Basic realm="), std::string::npos);
 }
 
-TEST_F(AuthenticatingServer, LetsInWhoKnowsThePassword) {
+TEST_F(AuthenticatingServer, AcceptsTheRightPassword) {
     start();
     SocketClient client = connect();
     for (int request = 0; request < 2; ++request) {
@@ -773,7 +773,7 @@ TEST_F(AuthenticatingServer, WrongPasswordsAreAnsweredMoreAndMoreSlowly) {
     EXPECT_EQ(status, 200);
 }
 
-TEST_F(AuthenticatingServer, WhoIsKnownIsNotHeldUpByWrongPasswords) {
+TEST_F(AuthenticatingServer, KnownClientsAreNotDelayedByWrongPasswords) {
     start();
     EXPECT_EQ(statusOf(ask(post("x", annaSecret))), 200);
     for (unsigned guess = 0; guess < 2 * LoginGate::freeGuesses; ++guess)
@@ -793,7 +793,7 @@ TEST_F(AuthenticatingServer, ManyClientsWithTheRightPasswordAreServedTogether) {
         EXPECT_EQ(bodyOf(client.readAnswer()), "anna asks");
 }
 
-TEST_F(AuthenticatingServer, TellsOfWrongPasswordsAndWhereTheyCameFrom) {
+TEST_F(AuthenticatingServer, LogsWrongPasswordsWithTheirAddress) {
     std::mutex mutex;
     std::vector<std::string> told;
     options.onRefusedLogin = [&](std::string_view client, std::string_view user) {
@@ -843,7 +843,7 @@ TEST_F(TlsServer, AnswersARequest) {
     EXPECT_TRUE(bodyOf(answer) == large) << answer.size() << answer.substr(0, 300);
 }
 
-TEST_F(TlsServer, DropsWhoSpeaksNoTls) {
+TEST_F(TlsServer, DropsClientsWithoutTls) {
     start();
     SocketClient client = connect();
     client.send(post("hello"));

@@ -52,7 +52,7 @@ protected:
     TemporaryFile file;
 };
 
-TEST_F(ImageProgram, WhatIsMadeIsShown) {
+TEST_F(ImageProgram, ShowsTheImageThatItMade) {
     const TemporaryFile payload("abcde");
     const Ended made = make({"--bios", "3.40", "--firmware", "8.1.0", "--efi", "6.2", "--fcode", "4.2.0", "--payload",
                              payload.path.string()});
@@ -67,7 +67,7 @@ TEST_F(ImageProgram, WhatIsMadeIsShown) {
               "  \"payloadBytes\": 5\n}\n");
 }
 
-TEST_F(ImageProgram, WhatIsLeftOutIsEmpty) {
+TEST_F(ImageProgram, VersionsThatAreLeftOutAreEmpty) {
     EXPECT_EQ(make().status, 0);
     EXPECT_EQ(show().output, "model: MC1020\nversion: 2.2.3\ndate: 2013-04-30\nbios: \nfirmware: \nefi: \nfcode: \n"
                              "payloadBytes: 0\n");
@@ -137,7 +137,7 @@ TEST_F(ImageProgram, AFileThatCannotBeWrittenIsNamed) {
     }
 }
 
-TEST_F(ImageProgram, WhatIsNoImageIsToldApart) {
+TEST_F(ImageProgram, AFileThatIsNoImageIsRefusedWithTheReason) {
     ASSERT_EQ(make().status, 0);
     const std::string image = content();
     std::string badHeader = image;
@@ -159,7 +159,7 @@ TEST_F(ImageProgram, WhatIsNoImageIsToldApart) {
     }
 }
 
-TEST_F(ImageProgram, ADamagedPayloadIsTold) {
+TEST_F(ImageProgram, ADamagedPayloadIsReported) {
     const TemporaryFile payload("abcde");
     ASSERT_EQ(make({"--payload", payload.path.string()}).status, 0);
     const std::string image = content();

@@ -43,7 +43,7 @@ TEST_P(InvokeProgram, AMethodThatFailsTellsWhatItsAnswerMeansAndWhereToLook) {
                                         "tells why"));
 }
 
-TEST_P(InvokeProgram, ToolsGetJsonAndNothingElse) {
+TEST_P(InvokeProgram, WithJsonPrintsJsonAndNothingElse) {
     const Ended ended = invoke({"--json", nic, "InstallFromByteStream", "Image=1,2,255", nicTarget});
     EXPECT_EQ(ended.status, 4) << ended.errors;
     EXPECT_EQ(ended.output, "{\n  \"ReturnValue\": 2\n}\n");

@@ -59,7 +59,7 @@ protected:
     std::string url;
 };
 
-TEST_F(Listening, SubscribesAsTheUserThatItIsGivenOrFindsInItsEnvironment) {
+TEST_F(Listening, SubscribesAsTheUserOfTheOptionOrTheEnvironment) {
     Process told(listen({"--user", "anna:secret"}));
     expectSubscription(told);
     ::setenv("CIMHOST_USER", "anna:secret", 1);
@@ -74,7 +74,7 @@ TEST_F(Listening, SubscribesAsTheUserThatItIsGivenOrFindsInItsEnvironment) {
     expectRefusal({"--user", "bert:secret"}, url + ": it does not take this user and password (HTTP 401)");
 }
 
-TEST(ListenProgram, WhatCannotBePrintedIsNotConfirmed) {
+TEST(ListenProgram, AnIndicationThatCannotBePrintedIsNotConfirmed) {
     Process listener({"/bin/sh", "-c", "exec \"$0\" listen --port 0 >/dev/full", PROGRAM});
     ASSERT_TRUE(listener.hasError("listening for indications on http://127.0.0.1:")) << listener.errors();
     const std::string line = listener.errors();
@@ -92,7 +92,7 @@ TEST(ListenProgram, WhatCannotBePrintedIsNotConfirmed) {
     EXPECT_THAT(listener.errors(), HasSubstr("cimhost: standard output takes no more indications\n"));
 }
 
-TEST(ListenProgram, AServerThatIsNotThereIsTold) {
+TEST(ListenProgram, AMissingServerIsReported) {
     const Ended ended = cimhost({"listen", "--port", "0", "--subscribe", "http://127.0.0.1:1"});
     EXPECT_EQ(ended.status, 2);
     EXPECT_EQ(ended.output, "");

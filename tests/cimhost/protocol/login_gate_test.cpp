@@ -24,7 +24,7 @@ protected:
     const Source elsewhere{2};
 };
 
-TEST_F(LoginGateTest, ASlipOfTheFingerCostsNothing) {
+TEST_F(LoginGateTest, TheFirstWrongPasswordsCostNoWait) {
     fail(LoginGate::freeGuesses - 1);
     EXPECT_FALSE(wait());
 }
@@ -39,13 +39,13 @@ TEST_F(LoginGateTest, EachFurtherGuessWaitsTwiceAsLongUpToAMinute) {
     }
 }
 
-TEST_F(LoginGateTest, OtherAddressesAreNotHeldUp) {
+TEST_F(LoginGateTest, OtherAddressesAreNotDelayed) {
     fail(100);
     EXPECT_TRUE(wait());
     EXPECT_FALSE(gate.wait(elsewhere, "anna", now));
 }
 
-TEST_F(LoginGateTest, ManyNamesAreNoWayAround) {
+TEST_F(LoginGateTest, GuessesUnderManyNamesAreLimited) {
     unsigned allowed = 0;
     for (int name = 0; name < 10'000; ++name) {
         const std::string user = "user" + std::to_string(name);
@@ -56,14 +56,14 @@ TEST_F(LoginGateTest, ManyNamesAreNoWayAround) {
     EXPECT_LE(allowed, 16 * LoginGate::freeGuesses);
 }
 
-TEST_F(LoginGateTest, TheRightPasswordForgives) {
+TEST_F(LoginGateTest, TheRightPasswordResetsTheCount) {
     fail(LoginGate::freeGuesses - 1);
     gate.succeeded(here, "anna");
     fail(LoginGate::freeGuesses - 1);
     EXPECT_FALSE(wait());
 }
 
-TEST_F(LoginGateTest, TimeForgives) {
+TEST_F(LoginGateTest, GuessesAreForgottenInTime) {
     fail(100);
     now += 11min;
     fail(1);

@@ -102,7 +102,7 @@ TEST_F(MethodArgumentsTest, NullIsNullOfTheDeclaredType) {
     EXPECT_NE(target->data.state & CMPI_nullValue, 0);
 }
 
-TEST_F(MethodArgumentsTest, WhatDoesNotFitIsAnInvalidParameter) {
+TEST_F(MethodArgumentsTest, AValueThatDoesNotFitIsAnInvalidParameter) {
     cimxml::Value reference;
     reference.isNull = false;
     reference.type = CMPI_ref;

@@ -50,7 +50,7 @@ TEST_F(ObjectTreeTest, AChildStandsBelowTheParentThatItsAssociationNames) {
                                                                                   "└─ T_FibrePort b\n");
 }
 
-TEST_F(ObjectTreeTest, WhatNothingLeadsToStandsApartWithWhatIsBelowIt) {
+TEST_F(ObjectTreeTest, ObjectsWithoutAParentStandApartWithTheirChildren) {
     link("T_FibreLink", {"T_FibrePort", "b"}, {"T_EtherPort", "e"});
     EXPECT_EQ(grown({{fibre, box, {"T_Link"}}, {ether, fibre, {"T_FibreLink"}}}),
               "T_Box 1\n"
@@ -62,7 +62,7 @@ TEST_F(ObjectTreeTest, WhatNothingLeadsToStandsApartWithWhatIsBelowIt) {
               "└─ T_EtherPort e\n");
 }
 
-TEST_F(ObjectTreeTest, TheFirstPlacementThatLeadsSomewhereCounts) {
+TEST_F(ObjectTreeTest, TheFirstPlacementThatFindsAParentCounts) {
     link("T_Link", {"T_Box", "1"}, {"T_FibrePort", "a"});
     link("T_Link", {"T_Box", "1"}, {"T_FibrePort", "b"});
     link("T_Link", {"T_Box", "1"}, {"T_EtherPort", "e"});
@@ -73,7 +73,7 @@ TEST_F(ObjectTreeTest, TheFirstPlacementThatLeadsSomewhereCounts) {
               "└─ T_FibrePort b\n");
 }
 
-TEST_F(ObjectTreeTest, ARoadMayHaveTwoSteps) {
+TEST_F(ObjectTreeTest, AParentMayBeTwoAssociationsAway) {
     link("T_Link", {"T_Box", "1"}, {"T_FibrePort", "a"});
     link("T_Link", {"T_Box", "1"}, {"T_FibrePort", "b"});
     link("T_FibreLink", {"T_FibrePort", "a"}, {"T_EtherPort", "e"});
@@ -85,7 +85,7 @@ TEST_F(ObjectTreeTest, ARoadMayHaveTwoSteps) {
         "└─ T_FibrePort b\n");
 }
 
-TEST_F(ObjectTreeTest, WithoutAnAssociationTheKeyTellsTheParent) {
+TEST_F(ObjectTreeTest, WithoutAnAssociationTheKeyNamesTheParent) {
     host.provider.objects = {{"T_Box", "1"},           {"T_FibrePort", "1_2"},    {"T_FibrePort", "12_2"},
                              {"T_EtherPort", "1_2_3"}, {"T_EtherPort", "1_23_4"}, {"T_EtherPort", "_"}};
     EXPECT_EQ(grown({{fibre, box, {}, "Id", "Id"}, {ether, fibre, {}, "Id", "Id"}}),
@@ -100,7 +100,7 @@ TEST_F(ObjectTreeTest, WithoutAnAssociationTheKeyTellsTheParent) {
               "T_EtherPort _: root/ns:T_EtherPort.System=\"s\",Id=\"_\"\n");
 }
 
-TEST_F(ObjectTreeTest, TwoThatCallEachOtherTheirParentAreNotLost) {
+TEST_F(ObjectTreeTest, ObjectsThatAreEachOthersParentsAreShown) {
     link("T_FibreLink", {"T_FibrePort", "a"}, {"T_EtherPort", "e"});
     const std::string text = grown({{fibre, ether, {"T_FibreLink"}}, {ether, fibre, {"T_FibreLink"}}});
     EXPECT_THAT(text,
@@ -146,7 +146,7 @@ TEST_F(ObjectTreeTest, AFailureOfTheProviderIsTheFailureOfTheTree) {
     EXPECT_THROW(grown({{fibre, box, {"T_Link"}}}), CimFailure);
 }
 
-TEST_F(ObjectTreeTest, ToolsGetNestedObjects) {
+TEST_F(ObjectTreeTest, JsonHasNestedObjects) {
     link("T_Link", {"T_Box", "1"}, {"T_FibrePort", "a"});
     RequestScope scope(*host.broker);
     const std::vector<Placement> placements = {{fibre, box, {"T_Link"}}};

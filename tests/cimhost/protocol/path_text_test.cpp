@@ -68,7 +68,7 @@ TEST_F(PathText, AReferenceIsAPathAgain) {
     EXPECT_EQ(path.keys[1].reference->className, "T_Counter");
 }
 
-TEST_F(PathText, WhatIsNoPathIsRefused) {
+TEST_F(PathText, BadPathsAreRefused) {
     for (const char* text : {"", "T_Port", "T_Port.", "T_Port.Id", "T_Port.=1", ".Id=1", "T_Port.Id=\"a",
                              "T_Port.Id=\"a\"b", "http://localhost", "root/ns:", R"(T_Link.Left="T_Port")"}) {
         EXPECT_THROW(parse(text), std::runtime_error) << text;

@@ -198,7 +198,7 @@ TEST_F(PresentationTest, ABadLineIsNamedWithItsPlace) {
     }
 }
 
-TEST_F(PresentationTest, WhatIsSaidTwiceOrOfNoClassIsRefused) {
+TEST_F(PresentationTest, RepeatedLinesAndUnknownClassesAreRefused) {
     EXPECT_THROW(read("[T_Box]\nlabel = box\n[T_Link]\n[T_Box]\nlabel = case\n"), std::runtime_error);
     EXPECT_THROW(read("[T_Box]\ncolumns = {Id}\ncolumns = {Id}\n"), std::runtime_error);
     EXPECT_THROW(read("[T_Box]\nunit = {Speed} bit / second\nunit = {speed} bit / second\n"), std::runtime_error);

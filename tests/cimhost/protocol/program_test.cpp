@@ -36,7 +36,7 @@ using testing_support::run;
 using testing_support::TemporaryFile;
 using testing_support::urlOf;
 
-TEST(Program, ServesAClientAndEndsWhenTold) {
+TEST(Program, ServesAClientAndStopsOnASignal) {
     Process server({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--anonymous-writes"});
     const std::string url = urlOf(server);
     ASSERT_NE(url, "") << server.errors();
@@ -66,7 +66,7 @@ TEST(Program, ServesAClientAndEndsWhenTold) {
 }
 
 // Servers put association requests to a provider in two ways; whoever walks the tree sees no difference.
-TEST(Program, TheTreeIsTheSameInBothWaysOfAskingForAssociations) {
+TEST(Program, TheTreeIsTheSameInBothAssociationModes) {
     const Ended forEachClass = cimhost({"--fleet", FLEET, "tree"});
     const Ended once = cimhost({"--fleet", FLEET, "tree", "--ask-once"});
     EXPECT_EQ(forEachClass.status, 0) << forEachClass.errors;
@@ -127,7 +127,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Of, Answer, testing::ValuesIn(answerSources), nameOfSource);
 
-TEST_P(Answer, ToolsGetJsonAndNothingElse) {
+TEST_P(Answer, WithJsonIsJsonAndNothingElse) {
     const Ended ended = ask({"enumerate", "CIM_FCPort", "--json"});
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_THAT(ended.output, StartsWith("[\n  {\n    \"class\": \"Merolt_FCHBA_FCPort\""));
@@ -150,7 +150,7 @@ TEST(Program, PeopleGetATableThatFitsTheirTerminal) {
     }
 }
 
-TEST(Program, OnlyATerminalGetsColours) {
+TEST(Program, OnlyTerminalsGetColours) {
     const std::vector<std::string> question = {"enumerate", "Merolt_FCHBA_FCPort", "--fleet", FLEET};
     EXPECT_THAT(cimhostAtTerminal(question, 100).output, HasSubstr("\033[1mAddress"));
     for (const std::string off : {"NO_COLOR=1", "TERM=dumb"})
@@ -158,7 +158,7 @@ TEST(Program, OnlyATerminalGetsColours) {
     EXPECT_THAT(cimhost(question).output, StartsWith("Address "));
 }
 
-TEST_P(Answer, WhatIsNoTerminalGetsTheTableWhole) {
+TEST_P(Answer, WithoutATerminalTheTableIsNotCut) {
     const Ended ended = ask({"enumerate", "Merolt_FCHBA_SoftwareIdentity"});
     EXPECT_EQ(ended.output.find("…"), std::string::npos);
     EXPECT_THAT(ended.output, HasSubstr("_MC1020R4K00317_2100024D10317001__DriverFirmware\n"));
@@ -184,7 +184,7 @@ TEST_P(Answer, AnInstanceThatDoesNotExistIsACimError) {
     EXPECT_THAT(ended.errors, HasSubstr("cimhost: CIM_ERR_NOT_FOUND (6): "));
 }
 
-TEST_P(Answer, WhatIsAssociatedComesInATableForEachClass) {
+TEST_P(Answer, AssociatedObjectsComeInATableForEachClass) {
     const std::string port = firstName("Merolt_FCHBA_FCPort");
     const Ended ended = ask({"associators", port});
     EXPECT_EQ(ended.status, 0) << ended.errors;
@@ -205,7 +205,7 @@ TEST_P(Answer, AssociationsAreFilteredAsAClientFiltersThem) {
     EXPECT_THAT(unknown.errors, HasSubstr("CIM_ERR_INVALID_PARAMETER (4)"));
 }
 
-TEST_P(Answer, TheTreeLeadsFromTheHostToItsLogicalUnits) {
+TEST_P(Answer, TheTreeReachesFromTheHostToItsLogicalUnits) {
     const Ended ended = ask({"tree"});
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_THAT(ended.output, StartsWith("host "));
@@ -232,7 +232,7 @@ TEST(Program, TwoPortsOfOneAddressStandBelowTheirOwnCards) {
                                         "root/merolt_cmpi:Merolt_NIC_RegisteredProfile.InstanceID=\"1\"\n"));
 }
 
-TEST_P(Answer, ToolsGetTheTreeAsNestedObjects) {
+TEST_P(Answer, TheTreeInJsonHasNestedObjects) {
     const Ended ended = ask({"tree", "--json"});
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_THAT(ended.output,
@@ -302,7 +302,7 @@ protected:
     std::filesystem::path home;
 };
 
-TEST_F(Question, LeavesNothingWhereItIsAskedAndPrintsItsAnswerAlone) {
+TEST_F(Question, LeavesNoFilesInTheWorkingDirectory) {
     const Ended ended = ask("HOME=\"$1\"");
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_EQ(ended.errors, "");
@@ -314,7 +314,7 @@ TEST_F(Question, LeavesNothingWhereItIsAskedAndPrintsItsAnswerAlone) {
     EXPECT_EQ(modeOf(location / "log"), 0700U);
 }
 
-TEST_F(Question, KeepsThePlaceThatTheEnvironmentNames) {
+TEST_F(Question, KeepsItsLogWhereTheEnvironmentSays) {
     EXPECT_EQ(ask("HOME=\"$1\" XDG_STATE_HOME=\"$1/state\"").status, 0);
     EXPECT_TRUE(std::filesystem::exists(home / "state" / "cimhost" / "log" / "Merolt_CNA_Provider.log"));
     std::filesystem::create_directories(home / "own" / "log");
@@ -323,7 +323,7 @@ TEST_F(Question, KeepsThePlaceThatTheEnvironmentNames) {
     EXPECT_FALSE(std::filesystem::exists(home / ".local"));
 }
 
-TEST_F(Question, WithoutAPlaceForItsLogStillAnswersAndLeavesNothing) {
+TEST_F(Question, IsAnsweredWithoutAPlaceForTheLog) {
     const Ended ended = ask("HOME=\"$1\" XDG_STATE_HOME=/dev/null/state");
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_EQ(ended.errors, "");

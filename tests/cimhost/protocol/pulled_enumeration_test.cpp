@@ -202,7 +202,7 @@ TEST_F(PulledEnumeration, EndsAtOnceWhereEverythingFits) {
     EXPECT_EQ(openCount(), 0U);
 }
 
-TEST_F(PulledEnumeration, WithoutADemandOpensWithNoElement) {
+TEST_F(PulledEnumeration, WithoutACountOpensWithNoElement) {
     for (const std::string& parameters :
          {std::string(), most(0), std::string("<IPARAMVALUE NAME=\"MaxObjectCount\"/>")}) {
         const std::string answer = openPorts(parameters);
@@ -243,7 +243,7 @@ TEST_F(PulledEnumeration, IsClosedBeforeItsEnd) {
     EXPECT_THAT(close(context), StartsWith(error(21)));
 }
 
-TEST_F(PulledEnumeration, IsGoneBehindItsEnd) {
+TEST_F(PulledEnumeration, CannotBeReadBeyondItsEnd) {
     const std::string context = contextOf(openPorts());
     EXPECT_TRUE(isEnd(pullPaths(context, 100)));
     EXPECT_THAT(pullPaths(context), StartsWith(error(21)));
@@ -309,7 +309,7 @@ TEST_F(PulledEnumeration, IsFoundUnderEachNameOfItsNamespace) {
     EXPECT_THAT(elements(answer, "INSTANCEPATH"), SizeIs(1));
 }
 
-TEST_F(PulledEnumeration, HasAContextThatNobodyForesees) {
+TEST_F(PulledEnumeration, HasAContextThatCannotBeGuessed) {
     std::set<std::string> contexts;
     for (int count = 0; count < 500; ++count)
         contexts.insert(contextOf(openPorts()));
@@ -333,7 +333,7 @@ TEST_F(PulledEnumeration, GarbageIsNoContext) {
     EXPECT_EQ(openCount(), 1U);
 }
 
-TEST_F(PulledEnumeration, IsLetGoAfterItsTimeoutThoughNobodyAsks) {
+TEST_F(PulledEnumeration, EndsAfterItsTimeout) {
     const std::string standard = contextOf(openPorts());
     const std::size_t bytes = host.dispatcher->pulls().figures().bytes;
     const std::string other = contextOf(openPorts(value("OperationTimeout", "300")));
@@ -385,7 +385,7 @@ TEST_F(PulledEnumeration, IsLimitedInNumberForOneUserAndForAll) {
     EXPECT_EQ(openCount(), 5U);
 }
 
-TEST_F(PulledEnumeration, IsLimitedInWhatAllHoldTogether) {
+TEST_F(PulledEnumeration, IsLimitedInTheMemoryOfAll) {
     PullOptions options;
     options.bytes = std::size_t{5} << 20;
     options.bytesOfOne = std::size_t{3} << 20;
@@ -411,7 +411,7 @@ TEST_F(PulledEnumeration, IsLimitedInWhatAllHoldTogether) {
     EXPECT_EQ(openCount(), 7U);
 }
 
-TEST_F(PulledEnumeration, LetsMemoryGoAsItIsRead) {
+TEST_F(PulledEnumeration, FreesMemoryAsItIsRead) {
     for (FakeObject& object : host.provider.objects)
         object.id.append(std::size_t{600} << 10, 'x');
     const std::vector<std::string> expected =
@@ -461,7 +461,7 @@ TEST_F(PulledEnumeration, WithoutDeepInheritanceASubclassShowsWhatTheNamedClassH
     EXPECT_THAT(answer, testing::Not(HasSubstr("NAME=\"Mtu\"")));
 }
 
-TEST_F(PulledEnumeration, TellsTheProviderOfNoFlagThatTheOperationLacks) {
+TEST_F(PulledEnumeration, HandsOnOnlyFlagsThatTheOperationHas) {
     host.call("OpenEnumerateInstances", className("T_EtherPort") + most(1));
     EXPECT_THAT(host.provider.calls.back(), HasSubstr("flags=2 "));
     host.call("OpenReferenceInstances", pairs()[4].source + value("IncludeClassOrigin", "TRUE"));

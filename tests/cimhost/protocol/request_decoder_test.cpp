@@ -123,7 +123,7 @@ TEST(RequestDecoder, AnErrorIsTheSameWhereverThePiecesEnd) {
         EXPECT_EQ(std::get<ProtocolError>(inPieces(document, size)).message, expected) << size;
 }
 
-TEST(RequestDecoder, AnErrorIsToldAsSoonAsItIsSeenAndAgainAtTheEnd) {
+TEST(RequestDecoder, AnErrorIsReportedAtOnceAndAgainAtTheEnd) {
     XmlReader reader;
     EXPECT_EQ(reader.read("<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\">"), std::nullopt);
     const auto error = reader.read("<WRONG>");
@@ -133,7 +133,7 @@ TEST(RequestDecoder, AnErrorIsToldAsSoonAsItIsSeenAndAgainAtTheEnd) {
     EXPECT_EQ(std::get<ProtocolError>(reader.finish()).message, error->message);
 }
 
-TEST(RequestDecoder, ATokenWithoutEndIsRefusedBeforeItCostsTime) {
+TEST(RequestDecoder, ATokenWithoutEndIsRefusedEarly) {
     XmlLimits limits;
     limits.tokenBytes = 1000;
     for (const std::string token : {"<!--", "<CIM CIMVERSION=\"", "<?x "}) {
@@ -178,7 +178,7 @@ TEST(RequestDecoder, BytesAreNotSpeltOutBeyondWhatAMessageMayHold) {
     }
 }
 
-TEST(RequestDecoder, AListThatMayNotGrowStaysAsItIs) {
+TEST(RequestDecoder, AListThatHasReachedItsLimitStaysAsItIs) {
     TextList texts;
     for (const std::string number : {"0", "10", "200"})
         EXPECT_TRUE(texts.append(number, 3));
@@ -305,7 +305,7 @@ TEST(RequestDecoder, OtherEncodingsThatExpatKnowsAreRead) {
     EXPECT_EQ(std::get<Value>(*decoded(document).parameter("P")).texts[0], "ü");
 }
 
-TEST(RequestDecoder, AFirmwareImageOfManyBytesIsNoMatterOfElementLimits) {
+TEST(RequestDecoder, AFirmwareImageMayHaveMoreBytesThanTheLimitOfElements) {
     std::string list = "<VALUE.ARRAY>";
     for (int index = 0; index < 200'000; ++index)
         list += "<VALUE>255</VALUE>";

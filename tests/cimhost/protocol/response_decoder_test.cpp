@@ -170,7 +170,7 @@ TEST(ResponseDecoder, AnEmbeddedInstanceIsReadFromItsText) {
     EXPECT_FALSE(decodeEmbeddedInstance("no XML"));
 }
 
-TEST(ResponseDecoder, AnEmptyAnswerIsNone) {
+TEST(ResponseDecoder, AnEmptyAnswerHasNoObjects) {
     EXPECT_FALSE(read(objects("")).response().error);
     EXPECT_FALSE(read(answer("")).response().error);
     EXPECT_FALSE(read(answer("<IRETURNVALUE/>")).response().error);
@@ -185,7 +185,7 @@ TEST(ResponseDecoder, EveryStatusIsRead) {
     }
 }
 
-TEST(ResponseDecoder, AStatusThatNobodyKnowsIsAFailureThatTellsItsNumber) {
+TEST(ResponseDecoder, AnUnknownStatusIsAFailureWithItsNumber) {
     for (const char* code : {"0", "18", "28", "-1", "x", "99999999999999999999"}) {
         const Read found = read(answer("<ERROR CODE=\"" + std::string(code) + "\"/>"));
         ASSERT_TRUE(found.response().error) << code;
@@ -234,7 +234,7 @@ void PrintTo(const Refused& refused, std::ostream* out) { *out << refused.name; 
 
 class RefusedResponse : public testing::TestWithParam<Refused> {};
 
-TEST_P(RefusedResponse, SaysWhatIsWrong) {
+TEST_P(RefusedResponse, IsReportedWithTheReason) {
     const Read found = read(GetParam().document);
     EXPECT_THAT(found.refusal(), HasSubstr(GetParam().reason));
 }
@@ -310,7 +310,7 @@ TEST(ResponseDecoder, NestingIsBounded) {
 }
 
 // Recorded of cimhost, OpenPegasus 2.14 and sfcb 1.4, message 1.
-TEST(ResponseDecoder, WhatServersWroteIsRead) {
+TEST(ResponseDecoder, AnswersOfRealServersAreRead) {
     std::size_t count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(RECORDED)) {
         std::ifstream file(entry.path(), std::ios::binary);
@@ -325,7 +325,7 @@ TEST(ResponseDecoder, WhatServersWroteIsRead) {
     EXPECT_GE(count, 13U);
 }
 
-TEST(ResponseDecoder, WhatTheTakerOfObjectsThrowsComesOut) {
+TEST(ResponseDecoder, ExceptionsOfTheCallersFunctionPassThrough) {
     ResponseReader reader({"7", Request::Kind::intrinsic, "EnumerateInstances"},
                           [](const ReturnedObject&) { throw std::runtime_error("no room"); });
     EXPECT_THROW(reader.read(objects(name)), std::runtime_error);

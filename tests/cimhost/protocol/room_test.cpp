@@ -14,12 +14,12 @@ Source v4(std::uint8_t first, std::uint8_t last) {
     return {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, first, 0, 2, last};
 }
 
-TEST(SourceOfAConnection, EverybodyOnThisMachineIsOne) {
+TEST(SourceOfAConnection, IsTheSameForAllOfThisMachine) {
     EXPECT_EQ(sourceOf(v4(127, 1)), sourceOf(v4(127, 99)));
     EXPECT_EQ(sourceOf(v4(127, 1)), sourceOf({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}));
 }
 
-TEST(SourceOfAConnection, AddressesOfIPv4AndNetworksOfIPv6AreTold) {
+TEST(SourceOfAConnection, IsTheAddressInIPv4AndTheNetworkInIPv6) {
     EXPECT_NE(sourceOf(v4(192, 1)), sourceOf(v4(192, 2)));
     const Source one = {0x20, 1, 0xd, 0xb8, 0, 0, 0, 1, 1, 2, 3, 4, 5, 6, 7, 8};
     Source sameNetwork = one;
@@ -70,7 +70,7 @@ TEST_F(RoomTest, TheOldestNewcomerGivesWay) {
     EXPECT_NE(room.newcomerToGiveWay(now), &oldest);
 }
 
-TEST_F(RoomTest, WhoSendsALotIsNotLate) {
+TEST_F(RoomTest, AClientThatSendsFastIsNotLate) {
     Standing& upload = newcomer(10s);
     upload.moved = 20'000;
     Standing& drip = newcomer(1s);
@@ -92,7 +92,7 @@ TEST_F(RoomTest, KnownClientsNeverGiveWayToNewcomers) {
     EXPECT_EQ(room.newcomerToGiveWay(now), nullptr);
 }
 
-TEST_F(RoomTest, AmongKnownClientsTheLateOnesGiveWayBeforeTheIdle) {
+TEST_F(RoomTest, KnownClientsThatAreLateGiveWayBeforeIdleOnes) {
     Standing& answering = add(true, Phase::answering, 60s);
     Standing& fresh = add(true, Phase::reading, 10ms);
     Standing& idle = add(true, Phase::waiting, 20s);
@@ -107,7 +107,7 @@ TEST_F(RoomTest, AmongKnownClientsTheLateOnesGiveWayBeforeTheIdle) {
     EXPECT_FALSE(answering.isClosed);
 }
 
-TEST_F(RoomTest, WhoTakesNothingOfAnAnswerGivesWayBeforeTheIdle) {
+TEST_F(RoomTest, AClientThatReadsNoAnswerGivesWayBeforeIdleOnes) {
     Standing& idle = add(true, Phase::waiting, 20s);
     Standing& stalled = add(true, Phase::writing, 100ms);
     EXPECT_EQ(room.knownToGiveWay(now, newComing), &stalled);
@@ -115,7 +115,7 @@ TEST_F(RoomTest, WhoTakesNothingOfAnAnswerGivesWayBeforeTheIdle) {
     EXPECT_EQ(room.knownToGiveWay(now, newComing), &idle);
 }
 
-TEST_F(RoomTest, WhoLetsTheLastAnswerLieGivesWayBeforeTheIdle) {
+TEST_F(RoomTest, AClientThatDoesNotReadItsLastAnswerGivesWayBeforeIdleOnes) {
     Standing& idle = add(true, Phase::waiting, 20s);
     Standing& untaken = add(true, Phase::waiting, 100ms);
     untaken.hasUntaken = true;
@@ -124,7 +124,7 @@ TEST_F(RoomTest, WhoLetsTheLastAnswerLieGivesWayBeforeTheIdle) {
     EXPECT_EQ(room.knownToGiveWay(now, newComing), &idle);
 }
 
-TEST_F(RoomTest, AnAddressWithMoreThanItsShareAtWorkTakesNoIdleClientsPlace) {
+TEST_F(RoomTest, AnAddressBeyondItsShareTakesNoIdleClientsPlace) {
     Standing& idle = add(true, Phase::waiting, 20s, v4(192, 1));
     add(true, Phase::answering, 1s, v4(192, 2));
     EXPECT_EQ(room.knownToGiveWay(now, v4(192, 2)), &idle) << "one of four is its share";
@@ -135,7 +135,7 @@ TEST_F(RoomTest, AnAddressWithMoreThanItsShareAtWorkTakesNoIdleClientsPlace) {
     EXPECT_EQ(room.knownToGiveWay(now, v4(192, 2)), &late) << "who is late gives way to everybody";
 }
 
-TEST_F(RoomTest, AQuarterAsManyGuestsAreThereAndTheLateGiveWay) {
+TEST_F(RoomTest, GuestsMayBeAQuarterAsManyAndLateOnesGiveWay) {
     EXPECT_FALSE(room.isFullOfGuests());
     Standing& guest = add(false, Phase::answering, 60s);
     guest.isGuest = true;
@@ -147,7 +147,7 @@ TEST_F(RoomTest, AQuarterAsManyGuestsAreThereAndTheLateGiveWay) {
     EXPECT_FALSE(room.isFullOfGuests());
 }
 
-TEST_F(RoomTest, WhoLeftIsNotAskedForRoom) {
+TEST_F(RoomTest, ClosedConnectionsDoNotGiveWay) {
     Standing gone;
     const Room::Place place = room.enter(gone);
     room.leave(place);

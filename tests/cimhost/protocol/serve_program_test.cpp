@@ -84,7 +84,7 @@ std::vector<std::string> serveWith(const std::vector<std::string>& more) {
     return command;
 }
 
-TEST(ServeProgram, TellsOfChangesAndOfThoseWhoWereNotLet) {
+TEST(ServeProgram, LogsChangesAndRefusals) {
     const TemporaryFile users(annaLine);
     Process server(serveWith({"--credentials", users.path.string()}));
     const std::string url = namedUrlOf(server);
@@ -127,7 +127,7 @@ TEST(ServeProgram, WarnsOfANameThatEveryMachineCouldHave) {
     EXPECT_THAT(named.errors(), Not(HasSubstr("clients know")));
 }
 
-TEST(ServeProgram, TellsOfAnonymousChangesAndThatTheyAreAllowed) {
+TEST(ServeProgram, LogsAnonymousChangesAndThatTheyAreAllowed) {
     Process server(serveWith({"--anonymous-writes"}));
     const std::string url = namedUrlOf(server);
     ASSERT_NE(url, "") << server.errors();
@@ -136,7 +136,7 @@ TEST(ServeProgram, TellsOfAnonymousChangesAndThatTheyAreAllowed) {
     EXPECT_TRUE(server.hasError("user=\"\" operation=InstallFromURI ")) << server.errors();
 }
 
-TEST(ServeProgram, ReadsItsUsersAgainWhenToldAndKeepsThemWhereTheFileIsBroken) {
+TEST(ServeProgram, ReadsItsUsersAgainOnASignalAndKeepsThemIfTheFileIsBroken) {
     const TemporaryFile users(annaLine);
     Process server(serveWith({"--credentials", users.path.string()}));
     const std::string url = namedUrlOf(server);
@@ -177,7 +177,7 @@ bool waitUntilItHoldsSignalsBack(pid_t process) {
 }
 
 // As a script does that starts a server and goes on: the signal comes while the provider is still being loaded.
-TEST(ServeProgram, ASignalToReadAgainNeverEndsAServerThatIsNotUpYet) {
+TEST(ServeProgram, SighupDuringTheStartDoesNotEndTheServer) {
     const TemporaryFile users(annaLine);
     Process server(serveWith({"--credentials", users.path.string()}));
     ASSERT_TRUE(waitUntilItHoldsSignalsBack(server.pid()));
@@ -191,7 +191,7 @@ TEST(ServeProgram, ASignalToReadAgainNeverEndsAServerThatIsNotUpYet) {
     EXPECT_EQ(server.wait(), 0);
 }
 
-TEST(ServeProgram, WithNothingToReadAgainItSaysSoAndGoesOn) {
+TEST(ServeProgram, SighupWithoutUsersOrCertificateIsReported) {
     Process server(serveWith({}));
     const std::string url = namedUrlOf(server);
     ASSERT_NE(url, "") << server.errors();
@@ -279,7 +279,7 @@ TEST_F(SecureServer, AnswersPrometheusOverTlsToItsUsersAlone) {
     EXPECT_TRUE(plain.isClosedWithin(std::chrono::seconds(20)));
 }
 
-TEST_F(SecureServer, AListenerSubscribesThereWithTheAuthorityThatItIsGiven) {
+TEST_F(SecureServer, TakesSubscriptionsOfAListenerThatTrustsItsAuthority) {
     Process server(command());
     const std::string url = namedUrlOf(server);
     ASSERT_NE(url, "") << server.errors();

@@ -85,7 +85,7 @@ TEST_P(SignalDuringTheFirstBuild, EndsTheProgramAtOnce) {
 INSTANTIATE_TEST_SUITE_P(Signals, SignalDuringTheFirstBuild, testing::Values(SIGTERM, SIGINT),
                          [](const auto& row) { return row.param == SIGTERM ? "Term" : "Int"; });
 
-TEST_F(Start, SignalsThatWereBlockedWhereItWasStartedCount) {
+TEST_F(Start, SignalsThatTheParentBlockedStillStopIt) {
     sigset_t blocked, before;
     sigemptyset(&blocked);
     sigaddset(&blocked, SIGTERM);
@@ -98,7 +98,7 @@ TEST_F(Start, SignalsThatWereBlockedWhereItWasStartedCount) {
     EXPECT_EQ(statusOf(server), endedBySignal);
 }
 
-TEST_F(Start, FifosInPlaceOfLogAndSettingsHoldNobodyUp) {
+TEST_F(Start, FifosInPlaceOfLogAndSettingsDoNotBlock) {
     for (const char* name : {"Merolt_CNA_Provider.log", "Merolt_CNA_Provider_prev.log", "meroltcna.properties"})
         ASSERT_EQ(::mkfifo(name, 0600), 0);
     Process server(serve({"--state", ""}));
@@ -136,7 +136,7 @@ protected:
     NoSuchSource() { ::setenv("TAVIK_SOURCE", GetParam().source, 1); }
 };
 
-TEST_P(NoSuchSource, IsAnErrorForWhatAsksTheAdapters) {
+TEST_P(NoSuchSource, IsAnErrorForCommandsThatAskTheAdapters) {
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"enumerate", "CIM_FCPort"}, {"tree"}, {"serve", "--listen", "127.0.0.1:0"}}) {
         const Ended ended = cimhost(arguments);
@@ -146,7 +146,7 @@ TEST_P(NoSuchSource, IsAnErrorForWhatAsksTheAdapters) {
     }
 }
 
-TEST_P(NoSuchSource, IsNothingToCommandsThatAskNoAdapters) {
+TEST_P(NoSuchSource, DoesNotMatterToCommandsThatAskNoAdapters) {
     const TemporaryFile fleet(R"({"cards": [{"ports": [{"ethernet": {}}]}]})");
     EXPECT_EQ(cimhost({"fleet", "set-link", "1", "1", "down", fleet.path.string()}).status, 0);
     std::filesystem::remove(fleet.path.string() + ".lock");

@@ -34,13 +34,13 @@ TEST(Table, HeadersStandOutWhereThereAreColours) {
     EXPECT_EQ(renderTable({"A", "B"}, {{"1", "2"}}, {80, true}), "\033[1mA  B\033[0m\n1  2\n");
 }
 
-TEST(Table, WhatDoesNotFitAtAllIsLeftOut) {
+TEST(Table, ColumnsThatDoNotFitAreLeftOut) {
     const Row headers(40, "header");
     const std::string text = renderTable(headers, {Row(40, "value")}, {100});
     EXPECT_LE(text.find('\n'), 100U);
 }
 
-TEST(Table, TextOfADeviceDoesNotSteerTheTerminal) {
+TEST(Table, ControlCharactersOfADeviceAreNotPrinted) {
     EXPECT_EQ(printable("a\x1B[31mb\tc\x7F"), "a [31mb c ");
     EXPECT_EQ(printable("\xC2\x9B"
                         "31m"),
@@ -65,7 +65,7 @@ Qualifier qualifier(std::string name, std::vector<std::optional<std::string>> te
     return {std::move(name), {type, false, std::move(texts)}, {}, false};
 }
 
-TEST(ValuesText, BitsPerSecondAreToldInTheLargestUnitThatFits) {
+TEST(ValuesText, BitsPerSecondAreShownInTheLargestUnitThatFits) {
     const PropertyDeclaration speed = declared({qualifier("PUnit", {"bit / second"})});
     EXPECT_EQ(shortText(&speed, number(CMPI_uint64, 16'000'000'000)), "16 Gbit/s");
     EXPECT_EQ(shortText(&speed, number(CMPI_uint64, 10'625'000'000)), "10.625 Gbit/s");
@@ -75,7 +75,7 @@ TEST(ValuesText, BitsPerSecondAreToldInTheLargestUnitThatFits) {
     EXPECT_EQ(fullText(&speed, number(CMPI_uint64, 2'000)), "2000 (2 kbit/s)");
 }
 
-TEST(ValuesText, SpeedsOfAnotherUnitAreToldAlike) {
+TEST(ValuesText, SpeedsInAnotherUnitAreShownAlike) {
     const PropertyDeclaration megabits = declared({qualifier("PUnit", {"bit / second * 10^6"})});
     EXPECT_EQ(shortText(&megabits, number(CMPI_uint64, 10'000)), "10 Gbit/s");
     EXPECT_EQ(shortText(&megabits, number(CMPI_uint64, 1)), "1 Mbit/s");
@@ -89,7 +89,7 @@ TEST(ValuesText, SpeedsOfAnotherUnitAreToldAlike) {
     }
 }
 
-TEST(ValuesText, NumbersAreToldInTheWordsOfTheirDeclaration) {
+TEST(ValuesText, NumbersAreShownInTheWordsOfTheirDeclaration) {
     const PropertyDeclaration status =
         declared({qualifier("ValueMap", {"2", "10"}), qualifier("Values", {"OK", "Stopped"})});
     EXPECT_EQ(shortText(&status, number(CMPI_uint16, 2)), "OK");

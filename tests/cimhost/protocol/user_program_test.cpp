@@ -83,7 +83,7 @@ TEST_F(UserProgram, AddsChangesAndRemovesWithoutTouchingTheOthers) {
     EXPECT_EQ(list(), "bert\n");
 }
 
-TEST_F(UserProgram, TwentyAtTheSameMomentAreAllThere) {
+TEST_F(UserProgram, TwentyUsersAddedAtTheSameTimeAreAllThere) {
     const Ended ended = run({"/bin/sh", "-c",
                              "for i in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do "
                              "echo secret | \"$0\" user add \"$1\" u$i >/dev/null || echo lost & done; wait",
@@ -92,7 +92,7 @@ TEST_F(UserProgram, TwentyAtTheSameMomentAreAllThere) {
     EXPECT_EQ(testing_support::lineCount(list()), 20U) << list();
 }
 
-TEST_F(UserProgram, SaysWhatIsWrong) {
+TEST_F(UserProgram, ReportsErrors) {
     const auto expectError = [](const Ended& ended, const std::string& message) {
         EXPECT_EQ(ended.status, 2);
         EXPECT_THAT(ended.errors, HasSubstr(message));
@@ -178,7 +178,7 @@ TEST_F(UserProgram, AsksTwiceAtATerminalAndShowsNoPassword) {
     EXPECT_EQ(http::Credentials::load(file.path).verify(annaSecret), "anna");
 }
 
-TEST_F(UserProgram, TwoPasswordsThatDifferAreNone) {
+TEST_F(UserProgram, PasswordsThatDifferAreRefused) {
     Typist anna(file.path);
     anna.waitFor("password for anna: ");
     anna.type("secret\n");

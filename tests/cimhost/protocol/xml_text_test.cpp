@@ -41,7 +41,7 @@ TEST(XmlText, MarkupIsFoundWhereverItStands) {
     }
 }
 
-TEST(XmlText, EveryControlCharacterThatXmlForbidsIsReplaced) {
+TEST(XmlText, ControlCharactersThatXmlForbidsAreReplaced) {
     for (int code = 0; code < 0x20; ++code) {
         if (code == '\t' || code == '\n' || code == '\r') continue;
         const std::string text = {'a', static_cast<char>(code), 'b'};
@@ -70,7 +70,7 @@ struct BrokenText {
     std::size_t replacements;
 };
 
-TEST(XmlText, EachByteThatIsNoUtf8IsReplaced) {
+TEST(XmlText, BytesThatAreNoUtf8AreReplaced) {
     const BrokenText cases[] = {
         {"\x80", 1},             // a continuation alone
         {"\xC0\xAF", 2},         // overlong
@@ -97,7 +97,7 @@ TEST(XmlText, EachByteThatIsNoUtf8IsReplaced) {
     }
 }
 
-TEST(XmlText, CharactersOfSixteenBits) {
+TEST(XmlText, Utf16IsWrittenAsUtf8) {
     EXPECT_EQ(character(u'A'), "A");
     EXPECT_EQ(character(u'<'), "&lt;");
     EXPECT_EQ(character(u'é'), "é");

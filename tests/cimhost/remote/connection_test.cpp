@@ -103,7 +103,7 @@ TEST(Connection, AFileOfLoginsNamesTheUserOfEachServer) {
     EXPECT_THAT(request, HasSubstr("Authorization: Basic YW5uYTpzZWNyZXQ=\r\n"));
 }
 
-TEST(Connection, WhatChangesSomethingIsNeverSentTwice) {
+TEST(Connection, AChangeIsNeverSentTwice) {
     std::atomic<int> requests = 0;
     const ScriptedServer server([&requests](int socket) {
         if (readRequest(socket).empty()) return;
@@ -119,7 +119,7 @@ TEST(Connection, WhatChangesSomethingIsNeverSentTwice) {
     EXPECT_EQ(requests, 4);
 }
 
-TEST(Connection, WhatTheTakerThrowsComesOut) {
+TEST(Connection, ExceptionsOfTheCallersFunctionPassThrough) {
     const ScriptedServer server(answering(httpAnswer("200 OK", "text/xml", "a")));
     Connection connection(parseServer(server.url()), {}, generous);
     const auto refuse = [](std::string_view) { throw std::out_of_range("no more"); };
@@ -136,7 +136,7 @@ void PrintTo(const BadAnswer& bad, std::ostream* out) { *out << bad.name; }
 
 class BadServer : public testing::TestWithParam<BadAnswer> {};
 
-TEST_P(BadServer, IsToldInOneLineWithWhatToTry) {
+TEST_P(BadServer, IsReportedInOneLineWithAdvice) {
     const ScriptedServer server([](int socket) {
         if (readRequest(socket).empty()) return;
         sendAll(socket, GetParam().text);
@@ -184,7 +184,7 @@ std::vector<BadAnswer> badAnswers() {
 INSTANTIATE_TEST_SUITE_P(Answers, BadServer, testing::ValuesIn(badAnswers()),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST(Connection, AUserWhoIsNotTakenIsNotRepeated) {
+TEST(Connection, ARefusedPasswordIsNotPrinted) {
     const ScriptedServer server(answering(httpAnswer("401 Unauthorized", "text/plain", "Basic")));
     Identity identity;
     identity.user = "anna:verysecret";
@@ -193,7 +193,7 @@ TEST(Connection, AUserWhoIsNotTakenIsNotRepeated) {
     EXPECT_THAT(failure, Not(HasSubstr("verysecret")));
 }
 
-TEST(Connection, AnUnknownHostAndAPortWhereNobodyListensAreTold) {
+TEST(Connection, AnUnknownHostAndAClosedPortAreReported) {
     EXPECT_THAT(failureOf("http://no-such-host.invalid"),
                 HasSubstr("no host of the name no-such-host.invalid is known"));
     EXPECT_THAT(failureOf("http://127.0.0.1:1"), HasSubstr("no connection to port 1 (Connection refused): check"));
@@ -269,11 +269,11 @@ protected:
     std::thread thread;
 };
 
-TEST_F(TlsConnection, WhoIsToBeBelievedIsAsked) {
+TEST_F(TlsConnection, ACertificateOfATrustedAuthorityIsAccepted) {
     EXPECT_EQ(failureOf(url("https://localhost"), identity), "it answers: <CIM/>");
 }
 
-TEST_F(TlsConnection, AForeignCertificateIsNotAccepted) {
+TEST_F(TlsConnection, AnUntrustedCertificateIsNotAccepted) {
     EXPECT_THAT(failureOf(url("https://localhost")),
                 testing::AllOf(HasSubstr("its certificate is not accepted (self"), HasSubstr("--cacert FILE"),
                                HasSubstr("--no-verify")));
@@ -283,13 +283,13 @@ TEST_F(TlsConnection, ACertificateForAnotherNameIsNotAccepted) {
     EXPECT_THAT(failureOf(url("https://127.0.0.1"), identity), HasSubstr("its certificate is not accepted ("));
 }
 
-TEST_F(TlsConnection, WhoeverDoesNotVerifyAcceptsEveryCertificate) {
+TEST_F(TlsConnection, WithoutVerificationEveryCertificateIsAccepted) {
     Identity believing;
     believing.verifies = false;
     EXPECT_EQ(failureOf(url("https://127.0.0.1"), believing), "it answers: <CIM/>");
 }
 
-TEST_F(TlsConnection, PlainHttpAtItsPortIsToldToTryTls) {
+TEST_F(TlsConnection, PlainHttpAtATlsPortIsReportedWithAdvice) {
     const std::string failure = failureOf(url("http://localhost"));
     EXPECT_THAT(failure, HasSubstr("it does not answer with HTTP"));
     EXPECT_THAT(failure, HasSubstr("if that port speaks TLS, try " + url("https://localhost")));
@@ -305,7 +305,7 @@ TEST_F(ExpiredTls, AnExpiredCertificateIsNotAccepted) {
                 HasSubstr("its certificate is not accepted (certificate has expired): --cacert FILE"));
 }
 
-TEST(Connection, TlsAtAPlainPortIsToldToTryHttp) {
+TEST(Connection, TlsAtAPlainPortIsReportedWithAdvice) {
     const ScriptedServer server([](int socket) {
         std::string hello(1, '\0');
         sendAll(socket, "HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n");

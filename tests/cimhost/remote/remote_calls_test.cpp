@@ -140,7 +140,7 @@ TEST_F(RemoteCallsTest, AnInstanceIsMadeAsItsClassIsDeclared) {
     EXPECT_EQ(path, "root/ns:T_Port.Id=\"a\",Number=4");
 }
 
-TEST_F(RemoteCallsTest, WhatAServerLeavesOutHasNoDefaultAndNullIsNull) {
+TEST_F(RemoteCallsTest, PropertiesLeftOutHaveNoDefaultAndNullIsNull) {
     answerWithObjects(port("<PROPERTY.ARRAY NAME=\"Words\" TYPE=\"string\"/>"));
     const InstanceObject& instance = *enumerate("T_Port").instances.front();
     EXPECT_EQ(instance.value("State"), nullptr);
@@ -148,7 +148,7 @@ TEST_F(RemoteCallsTest, WhatAServerLeavesOutHasNoDefaultAndNullIsNull) {
     EXPECT_NE(instance.value("Words")->state & CMPI_nullValue, 0);
 }
 
-TEST_F(RemoteCallsTest, WhatTheLocalClassDoesNotDeclareStandsAsItCame) {
+TEST_F(RemoteCallsTest, PropertiesThatTheLocalClassLacksStayAsReceived) {
     answerWithObjects(port(property("New", "boolean", "TRUE") + property("State", "string", "fine")));
     const InstanceObject& instance = *enumerate("T_Port").instances.front();
     ASSERT_EQ(instance.freeProperties().size(), 2U);
@@ -157,7 +157,7 @@ TEST_F(RemoteCallsTest, WhatTheLocalClassDoesNotDeclareStandsAsItCame) {
     EXPECT_EQ(text(&instance.freeProperties()[1].data), "fine");
 }
 
-TEST_F(RemoteCallsTest, AClassThatNobodyKnowsHereIsShownInItsOrder) {
+TEST_F(RemoteCallsTest, AnUnknownClassKeepsTheOrderOfItsProperties) {
     answerWithObjects("<VALUE.NAMEDINSTANCE><INSTANCENAME CLASSNAME=\"X_Fan\"><KEYBINDING NAME=\"N\"><KEYVALUE "
                       "VALUETYPE=\"numeric\">7</KEYVALUE></KEYBINDING></INSTANCENAME><INSTANCE CLASSNAME=\"X_Fan\">" +
                       property("Speed", "uint64", "18446744073709551615") + property("N", "uint8", "7") +
@@ -188,7 +188,7 @@ TEST_F(RemoteCallsTest, AnEmbeddedInstanceIsAnObjectAndAnEmbeddedClassAText) {
     EXPECT_EQ(text(&instance.freeProperties()[1].data), "<CLASS NAME=\"X\"/>");
 }
 
-TEST_F(RemoteCallsTest, PathsLeadToTheServerThatWasAskedWhateverItCallsItself) {
+TEST_F(RemoteCallsTest, PathsAreReadWithoutTheHostThatTheServerNames) {
     answerWithObjects(
         "<OBJECTPATH><INSTANCEPATH><NAMESPACEPATH><HOST>inner-name:5989</HOST><LOCALNAMESPACEPATH><NAMESPACE "
         "NAME=\"root\"/><NAMESPACE NAME=\"ns\"/></LOCALNAMESPACEPATH></NAMESPACEPATH>" +
@@ -233,7 +233,7 @@ TEST_F(RemoteCallsTest, AMethodOfAClassIsCalledOnTheClass) {
     EXPECT_THAT(request, HasSubstr("</LOCALNAMESPACEPATH><CLASSNAME NAME=\"T_Service\"/></LOCALCLASSPATH>"));
 }
 
-TEST_F(RemoteCallsTest, AnErrorIsThatOfTheOutcome) {
+TEST_F(RemoteCallsTest, AnErrorOfTheServerIsTheErrorOfTheCall) {
     answerWith("<ERROR CODE=\"3\" DESCRIPTION=\"root/ns\"/>");
     const Outcome outcome = enumerate("T_Port");
     ASSERT_TRUE(outcome.error);
@@ -258,7 +258,7 @@ void PrintTo(const Disorder& disorder, std::ostream* out) { *out << disorder.nam
 
 class DisorderedAnswer : public RemoteCallsTest, public testing::WithParamInterface<Disorder> {};
 
-TEST_P(DisorderedAnswer, IsRefusedWithWhatIsWrong) {
+TEST_P(DisorderedAnswer, IsRefusedWithTheReason) {
     answerWithObjects(GetParam().objects);
     try {
         enumerate("T_Port");

@@ -83,7 +83,7 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
-TEST_F(ManyServers, AHundredOfWhichFiveFailInFiveWays) {
+TEST_F(ManyServers, AHundredAnswerThoughFiveFail) {
     const ScriptedServer hanging(silent);
     const ScriptedServer page(answering(httpAnswer("200 OK", "text/html", "<html/>")));
     const ScriptedServer busy(answering(httpAnswer("503 Service Unavailable", "text/plain", "x")));
@@ -151,7 +151,7 @@ void expectOneLineFromEveryCommand(const std::string& url, const std::vector<std
     }
 }
 
-TEST(ServerWithoutTheProvider, ThatLacksTheNamespaceIsToldWithWhatToTry) {
+TEST(ServerWithoutTheProvider, ThatLacksTheNamespaceIsReportedWithAdvice) {
     Process server({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--state", ""});
     expectOneLineFromEveryCommand(urlOf(server), {"--namespace", "root/elsewhere"}, "CIM_ERR_INVALID_NAMESPACE (3): ");
 }
@@ -176,7 +176,7 @@ public:
     std::filesystem::path folder;
 };
 
-TEST(ServerWithoutTheProvider, ThatLacksTheClassesIsToldWithWhatToTry) {
+TEST(ServerWithoutTheProvider, ThatLacksTheClassesIsReportedWithAdvice) {
     const OtherClasses classes;
     Process server({PROGRAM, "--fleet", FLEET, "--mof", classes.folder.string(), "serve", "--listen", "127.0.0.1:0",
                     "--state", ""});
@@ -217,7 +217,7 @@ TEST(ServerWithoutTheProvider, ThatAnswersWithNothingHasNoInstances) {
 }
 
 // Some servers ask a provider once for each association class, others once in all.
-TEST(TreeOfAServer, IsTheSameInBothWaysOfAskingForAssociations) {
+TEST(TreeOfAServer, IsTheSameInBothAssociationModes) {
     Process forEachClass({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--state", ""});
     Process once({PROGRAM, "--fleet", FLEET, "serve", "--listen", "127.0.0.1:0", "--state", "", "--ask-once"});
     const std::string tree = treeAt(forEachClass);
@@ -225,7 +225,7 @@ TEST(TreeOfAServer, IsTheSameInBothWaysOfAskingForAssociations) {
     EXPECT_EQ(tree, treeAt(once));
 }
 
-TEST_F(ManyServers, ToolsGetALineForEach) {
+TEST_F(ManyServers, JsonHasALineForEach) {
     const Ended ended =
         asAnna({"names", question, "--json", "--server", url(1), "--server", url(2), "--server", "http://127.0.0.1:1"});
     EXPECT_EQ(ended.status, 5) << ended.errors;
@@ -241,7 +241,7 @@ TEST_F(ManyServers, ToolsGetALineForEach) {
     EXPECT_EQ(error.at("error").at("server"), "http://127.0.0.1:1");
 }
 
-TEST_F(ManyServers, TheStatusTellsAllSomeOrNone) {
+TEST_F(ManyServers, TheExitStatusTellsWhetherAllSomeOrNoneAnswered) {
     EXPECT_EQ(asAnna({"names", question, "--server", url(1), "--server", url(2)}).status, 0);
     EXPECT_EQ(asAnna({"names", question, "--server", url(1), "--server", "http://127.0.0.1:1"}).status, 5);
     EXPECT_EQ(asAnna({"names", "T_None", "--server", url(1), "--server", url(2)}).status, 1);
@@ -260,7 +260,7 @@ TEST_F(ManyServers, TheStatusTellsAllSomeOrNone) {
     EXPECT_EQ(asAnna(failing).status, 4);
 }
 
-TEST_F(ManyServers, AServerThatIsNamedTwiceIsAskedOnce) {
+TEST_F(ManyServers, AServerNamedTwiceIsAskedOnce) {
     EXPECT_EQ(lineCount(asAnna({"names", question, "--server", url(1), "--server", url(1)}).output), 1U);
 }
 
@@ -311,7 +311,7 @@ TEST(ServerProgram, ATerminalShowsHowManyHaveAnsweredAndAPipeNothing) {
     EXPECT_EQ(lineCount(cimhost(words).errors), 1U);
 }
 
-TEST(ServerProgram, WhatIsGivenUpWithoutVerifyingIsTold) {
+TEST(ServerProgram, NoVerifyPrintsAWarning) {
     const TemporaryFile certificate;
     const TemporaryFile key;
     makeCertificate(certificate.path, key.path);
@@ -347,7 +347,7 @@ void PrintTo(const BadWords& bad, std::ostream* out) { *out << bad.name; }
 
 class RefusedServers : public testing::TestWithParam<BadWords> {};
 
-TEST_P(RefusedServers, AreToldBeforeAnybodyIsAsked) {
+TEST_P(RefusedServers, AreReportedBeforeAnyServerIsAsked) {
     std::vector<std::string> words = {"names", question};
     words.insert(words.end(), GetParam().words.begin(), GetParam().words.end());
     const Ended ended = cimhost(words);

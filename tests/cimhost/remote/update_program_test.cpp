@@ -71,7 +71,7 @@ protected:
     const TemporaryFile image;
 };
 
-TEST_F(Update, ShowsWhatIsInstalledAndWhatIsThereAfterwards) {
+TEST_F(Update, ShowsTheVersionsBeforeAndAfter) {
     const Ended ended = update({"--card", "MC1020R4K00317", "--yes"});
     EXPECT_EQ(ended.status, 0) << ended.errors;
     EXPECT_THAT(ended.output, HasSubstr("  version: 2.2.3\n"));
@@ -95,7 +95,7 @@ TEST_F(Update, OfTwoCardsTheSecondFailsAndTheFirstStaysUpdated) {
     EXPECT_THAT(versions.output, HasSubstr("VersionString: 2.1.37")) << "the second";
 }
 
-TEST_F(Update, ToolsGetOneDocument) {
+TEST_F(Update, WithJsonPrintsOneDocument) {
     const Ended ended = update({"--card", "MC1020R4K00318", "--yes", "--json"});
     EXPECT_EQ(ended.status, 4) << ended.errors;
     const Json answer = Json::parse(ended.output);
@@ -104,7 +104,7 @@ TEST_F(Update, ToolsGetOneDocument) {
     EXPECT_EQ(answer["cards"][0]["server"], nullptr);
 }
 
-TEST_F(Update, WhateverCannotWorkIsRefusedBeforeAnythingIsWritten) {
+TEST_F(Update, BadArgumentsAreRefusedBeforeAnythingIsWritten) {
     const std::string before = content();
     const auto refusal = [this](const std::vector<std::string>& words) {
         const Ended ended = update(words);
@@ -121,7 +121,7 @@ TEST_F(Update, WhateverCannotWorkIsRefusedBeforeAnythingIsWritten) {
     EXPECT_EQ(content(), before);
 }
 
-TEST_F(Update, WhoeverDoesNotAgreeWritesNothing) {
+TEST_F(Update, WithoutConsentNothingIsWritten) {
     const std::string before = content();
     const Ended ended = testing_support::run(
         {"/bin/sh", "-c", "script -qec \"'$0' --fleet '$1' update '$2' --card MC1020R4K00317\" /dev/null <<E\nn\nE",
@@ -192,7 +192,7 @@ TEST_F(RemoteUpdate, WhereTheServerTypesItsArraysThePathIsSuggested) {
     EXPECT_THAT(ended.errors, HasSubstr("cannot do it by bytes: try --path"));
 }
 
-TEST_F(RemoteUpdate, ACardInTwoPlacesIsNotGuessedAt) {
+TEST_F(RemoteUpdate, ACardAtTwoServersIsRefused) {
     start({});
     const std::string other = "http://localhost" + url.substr(url.rfind(':'));
     EXPECT_THAT(updateThere({"--card", "MC1020R4K00317", "--server", other}).errors,

@@ -256,7 +256,7 @@ struct SpeedRow {
 
 class PortSpeedAnswersTest : public AnswersTest, public testing::WithParamInterface<SpeedRow> {};
 
-TEST_P(PortSpeedAnswersTest, OfAPortAreThoseOfItsLinkWhereTheTableHasNone) {
+TEST_P(PortSpeedAnswersTest, IsThatOfTheLinkWhereTheTableHasNone) {
     tavik::StorageFunction function = storageFunction(1, chips::chip12);
     function.property.speedCode = GetParam().code;
     for (const auto& [setting, speed] :
@@ -285,7 +285,7 @@ constexpr SpeedRow portSpeeds[] = {
 INSTANTIATE_TEST_SUITE_P(Codes, PortSpeedAnswersTest, testing::ValuesIn(portSpeeds),
                          [](const auto& test) { return std::to_string(test.param.code); });
 
-TEST_F(AnswersTest, SpeedOfAnEthernetPortIsThatOfItsLinkWhereTheTableHasNone) {
+TEST_F(AnswersTest, SpeedOfAnEthernetPortIsThatOfTheLinkWhereTheTableHasNone) {
     const std::tuple<std::uint64_t, const char*, const char*> links[] = {
         {0, "0", "0"},
         {1000, "0", "1000000000"},
@@ -305,7 +305,7 @@ TEST_F(AnswersTest, SpeedOfAnEthernetPortIsThatOfItsLinkWhereTheTableHasNone) {
     }
 }
 
-TEST_F(AnswersTest, AnUnknownSettingIsToldAndCountsAsTheContract) {
+TEST_F(AnswersTest, AnUnknownSettingIsReportedAndCountsAsTheContract) {
     switchLogsOn();
     serveAnswers("standard", manyCards());
     EXPECT_TRUE(logHas("/etc/merolt/cim-provider.conf: Answers=standard is not known; contract and corrected are. "

@@ -42,7 +42,7 @@ protected:
     std::atomic<std::uint32_t> updates = 0;
 };
 
-TEST_F(AssociationConcurrencyTest, RequestsAndRefreshesGoTogether) {
+TEST_F(AssociationConcurrencyTest, RequestsAreAnsweredDuringRefreshes) {
     std::atomic<bool> isOver = false;
     std::atomic<unsigned> answered = 0;
     const auto askOn = [&](const Path& source) {

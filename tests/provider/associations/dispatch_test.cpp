@@ -321,7 +321,7 @@ TEST_F(DerivedClassTest, OfAnAssociationIsEnumeratedButNotFetched) {
 
 // The log.
 
-TEST_F(AssociationDispatchTest, AssociatorsTellTheirWay) {
+TEST_F(AssociationDispatchTest, AssociatorsAreLogged) {
     serveCards();
     const Path manager = first("Merolt_FCHBA_ObjectManager");
     const std::string association = "Merolt_FCHBA_ObjectManagerCommMech";
@@ -353,7 +353,7 @@ TEST_F(AssociationDispatchTest, AssociatorsTellTheirWay) {
                   "Merolt_CNA_Provider::associators() status=0, ", "Exiting  Merolt_CNA_Provider associators\n"}));
 }
 
-TEST_F(AssociationDispatchTest, AssociatorNamesTellTheirWay) {
+TEST_F(AssociationDispatchTest, AssociatorNamesAreLogged) {
     serveCards();
     const std::string association = "Merolt_FCHBA_ObjectManagerNamespace";
     for (const bool isNamed : {true, false}) {
@@ -367,7 +367,7 @@ TEST_F(AssociationDispatchTest, AssociatorNamesTellTheirWay) {
     }
 }
 
-TEST_F(AssociationDispatchTest, ReferencesTellTheirWay) {
+TEST_F(AssociationDispatchTest, ReferencesAreLogged) {
     serveCards();
     for (const bool isNamed : {true, false}) {
         EXPECT_EQ(messagesFromNamespace(Operation::references, isNamed),
@@ -378,7 +378,7 @@ TEST_F(AssociationDispatchTest, ReferencesTellTheirWay) {
     }
 }
 
-TEST_F(AssociationDispatchTest, ReferenceNamesTellTheirWayAndEachRow) {
+TEST_F(AssociationDispatchTest, ReferenceNamesAreLoggedWithEachRow) {
     serveCards();
     const Path product = first("Merolt_Adapter_Product");
     const std::string association = "Merolt_Adapter_ProductPhysicalPackage";
@@ -431,7 +431,7 @@ TEST_F(AssociationDispatchTest, UnreadableClassNameEndsEachOperationWithItsStatu
     }
 }
 
-TEST_F(AssociationDispatchTest, StrangeExceptionEndsEachOperationAsAFailureWithItsText) {
+TEST_F(AssociationDispatchTest, AnUnknownExceptionIsAFailureWithItsText) {
     serveCards();
     const Path source = first(host);
     for (const Operation operation : allOperations) {
@@ -451,7 +451,7 @@ TEST_F(AssociationDispatchTest, StrangeExceptionEndsEachOperationAsAFailureWithI
     EXPECT_FALSE(ask(Operation::associators, source).rows.empty()) << "the lock was not given back";
 }
 
-TEST_F(AssociationDispatchTest, StatusOfAFamilyIsToldAndGivenBack) {
+TEST_F(AssociationDispatchTest, StatusOfAFamilyIsLoggedAndReturned) {
     serveCards();
     const Path port = first(fcPort).without("SystemName");
     for (const Operation operation : allOperations) {
@@ -516,7 +516,7 @@ TEST_F(AssociationDispatchTest, SixAssociationsReadTheirListsAnewBeforeEachSearc
     }
 }
 
-TEST_F(AssociationDispatchTest, InstancesOfFourAssociationsReadTheirListsAnewAndThoseOfTwoDoNot) {
+TEST_F(AssociationDispatchTest, FourAssociationsReadTheirListsAnewForInstancesAndTwoDoNot) {
     serveCards();
     logFromHere();
     for (const auto& [association, builds] : refreshes()) {

@@ -193,7 +193,7 @@ TEST_F(FamilySearchTest, ForeignSourceIsRefusedUnlessTheResultClassFiltersTheReq
     EXPECT_EQ(references("Merolt_FCHBA_PhysicalPortFCPort", host, "CIM_NoSuchClass").rc, CMPI_RC_ERR_NOT_SUPPORTED);
 }
 
-TEST_F(FamilySearchTest, MechanismOfTheHostTellsAForeignClassInTheLog) {
+TEST_F(FamilySearchTest, MechanismOfTheHostLogsAForeignClass) {
     serveCards();
     logFromHere();
     const Outcome refused = references("Merolt_FCHBA_ComputerSystemCommMech", jack, nullptr);
@@ -309,7 +309,7 @@ TEST_F(AssociationEdgeTest, HostThatChangedItsAddressLosesTheAssociationsThatCom
 
 // Through the tree of the adapters.
 
-TEST_F(AssociationEdgeTest, TwoPortsOnOneModuleLeadToItOnceEach) {
+TEST_F(AssociationEdgeTest, TwoPortsOfOneModuleLeadToItOnceEach) {
     serveCards();
     for (const char* key : {"MLD005_20000002C90000F6_20000002C9000006", "MLD005_20000002C90000F6_20000002C9000007"}) {
         EXPECT_EQ(countFrom(named(fcPort, key), "Merolt_FCHBA_PhysicalConnectorFCPort"), 1U);
@@ -320,7 +320,7 @@ TEST_F(AssociationEdgeTest, TwoPortsOnOneModuleLeadToItOnceEach) {
         0U);
 }
 
-TEST_F(AssociationEdgeTest, NamesInFrontOfARecordDecideTheWayToThePortAndNotTheWayBack) {
+TEST_F(AssociationEdgeTest, NamesInARecordsHeaderDecideTheWayToThePortAndNotTheWayBack) {
     serveCards();
     const std::string shown = "\"MLD005_20000002C90000F6_20000002C9000006\"";
     EXPECT_EQ(keys(askFor(Operation::associatorNames, named(connector, "MODD1_MLD005_2"),
@@ -337,7 +337,7 @@ TEST_F(AssociationEdgeTest, NamesInFrontOfARecordDecideTheWayToThePortAndNotTheW
     EXPECT_EQ(enumerated, 2U);
 }
 
-TEST_F(AssociationEdgeTest, LibraryThatHasLostItsListEndsTheWalksQuietly) {
+TEST_F(AssociationEdgeTest, ALibraryWithoutAListGivesNoRowsAndNoError) {
     serveCards();
     const Path port = first(fcPort);
     const Path module = first(connector);
@@ -426,7 +426,7 @@ TEST_F(AssociationEdgeTest, ControllerOfTheInstallationServiceBearsOtherRolesInI
 
 // Debug lines of single associations.
 
-TEST_F(AssociationEdgeTest, ComparisonsOfPackagesAndControllersAreTold) {
+TEST_F(AssociationEdgeTest, ComparisonsOfPackagesAndControllersAreLogged) {
     serve(fleet({cardsWithUuids().cards->front()}));
     logFromHere();
     takeMessages();
@@ -458,7 +458,7 @@ TEST_F(AssociationEdgeTest, LogOfSerialNumbersChangesNoAnswer) {
     }
 }
 
-TEST_F(AssociationEdgeTest, TagsThatAreComparedAreToldInTheEnumerationOfInstancesOnly) {
+TEST_F(AssociationEdgeTest, ComparedTagsAreLoggedInTheEnumerationOfInstancesOnly) {
     serve(fleet({manyCards().cards->front()}));
     logFromHere();
     takeMessages();
@@ -475,7 +475,7 @@ TEST_F(AssociationEdgeTest, TagsThatAreComparedAreToldInTheEnumerationOfInstance
     EXPECT_EQ(linesThatBegin(takeMessages(), "tmp_buf"), 0U);
 }
 
-TEST_F(AssociationEdgeTest, PartsOfAPackageAreToldAsTheyAreTakenApart) {
+TEST_F(AssociationEdgeTest, PartsOfTagsAreLogged) {
     serve(fleet({manyCards().cards->front()}));
     logFromHere();
     takeMessages();
@@ -547,7 +547,7 @@ TEST_F(AssociationEdgeTest, ModuleThatTheListLostAfterARefreshGivesNoRowAndStops
     EXPECT_EQ(countFrom(named(ethernetPort, "020000000002"), "Merolt_NIC_PhysicalConnectorEthernetPort"), 0U);
 }
 
-TEST_F(AssociationEdgeTest, EndpointThatDoesNotExistIsTakenOnTrust) {
+TEST_F(AssociationEdgeTest, AnUnknownEndpointIsNotChecked) {
     serveCards();
     const Family endpoints = familyOf("Merolt_NIC_ComputerSystemLANEndpoint");
     const Path nobody = first(lanEndpoint).with("Name", "FFFFFFFFFFFF");
@@ -557,7 +557,7 @@ TEST_F(AssociationEdgeTest, EndpointThatDoesNotExistIsTakenOnTrust) {
     EXPECT_TRUE(logHas("Merolt_NIC_EthernetPort: Error getting DeviceID key in findMatchedRole1"));
 }
 
-TEST_F(AssociationEdgeTest, ReferenceNamesOfAControllerTellItsDriverTwice) {
+TEST_F(AssociationEdgeTest, ReferenceNamesOfAControllerNameItsDriverTwice) {
     serveCards();
     const std::string association = "Merolt_NIC_SoftwareIdentityPortController";
     const Path controller = first(nicController);
@@ -633,7 +633,7 @@ TEST_F(AssociationEdgeTest, FetchedCapabilitiesComeBeforeTheirAssociation) {
     EXPECT_EQ(reply.rows.at(1).className, association);
 }
 
-TEST_F(AssociationEdgeTest, WayFromAControllerToItsPackageIsToldStepByStep) {
+TEST_F(AssociationEdgeTest, StepsFromAControllerToItsPackageAreLogged) {
     serve(fleet({manyCards().cards->at(3)}));
     const Path controller = first(nicController);
     logFromHere();
@@ -694,7 +694,7 @@ TEST_F(SecondRowTest, SharesTheOtherEndAndTheAssociationsOwnObjectWithTheFirst) 
     }
 }
 
-TEST_F(SecondRowTest, TellsOfItsIdentityAloneInTheLog) {
+TEST_F(SecondRowTest, LogsItsOwnIdentityOnly) {
     serve(fleet({manyCards().cards->at(3)}));
     const std::string identity = "Merolt_NIC_SoftwareIdentity makePath was called\n";
     const std::pair<const char*, std::string> otherEnds[] = {
@@ -768,7 +768,7 @@ TEST_F(AssociationEdgeTest, ConformanceCrossesNamespaces) {
     EXPECT_EQ(profiles.rows.at(0).nameSpace, "root/PG_InterOp");
 }
 
-TEST_F(AssociationEdgeTest, ElementOfAnyOtherClassIsTakenWithoutALook) {
+TEST_F(AssociationEdgeTest, ElementsOfOtherClassesAreNotChecked) {
     serveCards();
     const Path nobody = first(lanEndpoint).with("Name", "FFFFFFFFFFFF");
     const Path pair = associationPath(familyOf(conformance), profilePath("7"), nobody);
@@ -799,7 +799,7 @@ TEST_F(AssociationEdgeTest, ResultClassOfOneElementDoesNotNarrowWhatAProfileFind
             .rows.empty());
 }
 
-TEST_F(AssociationEdgeTest, ProfileKeyThatCannotBeReadIsToldWithItsStatusAndType) {
+TEST_F(AssociationEdgeTest, ProfileKeyThatCannotBeReadIsLoggedWithStatusAndType) {
     serveCards();
     logFromHere();
     takeMessages();
@@ -813,7 +813,7 @@ TEST_F(AssociationEdgeTest, ProfileKeyThatCannotBeReadIsToldWithItsStatusAndType
                         {failure, "Assoc_ElementConformsToRegisteredProfile: status.rc = 0, keyData.type=240"}));
 }
 
-TEST_F(AssociationEdgeTest, IdentifierOfAnElementIsTold) {
+TEST_F(AssociationEdgeTest, IdentifierOfAnElementIsLogged) {
     serveCards();
     const Path port = first("Merolt_NIC_NetworkPort");
     logFromHere();

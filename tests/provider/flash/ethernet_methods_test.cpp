@@ -179,14 +179,14 @@ TEST_F(EthernetURITest, AFileAboveTheLimitIsNotCopiedAndItsSizeIsTold) {
     EXPECT_EQ(readFile("flash.bin"), "an earlier image");
 }
 
-TEST_F(EthernetURITest, AFileWithoutEndAndWithoutSizeLeavesNoPart) {
+TEST_F(EthernetURITest, AnEndlessFileLeavesNoPartOfACopy) {
     // Regular by its looks, of no size, and half a terabyte to read.
     setText("URI", "/proc/self/pagemap");
     expectRefusal(method, {prefix + "Image did not pass the size check"});
     EXPECT_FALSE(std::filesystem::exists("flash.bin"));
 }
 
-TEST_F(EthernetURITest, AFileThatIsExchangedForAPipeIsNotWaitedFor) {
+TEST_F(EthernetURITest, AFileReplacedByAPipeIsNotWaitedFor) {
     services.afterFileCheck = [] {
         std::filesystem::remove("image.bin");
         mkfifo("image.bin", 0600);

@@ -95,7 +95,7 @@ TEST_P(StorageServiceTextsTest, BothEnumerationsNameTheFirstOneInTheirErrors) {
     expectFailure(instances(), {"Entering enumInstances_" + name, nameSpaceError});
 }
 
-TEST_P(StorageServiceTextsTest, OperationsTellTheirOwnNamesWhereTheyBeginAndEnd) {
+TEST_P(StorageServiceTextsTest, OperationsLogTheirNamesWhereTheyBeginAndEnd) {
     EXPECT_EQ(names().returned, 1U);
     EXPECT_EQ(takeLogLines(), (Lines{"Entering enumInstanceNames_" + name, "Exiting  enumInstanceNames_" + name}));
     EXPECT_EQ(instances().returned, 1U);
@@ -120,7 +120,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Classes, EthernetServiceTextsTest, testing::ValuesIn(ethernetOperations), nameOfOperations);
 
-TEST_P(EthernetServiceTextsTest, OperationsAndMakersTellThatTheyWereCalled) {
+TEST_P(EthernetServiceTextsTest, OperationsAndMakersLogThatTheyWereCalled) {
     const std::string makeInstance = className + " makeInstance was called";
     EXPECT_EQ(names().returned, 1U);
     EXPECT_EQ(takeLogLines(),
@@ -133,7 +133,7 @@ TEST_P(EthernetServiceTextsTest, OperationsAndMakersTellThatTheyWereCalled) {
                                      behindMakeInstance(), "Exiting  Merolt_CNA_Provider getInstance", ""}));
 }
 
-TEST_P(EthernetServiceTextsTest, OperationsTellWhatTheyCouldNotReadOfThePath) {
+TEST_P(EthernetServiceTextsTest, KeysThatCannotBeReadAreLogged) {
     path.nameSpaceStatus = CMPI_RC_ERR_ACCESS_DENIED;
     path.classNameStatus = CMPI_RC_ERR_ACCESS_DENIED;
     // The namespace is read first.

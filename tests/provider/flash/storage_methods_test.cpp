@@ -125,7 +125,7 @@ TEST_F(StorageMethodTest, RemoteSchemesAndMissingFilesAreNoFiles) {
     }
 }
 
-TEST_F(StorageMethodTest, AFolderIsTheLibrarysToRefuse) {
+TEST_F(StorageMethodTest, AFolderIsRefusedByTheLibrary) {
     libraryStatus = 15;
     std::filesystem::create_directory("folder");
     setText("URI", "folder");
@@ -133,7 +133,7 @@ TEST_F(StorageMethodTest, AFolderIsTheLibrarysToRefuse) {
     EXPECT_EQ(writtenName, "folder");
 }
 
-TEST_F(StorageMethodTest, AFilesSizeIsTheLibrarysToJudge) {
+TEST_F(StorageMethodTest, AFilesSizeIsCheckedByTheLibrary) {
     for (const std::uintmax_t size : {0U, 0x1000000U, 0x1000001U}) {
         writtenName.clear();
         setText("URI", fileOf("sized.bin", size));
@@ -143,7 +143,7 @@ TEST_F(StorageMethodTest, AFilesSizeIsTheLibrarysToJudge) {
     EXPECT_FALSE(std::filesystem::exists("flash.bin")) << "this side copies nothing";
 }
 
-TEST_F(StorageMethodTest, AFileThatGoesBetweenTheChecksIsTheLibrarysToMiss) {
+TEST_F(StorageMethodTest, AFileRemovedBetweenTheChecksIsReportedByTheLibrary) {
     services.afterFileCheck = [] { std::filesystem::remove("image.bin"); };
     tavikLibrary.onOptionRomUpdate = [](TAVIK_DeviceRecord*, const char* fileName) {
         return std::filesystem::exists(fileName) ? 0U : 14U;

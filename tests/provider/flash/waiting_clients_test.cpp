@@ -50,7 +50,7 @@ TEST_F(WaitingClientsTest, RequestsWaitForTheUpdateAndThenSucceedWhileRefusalsAn
     expectOthersToWait(update, "Merolt_NIC_SoftwareInstallationService", "InstallFromByteStream");
 }
 
-TEST_F(WaitingClientsTest, OfTheStorageSideTheyWaitForTheFiveSecondsToo) {
+TEST_F(WaitingClientsTest, RequestsWaitForTheFiveSecondsOfAStorageUpdateToo) {
     Gate lastSecond;
     const unsigned long before = services.sleptHere();
     services.afterSleep = [&] {

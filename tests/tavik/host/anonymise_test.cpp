@@ -171,7 +171,7 @@ protected:
     ScratchTree scratch_;
 };
 
-TEST_F(Anonymised, FindsWhatTellsThisCardFromOthers) {
+TEST_F(Anonymised, ReplacesTheIdentityOfACard) {
     from_.copy("two-port-card");
     const auto others = othersOf(run());
     for (const auto* original : {"a0:36:9f:11:22:30", "a0:36:9f:11:22:31", "a0:36:9f:11:22:33", "b8:59:9f:0a:1b:2c",
@@ -180,7 +180,7 @@ TEST_F(Anonymised, FindsWhatTellsThisCardFromOthers) {
         EXPECT_TRUE(others.contains(original)) << original;
 }
 
-TEST_F(Anonymised, FindsWhatTellsThisFabricFromOthers) {
+TEST_F(Anonymised, ReplacesTheNamesOfAFabric) {
     from_.copy("fibre-channel");
     const auto others = othersOf(run());
     for (const auto* original : {"2100000e1e0a0b10", "2000000e1e0a0b11", "50060e8010203040", "RFD1234X5678", "UVD1ABC",
@@ -188,7 +188,7 @@ TEST_F(Anonymised, FindsWhatTellsThisFabricFromOthers) {
         EXPECT_TRUE(others.contains(original)) << original;
 }
 
-TEST_F(Anonymised, KeepsTheMakerAndWhatBelongsTogether) {
+TEST_F(Anonymised, KeepsTheMakerAndRelatedAddressesRelated) {
     from_.copy("two-port-card");
     const auto others = othersOf(run());
     const auto first = others.at("a0:36:9f:11:22:30");
@@ -276,7 +276,7 @@ TEST_F(Anonymised, ChecksumsAreAsRightOrWrongAsBefore) {
     EXPECT_EQ(static_cast<std::uint8_t>(wrongAfter[95]), (sumOf(wrongAfter, 64, 95) + 1) % 256);
 }
 
-TEST_F(Anonymised, SerialNumbersThatAreNoneStay) {
+TEST_F(Anonymised, PlaceholdersOfSerialNumbersStay) {
     from_.file("sys/a/serial", "N/A\n");
     from_.file("sys/b/serial", "00000000\n");
     from_.file("sys/c/serial", "Not Available\n");
@@ -284,7 +284,7 @@ TEST_F(Anonymised, SerialNumbersThatAreNoneStay) {
     EXPECT_EQ(readFile(to() / "sys/c/serial"), "Not Available\n");
 }
 
-TEST_F(Anonymised, LinksToThisMachineAndWhatIsNoFileStayBehind) {
+TEST_F(Anonymised, LinksToThisMachineAndSpecialFilesAreNotCopied) {
     from_.link("sys/absolute", "/home/somebody");
     from_.link("sys/relative", "class/net");
     ASSERT_EQ(::mkfifo((from_.root() / "sys/fifo").c_str(), 0600), 0);

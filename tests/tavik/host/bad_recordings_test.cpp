@@ -176,7 +176,7 @@ TEST_F(BadRecording, LinksOutOfItShowNothingOfThisMachine) {
     EXPECT_EQ(serialNumbers(), bothCards);
 }
 
-TEST_F(BadRecording, LinksThatGoRoundEnd) {
+TEST_F(BadRecording, LinksInACircleEnd) {
     scratch_.link("sys/class/net/eth8", "eth9");
     scratch_.link("sys/class/net/eth9", "eth8");
     put("kernel/net/ens1f0/version", "");
@@ -195,7 +195,7 @@ TEST_F(BadRecording, InterfacesThatStandOnEachOtherEnd) {
     EXPECT_FALSE(fleet.cards->empty());
 }
 
-TEST_F(BadRecording, AnswersOfTheWrongLengthAreAbsences) {
+TEST_F(BadRecording, AnswersOfTheWrongLengthAreIgnored) {
     put("kernel/net/ens1f0/module_memory", "\x03");
     put("kernel/net/ens1f1/module_kind", "18446744073709551616\n");
     put("kernel/net/ens1f0/permanent_address", "a0:36:9f:11:22\n");

@@ -63,7 +63,7 @@ TEST(InterfaceLinks, AreALineEach) {
     EXPECT_EQ(*parsed, twoLinks);
 }
 
-TEST(InterfaceLinks, APartOfThemIsNotAllOfThem) {
+TEST(InterfaceLinks, CutOrBadLinesAreRefused) {
     const auto lines = formatInterfaceLinks(twoLinks);
     for (std::size_t size = 1; size < lines.size(); ++size)
         EXPECT_EQ(parseInterfaceLinks(lines.substr(0, size)).present(), lines[size - 1] == '\n') << size;
@@ -144,7 +144,7 @@ TEST_F(RepeatedLook, InterfaceThatGoesAnswersNoMore) {
     EXPECT_EQ(source_->link("eth0").status, statusNoSuchDevice);
 }
 
-TEST_F(RepeatedLook, WithoutTheOneAnswerEachInterfaceIsRead) {
+TEST_F(RepeatedLook, WithoutTheAnswerAboutAllEachInterfaceIsRead) {
     scratch_.remove("kernel/links");
     EXPECT_FALSE(source_->changed());
     scratch_.file("sys/class/net/eth0/address", "02:00:00:00:00:44\n");

@@ -42,7 +42,7 @@ std::vector<int> portNumbers(const HostFacts& facts) {
     return numbers;
 }
 
-TEST(Cards, functionsOfASlotAreOneCard) {
+TEST(Cards, FunctionsOfASlotAreOneCard) {
     HostFacts facts;
     facts.networkDevices = {onPci("b", {"0000:03:00", 1}), onPci("a", {"0000:03:00", 0}),
                             onPci("c", {"0000:04:00", 0})};
@@ -52,7 +52,7 @@ TEST(Cards, functionsOfASlotAreOneCard) {
     EXPECT_EQ(cards[0].ports[1].networkDevice->name, "b");
 }
 
-TEST(Cards, portKeepsItsNumberWhenAnotherVanishes) {
+TEST(Cards, PortKeepsItsNumberWhenAnotherVanishes) {
     HostFacts facts;
     facts.networkDevices = {onPci("a", {"0000:03:00", 0}), onPci("b", {"0000:03:00", 1})};
     EXPECT_EQ(portNumbers(facts), (std::vector<int>{0, 1}));
@@ -60,27 +60,27 @@ TEST(Cards, portKeepsItsNumberWhenAnotherVanishes) {
     EXPECT_EQ(portNumbers(facts), (std::vector<int>{1}));
 }
 
-TEST(Cards, portsOfOneFunctionHaveTheirOwnNumbers) {
+TEST(Cards, PortsOfOneFunctionHaveTheirOwnNumbers) {
     HostFacts facts;
     facts.networkDevices = {onPci("a", {"0000:03:00", 0}, 0), onPci("b", {"0000:03:00", 0}, 1),
                             onPci("c", {"0000:03:00", 0}, 1), onPci("d", {"0000:03:00", 0}, 4294967295)};
     EXPECT_EQ(portNumbers(facts), (std::vector<int>{0, 1, 2, 8}));
 }
 
-TEST(Cards, moreThan256PortsEndWell) {
+TEST(Cards, MoreThan256PortsEndWell) {
     HostFacts facts;
     for (int i = 0; i < 300; ++i)
         facts.networkDevices.push_back(onPci("p" + std::to_string(i), {"0000:03:00", 0}));
     EXPECT_EQ(groupCards(facts).at(0).ports.size(), 300U);
 }
 
-TEST(Cards, serialNumberIsCutToItsField) {
+TEST(Cards, SerialNumberIsCutToItsField) {
     HostFacts facts;
     facts.networkDevices = {withSerialNumber(onPci("a", {"0000:03:00", 0}), std::string(60, 'S'))};
     EXPECT_EQ(groupCards(facts).at(0).serialNumber, std::string(31, 'S'));
 }
 
-TEST(Cards, sameSerialNumberTwiceLeavesTheSecondCardItsAddress) {
+TEST(Cards, SameSerialNumberTwiceLeavesTheSecondCardItsAddress) {
     HostFacts facts;
     facts.networkDevices = {withMac(withSerialNumber(onPci("a", {"0000:03:00", 0}), "SAME"), 1),
                             withMac(withSerialNumber(onPci("b", {"0000:04:00", 0}), "SAME"), 2)};
@@ -89,7 +89,7 @@ TEST(Cards, sameSerialNumberTwiceLeavesTheSecondCardItsAddress) {
     EXPECT_EQ(cards[1].serialNumber, "020000000002");
 }
 
-TEST(Cards, withoutAnyIdentityTheirSerialNumbersStillDiffer) {
+TEST(Cards, WithoutAnyIdentityTheirSerialNumbersStillDiffer) {
     HostFacts facts;
     const std::string path(60, 'p');
     for (int i = 0; i < 3; ++i) {
@@ -107,7 +107,7 @@ TEST(Cards, withoutAnyIdentityTheirSerialNumbersStillDiffer) {
     EXPECT_EQ(cards[2].serialNumber, std::string(29, 'p') + "-3");
 }
 
-TEST(UnitIdentifiers, areBinaryNamesOfTwoLengths) {
+TEST(UnitIdentifiers, AreBinaryNamesOfTwoLengths) {
     EXPECT_EQ(parseUnitIdentifier("naa.50060e8010203041")->size(), 8U);
     EXPECT_EQ(parseUnitIdentifier("eui.50060e8010203041")->size(), 8U);
     EXPECT_EQ(parseUnitIdentifier("naa.60060e80102030405060708090a0b0c0")->size(), 16U);

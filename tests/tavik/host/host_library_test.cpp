@@ -32,7 +32,7 @@ protected:
     const test::LoadedLibrary library;
 };
 
-TEST_F(HostLibrary, treeHoldsTheInterfacesOfThisMachine) {
+TEST_F(HostLibrary, TreeHoldsTheInterfacesOfThisMachine) {
     const auto loaded = tavik::makeHostSource()->load();
     std::vector<std::string> expected, shown;
     for (const auto& card : *std::get<Fleet>(loaded).cards)
@@ -44,7 +44,7 @@ TEST_F(HostLibrary, treeHoldsTheInterfacesOfThisMachine) {
     EXPECT_EQ(shown, expected);
 }
 
-TEST_F(HostLibrary, linkAndAddressesComeByDeviceName) {
+TEST_F(HostLibrary, LinkAndAddressesComeByDeviceName) {
     const auto all = nics();
     if (all.empty()) GTEST_SKIP() << "this machine has no Ethernet interface of its own";
     for (const auto* nic : all) {
@@ -58,13 +58,13 @@ TEST_F(HostLibrary, linkAndAddressesComeByDeviceName) {
     }
 }
 
-TEST_F(HostLibrary, flashOfTheMachineIsNeverWritten) {
+TEST_F(HostLibrary, FlashOfTheMachineIsNeverWritten) {
     const auto all = nics();
     if (all.empty()) GTEST_SKIP() << "this machine has no Ethernet interface of its own";
     EXPECT_EQ(library.UpdateFlash(all.front()->adapterId, "flash.bin", 0), statusReadOnly);
 }
 
-TEST(RecordedHostLibrary, servesTheAdaptersOfTheRecording) {
+TEST(RecordedHostLibrary, ServesTheAdaptersOfTheRecording) {
     ::setenv("TAVIK_SOURCE", ("recording:" + std::string(TAVIK_HOST_TREES) + "/two-port-card").c_str(), 1);
     const test::LoadedLibrary library;
     ASSERT_EQ(library.Initialize(0, 0), statusOk);

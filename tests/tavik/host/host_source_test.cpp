@@ -39,7 +39,7 @@ const Function& functionOf(const Card& card, std::size_t port) {
     throw std::runtime_error("no such function");
 }
 
-TEST(HostFleet, twoPortCardIsOneCardWithItsVitalProductData) {
+TEST(HostFleet, TwoPortCardIsOneCardWithItsVitalProductData) {
     const auto fleet = recordedFleet("two-port-card");
     ASSERT_EQ(fleet.cards->size(), 2U);
     const auto& card = cardOf(fleet, "A0369F112233");
@@ -63,7 +63,7 @@ TEST(HostFleet, twoPortCardIsOneCardWithItsVitalProductData) {
     EXPECT_EQ(formatIPAddress(nic.ip->ipv4), "192.0.2.10");
 }
 
-TEST(HostFleet, portsOfACardDifferInNumberAndShareTheAdapter) {
+TEST(HostFleet, PortsOfACardDifferInNumberAndShareTheAdapter) {
     const auto fleet = recordedFleet("two-port-card");
     const auto& card = cardOf(fleet, "A0369F112233");
     const auto& first = functionOf<NicFunction>(card, 0);
@@ -78,7 +78,7 @@ TEST(HostFleet, portsOfACardDifferInNumberAndShareTheAdapter) {
     EXPECT_NE(functionOf<NicFunction>(cardOf(fleet, "b8599f03000a1b2c"), 0).adapterId, first.adapterId);
 }
 
-TEST(HostFleet, cardOfAVirtualMachineShowsLinkAndAddress) {
+TEST(HostFleet, CardOfAVirtualMachineShowsLinkAndAddress) {
     const auto fleet = recordedFleet("virtual-machine");
     ASSERT_EQ(fleet.cards->size(), 1U);
     const auto& card = fleet.cards->front();
@@ -91,7 +91,7 @@ TEST(HostFleet, cardOfAVirtualMachineShowsLinkAndAddress) {
     EXPECT_EQ(formatIPAddress(nic.ip->firstList.at(0)), "fd00::2");
 }
 
-TEST(HostFleet, modelNamesTellWhatIsVirtual) {
+TEST(HostFleet, ModelNamesTellWhatIsVirtual) {
     const auto software = recordedFleet("software-interfaces");
     EXPECT_EQ(cardOf(software, "021122334409").modelName, "virtual Ethernet (veth)");
     EXPECT_EQ(functionOf<NicFunction>(cardOf(software, "021122334409"), 0).card.manufacturer, "Linux");
@@ -101,12 +101,12 @@ TEST(HostFleet, modelNamesTellWhatIsVirtual) {
     EXPECT_EQ(cardOf(carved, "6045bd000001").modelName, "paranic adapter");
 }
 
-TEST(HostFleet, portOfABondShowsItsPermanentAddress) {
+TEST(HostFleet, PortOfABondShowsItsPermanentAddress) {
     const auto fleet = recordedFleet("software-interfaces");
     EXPECT_EQ(formatMac(functionOf<NicFunction>(cardOf(fleet, "021122334402"), 0).macAddress), "02:11:22:33:44:02");
 }
 
-TEST(HostFleet, keysNeverClash) {
+TEST(HostFleet, KeysNeverClash) {
     for (const auto* name : {"broken-attributes", "fibre-channel", "software-interfaces", "two-port-card",
                              "virtual-functions", "virtual-machine"}) {
         std::set<std::string> serialNumbers, deviceNames;
@@ -131,7 +131,7 @@ TEST(HostFleet, keysNeverClash) {
     }
 }
 
-TEST(HostFleet, fibreChannelFunctionShowsWhatItsDriverTells) {
+TEST(HostFleet, FibreChannelFunctionShowsTheFactsOfItsDriver) {
     const auto fleet = recordedFleet("fibre-channel");
     const auto& card = cardOf(fleet, "RFD1234X5678");
     EXPECT_EQ(card.kind, 1U);
@@ -156,7 +156,7 @@ TEST(HostFleet, fibreChannelFunctionShowsWhatItsDriverTells) {
     EXPECT_EQ(storage.transceiver->pageA2.size(), 256U);
 }
 
-TEST(HostFleet, fibreChannelPortWithoutLinkIsInLoopDown) {
+TEST(HostFleet, FibreChannelPortWithoutLinkIsInLoopDown) {
     const auto fleet = recordedFleet("fibre-channel");
     const auto& storage = functionOf<StorageFunction>(cardOf(fleet, "RFD1234X5678"), 1);
     EXPECT_EQ(storage.property.state, PortLoopDown);
@@ -167,7 +167,7 @@ TEST(HostFleet, fibreChannelPortWithoutLinkIsInLoopDown) {
     EXPECT_TRUE(storage.targets.empty());
 }
 
-TEST(HostFleet, storageBehindAPortIsListedByTargetAndUnit) {
+TEST(HostFleet, StorageBehindAPortIsListedByTargetAndUnit) {
     const auto fleet = recordedFleet("fibre-channel");
     const auto& targets = functionOf<StorageFunction>(cardOf(fleet, "RFD1234X5678"), 0).targets;
     ASSERT_EQ(targets.size(), 2U) << "the initiator is no target";
@@ -188,7 +188,7 @@ TEST(HostFleet, storageBehindAPortIsListedByTargetAndUnit) {
     EXPECT_EQ(targets[1].luns[0].osName, "");
 }
 
-TEST(HostFleet, fibreChannelOverEthernetSharesThePortOfItsInterface) {
+TEST(HostFleet, FibreChannelOverEthernetSharesThePortOfItsInterface) {
     const auto fleet = recordedFleet("fibre-channel");
     const auto& card = cardOf(fleet, "CNA-0001");
     EXPECT_EQ(card.kind, 0U);
@@ -205,7 +205,7 @@ TEST(HostFleet, fibreChannelOverEthernetSharesThePortOfItsInterface) {
     EXPECT_EQ(nic.card.modelName, "Converged 10GbE Adapter");
 }
 
-TEST(HostFleet, vitalProductDataOfAStorageFunctionAlwaysHasASerialNumber) {
+TEST(HostFleet, VitalProductDataOfAStorageFunctionAlwaysHasASerialNumber) {
     for (const auto* name : {"fibre-channel", "broken-attributes"}) {
         const auto fleet = recordedFleet(name);
         for (const auto& card : *fleet.cards)
@@ -221,14 +221,14 @@ TEST(HostFleet, vitalProductDataOfAStorageFunctionAlwaysHasASerialNumber) {
     EXPECT_EQ(parsePciVpd(*vpd)->find("V0"), "rev B");
 }
 
-TEST(HostSource, withoutSysfsLoadingFailsAndNamesTheFolder) {
+TEST(HostSource, WithoutSysfsLoadingFailsAndNamesTheFolder) {
     const auto loaded = sourceOf(SysTree("/no/such/folder"))->load();
     ASSERT_TRUE(std::holds_alternative<FleetError>(loaded));
     EXPECT_EQ(std::get<FleetError>(loaded).message,
               "cannot read the network interfaces below /sys/class/net: No such file or directory");
 }
 
-TEST(HostSource, queriesAnswerAsTheFleetDid) {
+TEST(HostSource, QueriesAnswerAsTheFleetDid) {
     const auto source = sourceOf(SysTree(ScratchTree::recorded("fibre-channel")));
     const auto fleet = load(*source);
     const auto& storage = functionOf<StorageFunction>(cardOf(fleet, "RFD1234X5678"), 0);
@@ -245,7 +245,7 @@ TEST(HostSource, queriesAnswerAsTheFleetDid) {
     EXPECT_EQ(source->nicTransceiver("eth2").status, statusNoData);
 }
 
-TEST(HostSource, fibreChannelOverEthernetHasTheModuleOfItsInterface) {
+TEST(HostSource, FibreChannelOverEthernetHasTheModuleOfItsInterface) {
     ScratchTree tree;
     tree.copy("fibre-channel");
     const auto memory = optics::tests::qsfp28Memory();
@@ -262,7 +262,7 @@ TEST(HostSource, fibreChannelOverEthernetHasTheModuleOfItsInterface) {
     EXPECT_EQ(storage.property.transceiverKind, 6U);
 }
 
-TEST(HostSource, countersAreTheKernelsAndWrapAt32Bits) {
+TEST(HostSource, CountersAreTheKernelsAndWrapAt32Bits) {
     const auto source = sourceOf(SysTree(ScratchTree::recorded("fibre-channel")));
     load(*source);
     const auto statistics = source->refreshStatistics(8).value;
@@ -277,7 +277,7 @@ TEST(HostSource, countersAreTheKernelsAndWrapAt32Bits) {
     EXPECT_EQ(statistics.crcErrors, 6U);
 }
 
-TEST(HostSource, unknownAndVanishedDevicesAreNone) {
+TEST(HostSource, UnknownAndVanishedDevicesAreNone) {
     ScratchTree scratch;
     scratch.copy("fibre-channel");
     const auto source = sourceOf(scratch.tree());
@@ -295,14 +295,14 @@ TEST(HostSource, unknownAndVanishedDevicesAreNone) {
     EXPECT_EQ(source->vpd(9).status, statusOk);
 }
 
-TEST(HostSource, flashCallsAreRefusedAsReadOnly) {
+TEST(HostSource, FlashCallsAreRefusedAsReadOnly) {
     const auto source = sourceOf(SysTree(ScratchTree::recorded("fibre-channel")));
     load(*source);
     EXPECT_EQ(source->updateFlash(1, "any", "flash.bin"), statusReadOnly);
     EXPECT_EQ(source->updateOptionRom(8, "any", "flash.bin"), statusReadOnly);
 }
 
-TEST(HostSource, linkIsReadAnewAtEveryQuestion) {
+TEST(HostSource, LinkIsReadAnewAtEveryQuestion) {
     ScratchTree scratch;
     scratch.interface("veth0", "5", "02:00:00:00:00:05");
     const auto source = sourceOf(scratch.tree());
@@ -313,7 +313,7 @@ TEST(HostSource, linkIsReadAnewAtEveryQuestion) {
     EXPECT_FALSE(source->changed()) << "a link that goes down changes no adapter";
 }
 
-TEST(HostSource, newInterfaceIsAChange) {
+TEST(HostSource, NewInterfaceIsAChange) {
     ScratchTree scratch;
     scratch.interface("veth0", "5", "02:00:00:00:00:05");
     const auto source = sourceOf(scratch.tree());
@@ -327,7 +327,7 @@ TEST(HostSource, newInterfaceIsAChange) {
     EXPECT_TRUE(source->changed());
 }
 
-TEST(HostSource, changeWaitsForThePollThatTellsALinkState) {
+TEST(HostSource, ChangeWaitsForThePollThatTellsALinkState) {
     ScratchTree scratch;
     scratch.interface("veth0", "5", "02:00:00:00:00:05");
     const auto source = sourceOf(scratch.tree());
@@ -340,7 +340,7 @@ TEST(HostSource, changeWaitsForThePollThatTellsALinkState) {
     EXPECT_TRUE(source->changed());
 }
 
-TEST(HostSource, changeWaitsForOneQuestionOnlyIfNobodyPollsTheLink) {
+TEST(HostSource, ChangeWaitsForOneQuestionOnlyIfNobodyPollsTheLink) {
     ScratchTree scratch;
     scratch.interface("veth0", "5", "02:00:00:00:00:05");
     const auto source = sourceOf(scratch.tree());
@@ -352,7 +352,7 @@ TEST(HostSource, changeWaitsForOneQuestionOnlyIfNobodyPollsTheLink) {
     EXPECT_TRUE(source->changed());
 }
 
-TEST(HostSource, changeBetweenQuestionAndResetIsNotLost) {
+TEST(HostSource, ChangeBetweenQuestionAndResetIsNotLost) {
     ScratchTree scratch;
     const auto source = sourceOf(scratch.tree());
     EXPECT_FALSE(source->changed());
@@ -361,7 +361,7 @@ TEST(HostSource, changeBetweenQuestionAndResetIsNotLost) {
     EXPECT_TRUE(source->changed());
 }
 
-TEST(HostSource, resetWithoutAQuestionForgetsWhatChanged) {
+TEST(HostSource, ResetWithoutAQuestionForgetsWhatChanged) {
     ScratchTree scratch;
     const auto source = sourceOf(scratch.tree());
     scratch.interface("veth0", "5", "02:00:00:00:00:05");
@@ -369,7 +369,7 @@ TEST(HostSource, resetWithoutAQuestionForgetsWhatChanged) {
     EXPECT_FALSE(source->changed());
 }
 
-TEST(HostSource, newAddressIsAChangeAndATemporaryOneIsNot) {
+TEST(HostSource, NewAddressIsAChangeAndATemporaryOneIsNot) {
     ScratchTree scratch;
     scratch.interface("veth0", "5", "02:00:00:00:00:05");
     scratch.file("kernel/addresses", "5 192.0.2.5/24 0 128\n");
@@ -380,7 +380,7 @@ TEST(HostSource, newAddressIsAChangeAndATemporaryOneIsNot) {
     EXPECT_TRUE(source->changed());
 }
 
-TEST(HostSource, interfaceThatIsLeftOutChangesNothing) {
+TEST(HostSource, InterfaceThatIsLeftOutChangesNothing) {
     ScratchTree scratch;
     const auto source = sourceOf(scratch.tree());
     scratch.interface("br0", "6", "02:00:00:00:00:06");
@@ -388,7 +388,7 @@ TEST(HostSource, interfaceThatIsLeftOutChangesNothing) {
     EXPECT_FALSE(source->changed());
 }
 
-TEST(HostSource, lostUnitIsAChange) {
+TEST(HostSource, LostUnitIsAChange) {
     ScratchTree scratch;
     scratch.copy("fibre-channel");
     const auto source = sourceOf(scratch.tree());
@@ -396,7 +396,7 @@ TEST(HostSource, lostUnitIsAChange) {
     EXPECT_TRUE(source->changed());
 }
 
-TEST(HostSource, alarmTellsThatAPortChangedItsState) {
+TEST(HostSource, AlarmTellsThatAPortChangedItsState) {
     ScratchTree scratch;
     scratch.copy("fibre-channel");
     const auto source = sourceOf(scratch.tree());
@@ -411,7 +411,7 @@ TEST(HostSource, alarmTellsThatAPortChangedItsState) {
     EXPECT_EQ(told.get(), (Alarm{7, "host7: port state Online becomes Linkdown"}));
 }
 
-TEST(HostSource, withoutAChangeNoAlarmIsTold) {
+TEST(HostSource, WithoutAChangeNoAlarmIsTold) {
     std::atomic<int> alarms = 0;
     {
         const auto source = sourceOf(SysTree(ScratchTree::recorded("fibre-channel")));
@@ -421,7 +421,7 @@ TEST(HostSource, withoutAChangeNoAlarmIsTold) {
     EXPECT_EQ(alarms, 0);
 }
 
-TEST(HostSource, questionsFromSeveralThreadsAgree) {
+TEST(HostSource, QuestionsFromSeveralThreadsAgree) {
     const auto source = sourceOf(SysTree(ScratchTree::recorded("fibre-channel")));
     const auto fleet = load(*source);
     std::vector<std::future<bool>> answers;

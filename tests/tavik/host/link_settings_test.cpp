@@ -17,7 +17,7 @@ std::vector<std::uint32_t> modes(const std::vector<unsigned>& bits) {
     return words;
 }
 
-TEST(LinkModes, giveTheirSpeedsRisingAndEachOnce) {
+TEST(LinkModes, GiveTheirSpeedsRisingAndEachOnce) {
     // 1000baseT, 10000baseT, 25000baseCR, 40000baseCR4, 100000baseCR4 and 100000baseSR2.
     EXPECT_EQ(speedsOf(modes({38, 5, 12, 31, 24, 58})),
               (Speeds{1'000'000'000, 10'000'000'000, 25'000'000'000, 40'000'000'000, 100'000'000'000}));
@@ -26,14 +26,14 @@ TEST(LinkModes, giveTheirSpeedsRisingAndEachOnce) {
     EXPECT_EQ(speedsOf(modes({97})), Speeds{800'000'000'000});
 }
 
-TEST(LinkModes, thatAreNoSpeedsOrNotKnownGiveNone) {
+TEST(LinkModes, ThatAreNoSpeedsOrNotKnownGiveNone) {
     // Autonegotiation, twisted pair, fibre, pause, backplane, the bits of forward error correction, and later ones.
     EXPECT_EQ(speedsOf(modes({6, 7, 10, 13, 14, 16, 49, 50, 51, 74, 121, 127})), Speeds());
     EXPECT_EQ(speedsOf({}), Speeds());
     EXPECT_EQ(speedsOf({0x20}), Speeds{1'000'000'000});
 }
 
-TEST(LinkSettings, nameDuplexAndForwardErrorCorrection) {
+TEST(LinkSettings, NameDuplexAndForwardErrorCorrection) {
     EXPECT_EQ(duplexName(0).valueOr("-"), "half");
     EXPECT_EQ(duplexName(1).valueOr("-"), "full");
     EXPECT_FALSE(duplexName(255));
@@ -42,7 +42,7 @@ TEST(LinkSettings, nameDuplexAndForwardErrorCorrection) {
     EXPECT_EQ(fecNames(0xFFFFFFC0), Names());
 }
 
-TEST(LinkSettings, comeBackFromARecording) {
+TEST(LinkSettings, ComeBackFromARecording) {
     ScratchTree scratch;
     const auto folder = std::string("kernel/net/ens1f0/");
     scratch.file(folder + "link_settings", "1 1 00000020 00000040\n");
@@ -61,7 +61,7 @@ TEST(LinkSettings, comeBackFromARecording) {
     EXPECT_EQ(copy->fecSettings("ens1f0"), original->fecSettings("ens1f0"));
 }
 
-TEST(LinkSettings, ofABrokenRecordingAreAbsent) {
+TEST(LinkSettings, OfABrokenRecordingAreAbsent) {
     for (const auto* line : {"", "1", "2 1", "1 256", "1 x", "1 1 123456789", "1 1 zz", "-1 1", "1 1 0x20"})
         EXPECT_FALSE(parseLinkSettings(line)) << line;
     std::string tooLong = "1 1";

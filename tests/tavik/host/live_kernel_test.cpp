@@ -85,7 +85,7 @@ std::uint32_t awaitState(Source& source, const std::string& interface, std::uint
     }
 }
 
-TEST_F(LiveKernel, newNamespaceShowsNoAdapters) {
+TEST_F(LiveKernel, NewNamespaceShowsNoAdapters) {
     inNamespace("link show lo", [] {
         const auto source = tavik::makeHostSource();
         EXPECT_TRUE(load(*source).cards->empty());
@@ -93,7 +93,7 @@ TEST_F(LiveKernel, newNamespaceShowsNoAdapters) {
     });
 }
 
-TEST_F(LiveKernel, vethShowsItsAddressesMtuAndSpeed) {
+TEST_F(LiveKernel, VethShowsItsAddressesMtuAndSpeed) {
     inNamespace(vethPair, [] {
         require("address add 192.0.2.1/22 dev veth0");
         require("link set veth0 up");
@@ -114,7 +114,7 @@ TEST_F(LiveKernel, vethShowsItsAddressesMtuAndSpeed) {
     });
 }
 
-TEST_F(LiveKernel, linkFollowsBothEndsOfTheCable) {
+TEST_F(LiveKernel, LinkFollowsBothEndsOfTheCable) {
     inNamespace(vethPair, [] {
         const auto source = tavik::makeHostSource();
         load(*source);
@@ -128,7 +128,7 @@ TEST_F(LiveKernel, linkFollowsBothEndsOfTheCable) {
     });
 }
 
-TEST_F(LiveKernel, addressesAndInterfacesThatComeAndGoAreChanges) {
+TEST_F(LiveKernel, AddressesAndInterfacesThatComeAndGoAreChanges) {
     inNamespace(vethPair, [] {
         const auto source = tavik::makeHostSource();
         const auto changes = [&source] {
@@ -148,7 +148,7 @@ TEST_F(LiveKernel, addressesAndInterfacesThatComeAndGoAreChanges) {
     });
 }
 
-TEST_F(LiveKernel, removedInterfaceIsNoDevice) {
+TEST_F(LiveKernel, RemovedInterfaceIsNoDevice) {
     inNamespace(vethPair, [] {
         const auto source = tavik::makeHostSource();
         load(*source);
@@ -159,7 +159,7 @@ TEST_F(LiveKernel, removedInterfaceIsNoDevice) {
     });
 }
 
-TEST_F(LiveKernel, onAPointToPointLinkTheOwnAddressIsShown) {
+TEST_F(LiveKernel, OnAPointToPointLinkTheOwnAddressIsShown) {
     inNamespace(vethPair, [] {
         require("link set veth0 up");
         require("address add 192.0.2.1 peer 192.0.2.99/32 dev veth0");
@@ -171,7 +171,7 @@ TEST_F(LiveKernel, onAPointToPointLinkTheOwnAddressIsShown) {
     });
 }
 
-TEST_F(LiveKernel, ofABridgeNeitherItselfNorItsVirtualPortsAreShown) {
+TEST_F(LiveKernel, OfABridgeNeitherItselfNorItsVirtualPortsAreShown) {
     inNamespace("link add br0 type bridge", [] {
         require(vethPair);
         require("link set veth1 master br0");
@@ -185,7 +185,7 @@ TEST_F(LiveKernel, ofABridgeNeitherItselfNorItsVirtualPortsAreShown) {
     });
 }
 
-TEST_F(LiveKernel, interfaceStackedOnAnotherIsNotShown) {
+TEST_F(LiveKernel, InterfaceStackedOnAnotherIsNotShown) {
     inNamespace(vethPair, [] {
         if (!ip("link add link veth0 name stacked type macvlan")) GTEST_SKIP() << "the kernel has no macvlan";
         const SysTree tree;
@@ -194,7 +194,7 @@ TEST_F(LiveKernel, interfaceStackedOnAnotherIsNotShown) {
     });
 }
 
-TEST_F(LiveKernel, dummyWithAnAddressIsShown) {
+TEST_F(LiveKernel, DummyWithAnAddressIsShown) {
     inNamespace("link add dummy0 address 02:00:00:00:0a:05 type dummy", [] {
         require("address add 192.0.2.5/32 dev dummy0");
         require("link set dummy0 up");
@@ -206,7 +206,7 @@ TEST_F(LiveKernel, dummyWithAnAddressIsShown) {
     });
 }
 
-TEST_F(LiveKernel, tapIsReadAndTellsItsDriver) {
+TEST_F(LiveKernel, TapIsReadAndTellsItsDriver) {
     inNamespace("tuntap add tap0 mode tap", [] {
         const SysTree tree;
         const auto queries = makeLinuxQueries();
@@ -218,7 +218,7 @@ TEST_F(LiveKernel, tapIsReadAndTellsItsDriver) {
     });
 }
 
-TEST_F(LiveKernel, moreAddressesThanOneMessageHoldsAreAllRead) {
+TEST_F(LiveKernel, MoreAddressesThanOneMessageHoldsAreAllRead) {
     inNamespace(vethPair, [] {
         constexpr int count = 600;
         require("link set veth0 up");
@@ -234,7 +234,7 @@ TEST_F(LiveKernel, moreAddressesThanOneMessageHoldsAreAllRead) {
     });
 }
 
-TEST(LiveKernelQueries, ofAnInterfaceThatIsNotThereAreAbsent) {
+TEST(LiveKernelQueries, OfAnInterfaceThatIsNotThereAreAbsent) {
     const auto queries = makeLinuxQueries();
     for (const auto* name : {"no_such_if0", "", "../eth0", "a name that is much too long for one"}) {
         EXPECT_EQ(queries->driverInfo(name).absence().reason, "No such device") << name;
@@ -243,7 +243,7 @@ TEST(LiveKernelQueries, ofAnInterfaceThatIsNotThereAreAbsent) {
     }
 }
 
-TEST(LiveHost, everyEthernetDeviceOfThisMachineIsOnACard) {
+TEST(LiveHost, EveryEthernetDeviceOfThisMachineIsOnACard) {
     const SysTree tree;
     std::vector<std::string> devices;
     for (const auto& name : tree.names("sys/class/net")) {

@@ -64,7 +64,7 @@ Module qsfpDd() {
     return module;
 }
 
-TEST(ModulePages, ofAQsfpAreItsLowerHalfItsIdentityAndItsLimits) {
+TEST(ModulePages, OfAQsfpAreItsLowerHalfItsIdentityAndItsLimits) {
     auto module = qsfp28();
     const auto memory = readSeveralLanes(module.reader());
     ASSERT_TRUE(memory);
@@ -73,7 +73,7 @@ TEST(ModulePages, ofAQsfpAreItsLowerHalfItsIdentityAndItsLimits) {
     EXPECT_EQ(module.asked, (std::vector<HalfPage>{{}, {firstAddress, 0, 128}, {firstAddress, 3, 128}}));
 }
 
-TEST(ModulePages, ofAQsfpWithoutThemAreNotAskedFor) {
+TEST(ModulePages, OfAQsfpWithFlatMemoryAreNotAskedFor) {
     auto module = qsfp28();
     auto lower = optics::tests::qsfp28Memory();
     lower[2] = 0x04;
@@ -82,7 +82,7 @@ TEST(ModulePages, ofAQsfpWithoutThemAreNotAskedFor) {
     EXPECT_EQ(module.asked.size(), 2U);
 }
 
-TEST(ModulePages, ofAQsfpThatCannotBeReadAreLeftOut) {
+TEST(ModulePages, OfAQsfpThatCannotBeReadAreLeftOut) {
     auto module = qsfp28();
     module.drop({firstAddress, 3, 128});
     EXPECT_EQ(readSeveralLanes(module.reader())->content.size(), 256U);
@@ -90,7 +90,7 @@ TEST(ModulePages, ofAQsfpThatCannotBeReadAreLeftOut) {
     EXPECT_EQ(readSeveralLanes(module.reader())->content.size(), 128U);
 }
 
-TEST(ModulePages, ofACmisModuleReachItsLanes) {
+TEST(ModulePages, OfACmisModuleReachItsLanes) {
     auto module = qsfpDd();
     const auto memory = readSeveralLanes(module.reader());
     ASSERT_TRUE(memory);
@@ -98,13 +98,13 @@ TEST(ModulePages, ofACmisModuleReachItsLanes) {
     EXPECT_EQ(memory->content, optics::tests::qsfpDdMemory());
 }
 
-TEST(ModulePages, ofACmisModuleEndAtTheFirstThatCannotBeRead) {
+TEST(ModulePages, OfACmisModuleEndAtTheFirstThatCannotBeRead) {
     auto module = qsfpDd();
     module.drop({firstAddress, 2, 128});
     EXPECT_EQ(readSeveralLanes(module.reader())->content.size(), 384U);
 }
 
-TEST(ModulePages, ofAModuleThatDoesNotAnswerAreAbsentWithTheReason) {
+TEST(ModulePages, OfAModuleThatDoesNotAnswerAreAbsentWithTheReason) {
     Module module;
     EXPECT_EQ(readSeveralLanes(module.reader()).absence().reason, "Input/output error");
     EXPECT_EQ(readSfp(module.reader()).absence().reason, "Input/output error");
@@ -112,7 +112,7 @@ TEST(ModulePages, ofAModuleThatDoesNotAnswerAreAbsentWithTheReason) {
     EXPECT_EQ(readSeveralLanes(some).absence().reason, "the module delivers 7 of 128 bytes");
 }
 
-TEST(ModulePages, ofAnSfpAreBothItsAddresses) {
+TEST(ModulePages, OfAnSfpAreBothItsAddresses) {
     const auto identity = optics::tests::sfpIdentity(), diagnostics = optics::tests::sfpDiagnostics();
     Module module;
     module.half({}, identity, 0);
@@ -130,7 +130,7 @@ TEST(ModulePages, ofAnSfpAreBothItsAddresses) {
 }
 
 /** Header, command, and attributes as linux/ethtool_netlink.h numbers them; little endian as this machine is. */
-TEST(ModuleRequest, hasDeviceOffsetLengthPageBankAndAddress) {
+TEST(ModuleRequest, HasDeviceOffsetLengthPageBankAndAddress) {
     const Bytes expected{
         76, 0, 0, 0,    0x2A, 0, 1, 0, 7,   0,   0,   0,   0, 0, 0, 0, // length, family, request, sequence 7
         31, 1, 0, 0,                                                   // ETHTOOL_MSG_MODULE_EEPROM_GET
@@ -165,18 +165,18 @@ struct Answer {
     const nlmsghdr* message() const { return reinterpret_cast<const nlmsghdr*>(bytes); }
 };
 
-TEST(ModuleAnswer, hasTheModulesBytes) {
+TEST(ModuleAnswer, HasTheModulesBytes) {
     EXPECT_EQ(*moduleData(Answer(7, 7, {0x11, 0x08, 0x00}).message()), (Bytes{0x11, 0x08, 0x00}));
 }
 
-TEST(ModuleAnswer, withoutThemOrCutIsAbsent) {
+TEST(ModuleAnswer, WithoutBytesOrCutIsAbsent) {
     EXPECT_FALSE(moduleData(Answer(6, 7, {0x11, 0x08, 0x00}).message())) << "another attribute";
     EXPECT_FALSE(moduleData(Answer(7, 60, {0x11, 0x08, 0x00}).message())) << "longer than the message";
     EXPECT_FALSE(moduleData(Answer(7, 3, {0x11, 0x08, 0x00}).message())) << "shorter than its own header";
 }
 
 /** Of the running kernel. The loopback interface has no cage in any. */
-TEST(ModulePages, ofAnInterfaceWithoutACageAreAbsent) {
+TEST(ModulePages, OfAnInterfaceWithoutACageAreAbsent) {
     EthtoolNetlink netlink;
     EXPECT_FALSE(netlink.halfPage("lo", {}));
     EXPECT_FALSE(netlink.halfPage("../lo", {}));

@@ -38,7 +38,7 @@ Bytes quadMemory() {
     return memory;
 }
 
-TEST(ModuleTranslation, sfpPassesOnAsItIs) {
+TEST(ModuleTranslation, SfpPassesOnAsItIs) {
     const auto module =
         makeTransceiver({.vendor = "ACME", .partNumber = "P", .revision = {}, .serialNumber = "S", .dateCode = {}});
     Bytes memory = module.pageA0;
@@ -46,19 +46,19 @@ TEST(ModuleTranslation, sfpPassesOnAsItIs) {
     EXPECT_EQ(*translateModule({ModuleMemory::Sff8472, memory}), module);
 }
 
-TEST(ModuleTranslation, sfpWithoutDiagnosticsHasNoSecondPage) {
+TEST(ModuleTranslation, SfpWithoutDiagnosticsHasNoSecondPage) {
     const auto module = translateModule({ModuleMemory::Sff8079, Bytes(256, 1)});
     EXPECT_EQ(module->pageA0.size(), 256U);
     EXPECT_TRUE(module->pageA2.empty());
 }
 
-TEST(ModuleTranslation, longMemoryIsCutBehindTheSecondPage) {
+TEST(ModuleTranslation, LongMemoryIsCutBehindTheSecondPage) {
     const auto module = translateModule({ModuleMemory::Sff8472, Bytes(640, 1)});
     EXPECT_EQ(module->pageA0.size(), 256U);
     EXPECT_EQ(module->pageA2.size(), 256U);
 }
 
-TEST(ModuleTranslation, qsfpShowsItsIdentityWhereAnSfpHasIt) {
+TEST(ModuleTranslation, QsfpShowsItsIdentityWhereAnSfpHasIt) {
     for (const auto kind : {ModuleMemory::Sff8436, ModuleMemory::Sff8636}) {
         const auto module = translateModule({kind, quadMemory()});
         ASSERT_TRUE(module);
@@ -78,7 +78,7 @@ TEST(ModuleTranslation, qsfpShowsItsIdentityWhereAnSfpHasIt) {
     }
 }
 
-TEST(ModuleTranslation, qsfpPageHasRightChecksums) {
+TEST(ModuleTranslation, QsfpPageHasRightChecksums) {
     const auto page = translateModule({ModuleMemory::Sff8636, quadMemory()})->pageA0;
     EXPECT_EQ(page[63], sum(page, 0, 63));
     EXPECT_EQ(page[95], sum(page, 64, 95));
@@ -86,7 +86,7 @@ TEST(ModuleTranslation, qsfpPageHasRightChecksums) {
     EXPECT_NE(page[95], 0);
 }
 
-TEST(ModuleTranslation, wrongChecksumsStayWrong) {
+TEST(ModuleTranslation, WrongChecksumsStayWrong) {
     auto memory = quadMemory();
     ++memory[191];
     ++memory[223];
@@ -99,7 +99,7 @@ optics::Module decode(const Attribute<Transceiver>& module) {
     return optics::decodeSff8472(module->pageA0, module->pageA2);
 }
 
-TEST(ModuleTranslation, qsfpShowsTheWorstOfItsLanes) {
+TEST(ModuleTranslation, QsfpShowsTheWorstOfItsLanes) {
     auto memory = optics::tests::qsfp28Memory();
     optics::tests::put(memory, 38, {0x03, 0xE8}); // lane 3 receives 0.1 mW: a warning
     optics::tests::put(memory, 3, {0x08});        // lane 4 says that it gets no light
@@ -123,7 +123,7 @@ TEST(ModuleTranslation, qsfpShowsTheWorstOfItsLanes) {
     EXPECT_TRUE(lane.transmitPowerMilliwatts.flags.value().lowAlarm);
 }
 
-TEST(ModuleTranslation, cmisShowsTheWorstOfItsLanes) {
+TEST(ModuleTranslation, CmisShowsTheWorstOfItsLanes) {
     auto memory = optics::tests::qsfpDdMemory();
     optics::tests::put(memory, 384 + 200, {0x00, 0x0A}); // lane 8 receives 0.001 mW
     const auto translated = translateModule({ModuleMemory::Cmis, memory});
@@ -141,14 +141,14 @@ TEST(ModuleTranslation, cmisShowsTheWorstOfItsLanes) {
     EXPECT_NEAR(module.lanes[0].biasMilliamperes.reading.value(), 8, 1e-9);
 }
 
-TEST(ModuleTranslation, cmisMemoryThatADriverCallsQsfpHasNoLanes) {
+TEST(ModuleTranslation, CmisMemoryThatADriverCallsQsfpHasNoLanes) {
     const auto module = decode(translateModule({ModuleMemory::Sff8636, optics::tests::qsfpDdMemory()}));
     EXPECT_EQ(module.identity.serialNumber.view(), "EXD0000031");
     EXPECT_DOUBLE_EQ(module.temperatureCelsius.reading.value(), 50.5);
     EXPECT_FALSE(module.lanes[0].receivePowerMilliwatts.reading);
 }
 
-TEST(ModuleTranslation, copperCableShowsNoWavelengthAndNoDiagnostics) {
+TEST(ModuleTranslation, CopperCableShowsNoWavelengthAndNoDiagnostics) {
     auto memory = optics::tests::qsfp28Memory();
     memory[147] = 0xA0;
     memory[191] = sum(memory, 128, 191);
@@ -160,7 +160,7 @@ TEST(ModuleTranslation, copperCableShowsNoWavelengthAndNoDiagnostics) {
     EXPECT_TRUE(translated->pageA2.empty());
 }
 
-TEST(ModuleTranslation, shortMemoryTellsHowMuchIsMissing) {
+TEST(ModuleTranslation, ShortMemoryTellsHowMuchIsMissing) {
     EXPECT_EQ(translateModule({ModuleMemory::Sff8472, Bytes(95)}).absence().reason,
               "module memory of 95 bytes, 96 needed");
     EXPECT_EQ(translateModule({ModuleMemory::Sff8636, Bytes(128)}).absence().reason,
@@ -168,13 +168,13 @@ TEST(ModuleTranslation, shortMemoryTellsHowMuchIsMissing) {
     EXPECT_FALSE(translateModule({ModuleMemory::Sff8472, {}}));
 }
 
-TEST(ModuleTranslation, emptyCageIsNoModule) {
+TEST(ModuleTranslation, EmptyCageIsNoModule) {
     EXPECT_FALSE(translateModule({ModuleMemory::Sff8472, Bytes(512, 0xFF)}));
 }
 
-TEST(ModuleTranslation, unknownKindIsNoModule) { EXPECT_FALSE(translateModule({5, Bytes(512)})); }
+TEST(ModuleTranslation, UnknownKindIsNoModule) { EXPECT_FALSE(translateModule({5, Bytes(512)})); }
 
-TEST(ModuleTranslation, textOutOfTheMemoryIsEmpty) { EXPECT_EQ(serialIdText(Bytes(10), 20), ""); }
+TEST(ModuleTranslation, TextOutOfTheMemoryIsEmpty) { EXPECT_EQ(serialIdText(Bytes(10), 20), ""); }
 
 } // namespace
 } // namespace tavik::host

@@ -23,19 +23,19 @@ IPConfiguration select(std::vector<InterfaceAddress> all) {
     return *selectAddresses(Attribute(std::move(all)), std::uint32_t{2});
 }
 
-TEST(Addresses, maskIsMadeOfThePrefixLength) {
+TEST(Addresses, MaskIsMadeOfThePrefixLength) {
     EXPECT_EQ(formatIPAddress(select({address("192.0.2.1", 22)}).ipv4Mask), "255.255.252.0");
     EXPECT_EQ(formatIPAddress(select({address("192.0.2.1", 32)}).ipv4Mask), "255.255.255.255");
     EXPECT_EQ(formatIPAddress(select({address("192.0.2.1", 0)}).ipv4Mask), "0.0.0.0");
 }
 
-TEST(Addresses, primaryAddressComesBeforeSecondaryAndLinkLocal) {
+TEST(Addresses, PrimaryAddressComesBeforeSecondaryAndLinkLocal) {
     const auto chosen = select({address("169.254.1.1", 16, RT_SCOPE_LINK), address("192.0.2.9", 24, 0, IFA_F_SECONDARY),
                                 address("192.0.2.1", 24)});
     EXPECT_EQ(formatIPAddress(chosen.ipv4), "192.0.2.1");
 }
 
-TEST(Addresses, firstIPv6AddressIsALastingGlobalOne) {
+TEST(Addresses, FirstIPv6AddressIsALastingGlobalOne) {
     const auto chosen =
         select({address("fe80::1", 64, RT_SCOPE_LINK), address("2001:db8::aaaa", 64, 0, IFA_F_TEMPORARY),
                 address("2001:db8::1", 64), address("2001:db8::dead", 64, 0, IFA_F_DEPRECATED)});
@@ -44,12 +44,12 @@ TEST(Addresses, firstIPv6AddressIsALastingGlobalOne) {
     EXPECT_EQ(formatIPAddress(chosen.firstList[3]), "fe80::1");
 }
 
-TEST(Addresses, othersAddressesAreNotTaken) {
+TEST(Addresses, OthersAddressesAreNotTaken) {
     const auto chosen = select({address("192.0.2.1", 24, 0, 0, 3)});
     EXPECT_EQ(chosen, IPConfiguration{});
 }
 
-TEST(Addresses, withoutAnIndexOrAnAnswerThereIsNoConfiguration) {
+TEST(Addresses, WithoutAnIndexOrAnAnswerThereIsNoConfiguration) {
     EXPECT_FALSE(selectAddresses(Attribute(std::vector<InterfaceAddress>{}), Absence{"gone"}));
     EXPECT_FALSE(selectAddresses(Absence{"refused"}, std::uint32_t{2}));
 }
@@ -73,7 +73,7 @@ void PrintTo(const LinkCase& row, std::ostream* out) {
 
 class LinkStates : public testing::TestWithParam<LinkCase> {};
 
-TEST_P(LinkStates, followTheKernel) {
+TEST_P(LinkStates, FollowTheKernel) {
     const auto& [operationalState, carrier, state] = GetParam();
     ScratchTree scratch;
     scratch.file("sys/class/net/eth0/type", "1\n");
@@ -103,7 +103,7 @@ void PrintTo(const SpeedCase& row, std::ostream* out) { *out << "speed '" << sho
 
 class Speeds : public testing::TestWithParam<SpeedCase> {};
 
-TEST_P(Speeds, areMegabitsOrAbsent) {
+TEST_P(Speeds, AreMegabitsOrAbsent) {
     ScratchTree scratch;
     scratch.file("sys/class/net/eth0/speed", GetParam().text);
     const auto tree = scratch.tree();
@@ -131,7 +131,7 @@ std::string addressOf(const ScratchTree& scratch, const std::string& name) {
     return address ? formatMac(*address) : "none";
 }
 
-TEST(PortOfABond, hasTheAddressThatTheBondKeepsWhereTheDriverKeepsNone) {
+TEST(PortOfABond, HasTheAddressThatTheBondKeepsWhereTheDriverKeepsNone) {
     ScratchTree scratch;
     bondPort(scratch, "eth0", "2", "02:00:00:00:00:01");
     bondPort(scratch, "eth1", "3", "02:00:00:00:00:02");
@@ -139,14 +139,14 @@ TEST(PortOfABond, hasTheAddressThatTheBondKeepsWhereTheDriverKeepsNone) {
     EXPECT_EQ(addressOf(scratch, "eth1"), "02:00:00:00:00:02");
 }
 
-TEST(PortOfABond, hasTheAddressThatItsDriverKeepsBeforeThatOfTheBond) {
+TEST(PortOfABond, HasTheAddressThatItsDriverKeepsBeforeThatOfTheBond) {
     ScratchTree scratch;
     bondPort(scratch, "eth1", "3", "02:00:00:00:00:02");
     scratch.file("kernel/net/eth1/permanent_address", "02:00:00:00:00:07\n");
     EXPECT_EQ(addressOf(scratch, "eth1"), "02:00:00:00:00:07");
 }
 
-TEST(PortOfABond, hasTheAddressOfTheBondWhereNobodyKeepsItsOwn) {
+TEST(PortOfABond, HasTheAddressOfTheBondWhereNobodyKeepsItsOwn) {
     ScratchTree scratch;
     for (const auto* kept : {"", "02:00:00", "nonsense"}) {
         scratch.remove("sys/class/net/eth1");
@@ -155,7 +155,7 @@ TEST(PortOfABond, hasTheAddressOfTheBondWhereNobodyKeepsItsOwn) {
     }
 }
 
-TEST(InterfaceSelection, ofAnInterfaceThatRedirectsOnlyItsOwnAddressCounts) {
+TEST(InterfaceSelection, OfAnInterfaceThatRedirectsOnlyItsOwnAddressCounts) {
     ScratchTree scratch;
     scratch.interface("dummy0", "5", "02:00:00:00:00:05");
     scratch.file("sys/class/net/dummy0/flags", "0x83\n");

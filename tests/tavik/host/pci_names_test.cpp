@@ -16,7 +16,7 @@ constexpr const char* list = "# comment\n"
                              "9004  Example\n"
                              "\t15bb  Theirs";
 
-TEST(PciNames, comeFromTheListOfTheSystem) {
+TEST(PciNames, ComeFromTheListOfTheSystem) {
     ScratchTree scratch;
     scratch.file("usr/share/misc/pci.ids", list);
     const PciNames names(scratch.tree());
@@ -26,7 +26,7 @@ TEST(PciNames, comeFromTheListOfTheSystem) {
     EXPECT_EQ(names.device(0x9004, 0x15BB), "Theirs");
 }
 
-TEST(PciNames, deviceOfAnotherVendorIsNotTaken) {
+TEST(PciNames, DeviceOfAnotherVendorIsNotTaken) {
     ScratchTree scratch;
     scratch.file("usr/share/hwdata/pci.ids", list);
     const PciNames names(scratch.tree());
@@ -35,7 +35,7 @@ TEST(PciNames, deviceOfAnotherVendorIsNotTaken) {
     EXPECT_EQ(names.device(0x9005, 0x15BB), "vendor 0x9005 device 0x15bb");
 }
 
-TEST(PciNames, withoutAListNumbersStandForThem) {
+TEST(PciNames, WithoutAListNumbersStandForThem) {
     ScratchTree scratch;
     const PciNames names(scratch.tree());
     EXPECT_EQ(names.vendor(0x1AF4), "vendor 0x1af4");

@@ -11,7 +11,7 @@ Bytes block() {
     return encodeVpd("Dual Port Adapter", {{"PN", "G71345-006"}, {"SN", "A0369F"}, {"V1", ""}}, {{"Y1", "Rack 7"}});
 }
 
-TEST(PciVpd, itemsComeFromBothSections) {
+TEST(PciVpd, ItemsComeFromBothSections) {
     const auto vpd = parsePciVpd(block());
     ASSERT_TRUE(vpd);
     EXPECT_EQ(vpd->productIdentifier, "Dual Port Adapter");
@@ -23,25 +23,25 @@ TEST(PciVpd, itemsComeFromBothSections) {
     EXPECT_EQ(vpd->find("EC"), "");
 }
 
-TEST(PciVpd, whatFollowsTheEndTagIsNotRead) {
+TEST(PciVpd, BytesBehindTheEndTagAreNotRead) {
     auto bytes = block();
     const auto more = encodeVpd("Another", {{"SN", "OTHER"}});
     bytes.insert(bytes.end(), more.begin(), more.end());
     EXPECT_EQ(parsePciVpd(bytes)->find("SN"), "A0369F");
 }
 
-TEST(PciVpd, wrongChecksumTakesTheBlockAway) {
+TEST(PciVpd, WrongChecksumTakesTheBlockAway) {
     auto bytes = block();
     bytes[5] ^= 1;
     EXPECT_EQ(parsePciVpd(bytes).absence().reason, "wrong checksum");
 }
 
-TEST(PciVpd, blockWithoutChecksumIsRead) {
+TEST(PciVpd, BlockWithoutChecksumIsRead) {
     const Bytes bytes = {0x82, 2, 0, 'O', 'K', 0x90, 5, 0, 'S', 'N', 2, '4', '2', 0x78};
     EXPECT_EQ(parsePciVpd(bytes)->find("SN"), "42");
 }
 
-TEST(PciVpd, everyCutOfABlockGivesWhatIsWholeOrNothing) {
+TEST(PciVpd, ABlockCutAnywhereGivesItsWholeItemsOrNone) {
     const auto whole = block();
     for (std::size_t size = 0; size < whole.size(); ++size) {
         const auto vpd = parsePciVpd(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
@@ -52,14 +52,14 @@ TEST(PciVpd, everyCutOfABlockGivesWhatIsWholeOrNothing) {
     }
 }
 
-TEST(PciVpd, itemThatReachesOverItsSectionIsLeftOut) {
+TEST(PciVpd, ItemThatReachesOverItsSectionIsLeftOut) {
     const Bytes bytes = {0x90, 10, 0, 'P', 'N', 2, '4', '2', 'S', 'N', 200, 'x', 'y', 0x78};
     const auto vpd = parsePciVpd(bytes);
     EXPECT_EQ(vpd->find("PN"), "42");
     EXPECT_EQ(vpd->find("SN"), "");
 }
 
-TEST(PciVpd, unknownResourcesArePassedOver) {
+TEST(PciVpd, UnknownResourcesArePassedOver) {
     Bytes bytes = {0x85, 1, 0, 'x', 0x31, 'y'};
     const auto rest = block();
     bytes.insert(bytes.end(), rest.begin(), rest.end());
@@ -68,19 +68,19 @@ TEST(PciVpd, unknownResourcesArePassedOver) {
     EXPECT_EQ(parsePciVpd(bytes)->find("SN"), "A0369F");
 }
 
-TEST(PciVpd, bytesThatAreNoTextBecomeQuestionMarksAndPaddingGoes) {
+TEST(PciVpd, BytesThatAreNoTextBecomeQuestionMarksAndPaddingGoes) {
     const Bytes bytes = {0x90, 9, 0, 'S', 'N', 6, ' ', 'A', 7, 'B', ' ', 0, 0x78};
     EXPECT_EQ(parsePciVpd(bytes)->find("SN"), "A?B");
 }
 
-TEST(PciVpd, emptyMemoryHasNone) {
+TEST(PciVpd, EmptyMemoryHasNone) {
     EXPECT_FALSE(parsePciVpd({}));
     EXPECT_FALSE(parsePciVpd(Bytes(1024, 0)));
     EXPECT_FALSE(parsePciVpd(Bytes(1024, 0xFF)));
     EXPECT_FALSE(parsePciVpd({0x78}));
 }
 
-TEST(PciVpd, numberOfItemsIsBounded) {
+TEST(PciVpd, NumberOfItemsIsBounded) {
     Bytes bytes = {0x90, 0x00, 0x60};
     for (int i = 0; i < 0x6000 / 3; ++i)
         bytes.insert(bytes.end(), {'V', '0', 0});

@@ -65,7 +65,7 @@ const std::string net = pci + "net/ens1f0/";
 const std::string fabricPci = "sys/devices/pci0000:40/0000:40:01.0/0000:41:00.0/";
 const std::string fabricHost = fabricPci + "host7/fc_host/host7/";
 
-TEST_F(PortFacts, tellThePlaceOfAPort) {
+TEST_F(PortFacts, TellThePlaceOfAPort) {
     scratch.copy("two-port-card");
     scratch.file(pci + "numa_node", "1\n");
     scratch.file("sys/bus/pci/slots/2/address", "0000:82:00\n");
@@ -78,7 +78,7 @@ TEST_F(PortFacts, tellThePlaceOfAPort) {
     EXPECT_EQ(facts["driverName"], "i40e");
 }
 
-TEST_F(PortFacts, tellTheLinkToTheMachine) {
+TEST_F(PortFacts, TellTheLinkToTheMachine) {
     scratch.copy("two-port-card");
     scratch.file(pci + "current_link_width", "4\n");
     scratch.file(pci + "max_link_width", "8\n");
@@ -91,7 +91,7 @@ TEST_F(PortFacts, tellTheLinkToTheMachine) {
     EXPECT_EQ(facts["maxPcieLaneSpeed"], "16000000000");
 }
 
-TEST_F(PortFacts, tellSpeedsAndWhatTheEndsAgreedOn) {
+TEST_F(PortFacts, TellSpeedsAndNegotiatedSettings) {
     scratch.copy("two-port-card");
     scratch.file(net + "speed", "100000\n");
     // 25000baseCR (31), 100000baseCR4 (38), autonegotiation (6).
@@ -111,7 +111,7 @@ TEST_F(PortFacts, tellSpeedsAndWhatTheEndsAgreedOn) {
     EXPECT_EQ(facts["transmitPause"], "yes");
 }
 
-TEST_F(PortFacts, countIn64Bits) {
+TEST_F(PortFacts, CountIn64Bits) {
     scratch.copy("two-port-card");
     scratch.file(net + "statistics/rx_bytes", "18446744073709551614\n");
     scratch.file(net + "statistics/tx_dropped", "7\n");
@@ -121,7 +121,7 @@ TEST_F(PortFacts, countIn64Bits) {
     EXPECT_EQ(facts["totalTransmittedBytes"], "- No such file or directory");
 }
 
-TEST_F(PortFacts, areAbsentWhereTheHostSaysNothing) {
+TEST_F(PortFacts, AreAbsentWhereTheHostSaysNothing) {
     scratch.interface("veth0", "3", "02:00:00:00:00:01");
     scratch.file("sys/class/net/veth0/speed", "-1\n");
     const auto facts = interface("veth0");
@@ -132,7 +132,7 @@ TEST_F(PortFacts, areAbsentWhereTheHostSaysNothing) {
     EXPECT_EQ(facts["usedBy"], "- nothing uses it");
 }
 
-TEST_F(PortFacts, thatAreNoNumbersAreAbsent) {
+TEST_F(PortFacts, ThatAreNoNumbersAreAbsent) {
     scratch.copy("two-port-card");
     scratch.file(pci + "numa_node", "-1\n");
     scratch.file(pci + "current_link_width", "x4\n");
@@ -145,7 +145,7 @@ TEST_F(PortFacts, thatAreNoNumbersAreAbsent) {
     EXPECT_EQ(interface("ens1f0")["pcieLanes"].substr(0, 2), "- ");
 }
 
-TEST_F(PortFacts, areReadInTheGroupsAskedFor) {
+TEST_F(PortFacts, AreReadInTheGroupsAskedFor) {
     scratch.copy("two-port-card");
     const auto facts = interface("ens1f0", TavikFactsOfCounters);
     EXPECT_EQ(facts["interfaceName"], "not asked");
@@ -155,7 +155,7 @@ TEST_F(PortFacts, areReadInTheGroupsAskedFor) {
     EXPECT_EQ(host(7, TavikFactsOfAdapter)["linkSpeed"], "not asked");
 }
 
-TEST_F(PortFacts, tellWhatUsesAPort) {
+TEST_F(PortFacts, TellWhatUsesAPort) {
     scratch.copy("two-port-card");
     scratch.interface("bond0", "20", "02:00:00:00:00:01");
     scratch.file("sys/class/net/bond0/uevent", "DEVTYPE=bond\nINTERFACE=bond0\n");
@@ -173,13 +173,13 @@ TEST_F(PortFacts, tellWhatUsesAPort) {
               (Lines{"bond0 (bond, backup, down)", "bond0.100 (vlan of bond0)", "br0 (bridge of bond0.100)"}));
 }
 
-TEST_F(PortFacts, tellTheMasterOfAPortWhereNoMoreIsRecorded) {
+TEST_F(PortFacts, TellTheMasterOfAPortWhereNoMoreIsRecorded) {
     scratch.copy("two-port-card");
     scratch.link(net + "master", "../../../../../virtual/net/team0");
     EXPECT_EQ(interface("ens1f0").all("usedBy"), Lines{"team0"});
 }
 
-TEST_F(PortFacts, tellTheFunctionsThatWereCarvedOutOfAPort) {
+TEST_F(PortFacts, TellTheFunctionsThatWereCarvedOutOfAPort) {
     scratch.copy("two-port-card");
     const std::string virtualFunction = "sys/devices/pci0000:00/0000:00:01.0/0000:03:10.0/";
     for (const auto* number : {"0", "2", "10"})
@@ -196,7 +196,7 @@ TEST_F(PortFacts, tellTheFunctionsThatWereCarvedOutOfAPort) {
     EXPECT_EQ(interface("ens1f0v0")["pciAddress"], "0000:03:10.0");
 }
 
-TEST_F(PortFacts, tellAPortAndItsFabric) {
+TEST_F(PortFacts, TellAPortAndItsFabric) {
     scratch.copy("fibre-channel");
     scratch.file(fabricHost + "speed", "16 Gbit\n");
     scratch.file(fabricHost + "supported_speeds", "4 Gbit, 8 Gbit, 16 Gbit\n");
@@ -220,7 +220,7 @@ TEST_F(PortFacts, tellAPortAndItsFabric) {
 }
 
 // Light, and nobody to talk to.
-TEST_F(PortFacts, withoutALoginHaveNoFabric) {
+TEST_F(PortFacts, WithoutALoginHaveNoFabric) {
     scratch.copy("fibre-channel");
     scratch.file(fabricHost + "port_id", "0x000000\n");
     for (const auto* name : {"0x0", "0x0000000000000000", "0xffffffffffffffff"}) {
@@ -232,7 +232,7 @@ TEST_F(PortFacts, withoutALoginHaveNoFabric) {
     EXPECT_EQ(host(7)["linkSpeed"], "- no speed: unknown");
 }
 
-TEST_F(PortFacts, tellRemotePortsAndInitiatorsToo) {
+TEST_F(PortFacts, TellRemotePortsAndInitiatorsToo) {
     scratch.copy("fibre-channel");
     const std::string remote = fabricPci + "host7/rport-7:0-1/fc_remote_ports/rport-7:0-1/";
     scratch.file(remote + "port_name", "0x21000002000000aa\n");
@@ -243,7 +243,7 @@ TEST_F(PortFacts, tellRemotePortsAndInitiatorsToo) {
     EXPECT_EQ(host(8)["remotePorts"], "- no remote ports");
 }
 
-TEST_F(PortFacts, tellLogicalUnitsWithTheirPaths) {
+TEST_F(PortFacts, TellLogicalUnitsWithTheirPaths) {
     scratch.copy("fibre-channel");
     const std::string unit = fabricPci + "host7/rport-7:0-0/target7:0:0/7:0:0:10/";
     const std::string mapper = "sys/devices/virtual/block/dm-0/";
@@ -265,7 +265,7 @@ TEST_F(PortFacts, tellLogicalUnitsWithTheirPaths) {
     EXPECT_EQ(units.size(), 5U);
 }
 
-TEST_F(PortFacts, ofAHostWithThousandsOfUnitsAreCut) {
+TEST_F(PortFacts, OfAHostWithThousandsOfUnitsAreCut) {
     scratch.copy("fibre-channel");
     const std::string target = fabricPci + "host7/rport-7:0-0/target7:0:0/";
     for (int unit = 100; unit < 360; ++unit) {
@@ -278,7 +278,7 @@ TEST_F(PortFacts, ofAHostWithThousandsOfUnitsAreCut) {
     EXPECT_EQ(units.back(), "and more");
 }
 
-TEST_F(PortFacts, ofALibraryComeWithTheMaker) {
+TEST_F(PortFacts, OfALibraryComeWithTheMaker) {
     scratch.copy("two-port-card");
     scratch.file(net + "speed", "25000\n");
     const auto source = makeHostSource(scratch.tree(), scratch.queries());

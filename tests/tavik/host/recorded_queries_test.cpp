@@ -6,7 +6,7 @@
 namespace tavik::host::test {
 namespace {
 
-TEST(RecordedQueries, giveBackWhatWasRecorded) {
+TEST(RecordedQueries, GiveBackWhatWasRecorded) {
     const auto original = makeRecordedQueries(SysTree(ScratchTree::recorded("two-port-card")));
     ScratchTree scratch;
     ASSERT_EQ(recordQueries(*original, {"ens1f0", "ens1f1", "lo"}, scratch.root().string()), "");
@@ -21,7 +21,7 @@ TEST(RecordedQueries, giveBackWhatWasRecorded) {
     EXPECT_EQ(copy->moduleMemory("ens1f0")->content.size(), 512U);
 }
 
-TEST(RecordedQueries, folderThatCannotBeWrittenIsNamed) {
+TEST(RecordedQueries, FolderThatCannotBeWrittenIsNamed) {
     const auto original = makeRecordedQueries(SysTree(ScratchTree::recorded("two-port-card")));
     ScratchTree scratch;
     scratch.file("kernel", "a file where a folder should be");
@@ -30,7 +30,7 @@ TEST(RecordedQueries, folderThatCannotBeWrittenIsNamed) {
         << error;
 }
 
-TEST(InterfaceNames, areNoPaths) {
+TEST(InterfaceNames, AreNoPaths) {
     for (const auto* name : {"eth0", "eth0.100", "a", "fifteen_letters"})
         EXPECT_TRUE(isInterfaceName(name)) << name;
     for (const auto* name : {"", ".", "..", "../x", "a/b", "sixteen__letters"})

@@ -27,14 +27,14 @@ HostFacts readAll(const SysTree& tree) {
     return facts;
 }
 
-TEST_P(RecordedTree, readsAsExpected) {
+TEST_P(RecordedTree, ReadsAsExpected) {
     const SysTree tree(ScratchTree::recorded(GetParam()));
     const auto expected = expectedDump(GetParam());
     ASSERT_FALSE(expected.empty());
     EXPECT_EQ(dumpFacts(readAll(tree)), expected);
 }
 
-TEST_P(RecordedTree, hasEveryLabelOfTheTextInItsJson) {
+TEST_P(RecordedTree, HasEveryLabelOfTheTextInItsJson) {
     const SysTree tree(ScratchTree::recorded(GetParam()));
     const std::string json = dumpFactsAsJson(readAll(tree));
     std::istringstream lines(expectedDump(GetParam()));
@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(Hosts, RecordedTree,
                              return name;
                          });
 
-TEST(RecordedTreeThatIsMissing, readsAsAHostWithoutAdapters) {
+TEST(RecordedTreeThatIsMissing, ReadsAsAHostWithoutAdapters) {
     EXPECT_EQ(dumpFacts(readAll(SysTree("/no/such/folder"))), "");
 }
 

@@ -8,18 +8,18 @@
 namespace tavik::host::test {
 namespace {
 
-TEST(SysTree, textComesWithoutItsLineEnd) {
+TEST(SysTree, TextComesWithoutItsLineEnd) {
     ScratchTree scratch;
     scratch.file("sys/vendor", "  ACME    \n");
     EXPECT_EQ(*scratch.tree().text("sys/vendor"), "ACME");
 }
 
-TEST(SysTree, missingFileTellsWhy) {
+TEST(SysTree, MissingFileTellsWhy) {
     ScratchTree scratch;
     EXPECT_EQ(scratch.tree().text("sys/none").absence().reason, "No such file or directory");
 }
 
-TEST(SysTree, textOfAPageIsTakenAndALongerOneIsNot) {
+TEST(SysTree, TextOfAPageIsTakenAndALongerOneIsNot) {
     ScratchTree scratch;
     scratch.file("page", std::string(4096, 'x'));
     scratch.file("more", std::string(4097, 'x'));
@@ -27,7 +27,7 @@ TEST(SysTree, textOfAPageIsTakenAndALongerOneIsNot) {
     EXPECT_EQ(scratch.tree().text("more").absence().reason, "longer than 4096 bytes");
 }
 
-TEST(SysTree, linkOutOfTheRootIsNotFollowed) {
+TEST(SysTree, LinkOutOfTheRootIsNotFollowed) {
     ScratchTree outside;
     outside.file("secret", "secret");
     ScratchTree scratch;
@@ -42,27 +42,27 @@ TEST(SysTree, linkOutOfTheRootIsNotFollowed) {
     EXPECT_FALSE(scratch.tree().linkName("folder/secret"));
 }
 
-TEST(SysTree, rootThatIsALinkIsStillARoot) {
+TEST(SysTree, RootThatIsALinkIsStillARoot) {
     ScratchTree scratch;
     scratch.file("real/sys/mtu", "9000\n");
     scratch.link("root", "real");
     EXPECT_EQ(*SysTree(scratch.root() / "root").number("sys/mtu", 65535), 9000U);
 }
 
-TEST(SysTree, pipeInAForeignTreeDoesNotBlock) {
+TEST(SysTree, PipeInAForeignTreeDoesNotBlock) {
     ScratchTree scratch;
     ASSERT_EQ(::mkfifo((scratch.root() / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(scratch.tree().text("pipe").absence().reason, "not a file");
 }
 
-TEST(SysTree, bytesStopAtTheLimit) {
+TEST(SysTree, BytesStopAtTheLimit) {
     ScratchTree scratch;
     scratch.file("vpd", std::string(1000, 'v'));
     EXPECT_EQ(scratch.tree().bytes("vpd", 10)->size(), 10U);
     EXPECT_EQ(scratch.tree().bytes("vpd", 5000)->size(), 1000U);
 }
 
-TEST(SysTree, namesAreSorted) {
+TEST(SysTree, NamesAreSorted) {
     ScratchTree scratch;
     for (const auto* name : {"eth1", "lo", "eth0"})
         scratch.file(std::string("net/") + name, "");
@@ -70,7 +70,7 @@ TEST(SysTree, namesAreSorted) {
     EXPECT_TRUE(scratch.tree().names("none").empty());
 }
 
-TEST(SysTree, danglingLinkExistsAndHasAName) {
+TEST(SysTree, DanglingLinkExistsAndHasAName) {
     ScratchTree scratch;
     scratch.link("driver", "../../bus/pci/drivers/i40e");
     EXPECT_TRUE(scratch.tree().exists("driver"));
@@ -88,7 +88,7 @@ void PrintTo(const NumberCase& row, std::ostream* out) { *out << '"' << row.text
 
 class Numbers : public testing::TestWithParam<NumberCase> {};
 
-TEST_P(Numbers, areReadWhole) {
+TEST_P(Numbers, AreReadWhole) {
     const auto& [text, largest, expected] = GetParam();
     const auto number = parseNumber(text, largest);
     EXPECT_EQ(number ? std::to_string(*number) : number.absence().reason, expected);

@@ -92,6 +92,7 @@ public:
             return *this;
         }
         bool operator!=(const Iterator& other) const { return entry != other.entry; }
+        bool isAtEnd() const { return !entry; }
 
     private:
         bool mayVisit() {

@@ -68,6 +68,52 @@ void walkProtocolEntries(const TAVIK_AdapterList* adapters, Visitor&& visitor) {
     walkProtocolEntries(walk, visitor);
 }
 
+/// The same walk in steps, for one that goes on later where it stopped.
+class ProtocolEntryWalk {
+public:
+    explicit ProtocolEntryWalk(const TAVIK_AdapterList* adapters) : walk(adapters) {}
+
+    /// Goes to the first function, then from each to the next. @return false behind the last one.
+    bool next() {
+        if (!function.isAtEnd()) ++function;
+        while (function.isAtEnd()) {
+            if (!nextPort()) return false;
+            function = walk.functionsOf(*port).begin();
+        }
+        return true;
+    }
+
+    TAVIK_AdapterEntry& atAdapter() const { return *adapter; }
+    TAVIK_PhyPortEntry& atPort() const { return *port; }
+    TAVIK_ProtocolEntry& atFunction() const { return *function; }
+
+private:
+    bool nextPort() {
+        if (!port.isAtEnd()) ++port;
+        while (port.isAtEnd()) {
+            if (!nextAdapter()) return false;
+            port = walk.portsOf(*adapter).begin();
+        }
+        return true;
+    }
+
+    bool nextAdapter() {
+        if (!adapter.isAtEnd()) {
+            ++adapter;
+        } else if (!hasBegun) {
+            hasBegun = true;
+            adapter = walk.adapters().begin();
+        }
+        return !adapter.isAtEnd();
+    }
+
+    TreeWalk walk;
+    Chain<TAVIK_AdapterEntry>::Iterator adapter;
+    Chain<TAVIK_PhyPortEntry>::Iterator port;
+    Chain<TAVIK_ProtocolEntry>::Iterator function;
+    bool hasBegun = false;
+};
+
 /// Calls the visitor with each function, its port and its adapter.
 template <class Visitor>
 void forEachProtocolEntry(const TAVIK_AdapterList* adapters, Visitor&& visitor) {

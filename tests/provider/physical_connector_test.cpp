@@ -9,6 +9,8 @@
 #include <array>
 #include <cstring>
 #include <map>
+#include <optional>
+#include <vector>
 
 using namespace adapters;
 using namespace merolt;
@@ -457,6 +459,54 @@ TEST_F(PhysicalConnectorTest, PortIsFoundInTheTreeByItsWholeAddressValue) {
     std::memcpy(nic(1).port.macAddress, nic(2).port.macAddress, 8);
     ASSERT_TRUE(physical::findAdapterForCNAPort(nullptr, port, &adapter, &phyPort, &entry));
     EXPECT_EQ(phyPort, tavikLibrary.tree().port(0, 1));
+}
+
+// A walk over all ports reads the tree once.
+TEST_F(PhysicalConnectorTest, PortsOfAWalkAreFoundWhereEachAloneIsFound) {
+    startWith({card(
+        "S1", {withModule(1, "SFP0"), nicWithModule(1, "SFP1"), nicWithModule(2, "SFP2"), nicWithModule(3, "SFP3")})});
+    std::memcpy(nic(3).port.macAddress, nic(1).port.macAddress, 8); // the third port has the first one's address
+    std::vector<CNAPort*> ports;
+    for (CNAPort* port = g_CNAList->ports; port; port = port->next)
+        ports.push_back(port);
+    ports[2]->portProperties.macAddress[5] = ports[0]->portProperties.macAddress[5];
+    const auto placesOf = [](const std::vector<CNAPort*>& wanted) {
+        std::vector<std::uint32_t> places;
+        for (CNAPort* port : wanted) {
+            const std::optional<physical::NicPlace> place = physical::findNicPlace(port);
+            places.push_back(place ? place->phyPort->portNumber : 0xFFFF);
+        }
+        return places;
+    };
+    CNAPort stranger{};
+    // Forwards and backwards, twice each, and one that is nowhere.
+    const std::vector<CNAPort*> wanted = {ports[1], ports[0], ports[2], &stranger, ports[1], ports[0]};
+    const std::vector<std::uint32_t> alone = placesOf(wanted);
+    EXPECT_EQ(alone, (std::vector<std::uint32_t>{2, 1, 1, 0xFFFF, 2, 1}));
+    tavikLibrary.clearCalls();
+    {
+        const physical::PortSearches searches;
+        EXPECT_EQ(placesOf(wanted), alone);
+        const physical::PortSearches within;
+        EXPECT_EQ(placesOf(wanted), alone);
+    }
+    EXPECT_EQ(tavikLibrary.callCount("TAVIK_GetAdapterList"), 2 * wanted.size());
+}
+
+TEST_F(PhysicalConnectorTest, AnotherTreeIsReadAnewAndSoIsEachWalks) {
+    startWith({card("S1", {nicWithModule(1, "SFP1"), nicWithModule(2, "SFP2")})});
+    CNAPort* port = g_CNAList->ports;
+    {
+        const physical::PortSearches searches;
+        EXPECT_EQ(physical::findNicPlace(port)->phyPort, tavikLibrary.tree().port(0, 0));
+        tavikLibrary.setNextFleet(fleet({card("S9", {nicFunction(1, 2), nicFunction(1, 1)})}));
+        TAVIK_UpdateBackupAdapterList();
+        TAVIK_SwapBackupToMainAdapterList();
+        EXPECT_EQ(physical::findNicPlace(port)->phyPort, tavikLibrary.tree().port(0, 1));
+    }
+    std::memcpy(nic(0).port.macAddress, nic(1).port.macAddress, 8);
+    const physical::PortSearches searches;
+    EXPECT_EQ(physical::findNicPlace(port)->phyPort, tavikLibrary.tree().port(0, 0));
 }
 
 TEST_F(PhysicalConnectorTest, EthernetPortIsJoinedByTheTagOfItsPlaceInTheTree) {

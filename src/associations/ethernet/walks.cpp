@@ -1,5 +1,6 @@
 #include "associations/ethernet/walks.h"
 
+#include "classes/physical/nic_lookup.h"
 #include "text/text.h"
 
 #include <cstdlib>
@@ -10,6 +11,7 @@ namespace merolt::association::nic {
 bool hasCards() { return g_CNAList != nullptr; }
 
 void eachPort(const Source&, const ObjectVisitor& visit) {
+    const physical::PortSearches searches;
     for (CNACard* card = g_CNAList; card; card = card->next) {
         for (CNAPort* port = card->ports; port; port = port->next) {
             if (!visit({.card = card, .port = port})) return;

@@ -17,6 +17,20 @@ AdapterSerial adapterSerialOf(const TAVIK_AdapterEntry* adapter);
 /// The address and the two bytes behind it, as one value.
 bool hasSameMacValue(const TAVIK_NicFunction& function, const CNAPort& port);
 
+/// While one lives, a port is looked for where the search before it ended, unless that has passed it: a walk over all
+/// ports reads the tree once. The library is asked for its tree each time all the same, and another tree is read anew.
+/// To be made under provider_lock, for as long as nobody changes the tree.
+class PortSearches {
+public:
+    PortSearches();
+    ~PortSearches();
+    PortSearches(const PortSearches&) = delete;
+    PortSearches& operator=(const PortSearches&) = delete;
+
+private:
+    const bool isOutermost;
+};
+
 /// The first Ethernet function of the tree with the port's MAC value. The card is not looked at.
 /// @return false, with the outputs left alone, if there is none.
 bool findAdapterForCNAPort(CNACard* card, CNAPort* port, TAVIK_AdapterEntry** adapter, TAVIK_PhyPortEntry** phyPort,

@@ -4,6 +4,7 @@
 #include "classes/physical/mezzanine.h"
 #include "classes/physical/nic_lookup.h"
 #include "classes/physical/tag_parts.h"
+#include "classes/record_index.h"
 #include "classes/record_list.h"
 #include "log/log.h"
 #include "text/text.h"
@@ -40,13 +41,10 @@ const ListClass descriptor = {
     .enumerationSkipsInvalid = true,
 };
 
+TagIndex tags;
+
 /// The record of that tag in the same letter case; -1 if there is none.
-int findTag(const char* tag) {
-    for (int index = 0; index < g_physicalConnectorCount; ++index) {
-        if (g_physicalConnectorList[index].tag.equals(tag)) return index;
-    }
-    return -1;
-}
+int findTag(const char* tag) { return tags.find(tag, g_physicalConnectorList, g_physicalConnectorCount); }
 
 /// Adds the module at the index unless its tag is already there.
 bool addConnector(const TAVIK_AdapterEntry* adapter, const TAVIK_PhyPortEntry* phyPort,
@@ -64,6 +62,7 @@ bool addConnector(const TAVIK_AdapterEntry* adapter, const TAVIK_PhyPortEntry* p
     PhysicalConnectorEntry& connector = g_physicalConnectorList[index];
     connector = module;
     connector.tag.assign(tag);
+    tags.add(connector.tag.view(), index);
     connector.valid = 1;
     return true;
 }
@@ -185,6 +184,7 @@ void buildPhysicalConnectorList() {
         if (isKnownFunction(entry)) ++functions;
     });
     records.makeRoom(functions);
+    tags.startAnew(functions);
     int index = 0;
     forEachProtocolEntry(adapters,
                          [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& phyPort, TAVIK_ProtocolEntry& entry) {

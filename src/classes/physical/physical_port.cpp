@@ -4,6 +4,7 @@
 #include "classes/physical/nic_lookup.h"
 #include "classes/physical/serial_form.h"
 #include "classes/physical/tag_parts.h"
+#include "classes/record_index.h"
 #include "classes/record_list.h"
 #include "log/log.h"
 
@@ -36,13 +37,10 @@ const ListClass descriptor = {
     .enumerationSkipsInvalid = true,
 };
 
+TagIndex tags;
+
 /// The record of that tag in the same letter case; -1 if there is none.
-int findTag(const char* tag) {
-    for (int index = 0; index < g_physicalPortCount; ++index) {
-        if (g_physicalPortList[index].tag.equals(tag)) return index;
-    }
-    return -1;
-}
+int findTag(const char* tag) { return tags.find(tag, g_physicalPortList, g_physicalPortCount); }
 
 /// The record of the jack behind an Ethernet port; -1 if there is none.
 int findRecord(CNAPort* port) {
@@ -90,6 +88,7 @@ bool createPhysicalPort(TAVIK_AdapterEntry* adapter, TAVIK_PhyPortEntry* phyPort
     ++g_physicalPortCount;
     PhysicalPortEntry& port = g_physicalPortList[index];
     port.tag.assign(tag);
+    tags.add(port.tag.view(), index);
     port.serialNumber.assign(adapterSerial.view());
     port.portNumber = phyPort->portNumber;
     port.valid = 1;
@@ -101,6 +100,7 @@ void buildPhysicalPortList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
     const std::int32_t capacity = records.makeRoom(countPhyPorts(adapters));
+    tags.startAnew(capacity);
     int index = 0;
     forEachPhyPort(adapters, [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& port) {
         if (index < capacity && createPhysicalPort(&adapter, &port, index)) ++index;

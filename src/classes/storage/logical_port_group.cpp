@@ -1,6 +1,7 @@
 #include "classes/storage/logical_port_group.h"
 
 #include "classes/instance.h"
+#include "classes/record_index.h"
 #include "classes/record_list.h"
 #include "classes/storage/serial_text.h"
 #include "classes/storage/vital_product_data.h"
@@ -9,11 +10,8 @@
 #include "log/log.h"
 #include "text/text.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <utility>
-#include <vector>
 
 namespace merolt::storage {
 
@@ -37,55 +35,31 @@ const ListClass descriptor = {
 };
 
 /// The first place of each node in the list that is being built. Each function asks, so it must not be looked for.
-class NodePlaces final : KeptMemory {
+class NodePlaces {
 public:
     /// None. @param functions how many nodes there may be.
-    void startAnew(std::int32_t functions) {
-        std::size_t wanted = 16;
-        while (wanted < 2 * static_cast<std::size_t>(functions))
-            wanted *= 2;
-        if (slots.size() != wanted) slots = std::vector<Slot>(wanted);
-        ++build;
-    }
+    void startAnew(std::int32_t functions) { places.startAnew(functions); }
 
     /// Looks at the places below the count only: after a hole it no longer sees every record.
-    bool has(const TAVIK_DeviceRecord& device) {
-        const Slot& slot = slotOf(nodeOf(device));
-        return slot.build == build && slot.place < g_logicalPortGroupCount;
+    bool has(const TAVIK_DeviceRecord& device) const {
+        const auto isSeen = [](std::int32_t place) { return place < g_logicalPortGroupCount; };
+        return places.find(nodeOf(device), isSeen) >= 0;
     }
 
     void add(const TAVIK_DeviceRecord& device, std::int32_t place) {
         const std::uint64_t node = nodeOf(device);
-        Slot& slot = slotOf(node);
-        if (slot.build != build) slot = {node, place, build};
+        const bool isNew = places.find(node, [](std::int32_t) { return true; }) < 0;
+        if (isNew) places.add(node, place);
     }
 
 private:
-    struct Slot {
-        std::uint64_t node = 0;
-        std::int32_t place = 0;
-        std::uint64_t build = 0; ///< the one that filled it
-    };
-
     static std::uint64_t nodeOf(const TAVIK_DeviceRecord& device) {
         std::uint64_t node = 0;
         std::memcpy(&node, device.nodeName, sizeof(node));
         return node;
     }
 
-    /// That of the node, or a free one: there are more slots than nodes.
-    Slot& slotOf(std::uint64_t node) {
-        constexpr std::uint64_t spread = 0x9E3779B97F4A7C15;
-        std::size_t index = (node * spread >> 32) & (slots.size() - 1);
-        while (slots[index].build == build && slots[index].node != node)
-            index = (index + 1) & (slots.size() - 1);
-        return slots[index];
-    }
-
-    void release() override { slots = {}; }
-
-    std::vector<Slot> slots;
-    std::uint64_t build = 0;
+    RecordIndex places;
 };
 
 NodePlaces nodePlaces;

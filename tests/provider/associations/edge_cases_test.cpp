@@ -13,6 +13,7 @@
 #include "CmpiStatus.h"
 
 #include <algorithm>
+#include <cstring>
 #include <stdexcept>
 #include <string_view>
 
@@ -535,6 +536,26 @@ TEST_F(AssociationEdgeTest, EmptyCageHasNoConnectorButItsJackIsThere) {
     EXPECT_EQ(countFrom(port, "Merolt_NIC_PhysicalPortEthernetPort"), 1U);
     EXPECT_EQ(instanceNames(classPath("Merolt_NIC_PhysicalConnectorEthernetPort")).rows.size(), 3U);
     EXPECT_EQ(instanceNames(classPath("Merolt_NIC_PhysicalPortEthernetPort")).rows.size(), 4U);
+}
+
+TEST_F(AssociationEdgeTest, PortsWithOneAddressHaveItsFirstJackAndTheLibraryIsAskedForEach) {
+    tavik::NicFunction twin = nicFunction(1, 2);
+    twin.macAddress = nicFunction(1, 1).macAddress;
+    serve(fleet({card("CARDA", {nicFunction(1, 1), twin, nicFunction(1, 3)})}));
+    const Path pairs = classPath("Merolt_NIC_PhysicalPortEthernetPort");
+    const Texts before = keys(instanceNames(pairs), "Antecedent");
+    ASSERT_EQ(before.size(), 3U);
+    EXPECT_EQ(before[0], before[1]);
+    EXPECT_NE(before[0].find("CARDA_0"), std::string::npos) << before[0];
+    EXPECT_NE(before[2].find("CARDA_2"), std::string::npos) << before[2];
+    tavikLibrary.clearCalls();
+    instanceNames(pairs);
+    EXPECT_EQ(tavikLibrary.calls(), Texts(3, "TAVIK_GetAdapterList")) << "once for each pair";
+    // What a request learned of the tree is forgotten with it.
+    std::memset(tavikLibrary.tree().function(0, 0, 0)->nic.port.macAddress, 0xEE, 6);
+    const Texts after = keys(instanceNames(pairs), "Antecedent");
+    ASSERT_EQ(after.size(), 3U);
+    EXPECT_NE(after[0].find("CARDA_1"), std::string::npos) << after[0];
 }
 
 TEST_F(AssociationEdgeTest, ModuleThatTheListLostAfterARefreshGivesNoRowAndStopsNothing) {

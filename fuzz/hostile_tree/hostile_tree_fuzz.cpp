@@ -49,6 +49,8 @@ public:
 
     void show(std::unique_ptr<HostileTree> tree, bool isRefresh) {
         merolt::clearLists();
+        // Every class and association is asked for: with thousands of ports an input would take most of a minute.
+        tree->answers.mostChanges = 100;
         serve(std::move(tree));
         isRefresh ? merolt::buildListsInRefresh() : merolt::buildListsAtStart();
         merolt::Update_CNA_List(&thread, nullptr);

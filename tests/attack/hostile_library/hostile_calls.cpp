@@ -141,6 +141,7 @@ std::uint32_t TAVIK_Initialize(std::uint32_t, std::uint32_t) { return begin("TAV
 std::uint32_t TAVIK_Uninitialize() { return begin("TAVIK_Uninitialize") ? failed : 0; }
 
 TAVIK_AdapterList* TAVIK_GetAdapterList() {
+    tree().beginReading();
     if (begin("TAVIK_GetAdapterList")) return nullptr;
     if (tree().answers.hasNoList && ++listCalls % 2 == 0) return nullptr;
     return tree().list();

@@ -326,7 +326,37 @@ HostileTree::HostileTree() : tree(smallFleet()) {
     }
 }
 
+template <class Visitor>
+void HostileTree::forEachKind(Visitor&& visit) {
+    visit(adapters, adapterLinks);
+    visit(ports, portLinks);
+    visit(functions, functionLinks);
+    visit(targets, targetLinks);
+    visit(units, unitLinks);
+}
+
+void HostileTree::cutChains() {
+    forEachKind([](const auto& entries, auto& links) {
+        for (auto* entry : entries) {
+            auto* const next = entry->next; // packed: no reference may be bound to it
+            links.push_back(next);
+            entry->next = nullptr;
+        }
+    });
+}
+
+void HostileTree::beginReading() {
+    changes = 0;
+    forEachKind([](const auto& entries, auto& links) {
+        for (std::size_t index = 0; index < links.size(); ++index)
+            entries[index]->next = links[index];
+        links.clear();
+    });
+}
+
 void HostileTree::breathe() {
+    if (changes == answers.mostChanges) return;
+    if (++changes == answers.mostChanges) return cutChains();
     const bool isLong = ++breaths % 2 == 0;
     adapters.front()->next = isLong ? adapters.back() : nullptr;
     ports.front()->next = isLong ? ports.back() : nullptr;

@@ -8,6 +8,7 @@
 #include "tavik/tree.h"
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <set>
 #include <string>
@@ -22,6 +23,9 @@ struct Answers {
     bool isNullOnSuccess = false;
     bool hasNoList = false;       ///< TAVIK_GetAdapterList gives null, and a tree, in turns
     bool growsAndShrinks = false; ///< chains are longer or shorter at each call
+    /// So often between two questions for the list; then each chain ends where it is, until the next question. A walk
+    /// whose chains change under it can go round as far as its own limit, which is thousands of functions.
+    unsigned mostChanges = std::numeric_limits<unsigned>::max();
     bool raisesAlarms = false;
     unsigned delayMilliseconds = 0;
 };
@@ -44,10 +48,23 @@ public:
     TAVIK_AdapterList* list() { return tree.list(); }
     /// Makes some chains longer or shorter.
     void breathe();
+    /// The list is asked for: from here on it may breathe as often as the answers say.
+    void beginReading();
 
 private:
+    /// Calls with the records of each kind and with where their links are kept while the chains are cut.
+    template <class Visitor>
+    void forEachKind(Visitor&& visit);
+    void cutChains();
+
     tavik::Tree tree;
     unsigned breaths = 0;
+    unsigned changes = 0; ///< since the list was asked for
+    std::vector<TAVIK_AdapterEntry*> adapterLinks;
+    std::vector<TAVIK_PhyPortEntry*> portLinks;
+    std::vector<TAVIK_ProtocolEntry*> functionLinks;
+    std::vector<TAVIK_TargetEntry*> targetLinks;
+    std::vector<TAVIK_LunEntry*> unitLinks;
 };
 
 /// One way to misbehave. Choices that are over play it in its plainest form.

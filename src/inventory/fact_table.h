@@ -83,6 +83,7 @@ inline constexpr FactRow rows[] = {
     {"virtualFunctions",         "VirtualFunctions",         text,   list, nullptr, relations, ethernet},
     {"virtualFunctionOf",        "VirtualFunctionOf",        text,   one,  nullptr, relations, ethernet},
     {"usedBy",                   "UsedBy",                   text,   list, nullptr, relations, ethernet},
+    {"lldpNeighbors",            "LLDPNeighbors",            text,   list, nullptr, relations, ethernet},
     {"remotePorts",              "RemotePorts",              text,   list, nullptr, relations, fabric},
     {"logicalUnits",             "LogicalUnits",             text,   list, nullptr, relations, fabric},
     // clang-format on

@@ -12,6 +12,7 @@
 
 #include "tavik/host/descriptor.h"
 #include "tavik/host/identities.h"
+#include "tavik/host/neighbours.h"
 #include "tavik/host/serial_places.h"
 #include "tavik/host/sys_tree.h"
 
@@ -74,9 +75,20 @@ private:
         if (!file.flush()) error = std::make_error_code(std::errc::io_error);
     }
 
+    /** A neighbour's own texts are words that stand elsewhere with another meaning, so they are replaced in their
+     * places alone. What cannot be told apart is left out. */
+    std::string withOtherTexts(const std::string& lines) const {
+        auto neighbours = parseNeighbours(lines).valueOr({});
+        for (auto& neighbour : neighbours)
+            for (auto* text : {&neighbour.chassis, &neighbour.portDescription})
+                if (const auto other = others_.find(*text); other != others_.end()) *text = other->second;
+        return formatNeighbours(neighbours);
+    }
+
     /** Serial numbers at their places first: there they end where the next item begins, without a mark between. */
     Bytes replaced(const std::string& fileName, const Bytes& before) const {
         std::string content(before.begin(), before.end());
+        if (fileName == neighboursFile) content = withOtherTexts(content);
         for (const auto& [at, size] : findSerialPlaces(fileName, before))
             if (const auto other = others_.find(content.substr(at, size)); other != others_.end())
                 content.replace(at, size, other->second.substr(0, size));

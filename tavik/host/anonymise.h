@@ -12,7 +12,7 @@
 namespace tavik::host {
 
 struct Replacement {
-    std::string_view kind; ///< "MAC address", "IP address", "world wide name", "serial number", "host name"
+    std::string_view kind; ///< "MAC address", "IP address", "world wide name", "serial number", "host name", ...
     std::string original;
     std::string other;
 

@@ -10,6 +10,7 @@
 
 #include "tavik/host/device_parent.h"
 #include "tavik/host/fibre_channel_host.h"
+#include "tavik/host/neighbours.h"
 #include "tavik/host/serial_places.h"
 #include "tavik/host/sys_tree.h"
 #include "tavik/host/text_forms.h"
@@ -23,15 +24,26 @@ constexpr std::string_view addressKind = "IP address";
 constexpr std::string_view nameKind = "world wide name";
 constexpr std::string_view serialKind = "serial number";
 constexpr std::string_view hostKind = "host name";
+constexpr std::string_view neighbourKind = "text of a neighbour";
 
-enum class Holds { Nothing, WideName, UnitName, SerialNumber, SymbolicName, HostName, Configuration, Addresses };
+enum class Holds {
+    Nothing,
+    WideName,
+    UnitName,
+    SerialNumber,
+    SymbolicName,
+    HostName,
+    Configuration,
+    Addresses,
+    Neighbours
+};
 
 struct FileRow {
     std::string_view name;
     Holds holds;
 };
 
-constexpr std::array<FileRow, 16> fileRows{{
+constexpr std::array<FileRow, 17> fileRows{{
     {"node_name", Holds::WideName},
     {"port_name", Holds::WideName},
     {"permanent_port_name", Holds::WideName},
@@ -47,6 +59,7 @@ constexpr std::array<FileRow, 16> fileRows{{
     {"system_hostname", Holds::HostName},
     {"config", Holds::Configuration},
     {"addresses", Holds::Addresses},
+    {neighboursFile, Holds::Neighbours},
     {"", Holds::Nothing},
 }};
 
@@ -191,6 +204,18 @@ void Identities::addSerialNumber(const std::string& text) {
     if (!isPlaceholder(text)) serialNumbers_.insert(text);
 }
 
+void Identities::addNeighbours(const std::string& lines) {
+    for (const auto& neighbour : parseNeighbours(lines).valueOr({})) {
+        addHostName(neighbour.systemName);
+        for (const auto& identifier : {neighbour.chassis, neighbour.port})
+            if (const auto address = parseIPAddress(identifier)) addresses_.insert(formatIPAddress(*address));
+        const bool isAddress = parseMac(neighbour.chassis).present() || parseIPAddress(neighbour.chassis).present();
+        if (!isAddress) neighbourTexts_.insert(neighbour.chassis);
+        if (neighbour.portDescription != neighbour.port) neighbourTexts_.insert(neighbour.portDescription);
+    }
+    std::erase_if(neighbourTexts_, [](const std::string& text) { return text.size() < Replacer::shortestText; });
+}
+
 void Identities::addMacsIn(std::string_view text) {
     constexpr std::size_t size = 17;
     for (auto at = text.find(':'); at != std::string_view::npos; at = text.find(':', at + 1)) {
@@ -244,6 +269,9 @@ void Identities::collect(const std::string& path, const Bytes& content) {
                 addresses_.insert(formatIPAddress(*address));
         break;
     }
+    case Holds::Neighbours:
+        addNeighbours(text);
+        break;
     case Holds::Nothing:
         break;
     }
@@ -265,6 +293,8 @@ std::optional<std::vector<Replacement>> Identities::choose(const Pseudonyms::Ran
             choice.addSerialNumber(serial);
         for (const auto& name : hostNames_)
             choice.addText(hostKind, name);
+        for (const auto& text : neighbourTexts_)
+            choice.addText(neighbourKind, text);
         auto chosen = std::move(choice).sorted();
         if (!isAnyOriginal(chosen)) return chosen;
     }
@@ -280,7 +310,7 @@ Replacer Identities::makeReplacer(const std::vector<Replacement>& replacements) 
             replacer.addBytes(*parseHex(original), *parseHex(other));
         else if (kind == addressKind)
             addAddress(original, other, replacer);
-        else
+        else if (kind != neighbourKind)
             replacer.addText(original, other);
     }
     return replacer;

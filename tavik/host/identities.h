@@ -34,6 +34,7 @@ private:
     void addMacsIn(std::string_view text);
     void addSerialNumber(const std::string& text);
     void addHostName(const std::string& anyCase);
+    void addNeighbours(const std::string& lines);
 
     std::set<MacAddress> macs_;
     std::set<Bytes> wideNames_;
@@ -41,6 +42,7 @@ private:
     std::set<std::string> addresses_;
     std::set<std::string> serialNumbers_;
     std::set<std::string> hostNames_;
+    std::set<std::string> neighbourTexts_;
 };
 
 } // namespace tavik::host

@@ -1,5 +1,5 @@
 // What the kernel tells only when asked by a system call: driver, permanent address, link settings, transceiver memory,
-// IP addresses.
+// IP addresses. And what a daemon beside it knows: neighbours.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +10,7 @@
 #include "tavik/host/attribute.h"
 #include "tavik/host/interface_links.h"
 #include "tavik/host/link_settings.h"
+#include "tavik/host/neighbours.h"
 #include "tavik/host/sys_tree.h"
 #include "tavik/model.h"
 
@@ -67,6 +68,9 @@ public:
     virtual Attribute<LinkSettings> linkSettings(const std::string& interface) = 0;
     virtual Attribute<PauseSettings> pauseSettings(const std::string& interface) = 0;
     virtual Attribute<FecSettings> fecSettings(const std::string& interface) = 0;
+
+    /** Who is at the other end of the cable; absent where nobody knows. */
+    virtual Attribute<std::vector<Neighbour>> neighbours(const std::string&) { return Absence{"not recorded"}; }
 
     /** All interfaces at once. Absent where nothing of the kind was recorded. */
     virtual Attribute<std::vector<InterfaceLink>> links() { return Absence{"not recorded"}; }

@@ -18,6 +18,7 @@
 #include <libmnl/libmnl.h>
 
 #include "tavik/host/ethtool_netlink.h"
+#include "tavik/host/lldp_client.h"
 #include "tavik/host/module_pages.h"
 #include "tavik/host/rtnetlink_dump.h"
 
@@ -184,6 +185,10 @@ public:
         return FecSettings{command.active_fec, command.fec};
     }
 
+    Attribute<std::vector<Neighbour>> neighbours(const std::string& interface) override {
+        return neighbours_.of(interface);
+    }
+
     Attribute<std::vector<InterfaceLink>> links() override { return dumpInterfaceLinks(); }
 
     Attribute<std::vector<InterfaceAddress>> addresses() override { return AddressDump().run(); }
@@ -212,6 +217,7 @@ private:
     }
 
     Socket socket_;
+    LldpNeighbours neighbours_;
 };
 
 } // namespace

@@ -237,6 +237,14 @@ void addLinkSettings(KernelQueries& queries, const std::string& interface, Colle
     facts.add(rowOf("transmitPause"), partOf(pause, &PauseSettings::transmit));
 }
 
+Attribute<Lines> showNeighbours(const std::vector<Neighbour>& neighbours) {
+    Lines lines;
+    for (const auto& neighbour : neighbours)
+        if (auto line = showNeighbour(neighbour); !line.empty()) lines.push_back(std::move(line));
+    if (lines.empty()) return Absence{"none told"};
+    return lines;
+}
+
 void addFabricLink(const SysTree& tree, const std::string& folder, Collector& facts) {
     facts.add(rowOf("linkSpeed"), tree.text(folder + "/speed").then(parseFibreChannelSpeed));
     addSpeeds(tree.text(folder + "/supported_speeds").then(parseFibreChannelSpeeds), facts);
@@ -285,6 +293,7 @@ std::vector<HostFact> PortFactReader::ofInterface(const std::string& name, std::
         facts.add(rowOf("virtualFunctions"), onPci<Lines>(place, lines));
         facts.add(rowOf("virtualFunctionOf"), onPci<std::string>(place, line));
         facts.add(rowOf("usedBy"), usersOf(tree_, name));
+        facts.add(rowOf("lldpNeighbors"), queries_.neighbours(name).then(showNeighbours));
     }
     return std::move(facts).result();
 }

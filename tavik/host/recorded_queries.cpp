@@ -2,6 +2,7 @@
 //   net/INTERFACE/{driver,version,firmware_version,bus_info}   texts of the driver
 //   net/INTERFACE/permanent_address                            02:fc:00:00:00:01
 //   net/INTERFACE/{link_settings,pause,fec}                    a line each, see link_settings.h
+//   net/INTERFACE/neighbours                                   a line each, see neighbours.h
 //   net/INTERFACE/{module_kind,module_memory}                  a number and the bytes
 //   addresses                                                  a line each: INDEX ADDRESS/PREFIX SCOPE FLAGS
 //   links                                                      a line each, see interface_links.h
@@ -74,6 +75,10 @@ public:
 
     Attribute<FecSettings> fecSettings(const std::string& interface) override {
         return text(interface, "fec").then(parseFecSettings);
+    }
+
+    Attribute<std::vector<Neighbour>> neighbours(const std::string& interface) override {
+        return text(interface, neighboursFile).then(parseNeighbours);
     }
 
     Attribute<std::vector<InterfaceLink>> links() override {
@@ -156,6 +161,8 @@ void recordInterface(KernelQueries& queries, const std::string& interface, Recor
         recorder.write(folder + "pause", formatPauseSettings(*settings));
     if (const auto settings = queries.fecSettings(interface))
         recorder.write(folder + "fec", formatFecSettings(*settings));
+    if (const auto neighbours = queries.neighbours(interface))
+        recorder.write(folder + neighboursFile, formatNeighbours(*neighbours));
     if (const auto memory = queries.moduleMemory(interface)) {
         recorder.write(folder + "module_kind", std::to_string(memory->kind));
         recorder.write(folder + "module_memory", {memory->content.begin(), memory->content.end()});

@@ -238,6 +238,27 @@ TEST_F(Anonymised, HostNamesGoWhereverTheyStand) {
               "seen by " + others.at("lpar-4711") + ", a guest\n");
 }
 
+TEST_F(Anonymised, NeighboursHaveOtherNamesAndThePortsThatTheyHad) {
+    const std::string file = "kernel/net/eth0/neighbours";
+    from_.file(file, "00:1c:73:00:00:01\tEthernet1/7\tswitch17.example\tuplink of db17\n"
+                     "192.0.2.77\teth0\tdb18\teth0\ncore\t7\t-\tto\n");
+    from_.file("kernel/net/eth0/driver", "the uplink of db17 is a core driver\n");
+    const auto others = othersOf(run());
+    const auto& name = others.at("switch17");
+    EXPECT_EQ(readFile(to() / file), others.at("00:1c:73:00:00:01") + "\tEthernet1/7\t" + name + "." +
+                                         others.at("example") + "\t" + others.at("uplink of db17") + "\n" +
+                                         others.at("192.0.2.77") + "\teth0\t" + others.at("db18") + "\teth0\n" +
+                                         others.at("core") + "\t7\t-\tto\n");
+    EXPECT_EQ(others.at("00:1c:73:00:00:01").substr(0, 9), "00:1c:73:");
+    EXPECT_EQ(readFile(to() / "kernel/net/eth0/driver"), "the uplink of db17 is a core driver\n");
+}
+
+TEST_F(Anonymised, NeighboursThatCannotBeToldApartAreLeftOut) {
+    from_.file("kernel/net/eth0/neighbours", "00:1c:73:00:00:01\tEthernet1/7\tswitch17.exa");
+    run();
+    EXPECT_EQ(readFile(to() / "kernel/net/eth0/neighbours"), "");
+}
+
 TEST_F(Anonymised, InterfacesAndDevicesNamedByTheirAddressFollowIt) {
     from_.copy("software-interfaces");
     from_.copy("virtual-functions");

@@ -130,6 +130,7 @@ TEST_F(PortFacts, AreAbsentWhereTheHostSaysNothing) {
     EXPECT_EQ(facts["virtualFunctions"], "- virtual: no device link");
     EXPECT_EQ(facts["linkSpeed"], "- unknown to the driver");
     EXPECT_EQ(facts["usedBy"], "- nothing uses it");
+    EXPECT_EQ(facts["lldpNeighbors"], "- No such file or directory");
 }
 
 TEST_F(PortFacts, ThatAreNoNumbersAreAbsent) {
@@ -171,6 +172,22 @@ TEST_F(PortFacts, TellWhatUsesAPort) {
     scratch.file(net + "bonding_slave/mii_status", "down\n");
     EXPECT_EQ(interface("ens1f0").all("usedBy"),
               (Lines{"bond0 (bond, backup, down)", "bond0.100 (vlan of bond0)", "br0 (bridge of bond0.100)"}));
+}
+
+TEST_F(PortFacts, TellWhoIsAtTheOtherEnd) {
+    scratch.copy("two-port-card");
+    scratch.file("kernel/net/ens1f0/neighbours", "00:1c:73:00:00:01\tEthernet1/7\tswitch17\tto web3\n"
+                                                 "-\tge-0/0/1\tswitch18\tge-0/0/1\n"
+                                                 "-\t-\t-\tport 9\n"
+                                                 "00:1c:73:00:00:02\t-\t-\t-\n"
+                                                 "-\t-\t-\t-\n");
+    EXPECT_EQ(interface("ens1f0").all("lldpNeighbors"),
+              (Lines{"switch17, port Ethernet1/7 (to web3), chassis 00:1c:73:00:00:01", "switch18, port ge-0/0/1",
+                     "port port 9", "chassis 00:1c:73:00:00:02"}));
+    for (const auto* broken : {"", "-\t-\t-\t-\n", "switch17\tEthernet1/7\n", "a\tb\tc\td\te\n"}) {
+        scratch.file("kernel/net/ens1f0/neighbours", broken);
+        EXPECT_EQ(interface("ens1f0")["lldpNeighbors"].substr(0, 2), "- ") << broken;
+    }
 }
 
 TEST_F(PortFacts, TellTheMasterOfAPortWhereNoMoreIsRecorded) {

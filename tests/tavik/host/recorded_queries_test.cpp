@@ -21,6 +21,19 @@ TEST(RecordedQueries, GiveBackWhatWasRecorded) {
     EXPECT_EQ(copy->moduleMemory("ens1f0")->content.size(), 512U);
 }
 
+TEST(RecordedQueries, GiveBackTheNeighboursThatWereRecorded) {
+    const auto original = makeRecordedQueries(SysTree(ScratchTree::recorded("dual-100g")));
+    ScratchTree scratch;
+    ASSERT_EQ(recordQueries(*original, {"enp94s0f0np0", "enp94s0f1np1"}, scratch.root().string()), "");
+    const auto copy = scratch.queries();
+    const std::vector<Neighbour> expected = {
+        {"switch17.dc1.example", "Ethernet1/7", "to web3, port 1", "00:1c:73:00:00:01"}};
+    const auto neighbours = copy->neighbours("enp94s0f0np0");
+    ASSERT_TRUE(neighbours);
+    EXPECT_EQ(*neighbours, expected);
+    EXPECT_FALSE(copy->neighbours("enp94s0f1np1"));
+}
+
 TEST(RecordedQueries, FolderThatCannotBeWrittenIsNamed) {
     const auto original = makeRecordedQueries(SysTree(ScratchTree::recorded("two-port-card")));
     ScratchTree scratch;

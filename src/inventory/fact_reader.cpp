@@ -7,6 +7,7 @@
 #include "text/text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <iterator>
 #include <optional>
@@ -80,18 +81,30 @@ void takeValue(const Fact& fact, FactValues& values) {
     }
 }
 
+/// Those of the row, which are added in the order of the table if it has none yet. Libraries tell facts in that order.
+FactValues& valuesOf(const FactRow& row, std::vector<FactValues>& facts) {
+    auto place = facts.end();
+    while (place != facts.begin() && std::prev(place)->row > &row)
+        --place;
+    if (place != facts.begin() && std::prev(place)->row == &row) return *std::prev(place);
+    return *facts.insert(place, {.row = &row, .texts = {}, .numbers = {}});
+}
+
 /// Asks once more where the library says that it needs more room.
 template <class Ask>
 std::vector<FactValues> readFacts(FactClass cls, Ask ask) {
-    std::vector<std::uint8_t> answer(roomAtFirst);
+    std::array<std::uint8_t, roomAtFirst> room{};
+    std::vector<std::uint8_t> larger;
+    std::span<std::uint8_t> answer(room);
     auto size = static_cast<std::uint32_t>(answer.size());
     std::uint32_t status = ask(answer.data(), &size);
     if (status != 0 && size > answer.size() && size <= largestAnswer) {
-        answer.resize(size);
+        larger.resize(size);
+        answer = larger;
         status = ask(answer.data(), &size);
     }
     if (status != 0 || size > answer.size()) return {};
-    std::vector<FactValues> facts = decodeFacts({answer.data(), size});
+    std::vector<FactValues> facts = decodeFacts(answer.first(size));
     std::erase_if(facts, [cls](const FactValues& values) { return (values.row->classes & cls) == 0; });
     return facts;
 }
@@ -119,14 +132,11 @@ void* (*gFindLibraryFunction)(const char* name) = [](const char* name) {
 
 std::vector<FactValues> decodeFacts(std::span<const std::uint8_t> answer) {
     std::string_view bytes(reinterpret_cast<const char*>(answer.data()), answer.size());
-    std::vector<FactValues> facts(std::size(fact_table::rows));
-    for (std::size_t place = 0; place < facts.size(); ++place)
-        facts[place].row = &fact_table::rows[place];
+    std::vector<FactValues> facts; // of the rows that are told, since each object of an answer asks for its own
     while (!bytes.empty()) {
         const std::optional<Fact> fact = takeFact(bytes);
         if (!fact) return {};
-        if (const FactRow* row = findFact(fact->name))
-            takeValue(*fact, facts[static_cast<std::size_t>(row - fact_table::rows)]);
+        if (const FactRow* row = findFact(fact->name)) takeValue(*fact, valuesOf(*row, facts));
     }
     std::erase_if(facts, [](const FactValues& values) { return countOf(values) == 0; });
     return facts;

@@ -219,6 +219,8 @@ void addPlace(Json& object, const Snapshot& snapshot, const Module& module) {
     object["portNumber"] = jack ? Json(jack->number) : Json();
     object["fibreChannelPortName"] = storage ? Json(storage->portName) : Json();
     object["macAddress"] = ethernet ? Json(ethernet->macAddress) : Json();
+    const auto interfaces = monitoring::interfacesAt(snapshot, module.jack);
+    if (!interfaces.empty()) object["interfaces"] = interfaces;
 }
 
 Json moduleJson(const Snapshot& snapshot, const Module& module) {

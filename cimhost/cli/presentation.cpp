@@ -70,6 +70,7 @@ private:
             {"root", false, &Reader::takeRoot},      {"alarming", false, &Reader::takeAlarming},
             {"label", true, &Reader::takeLabel},     {"below", true, &Reader::takePlacement},
             {"columns", true, &Reader::takeColumns}, {"unit", true, &Reader::takeUnit},
+            {"zero", true, &Reader::takeZero},
         };
         return rows;
     }
@@ -152,12 +153,9 @@ private:
 
     /// {PROPERTY} UNIT
     void takeUnit(std::string_view value) {
-        const std::size_t closing = value.find('}');
-        if (!value.starts_with('{') || closing == std::string_view::npos) {
-            throw std::runtime_error(quoted(value) + " is not written {PROPERTY} UNIT");
-        }
-        ShownUnit row{current->name(), propertyOf(*current, trim(value.substr(1, closing - 1))),
-                      std::string(trim(value.substr(closing + 1)))};
+        const std::optional<Pair> shown = afterProperty(value);
+        if (!shown) throw std::runtime_error(quoted(value) + " is not written {PROPERTY} UNIT");
+        ShownUnit row{current->name(), propertyOf(*current, shown->front), std::string(shown->back)};
         if (!bitsPerSecond(row.unit)) {
             throw std::runtime_error(quoted(std::string_view(row.unit)) +
                                      " is no unit that is known: bit / second, or a power of ten of "
@@ -167,6 +165,34 @@ private:
             throw std::runtime_error(row.property + " of " + row.className + " has a unit already");
         }
         made.units.push_back(std::move(row));
+    }
+
+    /// "{PROPERTY} REST": the two.
+    [[nodiscard]] std::optional<Pair> afterProperty(std::string_view text) const {
+        const std::size_t closing = text.find('}');
+        if (!text.starts_with('{') || closing == std::string_view::npos) return std::nullopt;
+        return Pair{trim(text.substr(1, closing - 1)), trim(text.substr(closing + 1))};
+    }
+
+    /// {PROPERTY} WORDS unless {OTHER} VALUE, VALUE
+    void takeZero(std::string_view value) {
+        const std::optional<Pair> halves = cut(value, " unless ");
+        const std::optional<Pair> shown = halves ? afterProperty(halves->front) : std::nullopt;
+        const std::optional<Pair> other = halves ? afterProperty(halves->back) : std::nullopt;
+        if (!shown || !other || shown->back.empty() || other->back.empty()) {
+            throw std::runtime_error(quoted(value) + " is not written {PROPERTY} WORDS unless {PROPERTY} VALUE, VALUE");
+        }
+        ShownZero row{current->name(),
+                      propertyOf(*current, shown->front),
+                      std::string(shown->back),
+                      propertyOf(*current, other->front),
+                      {}};
+        for (const std::string_view part : split(other->back, ","))
+            row.values.emplace_back(trim(part));
+        if (made.zeroOf(row.className, row.property)) {
+            throw std::runtime_error(row.property + " of " + row.className + " has words for 0 already");
+        }
+        made.zeros.push_back(std::move(row));
     }
 
     template <typename Rows>
@@ -230,6 +256,13 @@ std::string_view Presentation::unitOf(std::string_view className, std::string_vi
         if (equalNames(row.className, className) && equalNames(row.property, property)) return row.unit;
     }
     return {};
+}
+
+const ShownZero* Presentation::zeroOf(std::string_view className, std::string_view property) const {
+    for (const ShownZero& row : zeros) {
+        if (equalNames(row.className, className) && equalNames(row.property, property)) return &row;
+    }
+    return nullptr;
 }
 
 Presentation readPresentation(const std::filesystem::path& file, const ClassRepository& repository,

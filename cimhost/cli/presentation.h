@@ -41,10 +41,20 @@ struct ShownUnit {
     std::string unit; ///< as PUnit writes it
 };
 
+/// What a 0 means that is no number: nobody knows. Unless another property shows one of some values.
+struct ShownZero {
+    std::string className;
+    std::string property;
+    std::string words; ///< shown in its place
+    std::string otherProperty;
+    std::vector<std::string> values; ///< with which 0 is the number
+};
+
 struct Presentation {
     std::vector<Label> labels;
     std::vector<Columns> tables;
     std::vector<ShownUnit> units;
+    std::vector<ShownZero> zeros;
     TreePlan tree;
     std::vector<std::string> alarming; ///< values that make a line of the tree red
 
@@ -53,6 +63,8 @@ struct Presentation {
     [[nodiscard]] const Columns* columnsOf(std::string_view className) const;
     /// Empty where nobody chose for this very class.
     [[nodiscard]] std::string_view unitOf(std::string_view className, std::string_view property) const;
+    /// Null where nobody chose for this very class.
+    [[nodiscard]] const ShownZero* zeroOf(std::string_view className, std::string_view property) const;
 };
 
 /// Reads a file of presentation. Throws std::runtime_error with file, line and what is wrong: a line of no known form,

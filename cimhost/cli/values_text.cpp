@@ -108,6 +108,13 @@ std::string fullText(const Known& known, const CMPIData& data) {
     return meaning.empty() ? plainText(data) : plainText(data) + " (" + meaning + ")";
 }
 
+/// True if a table shows one of the values of the property.
+bool isShown(const InstanceObject& instance, std::string_view property, const std::vector<std::string>& values,
+             const Presentation& presentation) {
+    const std::string text = cli::shortText(instance, property, presentation);
+    return std::find(values.begin(), values.end(), text) != values.end();
+}
+
 } // namespace
 
 std::string meaningOf(std::span<const Qualifier> qualifiers, std::string_view value) {
@@ -138,7 +145,11 @@ std::string shortText(const PropertyDeclaration* property, const CMPIData& data)
 
 std::string shortText(const InstanceObject& instance, std::string_view property, const Presentation& presentation) {
     const CMPIData* data = instance.value(property);
-    return data ? shortText(knownOf(instance, property, presentation), *data) : std::string();
+    if (!data) return {};
+    const ShownZero* zero = presentation.zeroOf(instance.className(), property);
+    const bool isZero = zero && isIntegerType(data->type) && plainText(*data) == "0";
+    if (isZero && !isShown(instance, zero->otherProperty, zero->values, presentation)) return zero->words;
+    return shortText(knownOf(instance, property, presentation), *data);
 }
 
 std::string fullText(const PropertyDeclaration* property, const CMPIData& data) {

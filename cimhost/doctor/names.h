@@ -7,9 +7,10 @@
 
 namespace cimhost::doctor {
 
-/// "port 1 of card MC1020R4K00317"; the tag where no such jack is published.
+/// "port 1 of card MC1020R4K00317"; the tag where no such jack is published. Behind it the interfaces at that jack,
+/// where they are told: "port 1 of card MC1020R4K00317 (eth2, host8)".
 std::string portText(const monitoring::Snapshot& snapshot, const std::string& jack);
-/// The same, or the port's own name where it has no jack.
+/// The same with the port's own interface, and the port's own name where it has no jack.
 std::string portText(const monitoring::Snapshot& snapshot, const monitoring::FibreChannelPort& port);
 std::string portText(const monitoring::Snapshot& snapshot, const monitoring::EthernetPort& port);
 

@@ -40,6 +40,7 @@ private:
 struct Port {
     Labels labels; // with the kind
     std::string_view name;
+    std::string_view interfaceName; // empty where it is not told
     std::string_view model;
     LinkState state;
     bool answers;
@@ -71,7 +72,7 @@ std::vector<Port> fibreChannelPorts(const Snapshot& snapshot, const Places& plac
         Labels labels = places.labelsAt(port.jack, port.cardSerialNumber, port.portName);
         labels.add("kind", "fibre_channel");
         if (!unlike.isNew(labels)) continue;
-        ports.push_back({labels, port.portName, port.model, port.state, port.answers,
+        ports.push_back({labels, port.portName, port.interfaceName, port.model, port.state, port.answers,
                          bytesOf(port.speedBitsPerSecond, 1), bytesOf(port.largestSpeedBitsPerSecond, 1), port.targets,
                          std::nullopt});
     }
@@ -88,6 +89,7 @@ std::vector<Port> ethernetPorts(const Snapshot& snapshot, const Places& places) 
         if (!unlike.isNew(labels)) continue;
         ports.push_back({labels,
                          port.macAddress,
+                         port.interfaceName,
                          {},
                          port.state,
                          port.state != LinkState::unknown,
@@ -144,7 +146,9 @@ void writePorts(Exposition& out, const std::vector<Port>& ports) {
     out.family("merolt_cna_port", Type::info, "A port, and its name: a world wide name or an address.");
     for (const Port& port : ports) {
         Labels labels = port.labels;
-        out.sample(labels.add("name", port.name), one);
+        labels.add("name", port.name);
+        if (!port.interfaceName.empty()) labels.add("interface", port.interfaceName);
+        out.sample(labels, one);
     }
     out.family("merolt_cna_port_up", Type::gauge, "1 while the link is up, else 0; absent while nobody knows.");
     for (const Port& port : ports) {

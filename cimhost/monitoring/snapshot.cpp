@@ -198,6 +198,7 @@ FibreChannelPort fibreChannelPortOf(const InstanceObject& instance, const Links&
     const std::string address = textOf(instance, "ENodeMACAddress");
     constexpr std::size_t digitsOfAddress = 12;
     port.isOverEthernet = address.size() == digitsOfAddress;
+    port.interfaceName = textOf(instance, "InterfaceName");
     return port;
 }
 
@@ -252,6 +253,7 @@ void readEthernetPorts(const Enumerate& enumerate, Snapshot& snapshot) {
         port.state = ethernetState(*instance);
         port.mtuBytes = numberOf(*instance, "ActiveMaximumTransmissionUnit");
         port.fcoePortName = digitsOf(textOf(*instance, "FC_WWN"), digitsOfName);
+        port.interfaceName = textOf(*instance, "InterfaceName");
         snapshot.ethernetPorts.push_back(std::move(port));
     }
     readNetworkSpeeds(enumerate, snapshot);
@@ -381,5 +383,19 @@ const EthernetPort* ethernetAt(const Snapshot& snapshot, std::string_view jack) 
 }
 
 const Module* moduleAt(const Snapshot& snapshot, std::string_view jack) { return atJack(snapshot.modules, jack); }
+
+std::vector<std::string> interfacesAt(const Snapshot& snapshot, std::string_view jack) {
+    std::vector<std::string> names;
+    const auto take = [&](const auto& ports) {
+        for (const auto& port : ports) {
+            const bool isOther =
+                port.jack == jack && std::find(names.begin(), names.end(), port.interfaceName) == names.end();
+            if (isOther && !jack.empty() && !port.interfaceName.empty()) names.push_back(port.interfaceName);
+        }
+    };
+    take(snapshot.ethernetPorts);
+    take(snapshot.fibreChannelPorts);
+    return names;
+}
 
 } // namespace cimhost::monitoring

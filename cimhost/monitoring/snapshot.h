@@ -54,6 +54,7 @@ struct FibreChannelPort {
     std::optional<std::uint64_t> largestSpeedBitsPerSecond;
     bool isOverEthernet = false;
     std::size_t targets = 0;
+    std::string interfaceName = {}; ///< "host7"; empty where the server tells none
 };
 
 /// Counters of Merolt_FCHBA_FCPortStatistics that tell of errors, by their names in the class.
@@ -74,7 +75,8 @@ struct EthernetPort {
     LinkState state = LinkState::unknown;
     std::optional<std::uint64_t> speedMegabits;
     std::uint64_t mtuBytes = 0;
-    std::string fcoePortName; ///< FC_WWN, 16 digits; empty without a Fibre Channel side
+    std::string fcoePortName;       ///< FC_WWN, 16 digits; empty without a Fibre Channel side
+    std::string interfaceName = {}; ///< "eth0"; empty where the server tells none
 };
 
 /// Merolt_FCHBA_SoftwareIdentity and Merolt_NIC_SoftwareIdentity.
@@ -129,5 +131,8 @@ const Jack* findJack(const Snapshot& snapshot, std::string_view tag);
 const FibreChannelPort* fibreChannelAt(const Snapshot& snapshot, std::string_view jack);
 const EthernetPort* ethernetAt(const Snapshot& snapshot, std::string_view jack);
 const Module* moduleAt(const Snapshot& snapshot, std::string_view jack);
+
+/// Names of the interfaces that run over a jack, where they are told: "eth2", "host8". Each once.
+std::vector<std::string> interfacesAt(const Snapshot& snapshot, std::string_view jack);
 
 } // namespace cimhost::monitoring

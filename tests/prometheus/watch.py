@@ -189,7 +189,7 @@ def check_names(server, prometheus, rules, dashboard):
     """Rules and dashboard ask for metrics that there are, in expressions that Prometheus understands."""
     known = {re.sub(r"\{.*", "", name) for name in samples(get(server.metrics)[2])}
     with open(rules) as text:
-        asked = text.read() + "".join(expressions(dashboard))
+        asked = text.read() + "\n".join(expressions(dashboard))
     asked = set(re.findall(r"merolt_cna_\w+", asked))
     check("metrics that are asked for and not there", set(), asked - known)
     for expression in expressions(dashboard):

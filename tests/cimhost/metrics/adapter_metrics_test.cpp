@@ -66,6 +66,17 @@ TEST(AdapterMetrics, CallAPortWithoutAJackByItsName) {
     EXPECT_TRUE(holds(written(found), "merolt_cna_port_up{serial=\"A1\",port=\"2100\",kind=\"fibre_channel\"} 1"));
 }
 
+TEST(AdapterMetrics, NameTheInterfaceOfAPortWhereItIsTold) {
+    Found found = oneCard();
+    const std::string port = "merolt_cna_port_info{serial=\"A1\",port=\"1\",kind=\"fibre_channel\",name=\"2100\"";
+    EXPECT_TRUE(holds(written(found), port + "} 1"));
+    found.snapshot.fibreChannelPorts[0].interfaceName = "host7";
+    found.snapshot.ethernetPorts.emplace_back().interfaceName = "eth0";
+    const std::string text = written(found);
+    EXPECT_TRUE(holds(text, port + ",interface=\"host7\"} 1")) << text;
+    EXPECT_NE(text.find("interface=\"eth0\"} 1\n"), std::string::npos) << text;
+}
+
 TEST(AdapterMetrics, LeaveUnknownStatesOut) {
     Found found = oneCard();
     found.snapshot.fibreChannelPorts[0].state = monitoring::LinkState::unknown;

@@ -112,6 +112,22 @@ void readAnew(Module& module, const Pages& pages) { module.told = pages.decode()
 
 TEST(Doctor, FindsNothingWrongWithHealthyCards) { EXPECT_EQ(namesOf(healthy()), Names{}); }
 
+TEST(Doctor, NamesTheInterfacesOfAPortWhereTheyAreTold) {
+    auto snapshot = healthy();
+    auto& storage = snapshot.fibreChannelPorts[0];
+    storage.answers = false;
+    storage.interfaceName = "host7";
+    EXPECT_EQ(evidenceOf(snapshot), "port 1 of card CARD0001 (host7): the port tells neither its state nor its type");
+    storage.jack.clear();
+    EXPECT_EQ(evidenceOf(snapshot), "port 2100000000001001 (host7): the port tells neither its state nor its type");
+
+    snapshot = healthy();
+    snapshot.fibreChannelPorts[0].state = LinkState::down;
+    snapshot.fibreChannelPorts[0].interfaceName = "host7";
+    addEthernet(snapshot).interfaceName = "eth2";
+    EXPECT_EQ(evidenceOf(snapshot).substr(0, 47), "port 1 of card CARD0001 (eth2, host7): no link;");
+}
+
 TEST(Doctor, FindsNothingWrongWithAnUnusedPort) {
     auto snapshot = healthy();
     snapshot.fibreChannelPorts[1].state = LinkState::down;

@@ -96,6 +96,23 @@ const InstanceObject& holder(RequestScope& scope, const CMPIData& limits) {
     return instance;
 }
 
+TEST_F(PresentationTest, AZeroThatTellsThatNobodyKnowsIsShownInWords) {
+    const Presentation chosen = read("[T_EtherPort]\nzero = {Speed} speed unknown unless {Id} down, gone\n"
+                                     "label = port | {Id} | {Speed}\ncolumns = Port {Id} | Speed {Speed}\n");
+    RequestScope scope(*host.broker);
+    const auto labelWith = [&](const char* id, const char* speed) {
+        InstanceObject& port = *scope.make().instance(*scope.make().path("root/ns", "T_EtherPort"));
+        port.setProperty("Id", *scope.make().value(CMPI_string, id));
+        port.setProperty("Speed", *scope.make().value(CMPI_uint64, speed));
+        return labelOf(port, chosen);
+    };
+    EXPECT_EQ(labelWith("up", "0"), "port up, speed unknown");
+    EXPECT_EQ(labelWith("up", "10"), "port up, 10");
+    EXPECT_EQ(labelWith("down", "0"), "port down, 0");
+    EXPECT_EQ(labelWith("gone", "0"), "port gone, 0");
+    EXPECT_EQ(labelWith("do", "0"), "port do, speed unknown");
+}
+
 TEST_F(PresentationTest, AnInstanceInAPropertyIsShownWithItsValues) {
     const Presentation chosen = read("[T_EtherPort]\nunit = {Speed} bit / second\n");
     RequestScope scope(*host.broker);
@@ -163,8 +180,9 @@ struct BadLine {
 TEST_F(PresentationTest, ABadLineIsNamedWithItsPlace) {
     constexpr BadLine rows[] = {
         {"colour = red",
-         "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns =, unit ="},
-        {"port", "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns =, unit ="},
+         "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns =, unit =, zero ="},
+        {"port",
+         "a line reads [CLASS], or begins with root =, alarming =, label =, below =, columns =, unit =, zero ="},
         {"[T_None]", "there is no class \"T_None\""},
         {"root = T_None", "there is no class \"T_None\""},
         {"label =", "a label begins with a word"},
@@ -174,6 +192,10 @@ TEST_F(PresentationTest, ABadLineIsNamedWithItsPlace) {
         {"unit = Id bit / second", "\"Id bit / second\" is not written {PROPERTY} UNIT"},
         {"unit = {Id bit / second", "\"{Id bit / second\" is not written {PROPERTY} UNIT"},
         {"unit = {Colour} bit / second", "class T_Box has no property \"Colour\""},
+        {"zero = {Speed} none", "\"{Speed} none\" is not written {PROPERTY} WORDS unless {PROPERTY} VALUE, VALUE"},
+        {"zero = {Speed} unless {Id} a",
+         "\"{Speed} unless {Id} a\" is not written {PROPERTY} WORDS unless {PROPERTY} VALUE, VALUE"},
+        {"zero = {Colour} none unless {Id} a", "class T_Box has no property \"Colour\""},
         {"unit = {Speed} knots", "\"knots\" is no unit that is known: bit / second, or a power of ten of it, such as "
                                  "bit / second * 10^6"},
         {"columns = Colour {Colour}", "class T_Box has no property \"Colour\""},
@@ -202,6 +224,8 @@ TEST_F(PresentationTest, RepeatedLinesAndUnknownClassesAreRefused) {
     EXPECT_THROW(read("[T_Box]\nlabel = box\n[T_Link]\n[T_Box]\nlabel = case\n"), std::runtime_error);
     EXPECT_THROW(read("[T_Box]\ncolumns = {Id}\ncolumns = {Id}\n"), std::runtime_error);
     EXPECT_THROW(read("[T_Box]\nunit = {Speed} bit / second\nunit = {speed} bit / second\n"), std::runtime_error);
+    EXPECT_THROW(read("[T_Box]\nzero = {Speed} none unless {Id} a\nzero = {Speed} no unless {Id} b\n"),
+                 std::runtime_error);
     EXPECT_THROW(read("label = box\n"), std::runtime_error);
     EXPECT_THROW(readPresentation("/nonexistent/file", host.repository, "root/ns"), std::runtime_error);
 }

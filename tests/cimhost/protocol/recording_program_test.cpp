@@ -99,7 +99,7 @@ TEST_F(Recording, OfLightWithoutLoginIsAFault) {
     const Ended doctor = ended("doctor");
     EXPECT_EQ(doctor.status, 2);
     EXPECT_THAT(doctor.output, HasSubstr("link-down-light"));
-    EXPECT_THAT(doctor.output, HasSubstr("port 1 of card XF16B00093: no link; the module receives 0.3900 mW"));
+    EXPECT_THAT(doctor.output, HasSubstr("port 1 of card XF16B00093 (host6): no link; the module receives 0.3900 mW"));
     EXPECT_THAT(doctor.output, Not(HasSubstr("port 0 of card XF16B00093")));
 }
 
@@ -133,7 +133,8 @@ TEST_F(Recording, ShowsItsTreeOpticsAndTroubles) {
 
     const Ended doctor = ended("doctor");
     EXPECT_EQ(doctor.status, 1);
-    EXPECT_THAT(doctor.output, HasSubstr("port 0 of card RFD1234X5678: CRCErrors is 6 since the driver was loaded\n"));
+    EXPECT_THAT(doctor.output,
+                HasSubstr("port 0 of card RFD1234X5678 (host7): CRCErrors is 6 since the driver was loaded\n"));
 }
 
 } // namespace

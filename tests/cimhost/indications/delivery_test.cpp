@@ -193,7 +193,7 @@ TEST_F(Delivering, ABadListenerDelaysNobodyElse) {
     const auto begin = Clock::now();
     for (int number = 0; number < 100; ++number)
         world.deliver(linkUp);
-    EXPECT_LT(Clock::now() - begin, 2s);
+    EXPECT_LT(Clock::now() - begin, 20s) << "those that hang would take a minute and more";
     EXPECT_THAT(good.bodies(100), SizeIs(100));
     EXPECT_TRUE(isLogged("no answer in time"));
     EXPECT_TRUE(isLogged("body limit exceeded"));
@@ -327,13 +327,24 @@ TEST_F(FewConnections, AListenerThatIsQuietGivesItsConnectionToOthers) {
     EXPECT_THAT(world.messages(), SizeIs(0));
 }
 
-TEST_F(Delivering, RemovingASubscriptionDoesNotWaitForItsListener) {
+/// Waits longer for an answer than a slow machine takes for anything else.
+class WaitingLong : public Delivering {
+protected:
+    static DeliveryOptions options() {
+        DeliveryOptions made = quick();
+        made.limits.answer = 120s;
+        return made;
+    }
+    WaitingLong() : Delivering(options()) {}
+};
+
+TEST_F(WaitingLong, RemovingASubscriptionDoesNotWaitForItsListener) {
     RawListener hanging;
     const std::string subscription = subscribe(alerts, hanging.url());
     world.deliver(linkUp);
     const auto begin = Clock::now();
     world.remove(subscription);
-    EXPECT_LT(Clock::now() - begin, 200ms);
+    EXPECT_LT(Clock::now() - begin, 60s);
     EXPECT_EQ(world.deliver(linkUp), CMPI_RC_ERR_FAILED);
 }
 

@@ -41,7 +41,7 @@ class T_Other { [Key] string Id; string Text; };
 [Association] class T_Link { [Key] T_Port ref Left; [Key] T_Port ref Right; };
 )";
 
-constexpr auto generous = 30s;
+constexpr auto generous = 60s;
 
 /// Delivers instances of a class, each as large as a test likes, one by one and under a lock, as a provider does.
 class Source final : public ProviderCalls {
@@ -238,12 +238,15 @@ protected:
         repository.loadText("root/ns", mof);
         registration = Registration::ofPrefix("T_", repository);
     }
-    ~AnswerInPieces() override {
+    ~AnswerInPieces() override { stop(); }
+
+    void stop() {
         source.release();
         if (!server) return;
         server->stop();
         thread.join();
         queue->finish();
+        server.reset();
     }
 
     void start(std::size_t longestAnswer = longestAnswerDocument) {
@@ -420,10 +423,13 @@ TEST_F(AnswerInPieces, TheConnectionIsClosedAfterTheLastChunkIfTheClientAsks) {
     EXPECT_TRUE(client.isClosedWithin(generous));
 }
 
-// Far more than the system's buffers take, so that the reader is the one whom the answer waits for.
+// Far more than the system's buffers take, so that the reader is the one whom the answer waits for. How long the
+// provider takes for it is the machine's affair, and no reason to cut the reader off meanwhile.
 TEST_F(AnswerInPieces, AClientThatReadsNothingDelaysNobodyElse) {
-    source.count = 300;
+    source.count = 200;
     source.textBytes = 25'000; // 100 kB of XML
+    options.limits.write = 1h;
+    options.limits.writeProgress = 1h;
     start();
     SocketClient slow = ask(enumerateAll);
     EXPECT_THAT(askWhole(ofClass("EnumerateInstances", "T_Other")), HasSubstr("T_Other"));
@@ -432,7 +438,7 @@ TEST_F(AnswerInPieces, AClientThatReadsNothingDelaysNobodyElse) {
     const ChunkedAnswer answer = readChunked(slow);
     EXPECT_TRUE(answer.isWhole);
     EXPECT_EQ(answer.trailers, "");
-    EXPECT_GT(answer.body.size(), 30'000'000U);
+    ASSERT_GT(answer.body.size(), 20'000'000U);
     EXPECT_THAT(answer.body.substr(answer.body.size() - 100), HasSubstr("</IRETURNVALUE>"));
 }
 
@@ -472,22 +478,33 @@ TEST_F(AnswerInPieces, AClientThatHasEndedItsSideGetsAll) {
 }
 
 TEST_F(AnswerInPieces, TheDeadlineEndsAnAnswerThatHasBegun) {
-    queueOptions.deadline = 300ms;
-    source.waitsAt = 200;
-    start();
-    SocketClient client = ask(enumerateAll);
-    ASSERT_TRUE(source.waitUntilHeld());
-    const ChunkedAnswer answer = readChunked(client);
+    std::optional<SocketClient> client;
+    ChunkedAnswer answer;
+    std::size_t asked = 0;
+    // A busy machine may have begun nothing by then: tried again with more time.
+    for (const auto deadline : {300ms, 3'000ms, 30'000ms}) {
+        client.reset();
+        stop();
+        queueOptions.deadline = deadline;
+        source.waitsAt = 200;
+        start();
+        client.emplace(ask(enumerateAll));
+        ++asked;
+        answer.head = client->readUntil("\r\n\r\n");
+        if (answer.head.find("\r\nTransfer-Encoding: chunked\r\n") != std::string::npos) break;
+    }
+    while (readChunk(*client, answer)) {
+    }
     EXPECT_TRUE(answer.isWhole);
     EXPECT_THAT(answer.trailers, HasSubstr("CIMStatusCode: 1\r\n"));
-    EXPECT_THAT(answer.trailers, HasSubstr("CIMStatusCodeDescription: no answer of the provider within 300 milli"));
+    EXPECT_THAT(answer.trailers, HasSubstr("CIMStatusCodeDescription: no answer of the provider within 3"));
     source.release();
-    ASSERT_TRUE(source.waitForCalls(1));
+    ASSERT_TRUE(source.waitForCalls(asked));
     EXPECT_LT(source.delivered, source.count) << "what nobody waits for is not delivered to its end";
-    EXPECT_EQ(figures.byOperation[0].answers[CMPI_RC_ERR_FAILED], 1U);
+    EXPECT_EQ(figures.byOperation[0].answers[CMPI_RC_ERR_FAILED], asked);
     EXPECT_EQ(figures.byOperation[0].answers[CMPI_RC_OK], 0U);
-    client.send(post(ofClass("EnumerateInstances", "T_Other"), takesTrailers));
-    EXPECT_EQ(statusOf(client.readAnswer()), 200);
+    client->send(post(ofClass("EnumerateInstances", "T_Other"), takesTrailers));
+    EXPECT_EQ(statusOf(client->readAnswer()), 200);
 }
 
 TEST_F(AnswerInPieces, AnAnswerInPiecesIsNoLongerThanAWholeOne) {

@@ -35,6 +35,17 @@ using testing_support::post;
 using testing_support::SocketClient;
 using testing_support::statusOf;
 
+constexpr auto patience = 60s; // for what comes at once on a machine that has time
+
+bool becomesTrue(const std::function<bool()>& condition) {
+    const auto until = std::chrono::steady_clock::now() + patience;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > until) return false;
+        std::this_thread::sleep_for(1ms);
+    }
+    return true;
+}
+
 // Answers with the body it got; waits first where a test wants a slow provider.
 class EchoHandler : public Handler {
 public:
@@ -187,7 +198,7 @@ TEST_F(HttpServer, ClosesWhenTheClientWantsIt) {
     SocketClient client = connect();
     client.send(post("x", "Connection: close\r\n"));
     EXPECT_EQ(statusOf(client.readAnswer()), 200);
-    EXPECT_TRUE(client.isClosedWithin(5s));
+    EXPECT_TRUE(client.isClosedWithin(patience));
 }
 
 TEST_F(HttpServer, TakesChunks) {
@@ -247,7 +258,7 @@ TEST_P(RefusedRequest, IsAnsweredAndTheConnectionClosed) {
     SocketClient client = connect();
     client.send(GetParam().request);
     EXPECT_EQ(statusOf(client.readAnswer()), GetParam().status);
-    EXPECT_TRUE(client.isClosedWithin(5s));
+    EXPECT_TRUE(client.isClosedWithin(patience));
     EXPECT_EQ(bodyOf(ask(post("still here"))), "still here");
 }
 
@@ -309,7 +320,7 @@ TEST_F(HttpServer, ALengthThatIsNeverSentTakesNoMemoryAndEnds) {
     start();
     SocketClient client = connect();
     client.send("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 33554432\r\n\r\nabc");
-    EXPECT_TRUE(client.isClosedWithin(5s));
+    EXPECT_TRUE(client.isClosedWithin(patience));
 }
 
 TEST_F(HttpServer, BytesBehindTheBodyAreReadAsTheNextRequest) {
@@ -446,10 +457,10 @@ bool dripsUntilCut(SocketClient& client, std::string_view bytes, std::chrono::mi
 }
 
 TEST_F(HttpServer, AHeaderSentByteByByteIsCutOff) {
-    options.limits.header = 150ms;
+    options.limits.header = 500ms;
     start();
     SocketClient client = connect();
-    EXPECT_TRUE(dripsUntilCut(client, "POST / HTTP/1.1\r\nX: " + std::string(10'000, 'x'), 5s));
+    EXPECT_TRUE(dripsUntilCut(client, "POST / HTTP/1.1\r\nX: " + std::string(10'000, 'x'), patience));
     EXPECT_EQ(bodyOf(ask(post("others are served"))), "others are served");
 }
 
@@ -458,13 +469,13 @@ TEST_F(HttpServer, ABodySentByteByByteIsCutOff) {
     start();
     SocketClient client = connect();
     client.send("POST / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 10000\r\n\r\n");
-    EXPECT_TRUE(dripsUntilCut(client, std::string(10'000, 'x'), 5s));
+    EXPECT_TRUE(dripsUntilCut(client, std::string(10'000, 'x'), patience));
 }
 
 TEST_F(HttpServer, AConnectionThatSaysNothingIsClosed) {
     options.limits.header = 100ms;
     start();
-    EXPECT_TRUE(connect().isClosedWithin(5s));
+    EXPECT_TRUE(connect().isClosedWithin(patience));
 }
 
 TEST_F(HttpServer, AnIdleConnectionIsClosed) {
@@ -473,7 +484,7 @@ TEST_F(HttpServer, AnIdleConnectionIsClosed) {
     SocketClient client = connect();
     client.send(post("x"));
     EXPECT_EQ(statusOf(client.readAnswer()), 200);
-    EXPECT_TRUE(client.isClosedWithin(5s));
+    EXPECT_TRUE(client.isClosedWithin(patience));
 }
 
 TEST_F(HttpServer, AClientThatDoesNotReadItsAnswerIsClosed) {
@@ -482,10 +493,10 @@ TEST_F(HttpServer, AClientThatDoesNotReadItsAnswerIsClosed) {
     SocketClient client = connect();
     client.send(post(std::string(16 << 20, 'x')));
     ASSERT_TRUE(client.hasBytesWithin(60s)) << "the answer has begun";
-    std::this_thread::sleep_for(1s);
+    EXPECT_TRUE(becomesTrue([&] { return options.traffic->disconnections == 1; }));
     // The rest that lay in the buffers still comes, then the end.
     EXPECT_LT(client.readAnswer().size(), std::size_t{16} << 20);
-    EXPECT_TRUE(client.isClosedWithin(5s));
+    EXPECT_TRUE(client.isClosedWithin(patience));
 }
 
 TEST_F(HttpServer, NewClientsAreRefusedWhileAllOthersWaitForAnswers) {
@@ -522,7 +533,7 @@ TEST_F(HttpServer, NewClientsWaitForAPlaceThatBecomesFreeInTime) {
     EXPECT_EQ(bodyOf(known.readAnswer()), "wait");
     EXPECT_EQ(bodyOf(guest.readAnswer()), "wait");
     EXPECT_EQ(bodyOf(last.readAnswer()), "last");
-    EXPECT_TRUE(guest.isClosedWithin(5s)) << "it found no place";
+    EXPECT_TRUE(guest.isClosedWithin(patience)) << "it found no place";
 }
 
 TEST_F(HttpServer, ASignalStopsItAndIsToldOnce) {
@@ -553,7 +564,7 @@ TEST_F(HttpServer, AnIdleConnectionMakesRoomForANewOne) {
     busy.send(post("wait"));
     handler.waitForWaiting(1);
     EXPECT_EQ(bodyOf(ask(post("served"))), "served");
-    EXPECT_TRUE(idle.isClosedWithin(5s));
+    EXPECT_TRUE(idle.isClosedWithin(patience));
 }
 
 // Many connections that never come to a whole request, some at most of which there is room for.
@@ -575,7 +586,7 @@ TEST_P(CrowdedServer, ServesNewClientsAndKeepsIdleOnes) {
     }
     idle.send(post("again"));
     EXPECT_EQ(bodyOf(idle.readAnswer()), "again");
-    EXPECT_TRUE(crowd.front().isClosedWithin(5s)) << "the oldest gives way";
+    EXPECT_TRUE(crowd.front().isClosedWithin(patience)) << "the oldest gives way";
     EXPECT_FALSE(crowd.back().isClosedWithin(50ms)) << "the newest has a chance";
 }
 
@@ -595,7 +606,7 @@ TEST_F(HttpServer, ALateClientGivesWayBeforeIdleOnes) {
     late.send("POST / HTTP/1.1\r\n");
     std::this_thread::sleep_for(300ms);
     EXPECT_EQ(bodyOf(ask(post("served", "Connection: close\r\n"))), "served");
-    EXPECT_TRUE(late.isClosedWithin(5s));
+    EXPECT_TRUE(late.isClosedWithin(patience));
     idle.send(post("still here"));
     EXPECT_EQ(bodyOf(idle.readAnswer()), "still here");
 }
@@ -640,7 +651,7 @@ TEST_F(HttpServer, WithoutADescriptorLeftASilentConnectionGivesWay) {
     NoDescriptors none;
     none.giveBackOne(); // for the test's own end
     EXPECT_EQ(bodyOf(ask(post("served"))), "served");
-    EXPECT_TRUE(silent.isClosedWithin(5s));
+    EXPECT_TRUE(silent.isClosedWithin(patience));
 }
 
 TEST_F(HttpServer, WithoutADescriptorAtAllANewClientIsCutOffAndLaterOnesAreServed) {
@@ -648,7 +659,7 @@ TEST_F(HttpServer, WithoutADescriptorAtAllANewClientIsCutOffAndLaterOnesAreServe
     {
         NoDescriptors none;
         none.giveBackOne();
-        EXPECT_TRUE(connect().isClosedWithin(5s));
+        EXPECT_TRUE(connect().isClosedWithin(patience));
     }
     EXPECT_EQ(bodyOf(ask(post("served"))), "served");
 }
@@ -691,7 +702,7 @@ TEST_F(HttpServer, StoppingWaitsForTheAnswerUnderWay) {
     slow.send(post("wait"));
     handler.waitForWaiting(1);
     server->stop();
-    EXPECT_TRUE(idle.isClosedWithin(5s));
+    EXPECT_TRUE(idle.isClosedWithin(patience));
     handler.release();
     const std::string answer = slow.readAnswer();
     EXPECT_EQ(bodyOf(answer), "wait");
@@ -847,7 +858,7 @@ TEST_F(TlsServer, DropsClientsWithoutTls) {
     start();
     SocketClient client = connect();
     client.send(post("hello"));
-    EXPECT_TRUE(client.isClosedWithin(5s));
+    EXPECT_TRUE(client.isClosedWithin(patience));
     EXPECT_EQ(bodyOf(askOverTls(server->port(), post("hello", "Connection: close\r\n"))), "hello");
 }
 

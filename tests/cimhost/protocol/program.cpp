@@ -79,7 +79,7 @@ std::string Process::errors() {
 }
 
 bool Process::hasError(const std::string& text) {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (errors().find(text) == std::string::npos) {
         if (std::chrono::steady_clock::now() > until) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));

@@ -14,7 +14,7 @@ namespace cimhost::testing_support {
 
 namespace {
 
-constexpr std::chrono::seconds patience{10};
+constexpr std::chrono::seconds patience{60};
 constexpr std::string_view headEnd = "\r\n\r\n";
 
 } // namespace

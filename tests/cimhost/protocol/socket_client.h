@@ -24,7 +24,7 @@ public:
     void endSending() const;
 
     /// One whole answer: head, and as many bytes as its Content-Length says. What has come until then if the other side
-    /// closes or nothing comes for ten seconds.
+    /// closes or nothing comes for a minute.
     std::string readAnswer();
 
     /// What comes, up to the end that is looked for and with it, or so many bytes; fewer as above.

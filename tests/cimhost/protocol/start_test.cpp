@@ -28,7 +28,7 @@ constexpr int endedBySignal = -1;
 /// The program's exit status; one that has not ended after a long time fails the test and is ended.
 int statusOf(Process& program) {
     auto ended = std::async(std::launch::async, [&program] { return program.wait(); });
-    if (ended.wait_for(std::chrono::seconds(30)) == std::future_status::timeout) {
+    if (ended.wait_for(std::chrono::seconds(60)) == std::future_status::timeout) {
         ADD_FAILURE() << "it goes on";
         program.signal(SIGKILL);
     }

@@ -297,10 +297,11 @@ void Connection::noteUntaken() {
 }
 
 void Connection::takeAnswer(Response finished) {
+    if (finished.receipt) noteIfLeft();
     if (!awaited) return;
-    const bool isLost = !*awaited;
+    isDoubtful = !*awaited;
     endWaiting();
-    write(std::move(finished), closesBehindAnswer || isLost);
+    write(std::move(finished), closesBehindAnswer || isDoubtful);
 }
 
 void Connection::beginAnswer(Response started, std::shared_ptr<Backlog> untaken) {
@@ -425,6 +426,25 @@ void Connection::onPartsWritten(error_code error, std::size_t bytes) {
 }
 
 void Connection::onWritten() {
+    if (isDoubtful && response.receipt) return awaitReceipt(Clock::now() + limits().linger);
+    response.receipt.confirm();
+    endWriting();
+}
+
+// Whoever has closed his side may still read. If he does not, his system answers to the bytes that he is gone.
+void Connection::awaitReceipt(Clock::time_point end) {
+    constexpr std::chrono::milliseconds untilNextLook{10};
+    const int handle = stream->socket().native_handle();
+    if (isClosed || isBroken(handle) || Clock::now() >= end) return close();
+    if (!hasUntakenBytes(handle)) {
+        response.receipt.confirm();
+        return endWriting();
+    }
+    auto timer = std::make_shared<asio::steady_timer>(host.io, untilNextLook);
+    timer->async_wait([self = shared_from_this(), timer, end](error_code) { self->awaitReceipt(end); });
+}
+
+void Connection::endWriting() {
     response = {};
     if (!closing) return waitForNext();
     enter(Phase::writing);

@@ -89,6 +89,9 @@ private:
     void writeParts(const Stream::Parts& parts);
     void onPartsWritten(error_code error, std::size_t bytes);
     void onWritten();
+    void endWriting();
+    // Of a client that has closed his side: has his system taken the answer?
+    void awaitReceipt(Clock::time_point end);
     void discardRest();
 
     ConnectionHost& host;
@@ -113,6 +116,7 @@ private:
     Clock::time_point writeEnd;
     bool closing = false;
     bool unread = false;
+    bool isDoubtful = false; // whether the client is there to take the answer
 
     // An answer that leaves in pieces; these are empty at all other times.
     std::shared_ptr<Backlog> backlog;

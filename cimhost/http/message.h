@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cimhost/byte_buffer.h"
+#include "cimhost/receipt.h"
 
 #include <string>
 #include <string_view>
@@ -32,6 +33,7 @@ struct Response {
     ByteBuffer body;
     /// What tells the same behind the pieces of another answer that has begun to leave; empty: nothing can.
     std::vector<Field> trailers = {};
+    Receipt receipt = {};
 };
 
 /// A short answer in plain text.

@@ -115,9 +115,17 @@ bool hasUntakenBytes(int socket) {
     return ::ioctl(socket, SIOCOUTQ, &bytes) == 0 && bytes > 0;
 }
 
-bool isClosedByPeer(int socket) {
-    pollfd asked{socket, POLLRDHUP, 0};
-    return ::poll(&asked, 1, 0) > 0 && (asked.revents & (POLLRDHUP | POLLHUP | POLLERR | POLLNVAL)) != 0;
+namespace {
+
+bool tells(int socket, short events) {
+    pollfd asked{socket, events, 0};
+    return ::poll(&asked, 1, 0) > 0 && (asked.revents & (events | POLLHUP | POLLERR | POLLNVAL)) != 0;
 }
+
+} // namespace
+
+bool isClosedByPeer(int socket) { return tells(socket, POLLRDHUP); }
+
+bool isBroken(int socket) { return tells(socket, 0); }
 
 } // namespace cimhost::http

@@ -88,6 +88,9 @@ private:
 /// True if the other end of a connection has closed its side or the connection is broken, whatever it sent before.
 bool isClosedByPeer(int socket);
 
+/// True once the other end has answered that it takes no bytes.
+bool isBroken(int socket);
+
 /// Whether bytes that were sent have not arrived at the other side, or lie there until somebody reads others first.
 bool hasUntakenBytes(int socket);
 

@@ -24,6 +24,7 @@ struct Call {
     ChangeNote& change;
     PullSessions& pulls;
     AnswerPieces& pieces;
+    std::string& context; ///< of the enumeration that the answer leaves open; empty: none
 };
 
 /// The path that a parameter names, in the namespace of the request. Namespace and class are judged before the keys: a

@@ -261,7 +261,7 @@ CimError errorOf(const std::exception& failure) {
 Dispatcher::Dispatcher(Operations& behind, Broker& owner, AuditLog* changes, std::size_t most,
                        const PullOptions& pullOptions)
     : operations(behind), broker(owner), audit(changes), longestAnswer(most), tags(behind.repository()),
-      sessions(pullOptions) {}
+      sessions(std::make_shared<PullSessions>(pullOptions)) {}
 
 void Dispatcher::tell(const Request& request, const Caller& caller, const ChangeNote& change) const {
     if (!audit || accessFor(request) == Access::read) return;
@@ -271,6 +271,14 @@ void Dispatcher::tell(const Request& request, const Caller& caller, const Change
 }
 
 namespace {
+
+// Nobody else could ask for an enumeration whose context does not reach its client.
+Receipt receiptFor(const std::string& context, std::weak_ptr<PullSessions> sessions) {
+    if (context.empty()) return {};
+    return Receipt([context, from = std::move(sessions)] {
+        if (const std::shared_ptr<PullSessions> all = from.lock()) all->end(context);
+    });
+}
 
 // What stands around the answer to one operation.
 class Message {
@@ -323,22 +331,25 @@ Dispatcher::Answer Dispatcher::answer(const Request& request, Caller caller, Out
     if (!caller.calledNamespace.empty()) encoder.showNamespaceAs(request.nameSpace, caller.calledNamespace);
     ChangeNote change{objectOf(request)};
     std::optional<CimError> error;
+    std::string context;
     try {
         RequestScope scope(broker);
-        runOperation({operations, scope, request, caller, encoder, change, sessions, pieces});
+        runOperation({operations, scope, request, caller, encoder, change, *sessions, pieces, context});
         message.end();
     } catch (const ByteBuffer::Full&) {
         error = tooLong();
     } catch (const std::exception& failure) {
         error = errorOf(failure);
     }
+    Receipt receipt = receiptFor(context, sessions);
     if (error) {
+        receipt = {};
         document = refuse(request, *error);
         change.result = statusName(error->code);
     }
     tell(request, caller, change);
     if (!pieces.hasBegun()) lastSize.store(document.size() + document.size() / 8, std::memory_order_relaxed);
-    return {std::move(document), std::move(error)};
+    return {std::move(document), std::move(error), std::move(receipt)};
 }
 
 ByteBuffer Dispatcher::refuse(const Request& request, const CimError& error) const {

@@ -3,6 +3,7 @@
 
 #include "cimhost/cimxml/encoder.h"
 #include "cimhost/cimxml/request.h"
+#include "cimhost/receipt.h"
 #include "cimhost/service/answer_pieces.h"
 #include "cimhost/service/audit.h"
 #include "cimhost/service/change_note.h"
@@ -11,6 +12,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -32,14 +34,18 @@ public:
     /// does. caller.flags are set from the request's parameters. Who asks by a further name of a namespace reads that
     /// name in all paths of the answer.
     ByteBuffer handle(const cimxml::Request& request, Caller caller) {
-        return carryOut(request, std::move(caller), nullptr).document;
+        Answer answer = carryOut(request, std::move(caller), nullptr);
+        answer.receipt.confirm();
+        return std::move(answer.document);
     }
 
     /// The same, with the error that the message tells. An answer with many objects may leave through the outlet as it
     /// is made; then the document is its last piece, or of no use if there is an error, as the first pieces have left.
+    /// An enumeration that it leaves open ends with its receipt, if that is not confirmed.
     struct Answer {
         ByteBuffer document;
         std::optional<CimError> error;
+        Receipt receipt = {};
 
         [[nodiscard]] CMPIrc status() const { return error ? error->code : CMPI_RC_OK; }
     };
@@ -60,7 +66,7 @@ public:
     [[nodiscard]] std::string_view aloneAs(const cimxml::Request& request) const;
 
     /// What clients read in several answers.
-    [[nodiscard]] const PullSessions& pulls() const noexcept { return sessions; }
+    [[nodiscard]] const PullSessions& pulls() const noexcept { return *sessions; }
 
 private:
     Answer answer(const cimxml::Request& request, Caller caller, Outlet* outlet);
@@ -72,8 +78,8 @@ private:
     AuditLog* audit;
     const std::size_t longestAnswer;
     cimxml::TagTable tags;
-    PullSessions sessions;
-    std::atomic<std::size_t> lastSize = 4096; // answers resemble each other: room for the next one
+    const std::shared_ptr<PullSessions> sessions; // answers under way may outlive the dispatcher
+    std::atomic<std::size_t> lastSize = 4096;     // answers resemble each other: room for the next one
 };
 
 } // namespace cimhost

@@ -194,7 +194,9 @@ private:
 void giveTo(http::Reply& reply, ReplyOutlet& outlet, std::optional<Dispatcher::Answer> answer) {
     if (!answer) return reply.send(http::textResponse(500, "the request could not be answered"));
     if (outlet.hasBegun()) return outlet.end(std::move(*answer));
-    reply.send(responseWith(std::move(answer->document)));
+    http::Response response = responseWith(std::move(answer->document));
+    response.receipt = std::move(answer->receipt);
+    reply.send(std::move(response));
 }
 
 // A message for the provider. Keeps the message until the last thread is done with it.
@@ -295,7 +297,10 @@ class KeptReply final : public http::Reply {
 public:
     explicit KeptReply(http::Response& place) : kept(place) {}
 
-    void send(http::Response answer) override { kept = std::move(answer); }
+    void send(http::Response answer) override {
+        answer.receipt.confirm();
+        kept = std::move(answer);
+    }
     bool isAwaited() const override { return true; }
 
 private:

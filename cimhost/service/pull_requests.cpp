@@ -49,7 +49,8 @@ std::uint32_t requiredCount(const Request& request) {
 void appendOutput(const Call& call, std::unique_ptr<PullSession> session) {
     const bool isEnd = !session;
     call.encoder.raw("<PARAMVALUE NAME=\"EnumerationContext\" PARAMTYPE=\"string\"><VALUE>");
-    if (session) call.encoder.raw(call.pulls.keep(std::move(session)));
+    if (session) call.context = call.pulls.keep(std::move(session));
+    call.encoder.raw(call.context);
     call.encoder.raw("</VALUE></PARAMVALUE><PARAMVALUE NAME=\"EndOfSequence\" PARAMTYPE=\"boolean\"><VALUE>");
     call.encoder.raw(isEnd ? "TRUE" : "FALSE");
     call.encoder.raw("</VALUE></PARAMVALUE>");

@@ -176,6 +176,13 @@ std::unique_ptr<PullSession> PullSessions::take(const std::string& context, cons
     return remove(found);
 }
 
+void PullSessions::end(const std::string& context) noexcept {
+    std::unique_ptr<PullSession> ended;
+    const std::lock_guard lock(mutex);
+    const auto found = kept.find(context);
+    if (found != kept.end()) ended = remove(found);
+}
+
 std::unique_ptr<PullSession> PullSessions::remove(std::unordered_map<std::string, Kept>::iterator place) {
     std::unique_ptr<PullSession> session = std::move(place->second.session);
     deadlines.erase({place->second.deadline, place->first});

@@ -115,6 +115,9 @@ public:
     /// session of somebody else, of another namespace or of another kind, which stays as it is.
     [[nodiscard]] std::unique_ptr<PullSession> take(const std::string& context, const PullOwner& asking);
 
+    /// Ends the session of that name, if it is still kept: its client never came to know the name.
+    void end(const std::string& context) noexcept;
+
     struct Figures {
         std::size_t sessions = 0;
         std::size_t bytes = 0;

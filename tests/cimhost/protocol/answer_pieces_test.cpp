@@ -1,7 +1,11 @@
 // What a client sees of a large answer, on the wire: it leaves in chunks while the provider still delivers, if the
 // client said that it reads trailers, and whole otherwise; and nobody pays for a client that reads slowly or not at
 // all.
+#include "becomes_true.h"
+#include "certificate.h"
 #include "socket_client.h"
+#include "temporary_file.h"
+#include "tls_client.h"
 
 #include "cimhost/http/server.h"
 #include "cimhost/service/call_queue.h"
@@ -29,6 +33,9 @@ namespace {
 using namespace std::chrono_literals;
 using testing::HasSubstr;
 using testing::Not;
+using testing_support::askOverTls;
+using testing_support::askOverTlsAndLeave;
+using testing_support::becomesTrue;
 using testing_support::bodyOf;
 using testing_support::SocketClient;
 using testing_support::statusOf;
@@ -205,8 +212,27 @@ struct ChunkedAnswer {
     bool isWhole = false;
 };
 
+/// What has come already, read as a SocketClient reads.
+class Received {
+public:
+    explicit Received(std::string text) : rest(std::move(text)) {}
+
+    std::string readUntil(std::string_view end) {
+        return readBytes(std::min(rest.size(), rest.find(end)) + end.size());
+    }
+    std::string readBytes(std::size_t count) {
+        std::string bytes = rest.substr(0, count);
+        rest.erase(0, count);
+        return bytes;
+    }
+
+private:
+    std::string rest;
+};
+
 /// False at the last chunk, or if there is none.
-bool readChunk(SocketClient& client, ChunkedAnswer& answer) {
+template <typename Client>
+bool readChunk(Client& client, ChunkedAnswer& answer) {
     const std::string line = client.readUntil("\r\n");
     if (line.size() < 3) return false;
     const std::size_t size = std::stoul(line, nullptr, 16);
@@ -221,7 +247,8 @@ bool readChunk(SocketClient& client, ChunkedAnswer& answer) {
     return client.readBytes(2) == "\r\n";
 }
 
-ChunkedAnswer readChunked(SocketClient& client) {
+template <typename Client>
+ChunkedAnswer readChunked(Client& client) {
     ChunkedAnswer answer;
     answer.head = client.readUntil("\r\n\r\n");
     EXPECT_THAT(answer.head, HasSubstr("\r\nTransfer-Encoding: chunked\r\n"));
@@ -530,6 +557,131 @@ TEST_F(AnswerInPieces, AllBytesAreCounted) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     EXPECT_GT(options.traffic->sentBytes, wanted);
     EXPECT_EQ(options.traffic->answers[200], 2U);
+}
+
+std::string number(const std::string& name, std::size_t value) {
+    return "<IPARAMVALUE NAME=\"" + name + "\"><VALUE>" + std::to_string(value) + "</VALUE></IPARAMVALUE>";
+}
+
+const std::string openWithTen =
+    callOf("OpenEnumerateInstances", "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"T_Port\"/></IPARAMVALUE>" +
+                                         number("MaxObjectCount", 10) + number("OperationTimeout", 300));
+
+std::string pull(const std::string& context, std::size_t most) {
+    return callOf("PullInstancesWithPath", "<IPARAMVALUE NAME=\"EnumerationContext\"><VALUE>" + context +
+                                               "</VALUE></IPARAMVALUE>" + number("MaxObjectCount", most));
+}
+
+std::string contextOf(const std::string& answer) {
+    constexpr std::string_view before = "\"EnumerationContext\" PARAMTYPE=\"string\"><VALUE>";
+    const std::size_t at = answer.find(before);
+    return at == std::string::npos
+               ? ""
+               : answer.substr(at + before.size(), answer.find('<', at + before.size()) - at - before.size());
+}
+
+std::size_t countOf(const std::string& text, std::string_view part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size()))
+        ++count;
+    return count;
+}
+
+class PulledOnTheWire : public AnswerInPieces {
+protected:
+    std::size_t openCount() const { return dispatcher->pulls().figures().sessions; }
+};
+
+TEST_F(PulledOnTheWire, WhatItsClientDidNotWaitForIsEnded) {
+    source.waitsAt = 200;
+    start();
+    {
+        const SocketClient gone = ask(openWithTen);
+        ASSERT_TRUE(source.waitUntilHeld());
+        EXPECT_EQ(openCount(), 1U);
+    }
+    source.release();
+    ASSERT_TRUE(source.waitForCalls(1));
+    EXPECT_TRUE(becomesTrue([&] { return openCount() == 0; }));
+    EXPECT_EQ(dispatcher->pulls().figures().bytes, 0U);
+}
+
+TEST_F(PulledOnTheWire, AClientThatSendsNothingMoreOnItsConnectionPullsOnAnother) {
+    source.waitsAt = 200;
+    start();
+    SocketClient client = ask(openWithTen);
+    ASSERT_TRUE(source.waitUntilHeld());
+    client.endSending();
+    source.release();
+    const std::string context = contextOf(client.readAnswer());
+    EXPECT_TRUE(client.isClosedWithin(generous));
+    EXPECT_EQ(openCount(), 1U);
+    EXPECT_EQ(countOf(askWhole(pull(context, 1'000)), "<VALUE.INSTANCEWITHPATH>"), 290U);
+    EXPECT_EQ(openCount(), 0U);
+}
+
+class OverTls : public PulledOnTheWire {
+protected:
+    OverTls() {
+        testing_support::makeCertificate(certificate.path, key.path);
+        options.tls = http::Tls{certificate.path, key.path};
+    }
+
+    std::string ask(const std::string& body, const std::string& fields) const {
+        return askOverTls(server->port(), post(body, fields));
+    }
+
+    const std::string onlyOne = "Connection: close\r\n";
+    const std::string inPieces = "TE: trailers\r\nConnection: close, TE\r\n";
+    testing_support::TemporaryFile certificate;
+    testing_support::TemporaryFile key;
+};
+
+TEST_F(OverTls, AnAnswerLeavesInChunksOfTheSameBytes) {
+    start();
+    const std::string whole = bodyOf(ask(enumerateAll, onlyOne));
+    ASSERT_GT(whole.size(), 1'000'000U);
+    Received received(ask(enumerateAll, inPieces));
+    const ChunkedAnswer answer = readChunked(received);
+    EXPECT_TRUE(answer.isWhole);
+    EXPECT_EQ(answer.trailers, "");
+    EXPECT_GT(answer.chunks, 2U);
+    EXPECT_TRUE(answer.body == whole);
+}
+
+TEST_F(OverTls, AnErrorBehindTheFirstBytesStandsInTheTrailers) {
+    source.failsAt = 250;
+    start();
+    Received received(ask(enumerateAll, inPieces));
+    const ChunkedAnswer answer = readChunked(received);
+    EXPECT_TRUE(answer.isWhole);
+    EXPECT_THAT(answer.trailers, HasSubstr("CIMStatusCode: 6\r\n"));
+}
+
+TEST_F(OverTls, AReaderThatLeavesInTheMiddleEndsHisAnswer) {
+    source.count = 20'000;
+    source.waitsAt = 400;
+    start();
+    EXPECT_EQ(statusOf(askOverTlsAndLeave(server->port(), post(enumerateAll, inPieces), 300'000)), 200);
+    EXPECT_TRUE(becomesTrue([&] { return options.traffic->disconnections == 1; }));
+    source.release();
+    ASSERT_TRUE(source.waitForCalls(1));
+    EXPECT_LT(source.delivered, source.count) << "what nobody waits for is not delivered to its end";
+    EXPECT_THAT(ask(ofClass("EnumerateInstances", "T_Other"), onlyOne), HasSubstr("T_Other"));
+}
+
+TEST_F(OverTls, AnEnumerationIsPulledToItsEnd) {
+    start();
+    std::string answer = ask(openWithTen, onlyOne);
+    std::string all = bodyOf(answer);
+    for (int pulls = 0; answer.find("<VALUE>TRUE</VALUE>") == std::string::npos && pulls < 10; ++pulls) {
+        answer = ask(pull(contextOf(answer), 100), onlyOne);
+        all += bodyOf(answer);
+    }
+    EXPECT_EQ(countOf(all, "<VALUE.INSTANCEWITHPATH>"), 300U);
+    for (int id = 0; id < 300; ++id)
+        EXPECT_EQ(countOf(all, "<KEYVALUE VALUETYPE=\"string\">" + std::to_string(id) + "</KEYVALUE>"), 1U) << id;
+    EXPECT_EQ(openCount(), 0U);
 }
 
 } // namespace

@@ -5,7 +5,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <cstddef>
+#include <memory>
 #include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace cimhost {
 namespace {
@@ -24,6 +31,27 @@ const std::string start =
     "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
     "<METHODCALL NAME=\"Start\"><LOCALCLASSPATH><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root/ns\"/>"
     "</LOCALNAMESPACEPATH><CLASSNAME NAME=\"T_Port\"/></LOCALCLASSPATH></METHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+
+std::string callOf(const std::string& method, const std::string& parameters) {
+    return "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\"><SIMPLEREQ>"
+           "<IMETHODCALL NAME=\"" +
+           method + "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root/ns\"/></LOCALNAMESPACEPATH>" + parameters +
+           "</IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+}
+
+const std::string openPorts = callOf("OpenEnumerateInstances", testing_support::className("T_Port"));
+
+// What continues an enumeration.
+std::string pullOf(const http::Response& opened, std::size_t count) {
+    const std::string answer(opened.body.view());
+    const std::string before = "NAME=\"EnumerationContext\" PARAMTYPE=\"string\"><VALUE>";
+    const std::size_t place = answer.find(before);
+    EXPECT_NE(place, std::string::npos) << answer;
+    return callOf("PullInstancesWithPath",
+                  testing_support::parameter("EnumerationContext",
+                                             "<VALUE>" + answer.substr(place + before.size(), 32) + "</VALUE>") +
+                      testing_support::parameter("MaxObjectCount", "<VALUE>" + std::to_string(count) + "</VALUE>"));
+}
 
 struct Exchange {
     std::string name;
@@ -54,6 +82,15 @@ protected:
         if (auto refused = endpoint.refuse(head)) return std::move(*refused);
         return endpoint.answer(request);
     }
+
+    /// As from a connection, which tells whether the answer has arrived.
+    http::Response answered(const std::string& body) {
+        http::Response response;
+        endpoint.answerTo({"POST", "/cimom", {{"CIMOperation", "MethodCall"}}, body, "anna"},
+                          std::make_shared<TestReply>([&](http::Response answer) { response = std::move(answer); }));
+        return response;
+    }
+    std::size_t openCount() const { return host.dispatcher->pulls().figures().sessions; }
 
     static std::string fieldOf(const http::Response& response, std::string_view name) {
         for (const http::Field& field : response.fields) {
@@ -87,24 +124,45 @@ TEST_F(EndpointTest, TheHostIsEscaped) {
 }
 
 TEST_F(EndpointTest, AnEnumerationBelongsToTheUserWhoOpenedIt) {
-    const auto ask = [&](const std::string& user, const std::string& method, const std::string& parameters) {
-        const std::string body = "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" "
-                                 "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><IMETHODCALL NAME=\"" +
-                                 method + "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root/ns\"/></LOCALNAMESPACEPATH>" +
-                                 parameters + "</IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
-        return std::string(exchange({"POST", "/cimom", {{"CIMOperation", "MethodCall"}}, body, user}).body.view());
+    const auto ask = [&](const std::string& user, const std::string& body) {
+        return exchange({"POST", "/cimom", {{"CIMOperation", "MethodCall"}}, body, user});
     };
-    const std::string opened = ask("anna", "OpenEnumerateInstances", testing_support::className("T_Port"));
-    const std::string before = "NAME=\"EnumerationContext\" PARAMTYPE=\"string\"><VALUE>";
-    const std::size_t place = opened.find(before);
-    ASSERT_NE(place, std::string::npos) << opened;
-    const std::string parameters =
-        testing_support::parameter("EnumerationContext",
-                                   "<VALUE>" + opened.substr(place + before.size(), 32) + "</VALUE>") +
-        testing_support::parameter("MaxObjectCount", "<VALUE>10</VALUE>");
-    EXPECT_THAT(ask("berta", "PullInstancesWithPath", parameters), HasSubstr("<ERROR CODE=\"21\""));
-    EXPECT_THAT(ask("", "PullInstancesWithPath", parameters), HasSubstr("<ERROR CODE=\"21\""));
-    EXPECT_THAT(ask("anna", "PullInstancesWithPath", parameters), HasSubstr("<VALUE.INSTANCEWITHPATH>"));
+    const std::string pull = pullOf(ask("anna", openPorts), 10);
+    const auto told = [&](const std::string& user) { return std::string(ask(user, pull).body.view()); };
+    EXPECT_THAT(told("berta"), HasSubstr("<ERROR CODE=\"21\""));
+    EXPECT_THAT(told(""), HasSubstr("<ERROR CODE=\"21\""));
+    EXPECT_THAT(told("anna"), HasSubstr("<VALUE.INSTANCEWITHPATH>"));
+}
+
+TEST_F(EndpointTest, AnEnumerationEndsWithTheAnswerThatNobodyReceived) {
+    {
+        const http::Response opened = answered(openPorts);
+        EXPECT_TRUE(opened.receipt);
+        EXPECT_EQ(openCount(), 1U);
+    }
+    EXPECT_EQ(openCount(), 0U);
+    EXPECT_EQ(host.dispatcher->pulls().figures().bytes, 0U);
+}
+
+TEST_F(EndpointTest, AnEnumerationEndsWhereItsClientHasAnotherAnswerAlready) {
+    const auto reply = std::make_shared<TestReply>([](http::Response) {});
+    reply->send({});
+    endpoint.answerTo({"POST", "/cimom", {{"CIMOperation", "MethodCall"}}, openPorts, ""}, reply);
+    EXPECT_EQ(openCount(), 0U);
+}
+
+TEST_F(EndpointTest, AnEnumerationStaysWhereItsAnswersArrive) {
+    http::Response opened = answered(openPorts);
+    opened.receipt.confirm();
+    {
+        http::Response pulled = answered(pullOf(opened, 1));
+        pulled.receipt.confirm();
+        opened = std::move(pulled);
+    }
+    EXPECT_EQ(openCount(), 1U);
+    answered(pullOf(opened, 1)); // lost on its way
+    EXPECT_EQ(openCount(), 0U);
+    EXPECT_FALSE(answered(enumerateNames).receipt) << "nobody need hear of that";
 }
 
 TEST_F(EndpointTest, AMessageInPiecesIsAnsweredAsAWholeOne) {

@@ -1,6 +1,8 @@
+#include "becomes_true.h"
 #include "certificate.h"
 #include "socket_client.h"
 #include "temporary_file.h"
+#include "tls_client.h"
 
 #include "cimhost/http/login_gate.h"
 #include "cimhost/http/server.h"
@@ -30,21 +32,14 @@ namespace cimhost::http {
 namespace {
 
 using namespace std::chrono_literals;
+using testing_support::askOverTls;
+using testing_support::becomesTrue;
 using testing_support::bodyOf;
 using testing_support::post;
 using testing_support::SocketClient;
 using testing_support::statusOf;
 
 constexpr auto patience = 60s; // for what comes at once on a machine that has time
-
-bool becomesTrue(const std::function<bool()>& condition) {
-    const auto until = std::chrono::steady_clock::now() + patience;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > until) return false;
-        std::this_thread::sleep_for(1ms);
-    }
-    return true;
-}
 
 // Answers with the body it got; waits first where a test wants a slow provider.
 class EchoHandler : public Handler {
@@ -831,20 +826,6 @@ protected:
     testing_support::TemporaryFile certificate;
     testing_support::TemporaryFile key;
 };
-
-std::string askOverTls(std::uint16_t port, const std::string& request) {
-    const std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> context(SSL_CTX_new(TLS_client_method()), SSL_CTX_free);
-    const std::unique_ptr<BIO, decltype(&BIO_free_all)> connection(BIO_new_ssl_connect(context.get()), BIO_free_all);
-    BIO_set_conn_hostname(connection.get(), ("127.0.0.1:" + std::to_string(port)).c_str());
-    if (BIO_do_connect(connection.get()) != 1) return "";
-    BIO_write(connection.get(), request.data(), static_cast<int>(request.size()));
-    std::string answer;
-    std::array<char, 4096> bytes;
-    for (int count = 0; (count = BIO_read(connection.get(), bytes.data(), bytes.size())) > 0;) {
-        answer.append(bytes.data(), static_cast<std::size_t>(count));
-    }
-    return answer;
-}
 
 TEST_F(TlsServer, AnswersARequest) {
     start();

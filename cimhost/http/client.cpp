@@ -345,7 +345,9 @@ void AsyncClient::State::fail(const std::string& name, error_code error) {
     close();
     const bool isOutOfTime = error == beast::error::timeout;
     if (std::exchange(isKept, false) && !hasAnswer && !isOutOfTime && !isAborted) return begin();
-    finish({{}, name + ": " + (isOutOfTime ? "no answer in time" : error.message())});
+    ClientResult result; // by name: GCC 12 takes an unnamed one's text for one that was never made, from -O3 on
+    result.error = name + ": " + (isOutOfTime ? "no answer in time" : error.message());
+    finish(std::move(result));
 }
 
 void AsyncClient::State::finish(ClientResult result) {

@@ -62,17 +62,24 @@ build_with() { # build_with NAME PACKAGE
         grep -c ' T Merolt_CNA_Provider_Create_')"
 }
 
-# Loaded, it answers: texts in arrays, and associations, which read keys.
+cat >"$scratch/facts.json" <<'END'
+{ "cards": [ { "serialNumber": "S1", "ports": [ { "ethernet": { "macAddress": "02:00:00:00:00:07", "facts": {
+    "interfaceName": "ens1f0", "autoNegotiation": false, "linkSpeed": 100000000000,
+    "supportedLinkSpeeds": [25000000000, 100000000000], "usedBy": ["bond0 (bond, active, up)", "vlan 7"] } } } ] } ] }
+END
+
+# Loaded, it answers: texts in arrays, associations, which read keys, and facts of each type.
+ask() { # ask NAME FLEET QUESTION...
+    run env TAVIK_SOURCE="fleet:$2" MEROLT_CNA_INSTALL_LOCATION="$scratch" \
+        "$build_folder/bin/cimhost" --mof "$build_folder/share/merolt-cna-provider/mof" \
+        --provider "$build_folder/system_cmpi/$1/lib/libMerolt_CNA_Provider.so" "${@:3}"
+    check "$1: status of ${*:3}" 0 "$status"
+    answers+=("$output")
+}
 ask_through() { # ask_through NAME
-    local question
-    for question in "enumerate Merolt_FCHBA_ObjectManager" tree; do
-        # shellcheck disable=SC2086
-        run env TAVIK_SOURCE="fleet:$source_folder/tavik/fleets/demo.json" MEROLT_CNA_INSTALL_LOCATION="$scratch" \
-            "$build_folder/bin/cimhost" --mof "$build_folder/share/merolt-cna-provider/mof" \
-            --provider "$build_folder/system_cmpi/$1/lib/libMerolt_CNA_Provider.so" $question
-        check "$1: status of $question" 0 "$status"
-        answers+=("$output")
-    done
+    ask "$1" "$source_folder/tavik/fleets/demo.json" enumerate Merolt_FCHBA_ObjectManager
+    ask "$1" "$source_folder/tavik/fleets/demo.json" tree
+    ask "$1" "$scratch/facts.json" enumerate Merolt_NIC_EthernetPort2 --json
 }
 
 with=$build_folder/system_cmpi/with
@@ -83,8 +90,13 @@ ask_through with
 ask_through with_other
 check_contains "an object" "Pegasus CIM Server" "${answers[0]}"
 check_contains "a tree" "storage port" "${answers[1]}"
-check "the same object" "${answers[0]}" "${answers[2]}"
-check "the same tree" "${answers[1]}" "${answers[3]}"
+for fact in '"InterfaceName":"ens1f0"' '"AutoNegotiation":false' '"LinkSpeed":100000000000' \
+    '"SupportedLinkSpeeds":[25000000000,100000000000]' '"UsedBy":["bond0 (bond, active, up)","vlan 7"]'; do
+    check_contains "facts" "$fact" "$(sed -e ':a; N; $!ba; s/\n *//g; s/": /":/g' <<<"${answers[2]}")"
+done
+check "the same object" "${answers[0]}" "${answers[3]}"
+check "the same tree" "${answers[1]}" "${answers[4]}"
+check "the same facts" "${answers[2]}" "${answers[5]}"
 DESTDIR=$scratch/root run cmake --install "$with" --prefix /usr --component provider
 check "installing the provider alone" 0 "$status"
 if [[ $status -ne 0 ]]; then printf '%s\n' "$output" | tail -5; fi

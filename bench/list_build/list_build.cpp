@@ -1,5 +1,5 @@
 // How long it takes to build all lists, at start and in a refresh, by the number of ports: in milliseconds and per
-// port, with the lists whose walk is nested by design beside those that grow with the ports alone.
+// port, with those of single lists.
 #include "classes/physical/physical_connector.h"
 #include "classes/physical/physical_package.h"
 #include "classes/storage/fc_port.h"
@@ -71,15 +71,14 @@ LIST_BENCHMARK("first build of all lists", merolt::buildListsAtStart, merolt::cl
 LIST_BENCHMARK("refresh of all lists", merolt::buildListsInRefresh, merolt::clearLists);
 LIST_BENCHMARK("CNA list", merolt::Initialize_CNA_List, merolt::Clear_CNA_List);
 LIST_BENCHMARK("FCPort", merolt::storage::buildFCPortList, merolt::storage::clearFCPortList);
-LIST_BENCHMARK("PortController (nested)", merolt::storage::buildPortControllerList,
-               merolt::storage::clearPortControllerList);
-LIST_BENCHMARK("LogicalPortGroup (nested)", merolt::storage::buildLogicalPortGroupList,
+LIST_BENCHMARK("PortController", merolt::storage::buildPortControllerList, merolt::storage::clearPortControllerList);
+LIST_BENCHMARK("LogicalPortGroup", merolt::storage::buildLogicalPortGroupList,
                merolt::storage::clearLogicalPortGroupList);
-LIST_BENCHMARK("PhysicalPackage (nested)", merolt::physical::buildPhysicalPackageList,
+LIST_BENCHMARK("PhysicalPackage", merolt::physical::buildPhysicalPackageList,
                merolt::physical::clearPhysicalPackageList);
-LIST_BENCHMARK("PhysicalConnector (nested)", merolt::physical::buildPhysicalConnectorList,
+LIST_BENCHMARK("PhysicalConnector", merolt::physical::buildPhysicalConnectorList,
                merolt::physical::clearPhysicalConnectorList);
-LIST_BENCHMARK("SoftwareIdentity (nested)", merolt::software::buildSoftwareIdentityList,
+LIST_BENCHMARK("SoftwareIdentity", merolt::software::buildSoftwareIdentityList,
                merolt::software::clearSoftwareIdentityList);
 
 } // namespace

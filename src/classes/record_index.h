@@ -93,21 +93,23 @@ private:
     std::uint64_t build = 1;
 };
 
-/// Records by their tag, in the same letter case.
-class TagIndex {
+/// Records by one of their texts, in the same letter case.
+class RecordsByText {
 public:
+    // As RecordIndex has them.
     void startAnew(std::int32_t records) { index.startAnew(records); }
-    void add(std::string_view tag, std::int32_t record) { index.add(hashOf(tag), record); }
+    void add(std::string_view text, std::int32_t record) { index.add(hashOf(text), record); }
 
-    /// The first of the list with that tag; -1 if there is none. @param count how many records the list has now.
-    template <class Record>
-    std::int32_t find(std::string_view tag, const Record* list, std::int32_t count) const {
-        return index.find(hashOf(tag),
-                          [&](std::int32_t record) { return record < count && list[record].tag.equals(tag); });
+    /// The first record that has the text; -1 if there is none.
+    /// @param count how many records the list has now. @param field what was added of each.
+    template <class Record, class Text>
+    std::int32_t find(std::string_view text, const Record* list, std::int32_t count, Text Record::*field) const {
+        return index.find(hashOf(text),
+                          [&](std::int32_t record) { return record < count && (list[record].*field).equals(text); });
     }
 
 private:
-    static std::uint64_t hashOf(std::string_view tag) { return std::hash<std::string_view>()(tag); }
+    static std::uint64_t hashOf(std::string_view text) { return std::hash<std::string_view>()(text); }
 
     RecordIndex index;
 };

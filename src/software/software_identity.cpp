@@ -2,6 +2,7 @@
 
 #include "classes/instance.h"
 #include "classes/physical/serial_form.h"
+#include "classes/record_index.h"
 #include "classes/record_list.h"
 #include "classes/storage/serial_text.h"
 #include "classes/storage/vital_product_data.h"
@@ -14,7 +15,6 @@
 
 #include "CmpiDateTime.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -29,6 +29,7 @@ SoftwareIdentityEntry* g_softwareIdentityList = nullptr;
 namespace {
 
 RecordList<SoftwareIdentityEntry> records(g_softwareIdentityCount, g_softwareIdentityList);
+RecordsByText identities; ///< by InstanceID
 
 const char* keys[] = {"InstanceID", nullptr};
 
@@ -146,6 +147,7 @@ void addEntry(const Function& function, Kind kind, const char* host, const Fixed
     *entry = function.common;
     entry->instanceID.join(
         {host, "_", function.serialNumber.view(), "_", function.portName.view(), "_", kinds[kind].suffix});
+    identities.add(entry->instanceID.view(), *index);
     entry->serialNumber.assign(function.serialNumber.view());
     entry->version = version;
     entry->classification = kinds[kind].classification;
@@ -160,8 +162,8 @@ FixedText<128> providerVersionText() {
 }
 
 bool hasInstanceID(const FixedText<128>& instanceID) {
-    return std::any_of(g_softwareIdentityList, g_softwareIdentityList + g_softwareIdentityCount,
-                       [&](const SoftwareIdentityEntry& entry) { return entry.instanceID.equals(instanceID.view()); });
+    return identities.find(instanceID.view(), g_softwareIdentityList, g_softwareIdentityCount,
+                           &SoftwareIdentityEntry::instanceID) >= 0;
 }
 
 /// Nothing if neither the VPD nor the multi-boot image tells a version.
@@ -184,6 +186,7 @@ void addFlashImage(const Function& function, int* index) {
     if (hasInstanceID(instanceID) || !entry) return;
     *entry = function.common;
     entry->instanceID = instanceID;
+    identities.add(entry->instanceID.view(), *index);
     entry->classification = kinds[flashImage].classification;
     entry->valid = 1;
     ++*index;
@@ -291,7 +294,9 @@ void createSoftwareIdentity(TAVIK_DeviceRecord* device, int* index) {
 void buildSoftwareIdentityList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    records.make(countStorageFunctions(adapters) * entriesPerFunction);
+    const std::int32_t entries = countStorageFunctions(adapters) * entriesPerFunction;
+    identities.startAnew(entries);
+    records.make(entries);
     int index = 0;
     SystemNameOfBuild host;
     forEachStorageFunction(adapters, [&](TAVIK_DeviceRecord* device) { createIdentities(device, &index, host); });

@@ -69,16 +69,16 @@ Record tagged(std::string_view tag) {
     return record;
 }
 
-TEST(TagIndexTest, TagsAreFoundInTheirLetterCaseAmongTheRecordsThatAreThere) {
-    static TagIndex tags;
+TEST(RecordsByTextTest, TextsAreFoundInTheirLetterCaseAmongTheRecordsThatAreThere) {
+    static RecordsByText tags;
     const Record list[] = {tagged("A_1"), tagged("a_1"), tagged("B")};
     tags.startAnew(3);
     for (std::int32_t record = 0; record < 3; ++record)
         tags.add(list[record].tag.view(), record);
-    EXPECT_EQ(tags.find("A_1", list, 3), 0);
-    EXPECT_EQ(tags.find("a_1", list, 3), 1);
-    EXPECT_EQ(tags.find("b", list, 3), -1);
-    EXPECT_EQ(tags.find("B", list, 2), -1) << "the list ends before it";
+    EXPECT_EQ(tags.find("A_1", list, 3, &Record::tag), 0);
+    EXPECT_EQ(tags.find("a_1", list, 3, &Record::tag), 1);
+    EXPECT_EQ(tags.find("b", list, 3, &Record::tag), -1);
+    EXPECT_EQ(tags.find("B", list, 2, &Record::tag), -1) << "the list ends before it";
 }
 
 } // namespace

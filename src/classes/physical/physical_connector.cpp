@@ -41,10 +41,12 @@ const ListClass descriptor = {
     .enumerationSkipsInvalid = true,
 };
 
-TagIndex tags;
+RecordsByText tags;
 
 /// The record of that tag in the same letter case; -1 if there is none.
-int findTag(const char* tag) { return tags.find(tag, g_physicalConnectorList, g_physicalConnectorCount); }
+int findTag(const char* tag) {
+    return tags.find(tag, g_physicalConnectorList, g_physicalConnectorCount, &PhysicalConnectorEntry::tag);
+}
 
 /// Adds the module at the index unless its tag is already there.
 bool addConnector(const TAVIK_AdapterEntry* adapter, const TAVIK_PhyPortEntry* phyPort,
@@ -183,8 +185,8 @@ void buildPhysicalConnectorList() {
     forEachProtocolEntry(adapters, [&](TAVIK_AdapterEntry&, TAVIK_PhyPortEntry&, TAVIK_ProtocolEntry& entry) {
         if (isKnownFunction(entry)) ++functions;
     });
-    records.makeRoom(functions);
     tags.startAnew(functions);
+    records.makeRoom(functions);
     int index = 0;
     forEachProtocolEntry(adapters,
                          [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& phyPort, TAVIK_ProtocolEntry& entry) {

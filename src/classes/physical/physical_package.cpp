@@ -4,6 +4,7 @@
 #include "classes/physical/adapter_type.h"
 #include "classes/physical/nic_lookup.h"
 #include "classes/physical/serial_form.h"
+#include "classes/record_index.h"
 #include "classes/record_list.h"
 #include "classes/storage/serial_text.h"
 #include "classes/storage/vital_product_data.h"
@@ -43,12 +44,12 @@ const ListClass descriptor = {
     .valid = [](int index) { return g_physicalPackageList[index].valid != 0; },
 };
 
+/// Those of the list that is being built; an instance that is made trims the serial number of its record.
+RecordsByText cards;
+
 /// The record of that serial number in the same letter case; -1 if there is none.
 int findCard(std::string_view serialNumber) {
-    for (int index = 0; index < g_physicalPackageCount; ++index) {
-        if (g_physicalPackageList[index].serialNumber.equals(serialNumber)) return index;
-    }
-    return -1;
+    return cards.find(serialNumber, g_physicalPackageList, g_physicalPackageCount, &PhysicalPackageEntry::serialNumber);
 }
 
 FixedText<128> chooseTag(const SerialText& serial) {
@@ -158,6 +159,7 @@ void createPhysicalPackage(TAVIK_AdapterEntry* adapter, TAVIK_DeviceRecord* devi
     PhysicalPackageEntry& package = records.append();
     package.tag = chooseTag(serial);
     package.serialNumber.assign(serial.view());
+    cards.add(package.serialNumber.view(), g_physicalPackageCount - 1);
     package.model.assignField(device->modelName, sizeof(device->modelName));
     package.adapterType = adapterType(adapter->kind);
     package.isCNA = package.adapterType == adapterTypeConverged ? 1 : 0;
@@ -170,6 +172,7 @@ void createNicPhysicalPackage(TAVIK_AdapterEntry* adapter, CNACard* card, int) {
     PhysicalPackageEntry& package = records.append();
     package.tag = calcTag_Nic_PhysicalPackage(card);
     package.serialNumber.assign(card->properties.serialNumber);
+    cards.add(package.serialNumber.view(), g_physicalPackageCount - 1);
     package.model.assign(card->properties.modelName);
     package.sku = getCardFruNumber(card);
     package.isCNA = adapterType(adapter->kind) == adapterTypeConverged ? 1 : 0;
@@ -201,7 +204,9 @@ bool addPhysicalPackage(TAVIK_AdapterEntry* adapter, TAVIK_ProtocolEntry* entry,
 void buildPhysicalPackageList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    records.makeRoom(countAdapters(adapters));
+    const std::int32_t adapterCount = countAdapters(adapters);
+    cards.startAnew(adapterCount);
+    records.makeRoom(adapterCount);
     int index = 0;
     TreeWalk walk(adapters);
     for (TAVIK_AdapterEntry& adapter : walk.adapters()) {

@@ -37,10 +37,12 @@ const ListClass descriptor = {
     .enumerationSkipsInvalid = true,
 };
 
-TagIndex tags;
+RecordsByText tags;
 
 /// The record of that tag in the same letter case; -1 if there is none.
-int findTag(const char* tag) { return tags.find(tag, g_physicalPortList, g_physicalPortCount); }
+int findTag(const char* tag) {
+    return tags.find(tag, g_physicalPortList, g_physicalPortCount, &PhysicalPortEntry::tag);
+}
 
 /// The record of the jack behind an Ethernet port; -1 if there is none.
 int findRecord(CNAPort* port) {
@@ -99,8 +101,9 @@ bool createPhysicalPort(TAVIK_AdapterEntry* adapter, TAVIK_PhyPortEntry* phyPort
 void buildPhysicalPortList() {
     TAVIK_AdapterList* adapters = TAVIK_GetAdapterList();
     if (!adapters) return;
-    const std::int32_t capacity = records.makeRoom(countPhyPorts(adapters));
-    tags.startAnew(capacity);
+    const std::int32_t ports = countPhyPorts(adapters);
+    tags.startAnew(ports);
+    const std::int32_t capacity = records.makeRoom(ports);
     int index = 0;
     forEachPhyPort(adapters, [&](TAVIK_AdapterEntry& adapter, TAVIK_PhyPortEntry& port) {
         if (index < capacity && createPhysicalPort(&adapter, &port, index)) ++index;

@@ -55,9 +55,27 @@ Folders::Folders(const std::filesystem::path& root) {
     isConfinedByKernel_ = openBelow(rootFolder_->get(), ".", asPlace).opened();
 }
 
+SharedDescriptor Folders::rootFolder() const {
+    const std::lock_guard lock(mutex_);
+    return rootFolder_;
+}
+
+void Folders::follow() const {
+    if (isMachine()) return;
+    struct stat held {};
+    struct stat there {};
+    if (::stat(root_.c_str(), &there) != 0) return;
+    const bool isHeld = ::fstat(rootFolder()->get(), &held) == 0;
+    if (isHeld && held.st_dev == there.st_dev && held.st_ino == there.st_ino) return;
+    auto opened = std::make_shared<const Descriptor>(::open(root_.c_str(), asPlace | O_CLOEXEC));
+    const std::lock_guard lock(mutex_);
+    rootFolder_ = std::move(opened);
+}
+
 Attribute<SharedDescriptor> Folders::folder(const std::string& path) const {
-    if (!rootFolder_->opened()) return fileAbsence(ENOENT);
-    if (path.empty()) return rootFolder_;
+    const auto root = rootFolder();
+    if (!root->opened()) return fileAbsence(ENOENT);
+    if (path.empty()) return root;
     return open(path, asPlace);
 }
 
@@ -72,7 +90,7 @@ Attribute<std::uint8_t> Folders::kind(const std::string& path) const {
 
 Attribute<SharedDescriptor> Folders::open(const std::string& path, int flags) const {
     if (!isConfinedByKernel_) return openByName(path, flags);
-    return shared(openBelow(rootFolder_->get(), path.c_str(), flags));
+    return shared(openBelow(rootFolder()->get(), path.c_str(), flags));
 }
 
 Attribute<SharedDescriptor> Folders::openByName(const std::string& path, int flags) const {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -46,13 +47,18 @@ public:
 
     const std::filesystem::path& root() const { return root_; }
 
+    /** A root that was deleted or moved away, and made again under its name, is the new one from here on. */
+    void follow() const;
+
 private:
+    SharedDescriptor rootFolder() const;
     Attribute<std::string> resolveByName(const std::string& path) const;
     Attribute<SharedDescriptor> openByName(const std::string& path, int flags) const;
 
     std::filesystem::path root_;
-    SharedDescriptor rootFolder_;
     bool isConfinedByKernel_ = false;
+    mutable std::mutex mutex_; // guards what follows
+    mutable SharedDescriptor rootFolder_;
 };
 
 /** Keeps the folders open that were asked for last, and knows what stands in those of a recording. For one thread. */

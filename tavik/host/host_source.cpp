@@ -108,6 +108,7 @@ public:
           changes_(fingerprint(tree_, *queries_)) {}
 
     FleetOrError load() override {
+        tree_.follow();
         // A recording need not have both; archives lose empty folders.
         if (const auto classes = tree_.resolve("sys/class/net"); !classes && !tree_.resolve("sys/class/fc_host"))
             return FleetError{"cannot read the network interfaces below " + place_ +
@@ -122,6 +123,7 @@ public:
      * has no change to tell, so a change is put off by one question while a link has a state that nobody asked for.
      */
     bool changed() override {
+        tree_.follow();
         const auto links = queries_->links();
         auto now = look(links);
         const bool isLinkUntold = hasUntoldLink(links);

@@ -117,7 +117,9 @@ std::string operationalStateName(std::uint8_t state) {
 
 Attribute<Links> dumpInterfaceLinks() {
     Links links;
-    if (const int error = runRtnetlinkDump({RTM_GETLINK, sizeof(ifinfomsg), RTEXT_FILTER_SKIP_STATS}, take, &links))
+    const auto begin = [](void* data) { static_cast<Links*>(data)->clear(); };
+    const RtnetlinkDump all{RTM_GETLINK, sizeof(ifinfomsg), RTEXT_FILTER_SKIP_STATS};
+    if (const int error = runRtnetlinkDump(all, {begin, take, &links}))
         return Absence{std::generic_category().message(error)};
     return links;
 }

@@ -74,7 +74,8 @@ std::string terminatedText(const char (&text)[size]) {
 class AddressDump {
 public:
     Attribute<std::vector<InterfaceAddress>> run() {
-        if (const int error = runRtnetlinkDump({RTM_GETADDR, sizeof(ifaddrmsg)}, take, this))
+        const auto begin = [](void* self) { static_cast<AddressDump*>(self)->found_.clear(); };
+        if (const int error = runRtnetlinkDump({RTM_GETADDR, sizeof(ifaddrmsg)}, {begin, take, this}))
             return systemAbsence(error);
         return std::move(found_);
     }

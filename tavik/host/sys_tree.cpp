@@ -133,6 +133,8 @@ Attribute<std::string> SysTree::linkName(const std::string& path) const {
     return baseName(std::string(target.data(), static_cast<std::size_t>(size)));
 }
 
+void SysTree::follow() const { folders_->follow(); }
+
 bool SysTree::exists(const std::string& path) const { return folders_->kind(path).present(); }
 
 Attribute<std::string> textFromStart(const Descriptor& file) {

@@ -59,6 +59,10 @@ public:
     /** True if something stands there, a link that leads nowhere included. */
     bool exists(const std::string& path) const;
 
+    /** Where another folder stands in the place of the root, such as a recording that was made anew, it is read from
+     *  here on. */
+    void follow() const;
+
 private:
     explicit SysTree(std::shared_ptr<const Folders> folders);
 

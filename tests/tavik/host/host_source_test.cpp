@@ -327,6 +327,43 @@ TEST(HostSource, NewInterfaceIsAChange) {
     EXPECT_TRUE(source->changed());
 }
 
+TEST(HostSource, ARecordingThatIsMadeAnewIsShownWithoutAnewStart) {
+    ScratchTree scratch;
+    scratch.copy("two-port-card");
+    auto made = makeRecordingSource(scratch.root());
+    auto& source = *std::get<std::unique_ptr<Source>>(made);
+    EXPECT_EQ(cardOf(load(source), "A0369F112233").ports->size(), 2U);
+    EXPECT_FALSE(source.changed());
+
+    std::filesystem::remove_all(scratch.root());
+    EXPECT_TRUE(source.changed());
+    source.resetChanged();
+    EXPECT_THROW(load(source), std::runtime_error);
+
+    std::filesystem::create_directory(scratch.root());
+    scratch.copy("fibre-channel");
+    EXPECT_TRUE(source.changed());
+    source.resetChanged();
+    EXPECT_EQ(cardOf(load(source), "RFD1234X5678").modelName, "16Gb Dual Port FC Adapter");
+    EXPECT_FALSE(source.changed());
+}
+
+TEST(HostSource, ARecordingThatIsExchangedIsShown) {
+    ScratchTree scratch;
+    ScratchTree other;
+    scratch.copy("two-port-card");
+    other.copy("fibre-channel");
+    auto made = makeRecordingSource(scratch.root());
+    auto& source = *std::get<std::unique_ptr<Source>>(made);
+    load(source);
+    const auto aside = other.root() / "aside";
+    std::filesystem::rename(scratch.root(), aside);
+    std::filesystem::copy(other.root(), scratch.root(),
+                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks);
+    EXPECT_TRUE(source.changed());
+    EXPECT_EQ(cardOf(load(source), "RFD1234X5678").modelName, "16Gb Dual Port FC Adapter");
+}
+
 TEST(HostSource, ChangeWaitsForThePollThatTellsALinkState) {
     ScratchTree scratch;
     scratch.interface("veth0", "5", "02:00:00:00:00:05");

@@ -4,6 +4,8 @@
 #include <stdlib.h>
 #include <sys/mount.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -231,6 +233,37 @@ TEST_F(LiveKernel, MoreAddressesThanOneMessageHoldsAreAllRead) {
         const auto isIPv4 = [](const InterfaceAddress& entry) { return entry.address.family == AddressIPv4; };
         EXPECT_EQ(std::count_if(addresses->begin(), addresses->end(), isIPv4), count);
         EXPECT_EQ(formatIPAddress(selectAddresses(addresses, addresses->front().interfaceIndex)->ipv4), "10.9.0.1");
+    });
+}
+
+/** Runs lines of ip one after another, as fast as it can. */
+int batch(const std::string& lines) { return ::system(("printf '" + lines + "' | ip -batch -").c_str()); }
+
+TEST_F(LiveKernel, AllInterfacesAreToldWhileOthersComeAndGo) {
+    inNamespace(vethPair, [] {
+        constexpr int pairs = 100; // more than one message holds
+        std::string lines;
+        for (int i = 0; i < pairs; ++i)
+            lines += "link add a" + std::to_string(i) + " type veth peer name b" + std::to_string(i) + "\\n";
+        ASSERT_EQ(batch(lines), 0);
+        std::atomic<bool> isOver = false;
+        std::thread others([&] {
+            std::string changes;
+            for (int i = 0; i < 150; ++i)
+                changes += "link add x type veth peer name y\\nlink del x\\n";
+            EXPECT_EQ(batch(changes), 0);
+            isOver = true;
+        });
+        const auto queries = makeLinuxQueries();
+        int asked = 0;
+        int failed = 0;
+        for (; !isOver; ++asked) {
+            const auto links = queries->links();
+            const auto isLasting = [](const InterfaceLink& link) { return link.name[0] == 'a' || link.name[0] == 'b'; };
+            if (!links || std::count_if(links->begin(), links->end(), isLasting) != 2 * pairs) ++failed;
+        }
+        others.join();
+        EXPECT_EQ(failed, 0) << "of " << asked;
     });
 }
 

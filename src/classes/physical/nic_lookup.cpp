@@ -56,22 +56,33 @@ private:
     std::unordered_map<MacValue, FoundFunction> passed;
 };
 
-bool areKept = false;
+bool isInWalk = false;
+bool wasSearched = false; ///< in this walk
 std::optional<NicFunctions> kept;
 
+/// The first of the value. Remembers nothing, which is less work where it is the only search.
+std::optional<FoundFunction> findAlone(const TAVIK_AdapterList* adapters, MacValue value) {
+    std::optional<FoundFunction> found;
+    walkProtocolEntries(adapters, [&](TAVIK_AdapterEntry& a, TAVIK_PhyPortEntry& p, TAVIK_ProtocolEntry& e) {
+        if (e.type == TAVIK_ProtocolNic && macValueOf(e.nic.port) == value) found = {&a, &p, &e};
+        return !found;
+    });
+    return found;
+}
+
 std::optional<FoundFunction> findFunction(const TAVIK_AdapterList* adapters, MacValue value) {
-    if (!areKept) return NicFunctions(adapters).find(value);
+    if (!isInWalk || !std::exchange(wasSearched, true)) return findAlone(adapters, value);
     if (!kept || !kept->areOf(adapters)) kept.emplace(adapters);
     return kept->find(value);
 }
 
 } // namespace
 
-PortSearches::PortSearches() : isOutermost(!std::exchange(areKept, true)) {}
+PortSearches::PortSearches() : isOutermost(!std::exchange(isInWalk, true)) {}
 
 PortSearches::~PortSearches() {
     if (!isOutermost) return;
-    areKept = false;
+    isInWalk = wasSearched = false;
     kept.reset();
 }
 

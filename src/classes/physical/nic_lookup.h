@@ -17,9 +17,10 @@ AdapterSerial adapterSerialOf(const TAVIK_AdapterEntry* adapter);
 /// The address and the two bytes behind it, as one value.
 bool hasSameMacValue(const TAVIK_NicFunction& function, const CNAPort& port);
 
-/// While one lives, a port is looked for where the search before it ended, unless that has passed it: a walk over all
-/// ports reads the tree once. The library is asked for its tree each time all the same, and another tree is read anew.
-/// To be made under provider_lock, for as long as nobody changes the tree.
+/// While one lives, the second port and all behind it are looked for where the search before them ended, unless that
+/// has passed them: a walk over all ports reads the tree once, and once more for the first. The library is asked for
+/// its tree each time all the same, and another tree is read anew. To be made under provider_lock, for as long as
+/// nobody changes the tree.
 class PortSearches {
 public:
     PortSearches();

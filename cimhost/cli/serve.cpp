@@ -101,6 +101,7 @@ std::optional<http::Options> metricsOptions(const ServeOptions& options, http::O
     server.workers = 1; // none of them waits
     server.limits.bodyBytes = 0;
     server.traffic = std::make_shared<http::Traffic>();
+    server.answers = nullptr; // a look at the adapters waits for clients
     server.onStop = nullptr;
     requireUsers(server);
     return server;
@@ -261,6 +262,7 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     StopLimit stopLimit(longestStop);
     CallQueue queue(queueOptions(options));
     std::unique_ptr<MetricsService> metrics;
+    settings.answers = [&queue](std::function<void()> work) { queue.post(std::move(work)); };
     settings.onStop = [&] {
         stopLimit.begin();
         queue.stop();

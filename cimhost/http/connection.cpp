@@ -21,15 +21,23 @@ constexpr std::size_t sliceSize = std::size_t{64} << 10; // of an answer
 
 Response noRoom() { return textResponse(503, "too many clients wait for answers at this moment"); }
 
-// On a worker, which knows nothing of the connection: that may end before the answer comes.
-void answerNow(Handler& handler, std::unique_ptr<BodyReader> reader, Request given, const std::shared_ptr<Reply>& to) {
-    try {
-        if (!reader) return handler.answerTo(std::move(given), to);
-        reader->finish(std::move(given), to);
-    } catch (const std::exception&) {
-        to->send(textResponse(500, "the request could not be answered"));
+// A request on its way to a worker, which knows nothing of the connection: that may end before the answer comes. Where
+// the work is dropped, the reply tells so.
+struct Answering {
+    Handler& handler;
+    std::unique_ptr<BodyReader> reader;
+    Request given;
+    std::shared_ptr<Reply> to;
+
+    void now() {
+        try {
+            if (!reader) return handler.answerTo(std::move(given), to);
+            reader->finish(std::move(given), to);
+        } catch (const std::exception&) {
+            to->send(textResponse(500, "the request could not be answered"));
+        }
     }
-}
+};
 
 } // namespace
 
@@ -281,9 +289,9 @@ void Connection::answerKnown() {
     running.emplace(keepRunning());
     host.watchForLeaving();
     auto reply = std::make_shared<ConnectionReply>(host.mailbox, weak_from_this(), awaited, takesPieces(*parser));
-    asio::post(host.workers,
-               [&handler = host.handler, reader = std::move(bodyReader), given = std::move(request),
-                to = std::move(reply)]() mutable { answerNow(handler, std::move(reader), std::move(given), to); });
+    auto answering = std::make_shared<Answering>(
+        Answering{host.handler, std::move(bodyReader), std::move(request), std::move(reply)});
+    host.work([answering = std::move(answering)] { answering->now(); });
 }
 
 void Connection::noteIfLeft() {

@@ -61,6 +61,11 @@ void ConnectionHost::verify(Guess guess) {
     verifyNext();
 }
 
+void ConnectionHost::work(std::function<void()> work) {
+    if (options.answers) return options.answers(std::move(work));
+    asio::post(workers, std::move(work));
+}
+
 // Whom an earlier guess of the same address settles needs none of its own.
 void ConnectionHost::verifyNext() {
     while (!isVerifying && !guesses.empty()) {

@@ -46,6 +46,8 @@ struct ConnectionHost {
     bool makeRoomForKnown(const Source& source);
     bool makeRoomForGuest();
     void verify(Guess guess);
+    // Where requests are answered.
+    void work(std::function<void()> work);
     // Nothing is read from a client whose request is being answered, so that it has left is looked for now and then.
     void watchForLeaving();
 

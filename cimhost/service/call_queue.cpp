@@ -3,6 +3,8 @@
 #include "cimhost/thread.h"
 
 #include <algorithm>
+#include <exception>
+#include <iostream>
 #include <system_error>
 #include <utility>
 
@@ -12,6 +14,9 @@ namespace {
 
 // How long a client that has left may keep its place in the queue.
 constexpr std::chrono::milliseconds lookInterval{100};
+
+// The queue whose posted work this thread carries out.
+thread_local const CallQueue* workingFor = nullptr;
 
 std::string textOf(std::chrono::milliseconds duration) {
     const auto milliseconds = duration.count();
@@ -33,7 +38,9 @@ void CallQueue::tell(const Notices& notices) {
 
 std::size_t CallQueue::mostRunning() const { return settings.workers + std::min(overdue, settings.mostOverdue); }
 
-bool CallQueue::mayBegin() const { return !waiting.empty() && running.size() < mostRunning(); }
+bool CallQueue::hasRoom() const { return running.size() < mostRunning(); }
+
+bool CallQueue::mayBegin() const { return !waiting.empty() && hasRoom(); }
 
 bool CallQueue::isUnderWay(std::string_view kind) const {
     const auto isOfKind = [&](const Entry& entry) { return entry.call->aloneAs() == kind; };
@@ -41,63 +48,127 @@ bool CallQueue::isUnderWay(std::string_view kind) const {
            std::any_of(running.begin(), running.end(), isOfKind);
 }
 
-// As many as may work at the same moment, and one in the place of each that hangs; none before it is needed.
+// As many as may work at the same moment, and one in the place of each that hangs; none before it is needed. Those that
+// take messages apart are besides, so that calls never hold all of them.
 void CallQueue::addThreads() {
-    if (isStopping) return;
-    const std::size_t wanted = std::min(mostRunning(), running.size() + waiting.size());
+    if (isFinished) return;
+    const std::size_t most = mostRunning() + settings.workers;
+    const std::size_t needed = running.size() + waiting.size() + postedUnderWay + posted.size();
     try {
-        while (threads.size() < wanted)
+        while (threads.size() < std::min(most, needed))
             threads.push_back(makeThread([this] { work(); }));
     } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch)
         // The system has no more of them: those that are there do the work, or else the deadline answers.
     }
 }
 
-void CallQueue::submit(std::shared_ptr<QueuedCall> call) {
-    Notices notices;
+void CallQueue::post(std::function<void()> work) {
     {
         const std::lock_guard lock(mutex);
-        const std::string kind(call->aloneAs());
-        if (isStopping) {
-            notices.push_back({std::move(call), "the server is being stopped, nothing was done"});
-        } else if (!kind.empty() && isUnderWay(kind)) {
-            notices.push_back({std::move(call), "a " + kind +
-                                                    " is under way already, nothing was done: try again "
-                                                    "when that has ended"});
-        } else {
-            waiting.push_back({std::move(call), Clock::now() + settings.deadline});
-            addThreads();
-        }
+        if (isFinished) return;
+        posted.push_back(std::move(work));
+        addThreads();
     }
     changed.notify_one();
-    added.notify_one();
-    tell(notices);
+}
+
+std::string CallQueue::refusalOf(const QueuedCall& call) const {
+    if (isStopping) return "the server is being stopped, nothing was done";
+    const std::string kind(call.aloneAs());
+    if (kind.empty() || !isUnderWay(kind)) return {};
+    return "a " + kind + " is under way already, nothing was done: try again when that has ended";
+}
+
+void CallQueue::submit(std::shared_ptr<QueuedCall> call) {
+    Lock lock(mutex);
+    if (const std::string reason = refusalOf(*call); !reason.empty()) {
+        lock.unlock();
+        return call->answerInstead(reason);
+    }
+    const auto now = Clock::now();
+    waiting.push_back({std::move(call), now + settings.deadline});
+    addThreads();
+    tellWatcher(now + std::min<Clock::duration>(lookInterval, settings.deadline));
+    const bool isItsTurn = mayBegin();
+    lock.unlock();
+    if (isItsTurn) changed.notify_one(); // or else whoever ends a call begins it
+}
+
+void CallQueue::submitHere(std::shared_ptr<QueuedCall> call) {
+    Lock lock(mutex);
+    const bool isItsTurn = workingFor == this && waiting.empty() && hasRoom();
+    if (!isItsTurn || !refusalOf(*call).empty()) {
+        lock.unlock();
+        return submit(std::move(call));
+    }
+    std::list<Entry> begun;
+    begun.push_back({std::move(call), Clock::now() + settings.deadline});
+    --postedUnderWay;
+    carryOut(lock, begun);
+    ++postedUnderWay;
 }
 
 void CallQueue::work() {
-    std::unique_lock lock(mutex);
+    Lock lock(mutex);
     while (true) {
-        changed.wait(lock, [this] { return isStopping || mayBegin(); });
-        if (isStopping) return;
-        const auto place = running.insert(running.end(), std::move(waiting.front()));
-        waiting.pop_front();
-        const std::shared_ptr<QueuedCall> call = place->call;
-        added.notify_one();
-        lock.unlock();
-        const bool isAwaited = call->isAwaited();
-        if (isAwaited) call->carryOut();
-        lock.lock();
-        if (place->isOverdue) --overdue;
-        running.erase(place);
-        changed.notify_one();
-        lock.unlock();
-        if (isAwaited) {
-            call->giveAnswer();
+        changed.wait(lock, [this] { return isFinished || !posted.empty() || mayBegin(); });
+        if (mayBegin()) {
+            std::list<Entry> begun;
+            begun.push_back(std::move(waiting.front()));
+            waiting.pop_front();
+            carryOut(lock, begun);
+        } else if (!posted.empty()) {
+            doPosted(lock);
         } else {
-            call->answerInstead("the client has left, nothing was done");
+            return;
         }
-        lock.lock();
     }
+}
+
+void CallQueue::doPosted(Lock& lock) {
+    std::function<void()> work = std::move(posted.front());
+    posted.pop_front();
+    ++postedUnderWay;
+    lock.unlock();
+    workingFor = this;
+    try {
+        work();
+    } catch (const std::exception& error) {
+        // Whoever waits for the answer is told when the work, and with it the way to him, is destroyed.
+        std::cerr << "cimhost: a request failed: " << error.what() << '\n';
+    }
+    workingFor = nullptr;
+    work = nullptr;
+    lock.lock();
+    --postedUnderWay;
+}
+
+// Gives the lock back for the one call and takes it again. Its thread looks for the next one at once, so nobody else is
+// woken for that.
+void CallQueue::carryOut(Lock& lock, std::list<Entry>& begun) {
+    const auto place = begun.begin();
+    running.splice(running.end(), begun);
+    const std::shared_ptr<QueuedCall> call = place->call;
+    tellWatcher(place->deadline);
+    lock.unlock();
+    const bool isAwaited = call->isAwaited();
+    if (isAwaited) call->carryOut();
+    lock.lock();
+    if (place->isOverdue) --overdue;
+    running.erase(place);
+    lock.unlock();
+    if (isAwaited) {
+        call->giveAnswer();
+    } else {
+        call->answerInstead("the client has left, nothing was done");
+    }
+    lock.lock();
+}
+
+// Calls come and go while the watcher sleeps; it is woken only for a look that is due before the one it waits for.
+void CallQueue::tellWatcher(Clock::time_point look) {
+    hasNews = true;
+    if (look < watcherWaits) added.notify_one();
 }
 
 CallQueue::Clock::time_point CallQueue::nextLook() const {
@@ -111,13 +182,15 @@ CallQueue::Clock::time_point CallQueue::nextLook() const {
 }
 
 void CallQueue::watch() {
-    std::unique_lock lock(mutex);
+    Lock lock(mutex);
     while (!isStopping || !running.empty()) {
-        const Clock::time_point next = nextLook();
-        if (next == Clock::time_point::max()) {
+        // Where there was something new there is more to come: soon looked for, it need not be told of.
+        const auto soon = std::exchange(hasNews, false) ? Clock::now() + lookInterval : Clock::time_point::max();
+        watcherWaits = std::min(nextLook(), soon);
+        if (watcherWaits == Clock::time_point::max()) {
             added.wait(lock);
         } else {
-            added.wait_until(lock, next);
+            added.wait_until(lock, watcherWaits);
         }
         Notices notices;
         dropWaiting(Clock::now(), notices);
@@ -177,7 +250,11 @@ void CallQueue::stop() {
 
 void CallQueue::finish() {
     stop();
-    // No thread is added behind the stop.
+    {
+        const std::lock_guard lock(mutex);
+        isFinished = true; // no thread is added from here on
+    }
+    changed.notify_all();
     for (std::thread& thread : threads) {
         if (thread.joinable()) thread.join();
     }

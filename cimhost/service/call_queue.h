@@ -1,11 +1,15 @@
 // Calls of the provider on their way: each waits for a thread, is carried out there, and is answered for by somebody
 // else when that takes too long. A call that hangs in the provider cannot be ended; it holds nobody but itself.
+//
+// The same threads take the messages apart in which calls come, so that a call whose turn has come is carried out where
+// it was understood: to wake another thread for it would cost as much as many a call.
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -35,7 +39,7 @@ public:
 };
 
 struct CallQueueOptions {
-    std::size_t workers = 4;                    ///< calls at the same moment
+    std::size_t workers = 4; ///< calls at the same moment, and as many threads besides for what is posted
     std::chrono::milliseconds deadline{30'000}; ///< until a call is answered for
     std::size_t mostOverdue = 32;               ///< calls beyond their deadline that do not count as one of these
 };
@@ -53,6 +57,14 @@ public:
     /// deadline once it has begun.
     void submit(std::shared_ptr<QueuedCall> call);
 
+    /// Carries the work out on a thread of the queue, behind what was posted before, also while the queue stops. It may
+    /// submit calls; it must not wait for anything. Dropped once the queue has finished. Never waits.
+    void post(std::function<void()> work);
+
+    /// As submit(). In a work that was posted here, a call whose turn it is is carried out and answered before this
+    /// returns.
+    void submitHere(std::shared_ptr<QueuedCall> call);
+
     /// How many calls wait for a thread, are carried out, and of these are beyond their deadline.
     struct Depth {
         std::size_t waiting = 0;
@@ -61,10 +73,10 @@ public:
     };
     [[nodiscard]] Depth depth() const;
 
-    /// Begins nothing more. Does not wait.
+    /// Begins no more calls. Does not wait.
     void stop();
 
-    /// The same, and waits for the calls that have begun: for ever, where one hangs.
+    /// The same, and waits for what was posted and for the calls that have begun: for ever, where one hangs.
     void finish();
 
 private:
@@ -81,13 +93,20 @@ private:
     };
     using Notices = std::vector<Notice>;
 
+    using Lock = std::unique_lock<std::mutex>;
+
     static void tell(const Notices& notices);
     [[nodiscard]] std::size_t mostRunning() const;
+    [[nodiscard]] bool hasRoom() const;
     [[nodiscard]] bool mayBegin() const;
     [[nodiscard]] bool isUnderWay(std::string_view kind) const;
     [[nodiscard]] Clock::time_point nextLook() const;
+    [[nodiscard]] std::string refusalOf(const QueuedCall& call) const;
     void addThreads();
     void work();
+    void doPosted(Lock& lock);
+    void carryOut(Lock& lock, std::list<Entry>& begun);
+    void tellWatcher(Clock::time_point look);
     void watch();
     void dropWaiting(Clock::time_point now, Notices& notices);
     void noteOverdue(Clock::time_point now, Notices& notices);
@@ -98,10 +117,15 @@ private:
     mutable std::mutex mutex;
     std::condition_variable changed; // for the threads that carry out
     std::condition_variable added;   // for the one that watches
+    std::deque<std::function<void()>> posted;
+    std::size_t postedUnderWay = 0; // without those that carry out a call
     std::deque<Entry> waiting;
     std::list<Entry> running;
     std::size_t overdue = 0;
     bool isStopping = false;
+    bool isFinished = false;
+    bool hasNews = false;           // for the watcher, since it looked
+    Clock::time_point watcherWaits; // until then at the latest
     std::vector<std::thread> threads;
     std::thread watcher; // last: it uses all of the above
 };

@@ -260,7 +260,7 @@ public:
         if (!queue || !dispatcher.needsProvider(message.request, message.caller)) {
             return answerNow(std::move(message), *reply);
         }
-        queue->submit(std::make_shared<ProviderMessage>(dispatcher, std::move(message), reply, figures));
+        queue->submitHere(std::make_shared<ProviderMessage>(dispatcher, std::move(message), reply, figures));
     }
 
 private:

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -35,6 +36,7 @@ public:
     explicit TestCall(std::string kindOfCall = "") : kind(std::move(kindOfCall)) {}
 
     void carryOut() override {
+        thread = std::this_thread::get_id();
         hasBegun = true;
         std::unique_lock lock(mutex);
         changed.wait(lock, [this] { return isReleased; });
@@ -67,6 +69,7 @@ public:
     std::atomic<bool> isTold = false;
     std::atomic<bool> hasClient = true;
     std::function<void()> onAnswer; // set before it is submitted
+    std::thread::id thread;         // known once it has begun
 
 private:
     const std::string kind;
@@ -90,6 +93,18 @@ protected:
         calls.push_back(std::make_shared<TestCall>(kind));
         queue->submit(calls.back());
         return *calls.back();
+    }
+    /// A message that turns out to be a call.
+    TestCall& post() {
+        calls.push_back(std::make_shared<TestCall>());
+        queue->post([this, call = calls.back()] { queue->submitHere(call); });
+        return *calls.back();
+    }
+    /// Whether what is posted now is done.
+    bool doesWork() {
+        const auto isDone = std::make_shared<std::atomic<bool>>(false);
+        queue->post([isDone] { *isDone = true; });
+        return becomesTrue([&] { return isDone->load(); });
     }
     TestCall& begun(const std::string& kind = "") {
         TestCall& call = submit(kind);
@@ -203,6 +218,78 @@ TEST_F(CallQueueTest, AStopRefusesQueuedCalls) {
     EXPECT_TRUE(first.hasEnded);
     EXPECT_FALSE(first.isAnswered());
     EXPECT_FALSE(second.hasBegun);
+}
+
+TEST_F(CallQueueTest, ACallIsCarriedOutWhereItsMessageIsUnderstood) {
+    open(1, 1h);
+    std::thread::id understoodOn;
+    std::atomic<bool> isBack = false;
+    const auto call = std::make_shared<TestCall>();
+    calls.push_back(call);
+    call->release();
+    queue->post([&] {
+        understoodOn = std::this_thread::get_id();
+        queue->submitHere(call);
+        EXPECT_TRUE(call->isTold);
+        isBack = true;
+    });
+    EXPECT_TRUE(becomesTrue([&] { return isBack.load(); }));
+    EXPECT_EQ(call->thread, understoodOn);
+}
+
+TEST_F(CallQueueTest, AMessageWhoseCallMustWaitHoldsNoThread) {
+    open(1, 1h);
+    TestCall& first = post();
+    EXPECT_TRUE(becomesTrue([&] { return first.hasBegun.load(); }));
+    for (int round = 0; round < 8; ++round)
+        post();
+    EXPECT_TRUE(becomesTrue([&] { return queue->depth().waiting == 8; }));
+    EXPECT_TRUE(doesWork());
+    EXPECT_EQ(queue->depth().running, 1U);
+    for (const auto& call : calls)
+        call->release();
+    EXPECT_TRUE(becomesTrue([&] { return calls.back()->isTold.load(); }));
+}
+
+TEST_F(CallQueueTest, CallsThatHangKeepNoMessageFromBeingUnderstood) {
+    open(2, 50ms, 2);
+    for (int call = 0; call < 4; ++call) {
+        TestCall* hanging = &post();
+        EXPECT_TRUE(becomesTrue([&] {
+            if (!hanging->hasBegun && hanging->isAnswered()) hanging = &post();
+            return hanging->hasBegun.load();
+        }));
+        EXPECT_TRUE(doesWork());
+    }
+    TestCall& next = post();
+    EXPECT_TRUE(becomesTrue([&] { return next.isAnswered(); }));
+    EXPECT_TRUE(doesWork());
+}
+
+TEST_F(CallQueueTest, BehindAStopMessagesAreStillUnderstoodAndTheirCallsRefused) {
+    open(1, 1h);
+    queue->stop();
+    TestCall& call = post();
+    EXPECT_TRUE(becomesTrue([&] { return call.isAnswered(); }));
+    EXPECT_EQ(call.answer(), "the server is being stopped, nothing was done");
+    queue->finish();
+    EXPECT_FALSE(call.hasBegun);
+}
+
+TEST_F(CallQueueTest, WhatWasPostedIsDoneBeforeTheQueueHasFinished) {
+    open(1, 1h);
+    std::atomic<int> done = 0;
+    for (int work = 0; work < 100; ++work)
+        queue->post([&] { ++done; });
+    queue->finish();
+    EXPECT_EQ(done, 100);
+}
+
+TEST_F(CallQueueTest, AWorkThatThrowsEndsNoThread) {
+    open(1, 1h);
+    for (int round = 0; round < 4; ++round)
+        queue->post([] { throw std::runtime_error("thrown by a test"); });
+    EXPECT_TRUE(doesWork());
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "cimhost/metrics/adapter_reading.h"
 
 #include "cimhost/metrics/module_metrics.h"
+#include "cimhost/monitoring/published_classes.h"
 
 #include <optional>
 #include <set>
@@ -13,8 +14,6 @@ namespace {
 
 using monitoring::LinkState;
 using monitoring::Snapshot;
-
-constexpr std::string_view statisticsClass = "Merolt_FCHBA_FCPortStatistics";
 
 /// Places of what is plugged: jacks by their tags.
 class Places {
@@ -267,7 +266,7 @@ SharedReading AdapterReader::read(const monitoring::Enumerate& enumerate) {
     KeptLinks::Look look(links, enumerate);
     found.snapshot = monitoring::readSnapshot([&](const char* className) {
         std::vector<const InstanceObject*> instances = look(className);
-        if (className != statisticsClass) return instances;
+        if (className != std::string_view(monitoring::published::fcPortStatistics)) return instances;
         for (const InstanceObject* instance : instances) {
             PortStatistics statistics = statisticsOf(*instance);
             auto told = counters.take(statistics.portName, statistics.values);

@@ -1,5 +1,7 @@
 #include "cimhost/metrics/kept_links.h"
 
+#include "cimhost/monitoring/published_classes.h"
+
 #include <utility>
 
 namespace cimhost::metrics {
@@ -8,16 +10,14 @@ namespace {
 
 using Instances = std::vector<const InstanceObject*>;
 
-constexpr std::string_view jackClass = "Merolt_Adapter_PhysicalPort";
-
 struct LinkClass {
     const char* association;
     const char* port;
 };
 
 constexpr LinkClass linkClasses[] = {
-    {"Merolt_FCHBA_PhysicalPortFCPort", "Merolt_FCHBA_FCPort"},
-    {"Merolt_NIC_PhysicalPortEthernetPort", "Merolt_NIC_EthernetPort2"},
+    {monitoring::published::physicalPortFCPort, monitoring::published::fcPort},
+    {monitoring::published::physicalPortEthernetPort, monitoring::published::ethernetPort},
 };
 
 /// The values of a key, one a line.
@@ -51,7 +51,7 @@ Instances KeptLinks::Look::operator()(const char* className) {
     }
     if (const auto known = ahead.find(className); known != ahead.end()) return known->second;
     Instances instances = ask(className);
-    if (className == jackClass) jacks = keysOf(instances, "Tag");
+    if (className == std::string_view(monitoring::published::physicalPort)) jacks = keysOf(instances, "Tag");
     return instances;
 }
 

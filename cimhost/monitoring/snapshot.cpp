@@ -1,5 +1,6 @@
 #include "cimhost/monitoring/snapshot.h"
 
+#include "cimhost/monitoring/published_classes.h"
 #include "cimhost/service/cim_failure.h"
 #include "optics/sff8472.h"
 
@@ -138,14 +139,14 @@ std::optional<std::uint64_t> positive(std::uint64_t number) {
 }
 
 void readCards(const Enumerate& enumerate, Snapshot& snapshot) {
-    for (const InstanceObject* product : enumerate("Merolt_Adapter_Product")) {
+    for (const InstanceObject* product : enumerate(published::product)) {
         snapshot.cards.push_back(
             {textOf(*product, "IdentifyingNumber"), textOf(*product, "Name"), textOf(*product, "Version")});
     }
 }
 
 void readJacks(const Enumerate& enumerate, Snapshot& snapshot) {
-    for (const InstanceObject* jack : enumerate("Merolt_Adapter_PhysicalPort")) {
+    for (const InstanceObject* jack : enumerate(published::physicalPort)) {
         snapshot.jacks.push_back({textOf(*jack, "Tag"), textOf(*jack, "SerialNumber"),
                                   static_cast<unsigned>(numberOf(*jack, "PortNumber"))});
     }
@@ -204,7 +205,7 @@ FibreChannelPort fibreChannelPortOf(const InstanceObject& instance, const Links&
 
 /// The name of a target's endpoint begins with that of the port which sees it.
 void countTargets(const Enumerate& enumerate, Snapshot& snapshot) {
-    for (const InstanceObject* target : enumerate("Merolt_FCHBA_SCSIProtocolEndpointTarget")) {
+    for (const InstanceObject* target : enumerate(published::targetEndpoint)) {
         const std::string name = textOf(*target, "Name");
         const std::string owner = name.substr(0, name.find('_'));
         for (FibreChannelPort& port : snapshot.fibreChannelPorts) {
@@ -214,8 +215,8 @@ void countTargets(const Enumerate& enumerate, Snapshot& snapshot) {
 }
 
 void readFibreChannelPorts(const Enumerate& enumerate, Snapshot& snapshot) {
-    const Links jacks = linksOf(enumerate("Merolt_FCHBA_PhysicalPortFCPort"), "DeviceID", "Tag");
-    for (const InstanceObject* port : enumerate("Merolt_FCHBA_FCPort")) {
+    const Links jacks = linksOf(enumerate(published::physicalPortFCPort), "DeviceID", "Tag");
+    for (const InstanceObject* port : enumerate(published::fcPort)) {
         snapshot.fibreChannelPorts.push_back(fibreChannelPortOf(*port, jacks));
     }
 }
@@ -231,7 +232,7 @@ std::string digitsOf(const std::string& text, std::size_t count) {
 
 /// The network port names card and link speed, and shares the address.
 void readNetworkSpeeds(const Enumerate& enumerate, Snapshot& snapshot) {
-    for (const InstanceObject* instance : enumerate("Merolt_NIC_NetworkPort")) {
+    for (const InstanceObject* instance : enumerate(published::networkPort)) {
         const std::string address = textOf(*instance, "PermanentAddress");
         const std::string id = textOf(*instance, "DeviceID");
         for (EthernetPort& port : snapshot.ethernetPorts) {
@@ -245,8 +246,8 @@ void readNetworkSpeeds(const Enumerate& enumerate, Snapshot& snapshot) {
 
 void readEthernetPorts(const Enumerate& enumerate, Snapshot& snapshot) {
     constexpr std::size_t digitsOfName = 16;
-    const Links jacks = linksOf(enumerate("Merolt_NIC_PhysicalPortEthernetPort"), "DeviceID", "Tag");
-    for (const InstanceObject* instance : enumerate("Merolt_NIC_EthernetPort2")) {
+    const Links jacks = linksOf(enumerate(published::physicalPortEthernetPort), "DeviceID", "Tag");
+    for (const InstanceObject* instance : enumerate(published::ethernetPort)) {
         EthernetPort port;
         port.macAddress = textOf(*instance, "PermanentAddress");
         port.jack = found(jacks, textOf(*instance, "DeviceID"));
@@ -306,7 +307,7 @@ void readHardware(const Enumerate& enumerate, Snapshot& snapshot) {
     readJacks(enumerate, snapshot);
     readFibreChannelPorts(enumerate, snapshot);
     readEthernetPorts(enumerate, snapshot);
-    for (const InstanceObject* connector : enumerate("Merolt_Adapter_PhysicalConnector")) {
+    for (const InstanceObject* connector : enumerate(published::physicalConnector)) {
         snapshot.modules.push_back(moduleOf(*connector));
     }
 }
@@ -334,7 +335,7 @@ Snapshot readModules(const Enumerate& enumerate) {
 
 std::vector<PortCounters> readCounters(const Enumerate& enumerate) {
     std::vector<PortCounters> ports;
-    for (const InstanceObject* instance : enumerate("Merolt_FCHBA_FCPortStatistics")) {
+    for (const InstanceObject* instance : enumerate(published::fcPortStatistics)) {
         PortCounters& counters = ports.emplace_back();
         counters.portName = textOf(*instance, "ElementName");
         for (const std::string_view name : errorCounters)
@@ -346,7 +347,7 @@ std::vector<PortCounters> readCounters(const Enumerate& enumerate) {
 std::vector<std::string> readSystemNames(const Enumerate& enumerate) {
     std::vector<Failure> refused;
     std::vector<std::string> names;
-    for (const InstanceObject* system : Tolerant(enumerate, refused)("Merolt_Adapter_ComputerSystem"))
+    for (const InstanceObject* system : Tolerant(enumerate, refused)(published::computerSystem))
         names.push_back(textOf(*system, "Name"));
     return names;
 }
@@ -358,8 +359,8 @@ Snapshot readSnapshot(const Enumerate& enumerate) {
     readHardware(ask, snapshot);
     countTargets(ask, snapshot);
     snapshot.counters = readCounters(ask);
-    readSoftware(ask, snapshot, "Merolt_FCHBA_SoftwareIdentity", "Merolt_FCHBA_SoftwareIdentityPortController");
-    readSoftware(ask, snapshot, "Merolt_NIC_SoftwareIdentity", "Merolt_NIC_SoftwareIdentityPortController");
+    readSoftware(ask, snapshot, published::storageSoftware, published::storageSoftwareController);
+    readSoftware(ask, snapshot, published::ethernetSoftware, published::ethernetSoftwareController);
     tolerant.requireAnswer();
     return snapshot;
 }

@@ -10,7 +10,6 @@
 #include "program.h"
 #include "socket_client.h"
 
-#include "cimhost/http/client.h"
 #include "cimhost/metrics/adapter_reading.h"
 #include "cimhost/service/host.h"
 
@@ -162,7 +161,7 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    [[nodiscard]] std::string url() const { return "http://127.0.0.1:" + std::to_string(requests) + "/cimom"; }
+    [[nodiscard]] std::uint16_t port() const { return requests; }
     [[nodiscard]] std::uint16_t metricsPort() const { return scrapes; }
 
     /// Seconds of the processor since its start.
@@ -230,16 +229,16 @@ struct Round {
 /// Milliseconds that a client waits, and seconds of the processor that the server takes for each second.
 Round askForPorts(const Server& server) {
     constexpr int requests = 300;
-    http::ClientLimits limits;
-    limits.answer = std::chrono::seconds(60);
-    limits.answerBytes = std::size_t{64} << 20;
-    http::Client client(http::parseUrl(server.url()).value(), limits);
+    SocketClient client(server.port());
+    const std::string message = testing_support::post(
+        ports, "Content-Type: application/xml; charset=\"utf-8\"\r\nCIMOperation: MethodCall\r\n");
     std::vector<double> times;
     const double processor = server.processorSeconds();
     const Clock::time_point begun = Clock::now();
     for (int request = 0; request < requests; ++request) {
         const Clock::time_point asked = Clock::now();
-        client.post({{"Content-Type", "application/xml; charset=\"utf-8\""}, {"CIMOperation", "MethodCall"}}, ports);
+        client.send(message);
+        client.readAnswer();
         times.push_back(std::chrono::duration<double, std::milli>(Clock::now() - asked).count());
     }
     const double taken = std::chrono::duration<double>(Clock::now() - begun).count();

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "cimhost/model/class_declaration.h"
-#include "cimhost/provider/provider_library.h"
+#include "cimhost/provider/provider_calls.h"
 
 #include <string>
 

@@ -275,8 +275,7 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     // Outlives the provider, which may have something to tell up to its last moment.
     std::unique_ptr<IndicationServer> indications;
     Host host(withSink(hostOptions, indications));
-    LibraryIndicationCalls provider(host.provider());
-    indications = std::make_unique<IndicationServer>(host.broker(), host.operations().registration(), provider,
+    indications = std::make_unique<IndicationServer>(host.broker(), host.operations().registration(), host.provider(),
                                                      indicationOptions(hostOptions, options));
     host.serveOwn(indications->objects(), indications->objects().classes());
     const std::chrono::steady_clock::duration firstBuild = warmUp(host);

@@ -137,11 +137,6 @@ ClientLoop::~ClientLoop() { state->mailbox->close(); }
 
 void ClientLoop::run() { state->io.run(); }
 
-void ClientLoop::runUntil(const std::function<bool()>& condition) {
-    while (!condition())
-        state->io.run_one();
-}
-
 void ClientLoop::stop() { state->io.stop(); }
 
 void ClientLoop::post(std::function<void()> work) { state->mailbox->post(std::move(work)); }
@@ -381,13 +376,5 @@ void AsyncClient::abort() { state->abort(); }
 bool AsyncClient::isOpen() const { return state->isOpen(); }
 
 void AsyncClient::close() { state->close(); }
-
-ClientAnswer Client::post(const std::vector<Field>& fields, std::string_view body) {
-    std::optional<ClientResult> result;
-    client.post(fields, std::string(body), [&result](ClientResult given) { result = std::move(given); });
-    loop.runUntil([&result] { return result.has_value(); });
-    if (!result->error.empty()) throw ClientError(result->error);
-    return std::move(result->answer);
-}
 
 } // namespace cimhost::http

@@ -10,7 +10,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,12 +35,6 @@ struct ClientLimits {
     std::size_t answerBytes = std::size_t{64} << 10;
 };
 
-/// No answer; what() says why.
-class ClientError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
 struct ClientAnswer {
     unsigned status = 0;
     std::string body;
@@ -65,8 +58,6 @@ public:
 
     /// Runs what is to be done, by one thread, until stop().
     void run();
-    /// The same until the condition holds, which is asked after each piece of work.
-    void runUntil(const std::function<bool()>& condition);
     /// From any thread.
     void stop();
     /// From any thread: does the work on the thread that runs the loop.
@@ -122,21 +113,6 @@ public:
 private:
     struct State;
     std::shared_ptr<State> state;
-};
-
-/// One message at a time, by one thread, which waits for the answer.
-class Client {
-public:
-    /// @param authorities as ClientLoop takes it
-    explicit Client(Url url, ClientLimits limits = {}, const std::filesystem::path& authorities = {})
-        : loop(authorities), client(loop, std::move(url), limits) {}
-
-    /// Throws ClientError.
-    ClientAnswer post(const std::vector<Field>& fields, std::string_view body);
-
-private:
-    ClientLoop loop;
-    AsyncClient client;
 };
 
 } // namespace cimhost::http

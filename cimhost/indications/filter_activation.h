@@ -1,8 +1,8 @@
 // What the provider is told of filters: one call for each subscription that begins or ends.
 #pragma once
 
-#include "cimhost/indications/indication_calls.h"
 #include "cimhost/indications/kept_object.h"
+#include "cimhost/provider/indication_calls.h"
 #include "cimhost/service/registration.h"
 
 #include <map>

@@ -4,7 +4,7 @@
 
 #include "cimhost/indications/server_description.h"
 #include "cimhost/indications/subscriptions.h"
-#include "cimhost/service/provider_calls.h"
+#include "cimhost/provider/provider_calls.h"
 
 namespace cimhost {
 

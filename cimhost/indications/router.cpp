@@ -133,10 +133,4 @@ void Router::stop() {
         delivery->waitForEnd();
 }
 
-DeliveryCounts Router::counts(const std::string& destination) const {
-    const std::lock_guard lock(mutex);
-    const auto place = deliveries.find(destination);
-    return place == deliveries.end() ? DeliveryCounts{} : place->second->counts();
-}
-
 } // namespace cimhost

@@ -42,9 +42,6 @@ public:
     /// Brings what waits, as far as the grace of the options goes; then nothing is delivered any more.
     void stop();
 
-    /// Of one destination; zeros if there is none.
-    [[nodiscard]] DeliveryCounts counts(const std::string& destination) const;
-
     /// Of all listeners since the start, also of those that nothing goes to any more; and what waits for them.
     struct Totals {
         DeliveryCounts counts;

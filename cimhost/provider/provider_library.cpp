@@ -1,12 +1,14 @@
 #include "cimhost/provider/provider_library.h"
 
 #include "cimhost/broker/request_limit.h"
+#include "cimhost/broker/result_collector.h"
 #include "cimhost/broker/thread_registry.h"
 
 #include <dlfcn.h>
 
 #include <cstddef>
 #include <exception>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -70,6 +72,12 @@ ContextObject* makeContext(Arena& arena, const CallContext& call, const Associat
     ContextObject* context = makeContext(arena, call);
     if (!filter.role.empty()) context->addText(CMPIRole, filter.role);
     return context;
+}
+
+ContextObject* makeContext(Arena& arena, const FilterCall& call) {
+    CallContext context;
+    context.principal = call.owner;
+    return makeContext(arena, context);
 }
 
 // An array of texts that ends in a null pointer; null for all properties.
@@ -221,22 +229,6 @@ ProviderLibrary::ProviderLibrary(const std::filesystem::path& file, std::string 
 
 ProviderLibrary::~ProviderLibrary() { shutdown(); }
 
-const std::string& ProviderLibrary::name() const noexcept { return interfaces->name; }
-
-bool ProviderLibrary::has(ProviderKind kind) const noexcept {
-    switch (kind) {
-    case ProviderKind::instance:
-        return interfaces->instance.factory;
-    case ProviderKind::association:
-        return interfaces->association.factory;
-    case ProviderKind::method:
-        return interfaces->method.factory;
-    case ProviderKind::indication:
-        return interfaces->indication.factory;
-    }
-    return false;
-}
-
 Outcome ProviderLibrary::enumerateInstanceNames(RequestScope& scope, const CallContext& context,
                                                 const ObjectPathObject& classPath) {
     return interfaces->call(scope, ResultKind::paths, context.sink, interfaces->instance,
@@ -273,13 +265,6 @@ Outcome ProviderLibrary::modifyInstance(RequestScope& scope, const CallContext& 
 Outcome ProviderLibrary::deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) {
     return interfaces->call(scope, ResultKind::nothing, nullptr, interfaces->instance,
                             &CMPIInstanceMIFT::deleteInstance, makeContext(scope.arena(), context), &path);
-}
-
-Outcome ProviderLibrary::execQuery(RequestScope& scope, const CallContext& context, const ObjectPathObject& classPath,
-                                   const std::string& query, const std::string& language) {
-    return interfaces->call(scope, ResultKind::instances, context.sink, interfaces->instance,
-                            &CMPIInstanceMIFT::execQuery, makeContext(scope.arena(), context), &classPath,
-                            query.c_str(), language.c_str());
 }
 
 Outcome ProviderLibrary::associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
@@ -324,55 +309,33 @@ Outcome ProviderLibrary::invokeMethod(RequestScope& scope, const CallContext& co
     return outcome;
 }
 
-Outcome ProviderLibrary::authorizeFilter(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,
-                                         const std::string& className, const ObjectPathObject& classPath,
-                                         const std::string& owner) {
-    Outcome outcome;
-    outcome.error = interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::authorizeFilter,
-                                          makeContext(scope.arena(), context), &filter, className.c_str(), &classPath,
-                                          owner.c_str());
-    return outcome;
+std::optional<CimError> ProviderLibrary::authorizeFilter(RequestScope& scope, const FilterCall& call) {
+    return interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::authorizeFilter,
+                                 makeContext(scope.arena(), call), &call.query, call.className.c_str(), &call.classPath,
+                                 call.owner.c_str());
 }
 
-Outcome ProviderLibrary::mustPoll(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,
-                                  const std::string& className, const ObjectPathObject& classPath) {
-    Outcome outcome;
-    outcome.error = interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::mustPoll,
-                                          makeContext(scope.arena(), context), &filter, className.c_str(), &classPath);
-    return outcome;
+std::optional<CimError> ProviderLibrary::mustPoll(RequestScope& scope, const FilterCall& call) {
+    return interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::mustPoll,
+                                 makeContext(scope.arena(), call), &call.query, call.className.c_str(),
+                                 &call.classPath);
 }
 
-Outcome ProviderLibrary::activateFilter(RequestScope& scope, const CallContext& context, const SelectExpObject& filter,
-                                        const std::string& className, const ObjectPathObject& classPath, bool isFirst) {
-    Outcome outcome;
-    outcome.error = interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::activateFilter,
-                                          makeContext(scope.arena(), context), &filter, className.c_str(), &classPath,
-                                          static_cast<CMPIBoolean>(isFirst));
-    return outcome;
+std::optional<CimError> ProviderLibrary::activateFilter(RequestScope& scope, const FilterCall& call, bool isFirst) {
+    return interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::activateFilter,
+                                 makeContext(scope.arena(), call), &call.query, call.className.c_str(), &call.classPath,
+                                 static_cast<CMPIBoolean>(isFirst));
 }
 
-Outcome ProviderLibrary::deactivateFilter(RequestScope& scope, const CallContext& context,
-                                          const SelectExpObject& filter, const std::string& className,
-                                          const ObjectPathObject& classPath, bool isLast) {
-    Outcome outcome;
-    outcome.error = interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::deActivateFilter,
-                                          makeContext(scope.arena(), context), &filter, className.c_str(), &classPath,
-                                          static_cast<CMPIBoolean>(isLast));
-    return outcome;
+std::optional<CimError> ProviderLibrary::deactivateFilter(RequestScope& scope, const FilterCall& call, bool isLast) {
+    return interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::deActivateFilter,
+                                 makeContext(scope.arena(), call), &call.query, call.className.c_str(), &call.classPath,
+                                 static_cast<CMPIBoolean>(isLast));
 }
 
-Outcome ProviderLibrary::enableIndications(RequestScope& scope, const CallContext& context) {
-    Outcome outcome;
-    outcome.error = interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::enableIndications,
-                                          makeContext(scope.arena(), context));
-    return outcome;
-}
-
-Outcome ProviderLibrary::disableIndications(RequestScope& scope, const CallContext& context) {
-    Outcome outcome;
-    outcome.error = interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::disableIndications,
-                                          makeContext(scope.arena(), context));
-    return outcome;
+std::optional<CimError> ProviderLibrary::enableIndications(RequestScope& scope) {
+    return interfaces->callTable(interfaces->indication, &CMPIIndicationMIFT::enableIndications,
+                                 makeContext(scope.arena(), CallContext()));
 }
 
 void ProviderLibrary::shutdown() {

@@ -265,6 +265,4 @@ std::optional<CimError> Connection::post(const std::vector<http::Field>& fields,
     return state->post(fields, body, repeat, take);
 }
 
-const Server& Connection::server() const noexcept { return state->server; }
-
 } // namespace cimhost::remote

@@ -46,8 +46,6 @@ public:
     std::optional<CimError> post(const std::vector<http::Field>& fields, std::string_view body, Repeat repeat,
                                  const Take& take);
 
-    [[nodiscard]] const Server& server() const noexcept;
-
 private:
     struct State;
     std::unique_ptr<State> state;

@@ -3,9 +3,9 @@
 
 #include "cimhost/cimxml/encoder.h"
 #include "cimhost/cimxml/response.h"
+#include "cimhost/provider/provider_calls.h"
 #include "cimhost/remote/connection.h"
 #include "cimhost/remote/operation_message.h"
-#include "cimhost/service/provider_calls.h"
 
 #include <cstdint>
 #include <string>

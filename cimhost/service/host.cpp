@@ -45,8 +45,7 @@ Host::Host(HostOptions options)
     requireFile(settings.provider);
     cmpiBroker = std::make_unique<Broker>(repository, settings.broker);
     library = std::make_unique<ProviderLibrary>(settings.provider, settings.providerName, *cmpiBroker);
-    calls = std::make_unique<LibraryCalls>(*library);
-    routed = std::make_unique<RoutedCalls>(*calls);
+    routed = std::make_unique<RoutedCalls>(*library);
     served = std::make_unique<Operations>(repository, registration, *routed);
     served->arrayArguments = settings.arrayArguments;
     served->associationCalls = settings.associationCalls;

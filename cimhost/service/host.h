@@ -2,6 +2,7 @@
 // and operations.
 #pragma once
 
+#include "cimhost/provider/provider_library.h"
 #include "cimhost/service/operations.h"
 #include "cimhost/service/routed_calls.h"
 
@@ -56,7 +57,6 @@ private:
     Registration registration;
     std::unique_ptr<Broker> cmpiBroker;
     std::unique_ptr<ProviderLibrary> library;
-    std::unique_ptr<LibraryCalls> calls;
     std::unique_ptr<RoutedCalls> routed;
     std::unique_ptr<Operations> served;
 };

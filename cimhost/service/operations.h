@@ -3,8 +3,8 @@
 #pragma once
 
 #include "cimhost/broker/request_scope.h"
+#include "cimhost/provider/provider_calls.h"
 #include "cimhost/service/cim_failure.h"
-#include "cimhost/service/provider_calls.h"
 #include "cimhost/service/registration.h"
 
 #include <optional>

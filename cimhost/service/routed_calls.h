@@ -1,7 +1,7 @@
 // Sends calls about the server's own classes to the server's own objects, and all others to the provider.
 #pragma once
 
-#include "cimhost/service/provider_calls.h"
+#include "cimhost/provider/provider_calls.h"
 
 #include <algorithm>
 #include <unordered_set>

@@ -1,8 +1,8 @@
 // A server that is killed in the middle of a flash update: the fleet is whole, and nothing stands in the next one's
 // way.
 #include "program.h"
+#include "waiting_client.h"
 
-#include "cimhost/http/client.h"
 #include "cimhost/storage/descriptor.h"
 
 #include <gmock/gmock.h>
@@ -58,8 +58,8 @@ std::string updateWith(const std::filesystem::path& image) {
 /// The answer; empty if the server was gone before.
 std::string ask(const std::string& url, const std::string& message) {
     try {
-        http::Client client(http::parseUrl(url + "/cimom").value(), {}, {});
-        return client.post({{"Content-Type", "application/xml"}, {"CIMOperation", "MethodCall"}}, message).body;
+        const std::vector<http::Field> fields = {{"Content-Type", "application/xml"}, {"CIMOperation", "MethodCall"}};
+        return testing_support::postAndWait(http::parseUrl(url + "/cimom").value(), fields, message).body;
     } catch (const std::runtime_error&) {
         return "";
     }

@@ -1,7 +1,7 @@
 // The command cimhost listen at a server that asks for a user.
 #include "program.h"
+#include "waiting_client.h"
 
-#include "cimhost/http/client.h"
 #include "cimhost/http/server.h"
 
 #include <gmock/gmock.h>
@@ -80,9 +80,8 @@ TEST(ListenProgram, AnIndicationThatCannotBePrintedIsNotConfirmed) {
     const std::string line = listener.errors();
     const auto url = http::parseUrl(line.substr(line.find("http://"), line.find('\n') - line.find("http://")));
     ASSERT_TRUE(url);
-    http::Client client(*url, {});
-    const http::ClientAnswer answer = client.post(
-        {{"Content-Type", "application/xml"}, {"CIMExport", "MethodRequest"}},
+    const http::ClientAnswer answer = testing_support::postAndWait(
+        *url, {{"Content-Type", "application/xml"}, {"CIMExport", "MethodRequest"}},
         "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"7\" PROTOCOLVERSION=\"1.0\"><SIMPLEEXPREQ>"
         "<EXPMETHODCALL NAME=\"ExportIndication\"><EXPPARAMVALUE NAME=\"NewIndication\"><INSTANCE "
         "CLASSNAME=\"T_Alert\"/></EXPPARAMVALUE></EXPMETHODCALL></SIMPLEEXPREQ></MESSAGE></CIM>");

@@ -1,7 +1,8 @@
 // What subscriptions ask of a provider: a loaded library in the server, whatever a test likes in its place.
 #pragma once
 
-#include "cimhost/provider/provider_library.h"
+#include "cimhost/broker/broker.h"
+#include "cimhost/model/cim_error.h"
 
 #include <optional>
 #include <string>
@@ -26,21 +27,6 @@ public:
     virtual std::optional<CimError> activateFilter(RequestScope& scope, const FilterCall& call, bool isFirst) = 0;
     virtual std::optional<CimError> deactivateFilter(RequestScope& scope, const FilterCall& call, bool isLast) = 0;
     virtual std::optional<CimError> enableIndications(RequestScope& scope) = 0;
-};
-
-/// Calls a provider library, which outlives this.
-class LibraryIndicationCalls final : public IndicationCalls {
-public:
-    explicit LibraryIndicationCalls(ProviderLibrary& loaded) : library(loaded) {}
-
-    std::optional<CimError> authorizeFilter(RequestScope& scope, const FilterCall& call) override;
-    std::optional<CimError> mustPoll(RequestScope& scope, const FilterCall& call) override;
-    std::optional<CimError> activateFilter(RequestScope& scope, const FilterCall& call, bool isFirst) override;
-    std::optional<CimError> deactivateFilter(RequestScope& scope, const FilterCall& call, bool isLast) override;
-    std::optional<CimError> enableIndications(RequestScope& scope) override;
-
-private:
-    ProviderLibrary& library;
 };
 
 } // namespace cimhost

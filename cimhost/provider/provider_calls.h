@@ -1,0 +1,94 @@
+// What the operations ask of a provider: a loaded library in the server, whatever a test likes in its place.
+#pragma once
+
+#include "cimhost/broker/broker.h"
+#include "cimhost/broker/object_sink.h"
+#include "cimhost/model/cim_error.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace cimhost {
+
+/// What becomes the entries of the CMPIContext of a call.
+struct CallContext {
+    std::string principal;      ///< CMPIPrincipal
+    std::string nameSpace;      ///< CMPIInitNameSpace; empty: no entry (as for activating filters)
+    CMPIFlags flags = 0;        ///< CMPIInvocationFlags
+    std::string acceptLanguage; ///< CMPIAcceptLanguage; empty: no entry
+    /// By what other name of the namespace the client asked; empty: by its own. For the server itself.
+    std::string calledNamespace = {};
+    /// Where paths and instances go as the provider hands them over; null: into the outcome. For the server itself.
+    ObjectSink* sink = nullptr;
+};
+
+/// What a call gave. The objects live in the scope of the call. What a provider returned before it failed is there too.
+struct Outcome {
+    std::optional<CimError> error;
+    std::vector<const InstanceObject*> instances;
+    std::vector<const ObjectPathObject*> paths;
+    std::optional<CMPIData> returnValue;
+    const ArgsObject* outArguments = nullptr; ///< of a method call, never null there
+
+    [[nodiscard]] bool ok() const noexcept { return !error; }
+};
+
+enum class ProviderKind { instance, association, method, indication };
+
+class ProviderCalls {
+public:
+    virtual ~ProviderCalls() = default;
+
+    /// True if what is read of the class is known at once, without a provider that may take its time.
+    [[nodiscard]] virtual bool isAtHand(const ClassDeclaration&) const { return false; }
+
+    virtual Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
+                                           const ObjectPathObject& classPath) = 0;
+    virtual Outcome enumerateInstances(RequestScope& scope, const CallContext& context,
+                                       const ObjectPathObject& classPath, const PropertyList& properties) = 0;
+    virtual Outcome getInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                                const PropertyList& properties) = 0;
+    virtual Outcome createInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
+                                   const InstanceObject& instance) = 0;
+    virtual Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) = 0;
+
+    // Whoever changes nothing, associates nothing or has no methods leaves these as they are.
+
+    virtual Outcome modifyInstance(RequestScope&, const CallContext&, const ObjectPathObject&, const InstanceObject&,
+                                   const PropertyList&) {
+        return notSupported("");
+    }
+    virtual Outcome associators(RequestScope&, const CallContext&, const ObjectPathObject&, const AssociationFilter&,
+                                const PropertyList&) {
+        return {};
+    }
+    virtual Outcome associatorNames(RequestScope&, const CallContext&, const ObjectPathObject&,
+                                    const AssociationFilter&) {
+        return {};
+    }
+    virtual Outcome references(RequestScope&, const CallContext&, const ObjectPathObject&, const AssociationFilter&,
+                               const PropertyList&) {
+        return {};
+    }
+    virtual Outcome referenceNames(RequestScope&, const CallContext&, const ObjectPathObject&,
+                                   const AssociationFilter&) {
+        return {};
+    }
+    virtual Outcome invokeMethod(RequestScope& scope, const CallContext&, const ObjectPathObject&, const std::string&,
+                                 const ArgsObject&) {
+        Outcome outcome = notSupported("");
+        outcome.outArguments = scope.make().arguments();
+        return outcome;
+    }
+
+protected:
+    static Outcome notSupported(std::string description) {
+        Outcome outcome;
+        outcome.error = CimError{CMPI_RC_ERR_NOT_SUPPORTED, std::move(description)};
+        return outcome;
+    }
+};
+
+} // namespace cimhost

@@ -74,6 +74,10 @@ class Server:
     def is_running(self):
         return self.process is not None and self.process.poll() is None
 
+    def exists(self):
+        """The same for processes that did not start the server."""
+        return pathlib.Path(f"/proc/{self.process.pid}").exists()
+
     def errors(self):
         """What the server and the provider wrote to standard error."""
         return (self.folder / "errors").read_text(errors="replace")

@@ -9,7 +9,7 @@ from attack import Attack, Limits
 
 SERVICE = "Merolt_FCHBA_SoftwareInstallationService"
 LEAVE_SECONDS = 0.05
-HOLD_SECONDS = 25
+HOLD_SECONDS = 25  # at most
 
 # The wait of an update under the provider's locks, which every client shares, is the provider's word to its clients.
 UPDATE = Limits(p99_allowance=9.0, p99_factor=1.0)
@@ -90,6 +90,8 @@ class QueuedUpdatesAtTheEnd(FlashCalls):
     def attack(self, server, stopping):
         connections = [self.send(server) for _ in range(40)]
         stopping.wait()
-        if os.fork() == 0:  # holds the connections while the server stops
-            time.sleep(HOLD_SECONDS)
+        if os.fork() == 0:  # holds the connections until the server has ended
+            deadline = time.monotonic() + HOLD_SECONDS
+            while server.exists() and time.monotonic() < deadline:
+                time.sleep(0.05)
             os._exit(0 if connections else 1)

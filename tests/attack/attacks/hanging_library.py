@@ -15,6 +15,7 @@ class HangingLibrary(Attack):
     # Every question for objects ends with the error at its deadline: the provider has one lock for all.
     limits = Limits(p99_factor=1.0, p99_allowance=DEADLINE + 1.0)
     waits = True
+    idle_clients = 2  # each waits for the deadline once more when the attack is over
     seconds = 2.0 * DEADLINE
     statuses = (3,)
 

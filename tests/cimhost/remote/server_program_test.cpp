@@ -99,7 +99,7 @@ TEST_F(ManyServers, AHundredAnswerThoughFiveFail) {
         for (int number = 1; number <= 95; ++number)
             file << url(number) << "\n";
     }
-    const std::vector<std::string> words = {"names", question, "--servers", list.path.string(), "--timeout", "20"};
+    const std::vector<std::string> words = {"names", question, "--servers", list.path.string(), "--timeout", "10"};
     const Ended ended = asAnna(words);
     EXPECT_EQ(ended.status, 5) << ended.errors;
     for (int number = 1; number <= 95; ++number)
@@ -108,7 +108,7 @@ TEST_F(ManyServers, AHundredAnswerThoughFiveFail) {
     EXPECT_EQ(lineCount(ended.errors), 5U) << ended.errors;
     for (const std::string& line :
          {std::string("cimhost: http://127.0.0.1:1: no connection to port 1 (Connection refused): "),
-          "cimhost: " + hanging.url() + ": no whole answer within 20 s: --timeout allows more",
+          "cimhost: " + hanging.url() + ": no whole answer within 10 s: --timeout allows more",
           "cimhost: " + page.url() + ": it answers with text/html and not with CIM-XML",
           "cimhost: " + busy.url() + ": it is too busy or not up yet (HTTP 503)",
           "cimhost: " + cut.url() + ": it closed the connection in the middle of its answer"})

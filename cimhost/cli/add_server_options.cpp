@@ -15,10 +15,10 @@ void addIdentityOptions(CLI::App& command, IdentityOptions& options) {
     command.add_option("--netrc", options.logins,
                        "File of users and passwords, as .netrc; nobody else may be able to read it");
     command.add_option("--cacert", options.authorities,
-                       "Whose certificates to believe, PEM; the system's authorities unless told otherwise");
+                       "Certificates to trust, PEM; default: the system's authorities");
     command.add_flag_callback(
         "--no-verify", [&options] { options.verifies = false; },
-        "Believe any certificate: whoever stands in between can read and change everything");
+        "Accept any certificate; others on the network can then read and change everything");
 }
 
 void addServerOptions(CLI::App& command, ServerOptions& options) {
@@ -28,10 +28,10 @@ void addServerOptions(CLI::App& command, ServerOptions& options) {
         ->allow_extra_args(false)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     command.add_option("--servers", options.list, "File of CIM servers, one URL a line, # for comments");
-    command.add_option("--parallel", options.parallel, "How many servers to ask at the same moment")
+    command.add_option("--parallel", options.parallel, "How many servers to ask at the same time")
         ->check(CLI::Range(1, 256))
         ->capture_default_str();
-    command.add_option("--timeout", options.timeoutSeconds, "Seconds that a server has for its whole answer")
+    command.add_option("--timeout", options.timeoutSeconds, "Seconds that a server may take for all its answers")
         ->check(CLI::Range(0.1, 86400.0))
         ->capture_default_str();
     addIdentityOptions(command, options.identity);

@@ -36,11 +36,11 @@ void addDoctor(CommandLine& line) {
     const auto given = std::make_shared<Given>();
     given->doctor.nameSpace = HostOptions().nameSpace;
     CLI::App& command = line.add("doctor", "Tell what is wrong with the adapters, why it matters and what to do");
-    command.add_option("--ignore", given->doctor.ignored, "Leave out what this rule tells; may be given again")
+    command.add_option("--ignore", given->doctor.ignored, "Leave out this rule; may be given again")
         ->type_name("RULE")
         ->allow_extra_args(false);
     command
-        .add_option("--interval", given->doctor.intervalSeconds, "Look at error counters twice, so many seconds apart")
+        .add_option("--interval", given->doctor.intervalSeconds, "Read error counters twice, this many seconds apart")
         ->type_name("SECONDS")
         ->check(CLI::Range(1U, longestInterval));
     command.add_flag("--rules", given->showsRules, "Show the rules and look at nothing");

@@ -23,7 +23,7 @@ struct ServeOptions {
     std::string key;
     std::string credentials;
     std::vector<std::string> serverNames; ///< more names that clients call the server by
-    bool anonymousWrites = false;         ///< whoever can connect may change something
+    bool anonymousWrites = false;         ///< anonymous clients may change something
     std::string metrics = {};             ///< "127.0.0.1:9000"; empty: no metrics
     std::string state;                    ///< file that remembers subscriptions; empty: nothing does
     std::size_t connections = 64;
@@ -53,7 +53,7 @@ struct QueryOptions {
 /// start.
 void ask(const HostOptions& hostOptions, const QueryOptions& options);
 
-/// The same of CIM servers. Where they fail they are told on standard error. Throws only where nobody was asked.
+/// The same for CIM servers. Their failures are printed on standard error. Throws only if no server was asked.
 ExitStatus ask(const HostOptions& hostOptions, const QueryOptions& options, const ServerOptions& servers,
                const MessageOptions& messages);
 
@@ -76,9 +76,10 @@ struct InvokeOptions {
     Form form = Form::table;
 };
 
-/// Calls a method and prints what it returns and gives out. A value of an array is parted by commas, or @FILE for the
-/// bytes of a file; that of a reference is a path; without a value the argument is null. Throws as above.
-/// @return why the method failed, by what it returned; empty if it did not.
+/// Calls a method and prints its return value and output parameters. A value of an array is separated by commas, or
+/// @FILE for the bytes of a file; the value of a reference is a path; without a value the argument is null. Throws as
+/// above.
+/// @return why the method failed, by its return value; empty if it did not.
 std::string invoke(const HostOptions& hostOptions, const InvokeOptions& options);
 
 /// The same at CIM servers, as ask() does.
@@ -132,7 +133,7 @@ struct ImageOptions {
 
 /// Writes a flash image for fleets. Throws std::runtime_error for options that make none.
 void makeImage(const ImageOptions& options);
-/// Prints what an image brings. Throws std::runtime_error for a file that is none.
+/// Prints the content of an image. Throws std::runtime_error for a file that is no image.
 void showImage(const ImageOptions& options);
 
 } // namespace cimhost::cli

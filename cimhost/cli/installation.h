@@ -1,4 +1,4 @@
-// Where the program finds what belongs to it, and what it is told in place of that.
+// Where the program finds its own files, and the options that name others.
 #pragma once
 
 #include <filesystem>
@@ -17,8 +17,8 @@ struct Locations {
 Locations defaultLocations();
 
 /// Reads the name of the source of adapters, and the fleet file or recording that it names, before the provider does:
-/// the adapter library can only log what is wrong with them. The text says what is wrong and where; nothing if all is
-/// well.
+/// the adapter library can only log errors in them.
+/// @return the error and its place; nothing if there is none.
 std::optional<std::string> checkSource();
 
 /// Whether the adapters are those of this machine, and not described or recorded ones.

@@ -28,22 +28,22 @@ void sayError(const MessageOptions& options, std::string_view reason);
 /// The same with the status of CIM (DSP0200, 5.3), in JSON as "code" and "name".
 void sayError(const MessageOptions& options, const CimFailure& failure);
 
-/// The same of one of several servers. status is null where the failure is none of CIM.
+/// The same for one of several servers. status is null if the failure is not a CIM error.
 void sayServerError(const MessageOptions& options, std::string_view server, const CimError* status,
                     std::string_view reason);
 
-/// While it lives, and from the end of the first second, tells a person at a terminal what is waited for. Nothing where
-/// standard error is no terminal, or where it should be quiet or JSON.
+/// After its first second, shows a person at a terminal what the program waits for, until it is destroyed. Shows
+/// nothing if standard error is no terminal, or with --quiet or --json.
 class Progress {
 public:
     Progress(const MessageOptions& options, std::string what);
-    /// @param what tells anew each second, by any thread
+    /// @param what gives the text; called each second, on any thread
     Progress(const MessageOptions& options, std::function<std::string()> what);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// Takes the line away, until it is told again: before something else is printed.
+    /// Removes the line until the next second: call it before something else is printed.
     void clear();
 
 private:

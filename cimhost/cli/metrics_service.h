@@ -31,7 +31,7 @@ public:
 
     /// From any thread: no further scrape is answered. Does not wait.
     void stop();
-    /// The same, and waits until nobody looks at the adapters any more: for ever, where the provider hangs.
+    /// The same, and waits until no thread reads the adapters any more: for ever, if the provider hangs.
     void finish();
 
 private:

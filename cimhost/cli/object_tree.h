@@ -11,7 +11,7 @@
 
 namespace cimhost::cli {
 
-/// How objects of one class find their parent. The first placement that leads somewhere counts.
+/// How objects of one class find their parent. The first placement that finds one counts.
 struct Placement {
     std::string child;  ///< class
     std::string parent; ///< class
@@ -29,18 +29,18 @@ struct TreeNode {
 
 struct ObjectTree {
     std::vector<TreeNode> roots;
-    std::vector<TreeNode> apart; ///< what no road leads to, with what stands below it
+    std::vector<TreeNode> apart; ///< objects without a parent, with their children
 };
 
 struct TreePlan {
-    std::string rootClass; ///< empty: nobody chose, and whatever has no parent is a root
+    std::string rootClass; ///< empty: every object without a parent is a root
     std::vector<Placement> placements;
 };
 
 /// Every instance of every class that the provider serves in the namespace, each once. Each association is followed
-/// from the child, and where that leads nowhere from the parent: some answer from one side only. The instances live in
-/// the scope. Throws CimFailure; a refusal to follow an association from a class (CIM_ERR_NOT_SUPPORTED) is none, nor
-/// is a class that the source lacks, unless it lacks them all.
+/// from the child, and if that finds nothing from the parent, since some answer from one side only. The instances live
+/// in the scope. Throws CimFailure, but not for an association that cannot be followed from a class
+/// (CIM_ERR_NOT_SUPPORTED), nor for a class that the source lacks, unless it lacks all classes.
 ObjectTree growTree(ObjectSource& source, RequestScope& scope, std::string_view nameSpace, const TreePlan& plan);
 
 } // namespace cimhost::cli

@@ -1,5 +1,5 @@
-// What people are shown of a provider's objects: what they are called, where they stand in the tree, which columns
-// their tables have. One file beside the class definitions tells it; its head describes the lines.
+// How people see a provider's objects: their labels, their places in the tree, the columns of their tables. A file
+// beside the class definitions says so; its head describes the lines.
 #pragma once
 
 #include "cimhost/cli/object_tree.h"
@@ -41,7 +41,7 @@ struct ShownUnit {
     std::string unit; ///< as PUnit writes it
 };
 
-/// What a 0 means that is no number: nobody knows. Unless another property shows one of some values.
+/// Words for a 0 that means "unknown", unless another property has one of these values.
 struct ShownZero {
     std::string className;
     std::string property;
@@ -58,16 +58,16 @@ struct Presentation {
     TreePlan tree;
     std::vector<std::string> alarming; ///< values that make a line of the tree red
 
-    /// Null where nobody chose for this very class.
+    /// Null if the file has none for exactly this class.
     [[nodiscard]] const Label* labelOf(std::string_view className) const;
     [[nodiscard]] const Columns* columnsOf(std::string_view className) const;
-    /// Empty where nobody chose for this very class.
+    /// Empty if the file has none for exactly this class.
     [[nodiscard]] std::string_view unitOf(std::string_view className, std::string_view property) const;
-    /// Null where nobody chose for this very class.
+    /// Null if the file has none for exactly this class.
     [[nodiscard]] const ShownZero* zeroOf(std::string_view className, std::string_view property) const;
 };
 
-/// Reads a file of presentation. Throws std::runtime_error with file, line and what is wrong: a line of no known form,
+/// Reads a file of presentation. Throws std::runtime_error with file, line and error: a line of no known form,
 /// a class, property or association that the namespace lacks, an association that does not lead from the one to the
 /// other.
 Presentation readPresentation(const std::filesystem::path& file, const ClassRepository& repository,

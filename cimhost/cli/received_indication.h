@@ -12,8 +12,7 @@ namespace cimhost::cli {
 /// Class and number, then every property that has a value, one a line. Printable.
 std::string textOf(const cimxml::Instance& indication);
 
-/// All that a person needs at a glance, on one line: when, how severe and of what kind in words, class and number, and
-/// the message. Printable.
+/// A summary for people on one line: time, severity and kind in words, class and number, message. Printable.
 std::string lineOf(const cimxml::Instance& indication);
 
 /// {"class": ..., "properties": {...}} on one line; a property without a value is null.
@@ -22,7 +21,7 @@ std::string jsonLineOf(const cimxml::Instance& indication);
 /// Follows the numbers of each sequence.
 class SequenceWatch {
 public:
-    /// What is odd about the number of this indication; empty if it is the next one, or has none.
+    /// A message about the number of this indication; empty if it is the next one, or has none.
     std::string judge(const cimxml::Instance& indication);
 
 private:

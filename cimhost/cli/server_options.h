@@ -44,8 +44,8 @@ void addIdentityOptions(CLI::App& command, IdentityOptions& options);
 /// Those that the options name, each once, in their order. Throws std::runtime_error.
 std::vector<remote::Server> serversOf(const ServerOptions& options);
 
-/// Asks for the password where a user is named without one: at a terminal unseen, otherwise the first line of standard
-/// input. Says on standard error what is given up. Throws std::runtime_error for what cannot be used.
+/// Asks for the password if a user is named without one: hidden at a terminal, otherwise the first line of standard
+/// input. Warns on standard error if certificates are not verified. Throws std::runtime_error for unusable options.
 remote::Identity identityOf(const IdentityOptions& options, const std::vector<remote::Server>& servers);
 
 } // namespace cimhost::cli

@@ -9,9 +9,9 @@
 
 namespace cimhost::cli {
 
-/// One line an object, indented below its parent with lines that lead there; what stands apart comes last, under a
-/// heading, each with its path. Neighbours that read the same and have nothing below them share a line, which tells
-/// their number.
+/// One line an object, indented below its parent with lines that lead there; objects without a parent come last, under
+/// a heading, each with its path. Neighbours with the same text and without children share a line, which has their
+/// number.
 std::string textOf(const ObjectTree& tree, const Presentation& presentation = {}, const Layout& layout = {});
 
 /// {"tree": [...], "apart": [...]}, each object as in the other answers and with "children".

@@ -1,5 +1,5 @@
-// A card as an update sees it: what it is, what is installed, and who can write its flash. All of it is found by the
-// classes and associations of the CIM Schema (DSP1023, Software Inventory; DSP1025, Software Update).
+// A card as an update sees it: its identity, the installed software, and the service that writes its flash. All of it
+// is found by the classes and associations of the CIM Schema (DSP1023, Software Inventory; DSP1025, Software Update).
 #pragma once
 
 #include "cimhost/cli/object_source.h"

@@ -11,7 +11,7 @@
 
 namespace cimhost {
 
-/// Who wants a connection. Called on the loop's thread.
+/// A user of connections. Called on the loop's thread.
 class ConnectionUser {
 public:
     virtual ~ConnectionUser() = default;

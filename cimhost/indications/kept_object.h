@@ -1,4 +1,4 @@
-// A filter, destination or subscription as it is kept: the instance, and what it means.
+// A filter, destination or subscription as it is kept: the instance and its meaning.
 #pragma once
 
 #include "cimhost/broker/objects.h"
@@ -23,7 +23,7 @@ struct KeptClass {
 /// The classes of the interop namespace whose instances clients make.
 std::span<const KeptClass> keptClasses();
 
-/// An instance with what it means. Never changes once it is kept.
+/// An instance with its meaning. Never changes.
 struct KeptObject {
     KeptKind kind = KeptKind::filter;
     Arena arena;

@@ -24,7 +24,7 @@ public:
     /// The repository is whole by now and outlives this.
     ServerDescription(const ClassRepository& repository, ServerFacts facts);
 
-    /// The classes of what is described here, as the interop namespace declares them. None if it lacks one of them:
+    /// The classes of these objects, as the interop namespace declares them. None if it lacks one of them:
     /// then there is no description.
     [[nodiscard]] std::vector<const ClassDeclaration*> classes() const;
 

@@ -106,12 +106,12 @@ struct Snapshot {
 };
 
 /// Enumerates the instances of a class and its subclasses, wherever they come from: the provider here, or a server.
-/// Throws CimFailure for what is refused, whatever else it likes where there is no answer. The instances live as long
-/// as the caller of what follows.
+/// Throws CimFailure if the question is refused, and any other exception if there is no answer. The instances live as
+/// long as the caller of the functions below.
 using Enumerate = std::function<std::vector<const InstanceObject*>(const char* className)>;
 
-/// Everything. What is refused stands among the failures, and what it would have told is absent; throws CimFailure
-/// where every question is refused, and what the enumeration throws.
+/// Everything. A refused question is one of the failures, and its facts are absent. Throws CimFailure if every question
+/// is refused, and what the enumeration throws.
 Snapshot readSnapshot(const Enumerate& enumerate);
 
 /// Cards, jacks, modules and the ports at them; no targets, no counters and no software. Throws what the enumeration

@@ -1,4 +1,4 @@
-// What subscriptions ask of a provider: a loaded library in the server, whatever a test likes in its place.
+// The calls that subscriptions make to a provider: a loaded library in the server, a fake one in tests.
 #pragma once
 
 #include "cimhost/broker/broker.h"
@@ -9,7 +9,7 @@
 
 namespace cimhost {
 
-/// A filter as a provider is told of it.
+/// A filter as a provider sees it.
 struct FilterCall {
     const SelectExpObject& query;
     const std::string& className;      ///< of the query's FROM

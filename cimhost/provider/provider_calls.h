@@ -1,4 +1,4 @@
-// What the operations ask of a provider: a loaded library in the server, whatever a test likes in its place.
+// The calls that operations make to a provider: a loaded library in the server, a fake one in tests.
 #pragma once
 
 #include "cimhost/broker/broker.h"
@@ -41,7 +41,7 @@ class ProviderCalls {
 public:
     virtual ~ProviderCalls() = default;
 
-    /// True if what is read of the class is known at once, without a provider that may take its time.
+    /// True if objects of the class are known without a call of the provider, which may take long.
     [[nodiscard]] virtual bool isAtHand(const ClassDeclaration&) const { return false; }
 
     virtual Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
@@ -54,7 +54,7 @@ public:
                                    const InstanceObject& instance) = 0;
     virtual Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) = 0;
 
-    // Whoever changes nothing, associates nothing or has no methods leaves these as they are.
+    // Override these only for objects that can be changed, have associations, or have methods.
 
     virtual Outcome modifyInstance(RequestScope&, const CallContext&, const ObjectPathObject&, const InstanceObject&,
                                    const PropertyList&) {

@@ -1,4 +1,4 @@
-// Why a server gave no answer, in one line for the person who asked: what is wrong, and what to try.
+// Why a server gave no answer, in one line for a person: the error, and advice.
 #pragma once
 
 #include "cimhost/http/client.h"
@@ -8,18 +8,18 @@
 
 namespace cimhost::remote {
 
-/// What is known of an exchange that failed before there was an answer.
+/// An exchange that failed before there was an answer.
 struct TransferFacts {
     int code = 0;                        ///< CURLcode
     long certificate = 0;                ///< X509_V_ERR_...
     int systemError = 0;                 ///< errno of the connection
-    std::string detail;                  ///< what libcurl says
+    std::string detail;                  ///< text of libcurl
     std::chrono::milliseconds allowed{}; ///< until the deadline, when the server was first asked
 };
 
 std::string transferFailure(const http::Url& server, const TransferFacts& facts);
 
-/// What is known of an answer that is none of CIM.
+/// An answer that is not CIM-XML.
 struct HttpFacts {
     unsigned status = 0;
     std::string contentType;

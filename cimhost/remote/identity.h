@@ -1,4 +1,4 @@
-// Who asks CIM servers, and whom he believes: one identity for every command.
+// The user at CIM servers and the certificates to trust, the same for every command.
 #pragma once
 
 #include <filesystem>
@@ -7,14 +7,14 @@
 namespace cimhost::remote {
 
 struct Identity {
-    std::string user;                  ///< "name:password"; empty: nobody, or whom the file of logins names
+    std::string user;                  ///< "name:password"; empty: none, or from the file of logins
     std::filesystem::path logins;      ///< in the form of .netrc: machine, login, password; empty: none
-    std::filesystem::path authorities; ///< PEM: whose certificates to believe; empty: the system's
-    bool verifies = true;              ///< false: whoever answers is believed
+    std::filesystem::path authorities; ///< PEM: certificates to trust; empty: the system's
+    bool verifies = true;              ///< false: every certificate is accepted
 };
 
 /// Throws std::runtime_error, before anything is sent, for a user without a password behind a colon, for logins that
-/// others can read, and for authorities that cannot be used. The user's words are not repeated.
+/// others can read, and for authorities that cannot be used. The message has no user and no password.
 void requireUsable(const Identity& identity);
 
 } // namespace cimhost::remote

@@ -1,5 +1,5 @@
-// What a server answered, made into the broker's objects. The local classes serve for types and order; what they do not
-// know stands as the server sent it, in its order.
+// Makes the broker's objects of a server's answer. Types and order are those of the local classes; properties that
+// these lack stay as the server sent them, in its order.
 #pragma once
 
 #include "cimhost/broker/request_scope.h"

@@ -1,4 +1,4 @@
-// CIM servers as people name them.
+// URLs of CIM servers.
 #pragma once
 
 #include "cimhost/http/client.h"
@@ -15,10 +15,10 @@ struct Server {
     http::Url url;    ///< with the ports of CIM, 5988 and 5989, and /cimom, where the text names none
 };
 
-/// Throws std::runtime_error that says what is wrong with the text. A user in it is refused and not repeated.
+/// Throws std::runtime_error with the error. A text with a user in it is refused and not printed.
 Server parseServer(std::string_view text);
 
-/// One URL a line; blank lines and what stands behind # mean nothing. Throws std::runtime_error with file, line and
+/// One URL a line; blank lines and comments after # are ignored. Throws std::runtime_error with file, line and
 /// reason; a file without servers is wrong too.
 std::vector<Server> readServers(const std::filesystem::path& file);
 

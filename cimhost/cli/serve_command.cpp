@@ -11,8 +11,7 @@ void addServe(CommandLine& line) {
     const auto options = std::make_shared<ServeOptions>();
     options->state = defaultStateFile().string();
     CLI::App& command = line.add("serve", "Serve CIM-XML clients until stopped");
-    command.add_option("--listen", options->listen,
-                       "Address and port; default 127.0.0.1:5988, with TLS port 5989");
+    command.add_option("--listen", options->listen, "Address and port; default 127.0.0.1:5988, with TLS port 5989");
     command.add_option("--server-name", options->serverNames,
                        "One more name or address that clients may call this server by; may be given again");
     command.add_option("--certificate", options->certificate, "TLS certificate with its chain, PEM");

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <unordered_map>
 
 namespace merolt {
 
@@ -115,42 +116,61 @@ void terminateTexts(TAVIK_CardProperties& card) {
     terminate(card.defaultFruNumber);
 }
 
-/// The card of that identity, appended if it is new; null if memory is short.
-CNACard* findOrAppendCard(std::uint32_t adapterId) {
-    CNACard** link = &g_CNAList;
-    for (; *link; link = &(*link)->next) {
-        if ((*link)->adapterId == adapterId) return *link;
+/// Appends functions to the list. It knows where each card's ports end, so that a host with many cards and ports is not
+/// walked for each of them.
+class ListMaker {
+public:
+    ListMaker() {
+        for (; *end; end = &(*end)->next)
+            know(**end);
     }
-    auto* card = allocateRecord<CNACard>();
-    if (!card) {
-        DEBUG_LOG("Allocating memory for new adapter failed\n");
-        return nullptr;
+
+    void append(const TAVIK_NicFunction& function) {
+        Place* place = findOrAppendCard(function.adapterId);
+        if (!place) return;
+        place->card->properties = function.card;
+        terminateTexts(place->card->properties);
+        auto* port = allocateRecord<CNAPort>();
+        if (!port) return;
+        *place->portsEnd = port; // first, so that it goes with the card whatever becomes of the rest
+        place->portsEnd = &port->next;
+        port->portProperties = function.port;
+        terminate(port->portProperties.deviceName);
+        Initialize_CNA_Port(function, *port);
+        copyIPProperties(*port);
     }
-    card->adapterId = adapterId;
-    *link = card;
-    return card;
-}
 
-void appendPort(CNACard& card, CNAPort* port) {
-    CNAPort** link = &card.ports;
-    while (*link)
-        link = &(*link)->next;
-    *link = port;
-}
+private:
+    struct Place {
+        CNACard* card;
+        CNAPort** portsEnd;
+    };
 
-void appendFunction(const TAVIK_NicFunction& function) {
-    CNACard* card = findOrAppendCard(function.adapterId);
-    if (!card) return;
-    card->properties = function.card;
-    terminateTexts(card->properties);
-    auto* port = allocateRecord<CNAPort>();
-    if (!port) return;
-    appendPort(*card, port); // first, so that it goes with the card whatever becomes of the rest
-    port->portProperties = function.port;
-    terminate(port->portProperties.deviceName);
-    Initialize_CNA_Port(function, *port);
-    copyIPProperties(*port);
-}
+    /// The first card of an identity stands for it.
+    Place& know(CNACard& card) {
+        CNAPort** portsEnd = &card.ports;
+        while (*portsEnd)
+            portsEnd = &(*portsEnd)->next;
+        return places.try_emplace(card.adapterId, Place{&card, portsEnd}).first->second;
+    }
+
+    /// The card of that identity, appended if it is new; null if memory is short.
+    Place* findOrAppendCard(std::uint32_t adapterId) {
+        if (const auto known = places.find(adapterId); known != places.end()) return &known->second;
+        auto* card = allocateRecord<CNACard>();
+        if (!card) {
+            DEBUG_LOG("Allocating memory for new adapter failed\n");
+            return nullptr;
+        }
+        card->adapterId = adapterId;
+        *end = card;
+        end = &card->next;
+        return &know(*card);
+    }
+
+    CNACard** end = &g_CNAList;
+    std::unordered_map<std::uint32_t, Place> places;
+};
 
 void updateLink(CNAPort& port, Merolt_CNA_Provider* provider, CNACard& card, LinkAlert alert) {
     TAVIK_LinkProperties link{};
@@ -191,7 +211,10 @@ void freePort(CNAPort* port) {
 
 void Initialize_CNA_List() {
     DEBUG_LOG("Entered Initialize_CNA_List()");
-    if (TAVIK_AdapterList* adapters = TAVIK_GetAdapterList()) forEachNicFunction(adapters, appendFunction);
+    if (TAVIK_AdapterList* adapters = TAVIK_GetAdapterList()) {
+        ListMaker list;
+        forEachNicFunction(adapters, [&](const TAVIK_NicFunction& function) { list.append(function); });
+    }
     DEBUG_LOG("Exiting Initialize_CNA_List()");
 }
 

@@ -55,6 +55,9 @@ Folders::Folders(const std::filesystem::path& root) {
     isConfinedByKernel_ = openBelow(rootFolder_->get(), ".", asPlace).opened();
 }
 
+Folders::Folders(const Folders& other)
+    : root_(other.root_), isConfinedByKernel_(other.isConfinedByKernel_), rootFolder_(other.rootFolder()) {}
+
 SharedDescriptor Folders::rootFolder() const {
     const std::lock_guard lock(mutex_);
     return rootFolder_;
@@ -82,9 +85,12 @@ Attribute<SharedDescriptor> Folders::folder(const std::string& path) const {
 Attribute<std::uint8_t> Folders::kind(const std::string& path) const {
     const auto place = folder(parentPath(path));
     if (!place) return place.absence();
+    return kindIn(**place, path);
+}
+
+Attribute<std::uint8_t> Folders::kindIn(const Descriptor& parent, const std::string& path) const {
     struct stat status {};
-    if (::fstatat((*place)->get(), baseName(path).c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
-        return fileAbsence(errno);
+    if (::fstatat(parent.get(), baseName(path).c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return fileAbsence(errno);
     return static_cast<std::uint8_t>(IFTODT(status.st_mode));
 }
 
@@ -133,9 +139,9 @@ HeldFolders::Held& HeldFolders::held(const std::string& path) const {
 Attribute<SharedDescriptor> HeldFolders::folder(const std::string& path) const { return held(path).folder; }
 
 /** One list of a folder tells what many questions would. Folders of the machine have more in them than is asked for. */
-Attribute<std::uint8_t> HeldFolders::kind(const std::string& path) const {
+Attribute<std::uint8_t> HeldFolders::kindIn(const Descriptor& parent, const std::string& path) const {
     constexpr std::size_t mostListed = 4096;
-    if (isMachine()) return Folders::kind(path);
+    if (isMachine()) return Folders::kindIn(parent, path);
     auto& [folderPath, folder, kinds, isUsed] = held(parentPath(path));
     if (!folder) return folder.absence();
     if (!kinds) {
@@ -146,7 +152,8 @@ Attribute<std::uint8_t> HeldFolders::kind(const std::string& path) const {
     const bool isTold = found != kinds->end() && found->second != DT_UNKNOWN;
     if (isTold) return found->second;
     const bool isWhole = !kinds->empty() && kinds->size() < mostListed && found == kinds->end();
-    return isWhole && baseName(path) != "." ? Attribute<std::uint8_t>(fileAbsence(ENOENT)) : Folders::kind(path);
+    return isWhole && baseName(path) != "." ? Attribute<std::uint8_t>(fileAbsence(ENOENT))
+                                            : Folders::kindIn(parent, path);
 }
 
 Attribute<std::string> HeldFolders::resolve(const std::string& path) const {

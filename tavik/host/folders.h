@@ -27,14 +27,15 @@ class Folders {
 public:
     explicit Folders(const std::filesystem::path& root);
     virtual ~Folders() = default;
-    Folders(const Folders&) = delete;
     Folders& operator=(const Folders&) = delete;
 
     /** A folder that other calls can be made relative to. Empty: the root. */
     virtual Attribute<SharedDescriptor> folder(const std::string& path) const;
 
     /** What stands at the path itself, a link that is not followed too: DT_REG, DT_LNK, ... of readdir(3). */
-    virtual Attribute<std::uint8_t> kind(const std::string& path) const;
+    Attribute<std::uint8_t> kind(const std::string& path) const;
+    /** The same in the folder of the path, which is open already. */
+    virtual Attribute<std::uint8_t> kindIn(const Descriptor& parent, const std::string& path) const;
 
     /** True for the machine itself, whose attribute folders have no devices in them. */
     bool isMachine() const { return root_ == "/"; }
@@ -45,10 +46,12 @@ public:
     /** The path without symbolic links, relative to the root. */
     virtual Attribute<std::string> resolve(const std::string& path) const;
 
-    const std::filesystem::path& root() const { return root_; }
-
     /** A root that was deleted or moved away, and made again under its name, is the new one from here on. */
     void follow() const;
+
+protected:
+    /** The same root, as it is at this moment. */
+    Folders(const Folders& other);
 
 private:
     SharedDescriptor rootFolder() const;
@@ -64,10 +67,10 @@ private:
 /** Keeps the folders open that were asked for last, and knows what stands in those of a recording. For one thread. */
 class HeldFolders : public Folders {
 public:
-    using Folders::Folders;
+    explicit HeldFolders(const Folders& others) : Folders(others) {}
 
     Attribute<SharedDescriptor> folder(const std::string& path) const override;
-    Attribute<std::uint8_t> kind(const std::string& path) const override;
+    Attribute<std::uint8_t> kindIn(const Descriptor& parent, const std::string& path) const override;
     Attribute<std::string> resolve(const std::string& path) const override;
 
 private:

@@ -53,14 +53,14 @@ Attribute<SharedDescriptor> openRegular(const Folders& folders, const std::strin
     const auto follow = [&] {
         return folders.resolve(path).then([&](const std::string& target) { return openRegular(folders, target); });
     };
+    const auto folder = folders.folder(parentPath(path));
+    if (!folder) return folder.absence();
     if (!folders.isMachine()) {
-        const auto kind = folders.kind(path);
+        const auto kind = folders.kindIn(**folder, path);
         if (!kind) return kind.absence();
         if (*kind == DT_LNK) return follow();
         if (*kind != DT_REG) return Absence{"not a file"};
     }
-    const auto folder = folders.folder(parentPath(path));
-    if (!folder) return folder.absence();
     const int file = ::openat((*folder)->get(), baseName(path).c_str(), forReading);
     if (file < 0 && errno == ELOOP) return follow();
     if (file < 0) return fileAbsence(errno);
@@ -92,7 +92,7 @@ SysTree::SysTree(const std::filesystem::path& root) : folders_(std::make_shared<
 
 SysTree::SysTree(std::shared_ptr<const Folders> folders) : folders_(std::move(folders)) {}
 
-SysTree SysTree::forOneLook() const { return SysTree(std::make_shared<const HeldFolders>(folders_->root())); }
+SysTree SysTree::forOneLook() const { return SysTree(std::make_shared<const HeldFolders>(*folders_)); }
 
 Attribute<std::string> SysTree::text(const std::string& path) const {
     return bytes(path, largestText + 1).then(printableText);

@@ -1,6 +1,6 @@
 // What it costs to look at a host, beside plain reads of the same files, links and folders: a full look, and a poll
 // that asks whether something has changed and how each link stands. The host is a recording of any number of
-// interfaces.
+// interfaces. And what the facts beside the contract cost of all interfaces.
 #include <array>
 #include <cstdint>
 #include <filesystem>
@@ -17,6 +17,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "inventory/fact_calls.h"
 #include "tavik/host/host_source.h"
 #include "tests/optics/memories.h"
 
@@ -51,6 +52,27 @@ public:
 
     std::unique_ptr<tavik::Source> source() const {
         return std::move(std::get<std::unique_ptr<tavik::Source>>(tavik::makeRecordingSource(root_)));
+    }
+
+    /** What facts are read from beside what a look reads. */
+    void addFacts(unsigned interfaces) const {
+        for (unsigned i = 0; i < interfaces; ++i) {
+            for (const auto* counter : {"rx_bytes", "tx_bytes", "rx_packets", "tx_packets", "rx_errors", "tx_errors",
+                                        "rx_dropped", "tx_dropped"})
+                file("sys/class/net/" + nameOf(i) + "/statistics/" + counter, "123456789012\n");
+            for (const auto& [attribute, value] :
+                 std::initializer_list<std::pair<const char*, const char*>>{{"numa_node", "1\n"},
+                                                                            {"current_link_speed", "16.0 GT/s PCIe\n"},
+                                                                            {"current_link_width", "16\n"},
+                                                                            {"max_link_speed", "16.0 GT/s PCIe\n"},
+                                                                            {"max_link_width", "16\n"}})
+                file("sys/class/net/" + nameOf(i) + "/device/" + attribute, value);
+            const auto kernel = "kernel/net/" + nameOf(i) + "/";
+            file(kernel + "pause", "1 1 1\n");
+            file(kernel + "fec", "4 4\n");
+            file(kernel + "link_settings", "1 1 00000000 80000000 00000000 00000000\n");
+        }
+        file("sys/bus/pci/slots/1/address", "0000:01:00\n");
     }
 
     static std::string nameOf(unsigned i) { return "ens" + std::to_string(i); }
@@ -184,6 +206,30 @@ void poll(benchmark::State& state) {
     }
 }
 
+/** What an enumeration of all ports asks the library for beside their records. @param groups TavikFactGroup bits. */
+void facts(benchmark::State& state, std::uint32_t groups) {
+    const auto interfaces = static_cast<unsigned>(state.range(0));
+    RecordedHost host(interfaces);
+    host.addFacts(interfaces);
+    const auto source = host.source();
+    source->load();
+    std::size_t count = 0;
+    for (auto _ : state) {
+        count = 0;
+        for (unsigned i = 0; i < interfaces; ++i)
+            count += source->nicFacts(RecordedHost::nameOf(i), groups).value.size();
+    }
+    state.counters["facts"] = static_cast<double>(count);
+}
+
+constexpr std::uint32_t allGroups =
+    TavikFactsOfAdapter | TavikFactsOfLink | TavikFactsOfCounters | TavikFactsOfRelations;
+
+BENCHMARK_CAPTURE(facts, all, allGroups)->Arg(2)->Arg(16)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(facts, adapter, TavikFactsOfAdapter)->Arg(16)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(facts, link, TavikFactsOfLink)->Arg(16)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(facts, counters, TavikFactsOfCounters)->Arg(16)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(facts, relations, TavikFactsOfRelations)->Arg(16)->Unit(benchmark::kMicrosecond);
 BENCHMARK(plainReads)->Arg(2)->Arg(16)->Arg(128)->Unit(benchmark::kMicrosecond);
 BENCHMARK(fullLook)->Arg(2)->Arg(16)->Arg(128)->Unit(benchmark::kMicrosecond);
 BENCHMARK(poll)->Arg(2)->Arg(16)->Arg(128)->Unit(benchmark::kMicrosecond);

@@ -1,4 +1,6 @@
 // What single requests cost in a provider library and in its library of adapters: loaded_provider [LIBRARY [PORTS...]]
+// A negative number of ports is that of a fleet which tells facts beside the contract. Facts=off in the provider's
+// settings (/etc/merolt/cim-provider.conf) is what to compare with.
 //
 // The library is loaded as servers load it, so that one of another build can be measured beside this one's. Each figure
 // is the least time of this thread's own in many rounds: what else the machine does lengthens some rounds, but not all.
@@ -147,7 +149,7 @@ void measureAll(const char* library) {
 
 /// In a process of its own, as a provider reads its adapters once.
 bool measureFleet(const char* library, int ports) {
-    std::printf("%d ports\n", ports);
+    std::printf("%d ports%s\n", std::abs(ports), ports < 0 ? " with facts" : "");
     std::fflush(stdout);
     const pid_t child = fork();
     if (child != 0) {
@@ -156,7 +158,7 @@ bool measureFleet(const char* library, int ports) {
     }
     const auto file =
         std::filesystem::temp_directory_path() / ("loaded-provider-" + std::to_string(getpid()) + ".json");
-    std::ofstream(file) << fleetOf(ports);
+    std::ofstream(file) << (ports < 0 ? fleetWithFactsOf(-ports) : fleetOf(ports));
     setenv("TAVIK_SOURCE", ("fleet:" + file.string()).c_str(), 1);
     setenv("MEROLT_CNA_WAITS", "events", 1);
     measureAll(library);
@@ -173,6 +175,6 @@ int main(int count, char** arguments) {
         fleets.push_back(std::atoi(arguments[place]));
     if (fleets.empty()) fleets = {8, 64, 128, 1024};
     const bool isGood = std::all_of(fleets.begin(), fleets.end(),
-                                    [&](int ports) { return ports >= 2 && measureFleet(library, ports); });
+                                    [&](int ports) { return std::abs(ports) >= 2 && measureFleet(library, ports); });
     return isGood ? 0 : 1;
 }

@@ -99,13 +99,26 @@ Attribute<std::vector<InterfaceLink>> identities(Attribute<std::vector<Interface
     return all;
 }
 
+/** Reads the facts of one port: some dozens of files in a few folders, each opened once. */
+class OneLook {
+public:
+    OneLook(const SysTree& tree, KernelQueries& queries)
+        : tree_(tree.forOneLook()), own_(queries.forOneLook()), reader_(tree_, own_ ? *own_ : queries) {}
+
+    const PortFactReader& facts() const { return reader_; }
+
+private:
+    const SysTree tree_;
+    const std::unique_ptr<KernelQueries> own_; ///< null where the queries serve themselves
+    const PortFactReader reader_;
+};
+
 class HostSource : public Source {
 public:
     HostSource(const SysTree& tree, std::unique_ptr<KernelQueries> queries, std::chrono::milliseconds watchInterval,
                std::string place)
         : tree_(tree), queries_(std::move(queries)), network_(tree_, *queries_), fibreChannel_(tree_),
-          portFacts_(tree_, *queries_), watchInterval_(watchInterval), place_(std::move(place)),
-          changes_(fingerprint(tree_, *queries_)) {}
+          watchInterval_(watchInterval), place_(std::move(place)), changes_(fingerprint(tree_, *queries_)) {}
 
     FleetOrError load() override {
         tree_.follow();
@@ -179,13 +192,15 @@ public:
 
     Answer<Facts> storageFacts(std::uint32_t handle, std::uint32_t groups) override {
         if (!isLoaded(handle)) return Answer<Facts>::failure(statusNoSuchDevice);
-        return withLoaded(storageFacts_, handle, portFacts_.ofFibreChannelHost(hostOfHandle(handle), groups));
+        const OneLook look(tree_, *queries_);
+        return withLoaded(storageFacts_, handle, look.facts().ofFibreChannelHost(hostOfHandle(handle), groups));
     }
 
     Answer<Facts> nicFacts(std::string_view deviceName, std::uint32_t groups) override {
         if (!isLoaded(deviceName)) return Answer<Facts>::failure(statusNoSuchDevice);
         const std::string name(deviceName);
-        return withLoaded(nicFacts_, name, portFacts_.ofInterface(name, groups));
+        const OneLook look(tree_, *queries_);
+        return withLoaded(nicFacts_, name, look.facts().ofInterface(name, groups));
     }
 
     Answer<Link> link(std::string_view deviceName) override {
@@ -348,7 +363,6 @@ private:
     const std::unique_ptr<KernelQueries> queries_;
     const NetworkDeviceReader network_;
     const FibreChannelReader fibreChannel_;
-    const PortFactReader portFacts_;
     const std::chrono::milliseconds watchInterval_;
     const std::string place_; ///< empty for the machine itself
     HeldAttributes held_{tree_};

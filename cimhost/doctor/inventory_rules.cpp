@@ -73,16 +73,33 @@ void examineFirmware(const Look& look, const Firmware& firmware, std::vector<Sig
     }
 }
 
-/// Every value that stands more than once, once, with how often.
+/// The interface of a port, where it is told; other things have none.
+template <typename Item>
+std::string interfaceOf(const Item& item) {
+    if constexpr (requires { item.interfaceName; }) return item.interfaceName;
+    return {};
+}
+
+/// Every value that stands more than once, once, with how often and at which interfaces.
 template <typename Items, typename ValueOf>
 void examineTwice(const Items& items, ValueOf valueOf, const std::string& what, std::vector<Sign>& signs) {
-    std::map<std::string, std::size_t> counts;
+    struct Found {
+        std::size_t count = 0;
+        std::string interfaces;
+    };
+    std::map<std::string, Found> all;
     for (const auto& item : items) {
         const std::string value = valueOf(item);
-        if (!value.empty() && value.find_first_not_of('0') != std::string::npos) ++counts[value];
+        if (value.empty() || value.find_first_not_of('0') == std::string::npos) continue;
+        Found& found = all[value];
+        ++found.count;
+        const std::string name = interfaceOf(item);
+        if (!name.empty()) found.interfaces += (found.interfaces.empty() ? ": " : ", ") + name;
     }
-    for (const auto& [value, count] : counts) {
-        if (count > 1) signs.push_back({what + " " + value, "it is published " + std::to_string(count) + " times"});
+    for (const auto& [value, found] : all) {
+        if (found.count < 2) continue;
+        signs.push_back(
+            {what + " " + value, "it is published " + std::to_string(found.count) + " times" + found.interfaces});
     }
 }
 

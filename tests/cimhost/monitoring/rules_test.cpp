@@ -394,6 +394,12 @@ TEST(Doctor, TellsMacAddressesThatStandTwice) {
     second.jack.clear();
     snapshot.ethernetPorts.push_back(second);
     EXPECT_EQ(namesOf(snapshot), Names{"duplicate-mac-address"});
+    EXPECT_EQ(evidenceOf(snapshot),
+              "MAC address " + snapshot.ethernetPorts[0].macAddress + ": it is published 2 times");
+    snapshot.ethernetPorts[0].interfaceName = "eth0";
+    snapshot.ethernetPorts[1].interfaceName = "eth1";
+    EXPECT_EQ(evidenceOf(snapshot),
+              "MAC address " + snapshot.ethernetPorts[0].macAddress + ": it is published 2 times: eth0, eth1");
     for (auto& port : snapshot.ethernetPorts)
         port.macAddress = "000000000000";
     EXPECT_EQ(namesOf(snapshot), Names{}) << "no address at all";

@@ -41,16 +41,9 @@ check_variant() { # check_variant WHAT HEADERS OTHER_WRAPPER
 check_variant "what our headers offer" "$source_folder/cmpi/include" 0
 check_variant "what the other headers offer" "$other/include/cmpi" 1
 
-# as_here NAME...: options that set what this build's cache has under these names.
-as_here() {
-    local name
-    for name in "$@"; do printf -- '-D%s=%s\n' "$name" "$(sed -n "s/^$name:[A-Z]*=//p" "$build_folder/CMakeCache.txt")"; done
-}
-
-type=$(sed -n 's/^CMAKE_BUILD_TYPE:[A-Z]*=//p' "$build_folder/CMakeCache.txt")
-mapfile -t flags < <(as_here CMAKE_BUILD_TYPE MEROLT_WERROR CMAKE_CXX_FLAGS "CMAKE_CXX_FLAGS_${type^^}")
 configure() { # configure FOLDER OPTION...
-    run cmake -G Ninja -S "$source_folder" -B "$1" -DMEROLT_CMPI=system -DMEROLT_TESTS=OFF "${flags[@]}" \
+    run cmake -G Ninja -S "$source_folder" -B "$1" -DMEROLT_CMPI=system -DMEROLT_TESTS=OFF \
+        -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
         -DCMAKE_PROJECT_merolt_cna_provider_INCLUDE="$here/quick_provider.cmake" "${@:2}"
 }
 

@@ -10,6 +10,7 @@
 #include <boost/beast/http.hpp>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -64,6 +65,7 @@ public:
         request.prepare_payload();
         http::write(socket, request);
         boost::beast::flat_buffer buffer;
+        buffer.reserve(std::size_t{64} << 10); // an empty one is read into by 512 bytes at a time
         http::response_parser<http::string_body> parser;
         parser.body_limit(std::uint64_t{1} << 40);
         http::read_header(socket, buffer, parser);

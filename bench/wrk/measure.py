@@ -47,7 +47,7 @@ class Server:
         with open(path, "w", encoding="utf-8") as file:
             json.dump(fleet(ports), file)
         self.process = subprocess.Popen(
-            [os.path.join(build, "bin", "cimhost"), "--fleet", path, "serve", "--listen", "127.0.0.1:0", "--state", "",
+            [os.path.join(os.path.abspath(build), "bin", "cimhost"), "--fleet", path, "serve", "--listen", "127.0.0.1:0", "--state", "",
              "--workers", str(workers), "--connections", "256"],  # room for the probe, too
             cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         for line in self.process.stdout:

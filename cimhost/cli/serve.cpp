@@ -3,6 +3,7 @@
 #include "cimhost/cli/installation.h"
 #include "cimhost/cli/metrics_service.h"
 #include "cimhost/cli/stop_limit.h"
+#include "cimhost/heap.h"
 #include "cimhost/indications/indication_server.h"
 #include "cimhost/model/host_name.h"
 #include "cimhost/service/endpoint.h"
@@ -12,7 +13,6 @@
 #include <chrono>
 #include <functional>
 #include <iostream>
-#include <malloc.h>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -240,16 +240,6 @@ void warnOfLoopbackName(Host& host, const HostOptions& options) {
                                ", and so they will every other one with such a name; a line SystemName=NAME in "
                                "/etc/merolt/cim-provider.conf gives it one of its own");
     }
-}
-
-// The C library gives large blocks back to the system, but takes the size of what was freed as the size from which a
-// block is large: after one flash image it would keep the memory of every later one. What is told here stays. The end
-// of a heap goes back from the same size on only: an answer of 64 ports has 300 KiB, and to give them back and take
-// them again for each request costs as much as the rest of it.
-void giveLargeBlocksBack() {
-    constexpr int large = 1 << 20;
-    mallopt(M_MMAP_THRESHOLD, large);
-    mallopt(M_TRIM_THRESHOLD, large);
 }
 
 } // namespace

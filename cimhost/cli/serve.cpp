@@ -255,7 +255,7 @@ void serve(const HostOptions& hostOptions, const ServeOptions& options) {
     StopLimit stopLimit(longestStop);
     CallQueue queue(queueOptions(options));
     std::unique_ptr<MetricsService> metrics;
-    settings.answers = [&queue](std::function<void()> work) { queue.post(std::move(work)); };
+    settings.answers = [&queue](std::function<void()> work) { return queue.post(std::move(work)); };
     settings.onStop = [&] {
         stopLimit.begin();
         queue.stop();

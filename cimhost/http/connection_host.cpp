@@ -62,7 +62,7 @@ void ConnectionHost::verify(Guess guess) {
 }
 
 void ConnectionHost::work(std::function<void()> work) {
-    if (options.answers) return options.answers(std::move(work));
+    if (options.answers && options.answers(work)) return;
     asio::post(workers, std::move(work));
 }
 

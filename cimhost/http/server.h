@@ -66,8 +66,9 @@ struct Options {
     /// Called on the network thread with a client's address and the name that he gave with a wrong password.
     std::function<void(std::string_view client, std::string_view user)> onRefusedLogin;
     /// Where requests are answered, if not on the workers: called on the network thread with the work, which is done on
-    /// another one, or dropped, before the handler goes. Never waits.
-    std::function<void(std::function<void()> work)> answers;
+    /// another one, or dropped, before the handler goes. Never waits. Returns false where it has no thread: then the
+    /// workers answer.
+    std::function<bool(std::function<void()> work)> answers;
     /// Called once, when the server is to stop, on the thread that says so; again if it throws and that is said again.
     std::function<void()> onStop;
 };

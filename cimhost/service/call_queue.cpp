@@ -62,14 +62,19 @@ void CallQueue::addThreads() {
     }
 }
 
-void CallQueue::post(std::function<void()> work) {
+bool CallQueue::post(std::function<void()> work) {
     {
         const std::lock_guard lock(mutex);
-        if (isFinished) return;
+        if (isFinished) return true;
         posted.push_back(std::move(work));
         addThreads();
+        if (threads.empty()) {
+            posted.pop_back();
+            return false;
+        }
     }
     changed.notify_one();
+    return true;
 }
 
 std::string CallQueue::refusalOf(const QueuedCall& call) const {

@@ -59,7 +59,8 @@ public:
 
     /// Carries the work out on a thread of the queue, behind what was posted before, also while the queue stops. It may
     /// submit calls; it must not wait for anything. Dropped once the queue has finished. Never waits.
-    void post(std::function<void()> work);
+    /// @return false where the queue has no thread and the system gives it none: then the work is not done here.
+    bool post(std::function<void()> work);
 
     /// As submit(). In a work that was posted here, a call whose turn it is is carried out and answered before this
     /// returns.

@@ -14,8 +14,8 @@ namespace {
 
 bool isBlank(char character) { return character == ' ' || character == '\t'; }
 
-// Every record and every instance prints addresses and names, and printf would take a good part of their time.
-/// The two digits of each byte.
+/// The two digits of each byte. Every record and every instance prints addresses and names, and printf would take a
+/// good part of their time.
 constexpr auto hexadecimals = [] {
     constexpr char digits[] = "0123456789ABCDEF";
     std::array<std::array<char, 2>, 256> pairs{};

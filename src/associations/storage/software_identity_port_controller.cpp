@@ -27,16 +27,15 @@ std::optional<Middle> middleOf(const char* instanceID) {
     return middle;
 }
 
-bool isMiddleOf(const char* instanceID, const char* deviceID) {
-    const std::optional<Middle> middle = middleOf(instanceID);
+bool isController(const std::optional<Middle>& middle, const char* deviceID) {
     return middle && equalsIgnoringCase(middle->text(), deviceID);
 }
 
 const char* controllerID(int index) { return g_portControllerList[index].deviceID.text(); }
 
-bool identityBelongsTo(int identity, const char* deviceID) {
-    const software::SoftwareIdentityEntry& entry = g_softwareIdentityList[identity];
-    return entry.valid && isMiddleOf(entry.instanceID.text(), deviceID);
+std::optional<Middle> middleOfIdentity(int index) {
+    const software::SoftwareIdentityEntry& entry = g_softwareIdentityList[index];
+    return entry.valid ? middleOf(entry.instanceID.text()) : std::nullopt;
 }
 
 void pairs(Enumeration, const PairVisitor& visit) {
@@ -44,8 +43,7 @@ void pairs(Enumeration, const PairVisitor& visit) {
     for (int controller = 0; controller < g_portControllerCount; ++controller)
         controllers.add(controller, controllerID(controller));
     for (int identity = 0; identity < g_softwareIdentityCount; ++identity) {
-        const software::SoftwareIdentityEntry& entry = g_softwareIdentityList[identity];
-        const std::optional<Middle> middle = entry.valid ? middleOf(entry.instanceID.text()) : std::nullopt;
+        const std::optional<Middle> middle = middleOfIdentity(identity);
         const auto visitPair = [&](int controller) { return visit({{.index = identity}, {.index = controller}}); };
         if (middle && !controllers.forEach(middle->view(), visitPair)) return;
     }
@@ -53,13 +51,14 @@ void pairs(Enumeration, const PairVisitor& visit) {
 
 void identitiesOfController(const Source& source, const ObjectVisitor& visit) {
     matchingRecords(g_softwareIdentityCount, visit,
-                    [&](int identity) { return identityBelongsTo(identity, source.text(0)); });
+                    [&](int identity) { return isController(middleOfIdentity(identity), source.text(0)); });
 }
 
 // The key alone decides: it may be that of an identity which does not exist.
 void controllersOfIdentity(const Source& source, const ObjectVisitor& visit) {
+    const std::optional<Middle> middle = middleOf(source.text(0));
     matchingRecords(g_portControllerCount, visit,
-                    [&](int controller) { return isMiddleOf(source.text(0), controllerID(controller)); });
+                    [&](int controller) { return isController(middle, controllerID(controller)); });
 }
 
 constexpr FurtherProperty upgradeCondition = {.name = "UpgradeCondition", .value = 3, .inEnumeration = true};

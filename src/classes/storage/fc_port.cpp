@@ -312,6 +312,7 @@ void buildFCPortList() {
     buildPerStorageFunction(
         records, [] { records.appendAsItWas(); }, createFCPort);
 }
+
 void clearFCPortList() { records.clear(); }
 
 CmpiObjectPath makePath_FCPort(const char* className, const char* nameSpace, int index) {

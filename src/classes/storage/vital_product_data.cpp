@@ -37,6 +37,13 @@ VpdStore g_i2cUUID;
 
 namespace {
 
+/// What is cleared before a card is read: all that its block is read into, but g_UUID.
+constexpr VpdStore* clearedStores[] = {
+    &g_productIdentifier, &g_vpdRTag,           &g_vpdEndTag,        &g_partNumber,       &g_serialNumber,
+    &g_miscInformation,   &g_manufacturingId,   &g_efiDriverVersion, &g_firmwareVersion,  &g_biosVersion,
+    &g_fcodeVersion,      &g_flashImageVersion, &g_fcCode,           &g_fruNumberVersion, &g_assetTag,
+};
+
 constexpr std::size_t blockSize = 1024;
 
 constexpr std::uint8_t tagProductIdentifier = 0x82;
@@ -246,11 +253,9 @@ public:
 
     /// Before a text goes that they may show.
     static void keepStores() {
-        for (VpdStore* store :
-             {&g_productIdentifier, &g_vpdRTag, &g_vpdEndTag, &g_partNumber, &g_serialNumber, &g_miscInformation,
-              &g_manufacturingId, &g_efiDriverVersion, &g_firmwareVersion, &g_biosVersion, &g_fcodeVersion,
-              &g_flashImageVersion, &g_fcCode, &g_fruNumberVersion, &g_assetTag, &g_UUID})
+        for (VpdStore* store : clearedStores)
             store->keepOwn();
+        g_UUID.keepOwn();
     }
 
 private:
@@ -290,10 +295,7 @@ void fetchUUID(TAVIK_DeviceRecord* device) {
 } // namespace
 
 void clearVpdStores() {
-    for (VpdStore* store :
-         {&g_productIdentifier, &g_vpdRTag, &g_vpdEndTag, &g_partNumber, &g_serialNumber, &g_miscInformation,
-          &g_manufacturingId, &g_efiDriverVersion, &g_firmwareVersion, &g_biosVersion, &g_fcodeVersion,
-          &g_flashImageVersion, &g_fcCode, &g_fruNumberVersion, &g_assetTag})
+    for (VpdStore* store : clearedStores)
         store->clear();
 }
 

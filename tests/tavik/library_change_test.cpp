@@ -1,5 +1,7 @@
 #include <atomic>
+#include <functional>
 #include <optional>
+#include <thread>
 #include <tuple>
 
 #include <sys/resource.h>
@@ -7,12 +9,13 @@
 
 #include "library_fixture.h"
 #include "tavik/status.h"
+#include "tests/becomes_true.h"
 
 namespace tavik {
 
 namespace {
 
-using test::eventually;
+using tests::becomesTrue;
 
 /** A card with two ports: storage handles 1 and 2 with device numbers 41 and 42, an Ethernet function eth0. */
 std::string fleetWith(const std::string& firstState, const std::string& secondState, const std::string& linkState) {
@@ -73,7 +76,7 @@ protected:
     }
 
     bool alarmsCome(std::size_t count) {
-        return eventually([count] { return told.count() >= count; });
+        return becomesTrue([count] { return told.count() >= count; });
     }
 };
 
@@ -86,14 +89,14 @@ TEST_F(LibraryChange, ALinkThatGoesDownIsSeenAtOnce) {
     start(healthy);
     EXPECT_EQ(linkState("eth0"), 1U);
     replaceFleet(fleetWith("operational", "operational", "down"));
-    EXPECT_TRUE(eventually([this] { return linkState("eth0") == 2; }));
+    EXPECT_TRUE(becomesTrue([this] { return linkState("eth0") == 2; }));
     EXPECT_EQ(+port()->protocols->first->next->nic.port.link.state, 1U) << "the tree stands until the swap";
 }
 
 TEST_F(LibraryChange, AFileWrittenInPlaceIsSeen) {
     start(healthy);
     std::ofstream(file_) << fleetWith("operational", "operational", "down");
-    EXPECT_TRUE(eventually([this] { return linkState("eth0") == 2; }));
+    EXPECT_TRUE(becomesTrue([this] { return linkState("eth0") == 2; }));
 }
 
 TEST_F(LibraryChange, AFileBehindALinkIsSeen) {
@@ -103,14 +106,14 @@ TEST_F(LibraryChange, AFileBehindALinkIsSeen) {
     std::filesystem::create_symlink(real, file_);
     ASSERT_EQ(library.Initialize(0, 0), 0U);
     std::ofstream(real) << fleetWith("operational", "operational", "down");
-    EXPECT_TRUE(eventually([this] { return linkState("eth0") == 2; })) << "nobody tells about the folder of the link";
+    EXPECT_TRUE(becomesTrue([this] { return linkState("eth0") == 2; })) << "nobody tells about the folder of the link";
 }
 
 // A refresh would rebuild the lists that a poll compares with, and swallow what it is to tell.
 TEST_F(LibraryChange, StatesAloneAreLeftToPollsAndAlarms) {
     startWithCallback(healthy);
     replaceFleet(fleetWith("operational", "loopDown", "down"));
-    ASSERT_TRUE(eventually([this] { return linkState("eth0") == 2; }));
+    ASSERT_TRUE(becomesTrue([this] { return linkState("eth0") == 2; }));
     ASSERT_TRUE(alarmsCome(1));
     EXPECT_EQ(library.DidConfigChange(), 0U);
 }
@@ -186,7 +189,7 @@ TEST_F(LibraryChange, APortThatCannotBeReadAnyMoreRaisesAnAlarm) {
 TEST_F(LibraryChange, AChangedLinkRaisesNoAlarm) {
     startWithCallback(healthy);
     replaceFleet(fleetWith("operational", "operational", "down"));
-    ASSERT_TRUE(eventually([this] { return linkState("eth0") == 2; }));
+    ASSERT_TRUE(becomesTrue([this] { return linkState("eth0") == 2; }));
     replaceFleet(fleetWith("operational", "loopDown", "down"));
     ASSERT_TRUE(alarmsCome(1));
     const std::lock_guard lock(told.mutex);
@@ -217,16 +220,16 @@ TEST_F(LibraryChange, ACallbackThatWaitsHoldsNobodyElse) {
         const std::lock_guard lock(told.mutex);
         told.inCallback = [&] {
             entered = true;
-            eventually([&] { return leave.load(); });
+            becomesTrue([&] { return leave.load(); });
         };
     }
     replaceFleet(fleetWith("operational", "loopDown", "up"));
-    ASSERT_TRUE(eventually([&] { return entered.load(); }));
+    ASSERT_TRUE(becomesTrue([&] { return entered.load(); }));
     EXPECT_EQ(portState(2), 3);
     EXPECT_EQ(library.UpdateBackupAdapterList(), 0U);
     EXPECT_EQ(library.SwapBackupToMainAdapterList(), 0U);
     replaceFleet(fleetWith("operational", "loopDown", "down"));
-    EXPECT_TRUE(eventually([this] { return linkState("eth0") == 2; }));
+    EXPECT_TRUE(becomesTrue([this] { return linkState("eth0") == 2; }));
     leave = true;
     EXPECT_TRUE(alarmsCome(1));
 }
@@ -236,7 +239,7 @@ TEST_F(LibraryChange, ARemovedCallbackIsNotCalledAgain) {
     EXPECT_EQ(library.UnRegisterAlarmNotificationCallback(takeAlarm), 0U);
     EXPECT_EQ(library.UnRegisterAlarmNotificationCallback(takeAlarm), statusInvalidArgument);
     replaceFleet(fleetWith("operational", "loopDown", "down"));
-    ASSERT_TRUE(eventually([this] { return linkState("eth0") == 2; }));
+    ASSERT_TRUE(becomesTrue([this] { return linkState("eth0") == 2; }));
     ASSERT_EQ(library.Uninitialize(), 0U);
     EXPECT_EQ(told.count(), 0U);
 }
@@ -281,7 +284,7 @@ TEST_F(LibraryChange, AFileThatTurnsBadKeepsTheLastGoodFleetAndIsReportedOnce) {
     start(healthy);
     test::StandardError error(folder_ / "stderr");
     replaceFleet(bad);
-    ASSERT_TRUE(eventually([&] { return error.count(badMessage) == 1; }));
+    ASSERT_TRUE(becomesTrue([&] { return error.count(badMessage) == 1; }));
     EXPECT_EQ(library.DidConfigChange(), 0U);
     EXPECT_EQ(portState(1), 1);
     EXPECT_EQ(library.UpdateBackupAdapterList(), 0U);
@@ -297,21 +300,21 @@ TEST_F(LibraryChange, AFileThatTurnsBadAgainIsReportedAgain) {
     start(healthy);
     test::StandardError error(folder_ / "stderr");
     replaceFleet(bad);
-    ASSERT_TRUE(eventually([&] { return error.count(badMessage) == 1; }));
+    ASSERT_TRUE(becomesTrue([&] { return error.count(badMessage) == 1; }));
     replaceFleet(exchanged);
     ASSERT_TRUE(changes());
     replaceFleet(bad);
-    EXPECT_TRUE(eventually([&] { return error.count(badMessage) == 2; }));
+    EXPECT_TRUE(becomesTrue([&] { return error.count(badMessage) == 2; }));
 }
 
 TEST_F(LibraryChange, AFileThatGoesAwayAndComesBackIsFollowed) {
     start(healthy);
     test::StandardError error(folder_ / "stderr");
     std::filesystem::remove(file_);
-    ASSERT_TRUE(eventually([&] { return error.count("cannot be read: No such file or directory") == 1; }));
+    ASSERT_TRUE(becomesTrue([&] { return error.count("cannot be read: No such file or directory") == 1; }));
     EXPECT_EQ(linkState("eth0"), 1U);
     replaceFleet(fleetWith("operational", "operational", "down"));
-    EXPECT_TRUE(eventually([this] { return linkState("eth0") == 2; }));
+    EXPECT_TRUE(becomesTrue([this] { return linkState("eth0") == 2; }));
 }
 
 /** Nothing can be opened while it lives; what is open stays usable. */
@@ -345,7 +348,7 @@ TEST_F(LibraryChange, AChangeThatCouldNotBeReadOnceIsReadLater) {
     {
         const NoDescriptors none;
         std::filesystem::rename(fresh, file_);
-        ASSERT_TRUE(eventually(somethingIsReported));
+        ASSERT_TRUE(becomesTrue(somethingIsReported));
     }
     EXPECT_TRUE(changes()) << "the file has not changed again";
     EXPECT_EQ(error.text(), "tavik: " + file_.string() + ": cannot be read: Too many open files\n");

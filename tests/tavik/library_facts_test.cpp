@@ -6,6 +6,7 @@
 #include "inventory/fact_calls.h"
 #include "library_fixture.h"
 #include "tavik/status.h"
+#include "tests/becomes_true.h"
 
 namespace tavik {
 
@@ -121,7 +122,7 @@ TEST_F(LibraryFacts, FollowTheFileWithoutANewTree) {
     auto other = fleet;
     other.replace(other.find("16000000000"), 11, "32000000000");
     replaceFleet(other);
-    EXPECT_TRUE(test::eventually([&] { return storage(7, TavikFactsOfLink).find("linkSpeed 32000000000\n") == 0; }));
+    EXPECT_TRUE(tests::becomesTrue([&] { return storage(7, TavikFactsOfLink).find("linkSpeed 32000000000\n") == 0; }));
     EXPECT_EQ(library.DidConfigChange(), 0U);
 }
 

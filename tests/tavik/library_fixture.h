@@ -4,17 +4,14 @@
 // EXPECT_EQ(+record.field, value), which hands over a copy.
 #pragma once
 
-#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <mutex>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -22,18 +19,9 @@
 #include <unistd.h>
 
 #include "loaded_library.h"
+#include "tests/becomes_true.h"
 
 namespace tavik::test {
-
-/** Waits for what another thread does; returns as soon as it is so. */
-inline bool eventually(const std::function<bool()>& isSo) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!isSo()) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
-}
 
 /** Keeps what is written to standard error while it lives. */
 class StandardError {
@@ -96,7 +84,7 @@ protected:
     }
 
     bool changes() {
-        return eventually([this] { return library.DidConfigChange() != 0; });
+        return tests::becomesTrue([this] { return library.DidConfigChange() != 0; });
     }
 
     TAVIK_PhyPortEntry* port(int card = 0) {

@@ -7,6 +7,7 @@
 
 #include "tavik/flash_image.h"
 #include "tavik/fleet/writer_lock.h"
+#include "tests/becomes_true.h"
 
 namespace tavik {
 
@@ -72,7 +73,7 @@ TEST_F(LibraryThreads, QueriesUpdatesAndAlarmsRunTogether) {
     });
     for (int change = 1; change <= 10; ++change) {
         replaceFleet(fleetWithState(change % 2 ? "loopDown" : "operational"));
-        EXPECT_TRUE(test::eventually([change] { return alarms >= change; }));
+        EXPECT_TRUE(tests::becomesTrue([change] { return alarms >= change; }));
     }
     stop = true;
     for (auto& thread : threads)
@@ -162,7 +163,7 @@ TEST_F(LibraryUnderAProvider, NoChangeIsLostBesideRequestsAndFlashCalls) {
             EXPECT_TRUE(onlyWriter.isHeld()) << onlyWriter.reason();
             replaceFleet(fleetOfCards(count));
         }
-        EXPECT_TRUE(test::eventually([&] { return cards_ == count; })) << "a change was lost";
+        EXPECT_TRUE(tests::becomesTrue([&] { return cards_ == count; })) << "a change was lost";
     }
     stop_ = true;
     for (auto& thread : threads)

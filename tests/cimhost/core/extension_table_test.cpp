@@ -1,10 +1,14 @@
 #include "broker_fixture.h"
 
+#include "tests/becomes_true.h"
+
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <ctime>
 #include <thread>
+
+using tests::becomesTrue;
 
 namespace {
 
@@ -27,14 +31,6 @@ timespec inMilliseconds(long milliseconds) {
     until.tv_sec += milliseconds / 1000 + nanoseconds / 1000000000;
     until.tv_nsec = nanoseconds % 1000000000;
     return until;
-}
-
-template <typename Condition>
-void waitFor(Condition&& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!condition() && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
 }
 
 } // namespace
@@ -60,7 +56,7 @@ TEST_F(ExtensionTable, AResultNeedNotBeTaken) {
 TEST_F(ExtensionTable, ADetachedThreadCannotBeJoined) {
     std::atomic<int> gate = 0;
     const auto waitForGate = [](void* argument) -> void* {
-        waitFor([&] { return *static_cast<std::atomic<int>*>(argument) != 0; });
+        EXPECT_TRUE(becomesTrue([&] { return *static_cast<std::atomic<int>*>(argument) != 0; }));
         return nullptr;
     };
     void* thread = xft.newThread(waitForGate, &gate, 1);
@@ -68,8 +64,7 @@ TEST_F(ExtensionTable, ADetachedThreadCannotBeJoined) {
     EXPECT_EQ(broker->runningThreads(), 1U);
     EXPECT_EQ(xft.joinThread(thread, nullptr), ESRCH);
     gate = 1;
-    waitFor([&] { return broker->runningThreads() == 0; });
-    EXPECT_EQ(broker->runningThreads(), 0U);
+    EXPECT_TRUE(becomesTrue([&] { return broker->runningThreads() == 0; }));
 }
 
 TEST_F(ExtensionTable, AThreadOfAnotherBrokerCannotBeJoined) {
@@ -105,13 +100,13 @@ TEST_F(ExtensionTable, AThreadCannotJoinItselfOrBeJoinedTwiceAtOnce) {
     shared.self = xft.newThread(
         [](void* argument) -> void* {
             auto* all = static_cast<Shared*>(argument);
-            waitFor([&] { return all->self != nullptr; });
+            EXPECT_TRUE(becomesTrue([&] { return all->self != nullptr; }));
             all->selfJoin = all->xft->joinThread(all->self, nullptr);
-            waitFor([&] { return all->mayEnd.load(); });
+            EXPECT_TRUE(becomesTrue([&] { return all->mayEnd.load(); }));
             return nullptr;
         },
         &shared, 0);
-    waitFor([&] { return shared.selfJoin != -1; });
+    EXPECT_TRUE(becomesTrue([&] { return shared.selfJoin != -1; }));
     EXPECT_EQ(shared.selfJoin, EDEADLK);
     std::atomic<int> joined = 0;
     std::atomic<int> refused = 0;
@@ -119,7 +114,7 @@ TEST_F(ExtensionTable, AThreadCannotJoinItselfOrBeJoinedTwiceAtOnce) {
     for (int count = 0; count < 3; ++count) {
         waiting.emplace_back([&] { xft.joinThread(shared.self, nullptr) == 0 ? ++joined : ++refused; });
     }
-    waitFor([&] { return refused == 2; });
+    EXPECT_TRUE(becomesTrue([&] { return refused == 2; }));
     shared.mayEnd = true;
     for (std::thread& thread : waiting)
         thread.join();

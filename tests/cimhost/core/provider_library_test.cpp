@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "cimhost/provider/provider_library.h"
+#include "tests/becomes_true.h"
 
 using namespace cimhost;
 
@@ -268,8 +269,7 @@ TEST_F(ProviderLibraryTest, ThreadsThatOutliveTheCleanUpAreReported) {
     EXPECT_EQ(messages(),
               std::vector<std::string>{"Lingering: 1 threads of the provider still run after its clean-up"});
     exported<void()>("endThread")();
-    while (broker->runningThreads() != 0)
-        std::this_thread::yield();
+    EXPECT_TRUE(tests::becomesTrue([&] { return broker->runningThreads() == 0; }));
 }
 
 TEST_F(ProviderLibraryTest, SeveralThreadsCallAtOnce) {

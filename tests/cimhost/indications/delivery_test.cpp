@@ -5,6 +5,7 @@
 
 #include "cimhost/cimxml/request.h"
 #include "cimhost/cli/received_indication.h"
+#include "tests/becomes_true.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,7 +22,6 @@
 using namespace std::chrono_literals;
 using cimhost::DeliveryOptions;
 using cimhost::http::Response;
-using cimhost::testing_support::becomesTrue;
 using cimhost::testing_support::FakeListener;
 using cimhost::testing_support::RawListener;
 using cimhost::testing_support::World;
@@ -31,6 +31,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
+using tests::becomesTrue;
 using Clock = std::chrono::steady_clock;
 
 namespace {

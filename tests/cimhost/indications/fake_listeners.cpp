@@ -1,8 +1,9 @@
 #include "fake_listeners.h"
 
+#include "tests/becomes_true.h"
+
 #include <arpa/inet.h>
 #include <cerrno>
-#include <chrono>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -60,7 +61,7 @@ http::Response FakeListener::answer(http::Request request) {
 }
 
 std::vector<std::string> FakeListener::bodies(std::size_t count) {
-    becomesTrue([&] {
+    tests::becomesTrue([&] {
         const std::lock_guard lock(mutex);
         return received.size() >= count;
     });
@@ -104,15 +105,6 @@ void RawListener::run() {
     }
     for (const int client : clients)
         ::close(client);
-}
-
-bool becomesTrue(const std::function<bool()>& condition) {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > until) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
 }
 
 } // namespace cimhost::testing_support

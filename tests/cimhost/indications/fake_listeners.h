@@ -27,7 +27,7 @@ public:
 
     [[nodiscard]] std::string url(const std::string& scheme = "http", const std::string& host = "127.0.0.1") const;
     [[nodiscard]] std::uint16_t port() const { return server->port(); }
-    /// Waits up to ten seconds for so many.
+    /// The bodies received so far. Waits up to a minute until there are so many.
     std::vector<std::string> bodies(std::size_t count);
 
     [[nodiscard]] std::optional<http::Response> refuse(const http::Request&) const override { return std::nullopt; }
@@ -57,8 +57,5 @@ private:
     std::atomic<bool> isStopping = false;
     std::thread thread;
 };
-
-/// True once the condition holds, within ten seconds.
-bool becomesTrue(const std::function<bool()>& condition);
 
 } // namespace cimhost::testing_support

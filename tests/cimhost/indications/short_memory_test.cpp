@@ -3,6 +3,7 @@
 #include "fake_listeners.h"
 
 #include "cimhost/indications/delivery.h"
+#include "tests/becomes_true.h"
 
 #include <gtest/gtest.h>
 
@@ -15,8 +16,8 @@ using namespace std::chrono_literals;
 using cimhost::Delivery;
 using cimhost::DeliveryLoop;
 using cimhost::DeliveryOptions;
-using cimhost::testing_support::becomesTrue;
 using cimhost::testing_support::FakeListener;
+using tests::becomesTrue;
 
 namespace {
 

@@ -2,6 +2,8 @@
 #include "fake_listeners.h"
 #include "indication_world.h"
 
+#include "tests/becomes_true.h"
+
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
@@ -14,9 +16,9 @@
 #include <thread>
 
 using namespace std::chrono_literals;
-using cimhost::testing_support::becomesTrue;
 using cimhost::testing_support::FakeListener;
 using cimhost::testing_support::World;
+using tests::becomesTrue;
 
 namespace {
 

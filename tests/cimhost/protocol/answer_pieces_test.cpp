@@ -1,7 +1,6 @@
 // What a client sees of a large answer, on the wire: it leaves in chunks while the provider still delivers, if the
 // client said that it reads trailers, and whole otherwise; and nobody pays for a client that reads slowly or not at
 // all.
-#include "becomes_true.h"
 #include "certificate.h"
 #include "socket_client.h"
 #include "temporary_file.h"
@@ -11,6 +10,7 @@
 #include "cimhost/service/call_queue.h"
 #include "cimhost/service/dispatcher.h"
 #include "cimhost/service/endpoint.h"
+#include "tests/becomes_true.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -35,10 +35,10 @@ using testing::HasSubstr;
 using testing::Not;
 using testing_support::askOverTls;
 using testing_support::askOverTlsAndLeave;
-using testing_support::becomesTrue;
 using testing_support::bodyOf;
 using testing_support::SocketClient;
 using testing_support::statusOf;
+using tests::becomesTrue;
 
 constexpr const char* mof = R"(
 Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride, ToSubclass);
@@ -553,9 +553,7 @@ TEST_F(AnswerInPieces, AllBytesAreCounted) {
     const std::string next = client.readAnswer();
     const std::size_t wanted = answer.head.size() + answer.body.size() + next.size();
     // A client can have read bytes that the server is just about to count.
-    for (int tries = 0; tries < 2000 && options.traffic->sentBytes <= wanted; ++tries)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    EXPECT_GT(options.traffic->sentBytes, wanted);
+    EXPECT_TRUE(becomesTrue([&] { return options.traffic->sentBytes > wanted; }));
     EXPECT_EQ(options.traffic->answers[200], 2U);
 }
 

@@ -1,5 +1,6 @@
 // Calls that hang, that nobody waits for any more, and that must not meet.
 #include "cimhost/service/call_queue.h"
+#include "tests/becomes_true.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,18 +18,10 @@
 
 using namespace std::chrono_literals;
 using testing::HasSubstr;
+using tests::becomesTrue;
 
 namespace cimhost {
 namespace {
-
-bool becomesTrue(const std::function<bool()>& condition) {
-    const auto until = std::chrono::steady_clock::now() + 30s;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > until) return false;
-        std::this_thread::sleep_for(1ms);
-    }
-    return true;
-}
 
 // Hangs until it is released; remembers what became of it.
 class TestCall final : public QueuedCall {

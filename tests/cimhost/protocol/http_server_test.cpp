@@ -1,4 +1,3 @@
-#include "becomes_true.h"
 #include "certificate.h"
 #include "socket_client.h"
 #include "temporary_file.h"
@@ -6,6 +5,7 @@
 
 #include "cimhost/http/login_gate.h"
 #include "cimhost/http/server.h"
+#include "tests/becomes_true.h"
 
 #include <gtest/gtest.h>
 #include <openssl/pem.h>
@@ -33,11 +33,11 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing_support::askOverTls;
-using testing_support::becomesTrue;
 using testing_support::bodyOf;
 using testing_support::post;
 using testing_support::SocketClient;
 using testing_support::statusOf;
+using tests::becomesTrue;
 
 constexpr auto patience = 60s; // for what comes at once on a machine that has time
 
@@ -540,8 +540,7 @@ TEST_F(HttpServer, ASignalStopsItAndIsToldOnce) {
     busy.send(post("wait"));
     handler.waitForWaiting(1);
     ::kill(::getpid(), SIGTERM);
-    while (told == 0)
-        std::this_thread::yield();
+    EXPECT_TRUE(becomesTrue([&] { return told > 0; }));
     std::this_thread::sleep_for(250ms); // the call is made again meanwhile
     handler.release();
     EXPECT_EQ(bodyOf(busy.readAnswer()), "wait") << "what was under way is answered";

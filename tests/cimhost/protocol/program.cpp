@@ -1,8 +1,9 @@
 #include "program.h"
 
+#include "../../becomes_true.h"
+
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -10,7 +11,6 @@
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace cimhost::testing_support {
@@ -79,12 +79,7 @@ std::string Process::errors() {
 }
 
 bool Process::hasError(const std::string& text) {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (errors().find(text) == std::string::npos) {
-        if (std::chrono::steady_clock::now() > until) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return true;
+    return tests::becomesTrue([&] { return errors().find(text) != std::string::npos; });
 }
 
 Ended run(std::vector<std::string> command) {

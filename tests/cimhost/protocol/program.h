@@ -32,7 +32,7 @@ public:
     int wait();
     /// What it has written to standard error so far.
     std::string errors();
-    /// Waits up to twenty seconds until the text stands there.
+    /// Waits up to a minute until the text stands there.
     bool hasError(const std::string& text);
 
 private:

@@ -5,6 +5,8 @@
 #include "temporary_file.h"
 #include "waiting_client.h"
 
+#include "tests/becomes_true.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <openssl/bio.h>
@@ -20,7 +22,6 @@
 #include <optional>
 #include <string>
 #include <sys/types.h>
-#include <thread>
 #include <vector>
 
 namespace cimhost {
@@ -158,18 +159,14 @@ TEST(ServeProgram, ReadsItsUsersAgainOnASignalAndKeepsThemIfTheFileIsBroken) {
 constexpr bool isHangupAmong(unsigned long long blocked) { return ((blocked >> (SIGHUP - 1)) & 1U) != 0; }
 constexpr bool areAllAmong(unsigned long long blocked) { return ((blocked >> (SIGSEGV - 1)) & 1U) != 0; }
 
-// True once SIGHUP is blocked in the process, which is the first thing that a server does. A process that is not yet
-// the server, or just starts a thread, has all signals blocked, and will not keep them so.
-bool waitUntilItHoldsSignalsBack(pid_t process) {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (std::chrono::steady_clock::now() < until) {
-        std::ifstream status("/proc/" + std::to_string(process) + "/status");
-        for (std::string line; std::getline(status, line);) {
-            if (line.rfind("SigBlk:", 0) != 0) continue;
-            const unsigned long long blocked = std::stoull(line.substr(7), nullptr, 16);
-            if (isHangupAmong(blocked) && !areAllAmong(blocked)) return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+// Whether SIGHUP is blocked in the process. A server blocks it before it does anything else. A process that is not the
+// server yet, or that is starting a thread, has all signals blocked for a moment.
+bool holdsSignalsBack(pid_t process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("SigBlk:", 0) != 0) continue;
+        const unsigned long long blocked = std::stoull(line.substr(7), nullptr, 16);
+        return isHangupAmong(blocked) && !areAllAmong(blocked);
     }
     return false;
 }
@@ -178,7 +175,7 @@ bool waitUntilItHoldsSignalsBack(pid_t process) {
 TEST(ServeProgram, SighupDuringTheStartDoesNotEndTheServer) {
     const TemporaryFile users(annaLine);
     Process server(serveWith({"--credentials", users.path.string()}));
-    ASSERT_TRUE(waitUntilItHoldsSignalsBack(server.pid()));
+    ASSERT_TRUE(tests::becomesTrue([&] { return holdsSignalsBack(server.pid()); }));
     for (int count = 0; count < 5; ++count)
         server.signal(SIGHUP);
     const std::string url = namedUrlOf(server);

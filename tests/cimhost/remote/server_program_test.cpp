@@ -5,10 +5,11 @@
 #include "../protocol/temporary_file.h"
 #include "scripted_server.h"
 
+#include "tests/becomes_true.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -19,7 +20,6 @@
 #include <sstream>
 #include <stdlib.h>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace cimhost {
@@ -294,13 +294,11 @@ TEST(ServerProgram, APasswordIsNotInTheListOfProcesses) {
         {PROGRAM, "names", question, "--server", hanging.url(), "--user", "anna:verysecret", "--timeout", "60"});
     const std::string file = "/proc/" + std::to_string(asking.pid()) + "/cmdline";
     std::string words;
-    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    do {
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_TRUE(tests::becomesTrue([&] {
         std::ifstream stream(file, std::ios::binary);
         words.assign(std::istreambuf_iterator<char>(stream), {});
-    } while (words.find("anna:**********") == std::string::npos && std::chrono::steady_clock::now() < until);
-    EXPECT_THAT(words, HasSubstr("anna:**********"));
+        return words.find("anna:**********") != std::string::npos;
+    })) << words;
     EXPECT_THAT(words, Not(HasSubstr("verysecret")));
 }
 

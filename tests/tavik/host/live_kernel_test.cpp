@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <functional>
 #include <optional>
@@ -20,6 +19,7 @@
 #include "tavik/host/host_facts.h"
 #include "tavik/host/host_source.h"
 #include "tavik/host/text_forms.h"
+#include "tests/becomes_true.h"
 
 namespace tavik::host {
 namespace {
@@ -79,12 +79,12 @@ NicFunction nicOf(const Fleet& fleet, const std::string& interface) {
 
 /** The kernel spreads a change of carrier within a second. */
 std::uint32_t awaitState(Source& source, const std::string& interface, std::uint32_t state) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    for (;;) {
-        const auto now = source.link(interface).value.state;
-        if (now == state || std::chrono::steady_clock::now() > end) return now;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    std::uint32_t now = 0;
+    tests::becomesTrue([&] {
+        now = source.link(interface).value.state;
+        return now == state;
+    });
+    return now;
 }
 
 TEST_F(LiveKernel, NewNamespaceShowsNoAdapters) {

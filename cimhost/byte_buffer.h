@@ -1,5 +1,5 @@
-// Bytes that only grow: what an answer is rendered into and sent from, without a copy and without clearing what is
-// about to be written anyway.
+// A buffer of bytes that only grows. An answer is written into it and sent from it without a copy. New memory is not
+// cleared, since it is about to be written anyway.
 #pragma once
 
 #include <algorithm>
@@ -15,13 +15,13 @@ namespace cimhost {
 
 class ByteBuffer {
 public:
-    /// Thrown by what would make the buffer longer than it may be.
+    /// Thrown by append() and prepare() where the buffer would become longer than it may be.
     struct Full : std::exception {
         [[nodiscard]] const char* what() const noexcept override { return "too many bytes"; }
     };
 
     ByteBuffer() = default;
-    /// For no more than that many bytes.
+    /// A buffer for at most so many bytes.
     explicit ByteBuffer(std::size_t most) : longest(most) {}
     explicit ByteBuffer(std::string_view text) { append(text); }
     ByteBuffer(ByteBuffer&& other) noexcept
@@ -47,7 +47,8 @@ public:
         used += text.size();
     }
 
-    /// Room for that many more bytes, to be written at the address returned; commit() says how many were.
+    /// Makes room for so many more bytes. The caller writes them at the address returned, and then tells commit() how
+    /// many it has written.
     char* prepare(std::size_t count) {
         if (count > room - used) grow(count);
         return bytes.get() + used;
@@ -58,7 +59,7 @@ public:
         if (total > room) reallocate(total);
     }
 
-    /// Drops what lies behind that many bytes.
+    /// Keeps the first bytes, so many, and drops the others.
     void truncate(std::size_t total) noexcept { used = std::min(used, total); }
 
 private:

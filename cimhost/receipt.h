@@ -6,12 +6,13 @@
 
 namespace cimhost {
 
-/// Goes with an answer that somebody has to hear of if it does not reach its client: he has left, or has another
-/// answer.
+/// Goes with an answer whose loss has to be told to somebody. An answer is lost if its client has left or has been
+/// given another answer.
 class Receipt {
 public:
     Receipt() = default;
-    /// @param whenLost called on any thread when this ends without having been confirmed. Throws nothing.
+    /// @param whenLost called if this ends without having been confirmed, on the thread on which it ends. Must not
+    /// throw.
     explicit Receipt(std::function<void()> whenLost) : lost(std::move(whenLost)) {}
     ~Receipt() {
         if (lost) lost();
@@ -23,9 +24,9 @@ public:
         return *this;
     }
 
-    /// Whether somebody has to hear of it.
+    /// Whether a loss would be told to somebody.
     [[nodiscard]] explicit operator bool() const noexcept { return lost != nullptr; }
-    /// The client has the answer.
+    /// The client has the answer: nothing will be told.
     void confirm() noexcept { lost = nullptr; }
 
 private:

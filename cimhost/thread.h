@@ -1,4 +1,4 @@
-// Threads of which the system may have no more.
+// Starting a thread, which the system may refuse.
 #pragma once
 
 #include <system_error>
@@ -7,7 +7,8 @@
 
 namespace cimhost {
 
-/// Throws std::system_error, whose text says that it is a thread that is missing.
+/// A thread that does the work. Throws std::system_error where the system gives no thread; its text begins with
+/// "cannot start a thread".
 template <class Work>
 std::thread makeThread(Work&& work) {
     try {

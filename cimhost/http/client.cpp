@@ -52,7 +52,7 @@ bool isHostCharacter(char character) {
            (character >= '0' && character <= '9') || character == '-' || character == '.' || character == '_';
 }
 
-// Leaves what follows the host in text. False if that is no host.
+// Takes the host from the beginning of the text, and leaves what follows it. False if there is no valid host.
 bool takeHost(std::string_view& text, Url& url) {
     const bool isBracketed = !text.empty() && text.front() == '[';
     const std::size_t end = isBracketed ? text.find(']') : std::min(text.find(':'), text.size());
@@ -112,7 +112,7 @@ struct ClientLoop::State {
         tls->set_verify_mode(asio::ssl::verify_peer);
     }
 
-    // The system's are read anew from time to time: certificates change while servers run.
+    // The system's certificates are read anew from time to time, since they change while servers run.
     std::shared_ptr<asio::ssl::context> trusted() {
         const auto now = std::chrono::steady_clock::now();
         if (tls && (!authorities.empty() || now - tlsRead < longestTrust)) return tls;
@@ -169,10 +169,10 @@ struct AsyncClient::State : std::enable_shared_from_this<AsyncClient::State> {
 
     class Step;
     using Next = void (State::*)();
-    // What the next operation ends with.
+    // The handler of an operation: what to do next, and a name for the operation in the text of an error.
     Stream::Done step(const char* name, Next next);
 
-    // What goes wrong on this side, such as memory that is short, ends the message and nothing else.
+    // An exception on this side, as for want of memory, ends the message and nothing else.
     template <typename Work>
     void tryTo(Work work) noexcept {
         try {
@@ -215,8 +215,9 @@ struct AsyncClient::State : std::enable_shared_from_this<AsyncClient::State> {
     std::unique_ptr<Stream> stream; // null: there is no connection
 };
 
-// The handler of one step: on with the next one, or the end. The end destroys the stream, whose operation is done only
-// when its handler has returned. An operation that throws destroys its handler without calling it: that is the end too.
+// The handler of one step: it goes on with the next step or ends the message. The end destroys the stream. So it is
+// posted to the loop: the stream's operation is done only when its handler has returned. If an operation throws, its
+// handler is destroyed without having been called; that ends the message, too.
 class AsyncClient::State::Step {
 public:
     Step(std::shared_ptr<State> owner, const char* stepName, Next nextStep)
@@ -241,7 +242,7 @@ public:
 private:
     static constexpr auto shortage = boost::system::errc::not_enough_memory;
 
-    // Behind the end of the loop nobody waits for the message any more.
+    // Once the loop has ended, nobody waits for the message any more.
     static void endLater(std::shared_ptr<State> owner, const char* name, error_code error) noexcept {
         try {
             const std::shared_ptr<Mailbox> box = owner->loop.mailbox;
@@ -325,7 +326,7 @@ void AsyncClient::State::readBody() {
     beast::http::async_read(*stream, buffer, *parser, step("reading the answer", &State::succeedLater));
 }
 
-// The operation that has read the answer ends first.
+// Posted, so that the operation that has read the answer ends first.
 void AsyncClient::State::succeedLater() {
     asio::post(loop.io, [kept = shared_from_this()] { kept->tryTo([&] { kept->succeed(); }); });
 }

@@ -1,5 +1,5 @@
-// HTTP clients that post messages to one place each: deadlines, a bounded answer, TLS, a connection kept between
-// messages. Many of them share one thread.
+// HTTP clients, each of which posts messages to one place: with deadlines, a limit on the answer, TLS, and a connection
+// that is kept between messages. Many of them share one thread.
 #pragma once
 
 #include "cimhost/http/message.h"
@@ -26,13 +26,14 @@ struct Url {
     [[nodiscard]] std::string authority() const;
 };
 
-/// `http://host[:port][/path]` or https; nothing for anything else, for a user name in it, and beyond 2048 bytes.
+/// Reads `http://host[:port][/path]`, or the same with https. Nothing for any other text, for one with a user name in
+/// it, and for one longer than 2048 bytes.
 std::optional<Url> parseUrl(std::string_view text);
 
 struct ClientLimits {
-    std::chrono::milliseconds connect{5'000}; ///< name, connection and TLS handshake
+    std::chrono::milliseconds connect{5'000}; ///< lookup of the name; again for connection and TLS handshake together
     std::chrono::milliseconds answer{10'000}; ///< from the first byte sent to the last one received
-    std::size_t answerBytes = std::size_t{64} << 10;
+    std::size_t answerBytes = std::size_t{64} << 10; ///< of the answer's body
 };
 
 struct ClientAnswer {
@@ -43,24 +44,26 @@ struct ClientAnswer {
 /// What became of a message.
 struct ClientResult {
     ClientAnswer answer;
-    std::string error; ///< why there is no answer; empty: there is one
+    std::string error; ///< why there is no answer; empty if there is one
 };
 
-/// What the clients of one thread share: its loop, and the certificates that they trust.
+/// What the clients of one thread share: the thread's event loop, and the certificates that they trust.
 class ClientLoop {
 public:
-    /// @param authorities PEM file of those whose certificates are believed; empty: the system's, or those of
-    ///        SSL_CERT_FILE. Throws std::runtime_error naming it if it cannot be used.
+    /// @param authorities PEM file with the certificates of the authorities to trust. Empty: the system's authorities,
+    ///        or those in the file that SSL_CERT_FILE names.
+    /// Throws std::runtime_error, which names the file, if the file cannot be used.
     explicit ClientLoop(const std::filesystem::path& authorities = {});
     ~ClientLoop();
     ClientLoop(const ClientLoop&) = delete;
     ClientLoop& operator=(const ClientLoop&) = delete;
 
-    /// Runs what is to be done, by one thread, until stop().
+    /// Does all work of the clients on the calling thread, until stop(). One thread calls it. An exception of posted
+    /// work leaves it; then it may be called again.
     void run();
-    /// From any thread.
+    /// Ends run(). From any thread.
     void stop();
-    /// From any thread: does the work on the thread that runs the loop.
+    /// Has the work done on the thread that runs the loop. From any thread.
     void post(std::function<void()> work);
 
     struct State;
@@ -71,16 +74,16 @@ private:
     std::unique_ptr<State> state;
 };
 
-/// Of a loop, and for its thread alone.
+/// A timer of a loop. Used only on the loop's thread.
 class Timer {
 public:
-    /// The loop ends before the timer, or the timer is not running.
+    /// The loop outlives the timer. A timer that is destroyed is not running, or the loop has ended.
     explicit Timer(ClientLoop& loop);
     ~Timer();
     Timer(const Timer&) = delete;
     Timer& operator=(const Timer&) = delete;
 
-    /// Does the work then, in the place of what was to be done before.
+    /// Has the work done at that time. Work that was set before and is not done yet is dropped.
     void start(std::chrono::steady_clock::time_point when, std::function<void()> work);
     void cancel();
 
@@ -89,7 +92,7 @@ private:
     std::unique_ptr<State> state;
 };
 
-/// One message at a time, on the thread of its loop alone. Waits for nothing.
+/// Posts one message at a time. Used only on the thread of its loop. No call waits.
 class AsyncClient {
 public:
     using Done = std::function<void(ClientResult)>;
@@ -100,14 +103,16 @@ public:
     AsyncClient(const AsyncClient&) = delete;
     AsyncClient& operator=(const AsyncClient&) = delete;
 
-    /// Calls done once. Where a connection that was kept turns out to be gone before any answer, a new one is made.
+    /// Posts a message and calls done once, with the answer or with the reason why there is none; it may do so before
+    /// this returns. If a connection that was kept is gone before any byte of the answer, a new one is made.
     void post(const std::vector<Field>& fields, std::string body, Done done);
 
-    /// Ends the message under way, and every later one at once.
+    /// Ends the message under way with an error, and from now on every later one at once.
     void abort();
 
-    /// True while a connection is kept. Between two messages it may be closed.
+    /// True while there is a connection.
     [[nodiscard]] bool isOpen() const;
+    /// Closes the connection. Only between two messages.
     void close();
 
 private:

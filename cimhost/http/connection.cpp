@@ -21,8 +21,8 @@ constexpr std::size_t sliceSize = std::size_t{64} << 10; // of an answer
 
 Response noRoom() { return textResponse(503, "too many clients wait for answers at this moment"); }
 
-// A request on its way to a worker, which knows nothing of the connection: that may end before the answer comes. Where
-// the work is dropped, the reply tells so.
+// A request on its way to a worker. It holds no share of the connection, which may end before the answer comes. If the
+// work is dropped, the reply ends with it and tells the client so.
 struct Answering {
     Handler& handler;
     std::unique_ptr<BodyReader> reader;
@@ -71,7 +71,8 @@ void Connection::close() {
     if (backlog) backlog->abandon();
     if (!awaited) return;
     *awaited = false;
-    // Whoever closes all connections goes through a list of them, which the last share of this one leaves.
+    // Posted, not called: the caller may be going through the list of connections, and this one leaves the list when
+    // its last share goes.
     asio::post(host.io, [self = shared_from_this()] { self->endWaiting(); });
 }
 
@@ -87,8 +88,9 @@ void Connection::becomeKnown(void (Connection::*next)()) {
     waitForRoom(next, Clock::now());
 }
 
-// Many ask at once, and soon some of them have their answer or turn out not to take it. Who finds no place is answered
-// once all the same, as long as these are few.
+// When many clients ask at once, places soon become free: some clients have their answer, others turn out not to take
+// it. A client that finds no place becomes a guest, whose one request is answered all the same, as long as guests are
+// few.
 void Connection::waitForRoom(void (Connection::*next)(), Clock::time_point begin) {
     constexpr std::chrono::milliseconds untilNextLook{10};
     if (!stream->socket().is_open()) return;
@@ -127,7 +129,8 @@ void Connection::waitForNext() {
     readFirstBytes();
 }
 
-// Between two requests a client may be silent for long, within a header it may not: the two deadlines part here.
+// Between two requests a client may be silent for longer than within a header. So the first bytes are read by
+// themselves, with the deadline that is set already.
 void Connection::readFirstBytes() {
     stream->readSome(buffer.prepare(firstRead), [self = shared_from_this()](error_code error, std::size_t bytes) {
         if (error) return;
@@ -233,7 +236,7 @@ std::chrono::steady_clock::time_point Connection::bodyDeadline() const {
 
 void Connection::onBodyBytes() {
     const std::string& body = parser->get().body();
-    // Whoever holds no more than a piece is not to blame, and need not wait for whoever is.
+    // A request that holds no more than a piece did not use up the room, and is not refused because others did.
     if (!holdBytes(readerBytes + body.capacity()) && readerBytes + body.size() > pieceSize) {
         return refuse(textResponse(503, "too many large requests at this moment"));
     }
@@ -243,8 +246,8 @@ void Connection::onBodyBytes() {
     passPiece();
 }
 
-// The worker keeps no share of the connection when it is done: the connection's end touches what belongs to the network
-// thread.
+// When the worker is done, it hands its share of the connection back to the network thread. The connection must end
+// there, since its end touches what belongs to that thread.
 void Connection::passPiece() {
     enter(Phase::answering);
     asio::post(host.workers,
@@ -336,7 +339,7 @@ void Connection::endAnswer(std::vector<Field> trailers) {
     writePieces();
 }
 
-// What a client has of the answer then is not whole, and he sees that by its end.
+// The client sees that its answer is not whole: the last chunk is missing.
 void Connection::breakOff() {
     if (backlog) backlog->abandon();
     if (awaited) *awaited = false;
@@ -372,7 +375,8 @@ void Connection::write(Response answerToWrite, bool closes) {
     writeSlice(head);
 }
 
-// Slice by slice, for who takes an answer slowly is to be told from who takes it at all.
+// Writes slice by slice, each with a deadline of its own: a client that takes an answer slowly is not one that takes
+// nothing.
 void Connection::writeSlice(std::string_view slice) {
     stream->expireAt(std::min(writeEnd, Clock::now() + limits().writeProgress));
     stream->write(slice, [self = shared_from_this()](error_code error, std::size_t bytes) {
@@ -390,7 +394,8 @@ void Connection::writeNext() {
     writeSlice(slice);
 }
 
-// One chunk after the other. While there is none the server works on the next, which is not the client's delay.
+// Writes one chunk after the other. While there is none, the server is at work on the next one; that time does not
+// count against the client.
 void Connection::writePieces() {
     if (isWriting) return;
     if (pieces.empty() && !ending) {
@@ -439,7 +444,7 @@ void Connection::onWritten() {
     endWriting();
 }
 
-// Whoever has closed his side may still read. If he does not, his system answers to the bytes that he is gone.
+// A client that has closed its side may still read. If it does not, its system answers the bytes with a reset.
 void Connection::awaitReceipt(Clock::time_point end) {
     constexpr std::chrono::milliseconds untilNextLook{10};
     const int handle = stream->socket().native_handle();
@@ -466,8 +471,8 @@ void Connection::endWriting() {
     close();
 }
 
-// To close while bytes of the client are under way would reset the connection, and the client would see that in place
-// of the answer.
+// Reads what the client still sends, and drops it. To close the connection while such bytes are under way would reset
+// it, and the client would see the reset instead of the answer.
 void Connection::discardRest() {
     buffer.clear();
     stream->readSome(buffer.prepare(readSize), [self = shared_from_this()](error_code error, std::size_t) {

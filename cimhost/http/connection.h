@@ -1,5 +1,5 @@
-// One client's connection, from its acceptance to its end. Private to the HTTP server: lives on the network thread,
-// and leaves it only to be answered on a worker.
+// One client's connection, from when it is accepted until it ends. Private to the HTTP server. It belongs to the
+// network thread; a worker uses nothing of it but its body reader, while that reads a piece of a body.
 #pragma once
 
 #include "cimhost/http/connection_host.h"
@@ -32,9 +32,9 @@ public:
     void start();
     void close();
 
-    // While it is answered: tells whoever works on the answer if nobody waits for it any more.
+    // While a request is answered: if the client has closed its side, tells so to whoever works on the answer.
     void noteIfLeft();
-    // While nothing is asked: whether the last answer still lies in the system's buffers.
+    // Between two requests: notes whether some of the last answer still lies in the system's buffers.
     void noteUntaken();
     void takeAnswer(Response finished) override;
     void beginAnswer(Response started, std::shared_ptr<Backlog> untaken) override;
@@ -48,12 +48,12 @@ private:
     using error_code = boost::system::error_code;
 
     void enter(Phase next);
-    // What is next comes when there is room for one more client; after a while that is refused.
+    // Calls next once there is room for one more known client. If there is none within Limits::room, answers with 503.
     void becomeKnown(void (Connection::*next)());
     void waitForRoom(void (Connection::*next)(), Clock::time_point begin);
     bool isOwnName(const Authority& authority) const;
-    // False if all requests together now hold more than they may. Of a body that is read in pieces, that is the piece
-    // and what its reader keeps.
+    // Notes how many bytes of its body the request holds now. Where a body is read in pieces, these are the piece and
+    // what its reader keeps. False if all requests together now hold more than they may.
     bool holdBytes(std::size_t held);
     const Limits& limits() const { return host.options.limits; }
     Traffic& traffic() const { return *host.options.traffic; }
@@ -90,7 +90,7 @@ private:
     void onPartsWritten(error_code error, std::size_t bytes);
     void onWritten();
     void endWriting();
-    // Of a client that has closed his side: has his system taken the answer?
+    // After an answer to a client that had closed its side: waits until the client's system has taken the answer.
     void awaitReceipt(Clock::time_point end);
     void discardRest();
 
@@ -104,21 +104,22 @@ private:
     std::chrono::steady_clock::time_point bodyStart;
     std::size_t receivedBytes = 0; // of the body, with its framing
     Request request;
-    std::unique_ptr<BodyReader> bodyReader; // a worker's while a piece or the request is on it
+    std::unique_ptr<BodyReader> bodyReader; // used by a worker while it reads a piece; goes along with the request
     std::size_t readerBytes = 0;
-    std::shared_ptr<std::atomic<bool>> awaited; // set while the request is answered, as are the next two
-    std::shared_ptr<Connection> waiting;        // itself: nothing is read or written meanwhile
+    // These three are set while the request is answered.
+    std::shared_ptr<std::atomic<bool>> awaited; // whether the client is still there
+    std::shared_ptr<Connection> waiting;        // itself: no read or write keeps it alive meanwhile
     std::optional<WorkGuard> running;
     bool closesBehindAnswer = false;
-    std::string head; // and the first slice of the body
+    std::string head; // of the answer, and the first slice of its body
     Response response;
     std::size_t writtenBytes = 0; // of the response's body
     Clock::time_point writeEnd;
-    bool closing = false;
-    bool unread = false;
-    bool isDoubtful = false; // whether the client is there to take the answer
+    bool closing = false;    // behind the answer the connection ends
+    bool unread = false;     // nobody reads the rest of the request
+    bool isDoubtful = false; // the client had closed its side before its answer came
 
-    // An answer that leaves in pieces; these are empty at all other times.
+    // For an answer that leaves in pieces; empty at all other times.
     std::shared_ptr<Backlog> backlog;
     std::deque<ByteBuffer> pieces; // the first one is being written if isWriting
     std::optional<std::string> ending;

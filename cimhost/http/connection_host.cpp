@@ -66,7 +66,7 @@ void ConnectionHost::work(std::function<void()> work) {
     asio::post(workers, std::move(work));
 }
 
-// Whom an earlier guess of the same address settles needs none of its own.
+// A guess that was settled by an earlier one of the same address is not verified again.
 void ConnectionHost::verifyNext() {
     while (!isVerifying && !guesses.empty()) {
         Guess guess = guesses.pop();

@@ -1,5 +1,5 @@
-// What the connections of a server share: its settings and handler, the room that there is, whose passwords are tried.
-// Private to the HTTP server; lives on the network thread.
+// What the connections of a server share: its settings, its handler, the room for clients, and the passwords that wait
+// to be verified. Private to the HTTP server; belongs to the network thread.
 #pragma once
 
 #include "cimhost/http/guess_queue.h"
@@ -26,7 +26,7 @@ class Connection;
 
 using WorkGuard = boost::asio::executor_work_guard<boost::asio::io_context::executor_type>;
 
-// Somebody's name and password, until they are found right or wrong.
+// The name and password of one request, until they are found right or wrong.
 struct Guess {
     std::shared_ptr<Connection> connection;
     std::string authorization;
@@ -40,23 +40,26 @@ struct ConnectionHost {
     ConnectionHost(const ConnectionHost&) = delete;
     ConnectionHost& operator=(const ConnectionHost&) = delete;
 
-    // Closes it, if there is one, because another one needs its place.
+    // Closes that connection because another client needs its place. Null is no connection: then false.
     bool giveWay(Standing* standing);
-    // Closes a late or idle one where that is needed; false if nobody gives way to that address for now.
+    // Both return whether there is room for one more. Where there is none, they close a connection whose client has
+    // left, is late or (for a known client) is idle. False if there is none to close, or none for that address.
     bool makeRoomForKnown(const Source& source);
     bool makeRoomForGuest();
+    // Has the password verified when its turn comes, and then calls the connection.
     void verify(Guess guess);
-    // Where requests are answered.
+    // Has the work done where requests are answered: by Options::answers, or by a worker.
     void work(std::function<void()> work);
-    // Nothing is read from a client whose request is being answered, so that it has left is looked for now and then.
+    // Looks ten times a second whether clients whose requests are being answered have left, as long as there are such.
+    // Nothing is read from them meanwhile, so no read tells.
     void watchForLeaving();
 
     Options options;
     Handler& handler;
     HostNames names;
-    std::function<bool(const Authority&)> isCertified; // by the name in the certificate
-    Room room;                                         // outlives the io_context, with which the last connections go
-    std::size_t bodyBytes = 0;                         // held by all connections
+    std::function<bool(const Authority&)> isCertified; // whether the certificate bears that name; empty without TLS
+    Room room;                                         // outlives the io_context: the last connections end with that
+    std::size_t bodyBytes = 0;                         // of bodies, held by all connections together
     bool stopping = false;
     std::function<void()> onLastConnectionGone;
     boost::asio::io_context io;
@@ -64,7 +67,8 @@ struct ConnectionHost {
     boost::asio::steady_timer watch;
     bool isWatching = false;
     WorkerPool workers;
-    // Guessing passwords costs whoever guesses: one at a time, and never a worker's time.
+    // Verifies passwords, one at a time and on a thread of its own: a client that guesses passwords costs the others no
+    // worker's time.
     WorkerPool verifier;
 
 private:
@@ -76,7 +80,7 @@ private:
     bool isVerifying = false;
 };
 
-// Every standing in a server's room is a connection of its.
+// Closes the connection and returns true; false for null. Every standing in a server's room is one of its connections.
 bool closeIfAny(Standing* standing);
 
 } // namespace cimhost::http

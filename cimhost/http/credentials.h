@@ -14,27 +14,31 @@ namespace cimhost::http {
 
 class Credentials {
 public:
-    /// Reads lines `user:hash`, the hash as crypt(3) makes it; empty lines and lines that begin with # are skipped.
-    /// Throws std::runtime_error naming file and line: unreadable, no regular file, open to anybody but its owner, no
-    /// such line, a hash that crypt(3) here does not know, one of a method that is guessed too fast (DES, MD5), or no
-    /// user at all.
+    /// Reads lines `user:hash`, the hash as crypt(3) makes it. Empty lines and lines that begin with # are skipped.
+    /// Throws std::runtime_error, which names the file, and the line if one is wrong. The file cannot be read, is no
+    /// regular file, is open to others than its owner, is longer than 1 MiB, or names no user. Or a line has another
+    /// form, names a user for the second time, or has a hash that crypt(3) does not know here or whose method is
+    /// guessed too fast (DES, MD5, SHA-1, NT).
     static Credentials load(const std::filesystem::path& file);
 
     Credentials(Credentials&& other) noexcept;
 
-    /// Who the value of an Authorization field says it is; nothing if it is no name and password.
+    /// The user whom the value of an Authorization field names. Nothing if it is no name and password in the scheme
+    /// Basic (RFC 7617).
     [[nodiscard]] static std::optional<std::string> claimedUser(std::string_view authorization);
 
-    /// The users of another file, or of the same one after a change, in place of those of now; a user who is gone or
-    /// has another password is not remembered. Safe beside all calls below. Takes a hash's time for each user. Throws
-    /// as load() does, but for a file without users, after which nobody is let in; then everything stays as it is.
+    /// Replaces the users by those of another file, or of the same file after a change. No password stays remembered:
+    /// the next request of each user is verified again. May be called while other threads call what stands below. Takes
+    /// the time of a hash for each user. Throws as load() does, and then changes nothing. A file without users is no
+    /// error here: from then on nobody is let in.
     /// @return how many users there are now
     std::size_t reload(const std::filesystem::path& file);
 
-    /// The user, if that value of an Authorization field has been verified before. Takes microseconds.
+    /// The user, if this value of an Authorization field was the last one that verify() found right for that user.
+    /// Takes microseconds.
     [[nodiscard]] std::optional<std::string> recall(std::string_view authorization) const;
 
-    /// The user, if name and password are right. Takes as long as the hash wants (tens of milliseconds), also for a
+    /// The user, if name and password are right. Takes as long as the hash takes (tens of milliseconds), also for a
     /// user who does not exist.
     std::optional<std::string> verify(std::string_view authorization);
 
@@ -51,8 +55,8 @@ private:
     Digest digestKey{};       // random for each process: what is remembered is useless elsewhere
     mutable std::mutex mutex; // guards what follows
     std::unordered_map<std::string, std::string> hashes;
-    std::string decoyHash; // of the first user: what an unknown user's password is held against
-    std::unordered_map<std::string, Digest> remembered; // by user: the last value that was right
+    std::string decoyHash; // the first user's hash, with which an unknown user's password is compared
+    std::unordered_map<std::string, Digest> remembered; // by user: digest of the last value that was right
 };
 
 } // namespace cimhost::http

@@ -1,4 +1,5 @@
-// Passwords that wait to be verified: those of one address one after the other, and the addresses in turn.
+// Passwords that wait to be verified. The addresses take turns: each has one of its passwords verified, then the next
+// address has one.
 #pragma once
 
 #include "cimhost/http/room.h"
@@ -21,7 +22,7 @@ public:
 
     [[nodiscard]] bool empty() const { return turns.empty(); }
 
-    /// The next in turn. Only where there is one.
+    /// Takes the next one. The queue must not be empty.
     Job pop() {
         const Source source = turns.front();
         turns.pop_front();

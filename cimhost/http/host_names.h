@@ -1,4 +1,5 @@
-// Which names a request may call this server by. A web page whose name was made to lead here is none of them.
+// The names by which a request may call this server. A web page can make its own name lead to this machine; that name
+// is none of them.
 #pragma once
 
 #include <optional>
@@ -14,22 +15,25 @@ struct Authority {
     bool isAddress = false;
 };
 
-/// Nothing for what is no `name`, `a.b.c.d` or `[address]` with or without `:port`. The port is not looked at
-/// otherwise: somebody may forward another one to the server.
+/// Reads `name`, `a.b.c.d` or `[address]`, with or without `:port`. Nothing for any other text. Any port will do, since
+/// somebody may forward another port to the server.
 std::optional<Authority> parseAuthority(std::string_view text);
 
-/// A numeric address as the system writes it, one of IPv4 never as IPv6; the text itself where it is none.
+/// A numeric address as the system writes it; ::ffff:a.b.c.d becomes a.b.c.d. A text that is no address is returned as
+/// it is.
 std::string normalizedAddress(const std::string& text);
 
 class HostNames {
 public:
-    /// The machine's own name, short and as it reports it, and these; each a name or an address.
+    /// Knows the machine's own name, as the machine reports it and without its domain, and the further ones, each of
+    /// which is a name or an address.
     explicit HostNames(const std::vector<std::string>& further);
 
-    /// The qualified name that the machine's own name resolves to, if any. May ask the network.
+    /// Adds the qualified name to which the machine's own name resolves, if there is one. May wait for the network.
     void addQualifiedName();
 
-    /// Whether a client may call by that name who connected to that address, numeric.
+    /// Whether a client may call this server by that name.
+    /// @param localAddress the numeric address of this machine to which the client connected
     [[nodiscard]] bool contains(const Authority& authority, const std::string& localAddress) const;
 
 private:

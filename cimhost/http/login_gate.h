@@ -1,4 +1,4 @@
-// Bounds how fast anybody can guess passwords. Knows no sockets and no clock of its own.
+// Limits how fast anybody can guess passwords. Uses no sockets, and no clock of its own.
 #pragma once
 
 #include "cimhost/http/room.h"
@@ -12,16 +12,19 @@
 
 namespace cimhost::http {
 
-/// After some wrong passwords from one address, the next ones have to wait: a second, then twice as long each time, up
-/// to a minute. Other addresses are not held up, and from the same one hardly anybody who gives another name.
+/// After five wrong passwords from one address the next one has to wait for a second, then twice as long after each
+/// further wrong one, up to a minute. After ten minutes without a wrong one the count begins anew. Other addresses are
+/// not held up, and other users at the same address hardly ever.
 class LoginGate {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// How long to come back later, or nothing for whoever may try now.
+    /// How long the client has to wait until it may try again; nothing if it may try now.
     [[nodiscard]] std::optional<std::chrono::seconds> wait(const Source& source, std::string_view user,
                                                            Clock::time_point now) const;
+    /// Counts a wrong password.
     void failed(const Source& source, std::string_view user, Clock::time_point now);
+    /// A right password: the count begins anew.
     void succeeded(const Source& source, std::string_view user);
 
     [[nodiscard]] std::size_t size() const { return records.size(); }
@@ -35,8 +38,8 @@ private:
         Clock::time_point last;
         Clock::time_point blockedUntil;
     };
-    // Names share a few lanes, whether there is such a user or not: a lane for each name would be as many guesses as
-    // there are names, and one for each user would tell who is one.
+    // The users of one address share a few lanes; a lane has one count. With a lane for each name, a client would have
+    // as many guesses as it makes up names. With a lane for each user who exists, the waits would tell who exists.
     using Key = std::pair<Source, std::size_t>;
     static Key keyOf(const Source& source, std::string_view user);
 

@@ -1,4 +1,5 @@
-// From other threads to the one that runs a loop, as long as that loop is there. Private to the HTTP server and client.
+// Hands work from any thread to the one that runs a loop, as long as the loop is there. Private to the HTTP server and
+// client.
 #pragma once
 
 #include <boost/asio/io_context.hpp>
@@ -9,7 +10,7 @@
 
 namespace cimhost::http {
 
-/// Outlives the loop, so that what comes late does no harm.
+/// Outlives the loop, so that work that comes too late does no harm.
 class Mailbox {
 public:
     explicit Mailbox(boost::asio::io_context& target) : io(&target) {}
@@ -21,7 +22,7 @@ public:
         if (io) boost::asio::post(*io, std::forward<Work>(work));
     }
 
-    /// From now on everything is dropped.
+    /// From now on all work is dropped. Called before the loop ends.
     void close() {
         const std::lock_guard lock(mutex);
         io = nullptr;

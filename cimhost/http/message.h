@@ -23,7 +23,7 @@ struct Request {
     std::string user;        // who authenticated; empty on a server without credentials
     std::string client = {}; // where the request comes from: "127.0.0.1:40218", "[::1]:40218"
 
-    /// By name, without regard to case: the first of that name, or null.
+    /// The value of the first field of that name, in any case; null if there is none.
     [[nodiscard]] const std::string* field(std::string_view name) const;
 };
 
@@ -31,15 +31,16 @@ struct Response {
     unsigned status = 200;
     std::vector<Field> fields; // Content-Length, Connection and Date are the server's own
     ByteBuffer body;
-    /// What tells the same behind the pieces of another answer that has begun to leave; empty: nothing can.
+    /// Say the same as this answer in the trailers of another one, which has begun to leave in pieces when this one
+    /// comes. Empty: trailers cannot say it.
     std::vector<Field> trailers = {};
-    Receipt receipt = {};
+    Receipt receipt = {}; // confirmed once the client has the answer
 };
 
 /// A short answer in plain text.
 Response textResponse(unsigned status, std::string_view text);
 
-/// "Not Found" for 404.
+/// "Not Found" for 404; "Unknown" for a status that this server does not use.
 std::string_view reasonPhrase(unsigned status);
 
 } // namespace cimhost::http

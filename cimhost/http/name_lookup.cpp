@@ -40,7 +40,7 @@ void run(const Lookup& lookup) {
     answer(lookup, error, std::move(places));
 }
 
-// Shared with the threads, which nobody waits for: one that hangs may outlive everything else.
+// Shared with its threads. Nobody waits for them: one that hangs may outlive everything else.
 class Lookups : public std::enable_shared_from_this<Lookups> {
 public:
     void add(Lookup lookup) {
@@ -51,7 +51,7 @@ public:
     }
 
 private:
-    // Called with the lock, as is start(). The name stands among the names from now on.
+    // The next lookup whose name is not being looked up; from now on its name is. Called with the lock, as is start().
     std::optional<Lookup> take() {
         waiting.remove_if([](const Lookup& lookup) { return lookup.wanted.expired(); });
         const auto place = std::find_if(waiting.begin(), waiting.end(),

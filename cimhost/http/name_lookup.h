@@ -1,5 +1,5 @@
-// Host names to addresses, on threads of their own: the C library's lookup cannot be called back, and one that hangs
-// must hold up nobody. Private to the HTTP client.
+// Looks up the addresses of host names, on threads of its own: the C library's lookup cannot be interrupted, and one
+// that hangs must hold up nobody. Private to the HTTP client.
 #pragma once
 
 #include "cimhost/http/mailbox.h"
@@ -15,8 +15,10 @@ namespace cimhost::http {
 using Places = boost::asio::ip::tcp::resolver::results_type;
 using LookupDone = std::function<void(boost::system::error_code, Places)>;
 
-/// Calls done through the box once the name is known or known not to be. Of one name there is one lookup at a time, of
-/// all at most 64; others wait for their turn, and are dropped if wanted has ended by then.
+/// Calls done through the box, with the addresses or with an error; also if the system gives no thread. Of one name
+/// there is one lookup at a time, of all names at most 64. Others wait for their turn; one whose `wanted` has ended by
+/// then is dropped, and its done is not called. A numeric address needs no lookup.
+/// @param port as a number
 void lookUp(const std::string& host, const std::string& port, std::weak_ptr<void> wanted, std::shared_ptr<Mailbox> box,
             LookupDone done);
 

@@ -1,5 +1,5 @@
-// How an answer finds its way from whatever thread gives it back to the connection that waits for it, if that and the
-// server are still there. Private to the HTTP server.
+// Carries an answer from the thread that gives it to the connection that waits for it, if the connection and the server
+// are still there. Private to the HTTP server.
 #pragma once
 
 #include "cimhost/http/mailbox.h"
@@ -16,16 +16,18 @@
 
 namespace cimhost::http {
 
-/// Counts the bytes of an answer that its client has not taken yet.
+/// Counts the bytes of an answer that its client has not taken yet. Safe on all threads.
 class Backlog {
 public:
-    /// False if nobody takes any more.
+    /// Adds so many bytes. False if nobody takes bytes any more; then none are added.
     bool add(std::size_t bytes);
+    /// The client has taken so many.
     void taken(std::size_t bytes);
-    /// Nobody takes any more.
+    /// From now on nobody takes bytes.
     void abandon();
 
     [[nodiscard]] std::size_t bytes() const;
+    /// Returns when no more than `most` bytes wait, when nobody takes bytes any more, or after that time.
     void waitUntil(std::size_t most, std::chrono::steady_clock::duration longest) const;
 
 private:
@@ -35,14 +37,15 @@ private:
     bool isAbandoned = false;
 };
 
-/// Who waits for an answer; lives on the network thread.
+/// Waits for an answer. Called on the network thread only.
 class Addressee {
 public:
     virtual ~Addressee() = default;
 
     virtual void takeAnswer(Response answer) = 0;
 
-    // An answer in pieces: its head, its pieces, and its end or, if it has none, that it breaks off.
+    // An answer in pieces: first its head, then its pieces, at last its end, or breakOff() if it never comes to its
+    // end.
     virtual void beginAnswer(Response head, std::shared_ptr<Backlog> backlog) = 0;
     virtual void takePiece(ByteBuffer piece) = 0;
     virtual void endAnswer(std::vector<Field> trailers) = 0;
@@ -51,10 +54,11 @@ public:
 
 class ConnectionReply final : public Reply {
 public:
-    /// awaited is the connection's word on whether somebody still waits.
+    /// @param awaited shared with the connection, which makes it false once nobody waits for the answer
+    /// @param takesPieces whether the client takes an answer in pieces
     ConnectionReply(std::shared_ptr<Mailbox> box, std::weak_ptr<Addressee> waiting,
                     std::shared_ptr<const std::atomic<bool>> awaited, bool takesPieces);
-    /// A handler that forgets to answer leaves no client waiting.
+    /// Answers with 500 if no answer has been given or begun: no client is left waiting.
     ~ConnectionReply() override;
 
     void send(Response answer) override;
@@ -70,7 +74,7 @@ private:
         std::shared_ptr<Mailbox> mailbox;
         std::weak_ptr<Addressee> addressee;
         std::shared_ptr<const std::atomic<bool>> isWaiting;
-        std::mutex mutex; // held over each step, so that they arrive in their order
+        std::mutex mutex; // held while a step is posted, so that all arrive in their order
         Stage stage = Stage::unanswered;
 
         template <typename Step>
@@ -85,13 +89,15 @@ private:
     const bool mayBegin;
 };
 
-/// True if the other end of a connection has closed its side or the connection is broken, whatever it sent before.
+/// True if the other end of a connection has closed its side, even if bytes that it sent before are still unread, or if
+/// the connection is broken.
 bool isClosedByPeer(int socket);
 
-/// True once the other end has answered that it takes no bytes.
+/// True if the connection is broken, as after the other end has answered with a reset that it takes no bytes.
 bool isBroken(int socket);
 
-/// Whether bytes that were sent have not arrived at the other side, or lie there until somebody reads others first.
+/// Whether bytes that were sent lie in this system's buffers because the other system has not confirmed them yet. They
+/// are on their way, or its buffers are full.
 bool hasUntakenBytes(int socket);
 
 } // namespace cimhost::http

@@ -9,7 +9,8 @@ namespace cimhost::http {
 namespace {
 
 constexpr std::chrono::milliseconds lateAfter{250};
-// What goes to a client lies in the system's buffers until they are full: who takes nothing then is behind already.
+// The system's buffers take what goes to a client until they are full. A client that takes nothing then is behind
+// already.
 constexpr std::chrono::milliseconds lateInTaking{50};
 constexpr std::size_t sharesOfRoom = 4;
 
@@ -28,7 +29,7 @@ bool takesAnAnswer(const Standing& standing) {
            (standing.phase == Standing::Phase::waiting && standing.hasUntaken);
 }
 
-// Who gives way goes by this, the highest first; nobody of rank 0 does.
+// The client of the highest rank gives way first. One of rank 0 never does.
 int rankOfKnown(const Standing& standing, Standing::Clock::duration late) {
     if (standing.phase == Standing::Phase::answering) return standing.hasLeft ? lateRank + 1 : 0;
     if (takesAnAnswer(standing) && late > lateInTaking) return lateRank;
@@ -54,15 +55,15 @@ std::size_t Room::count(bool known) const {
                       [known](const Standing* standing) { return standing->isKnown == known && !standing->isClosed; }));
 }
 
-// How long ago a client at the least rate would have been where this one is.
+// How far behind a client at the least rate this one is; negative if it is ahead.
 Standing::Clock::duration Room::lateness(const Standing& standing, Standing::Clock::time_point now) const {
     const std::chrono::duration<double> earned(static_cast<double>(standing.moved) /
                                                static_cast<double>(limits.bytesPerSecond));
     return now - standing.since - std::chrono::duration_cast<Standing::Clock::duration>(earned);
 }
 
-// The one of the highest rank that is not zero; among these one of an address that has more than its share; among these
-// the latest.
+// The one of the highest rank, which is not zero. Among several, one of an address that has more than its share; among
+// several of these, the one that is furthest behind.
 template <class Rank>
 Standing* Room::chosen(bool known, std::size_t size, Standing::Clock::time_point now, Rank rank) const {
     std::map<Source, std::size_t> counts;

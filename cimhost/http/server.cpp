@@ -61,7 +61,7 @@ bool isReadable(int socket) {
     return ::poll(&asked, 1, 0) > 0;
 }
 
-// Connections take descriptors, and what a shell allows is less than what the system does.
+// Each connection takes a descriptor. A shell usually allows fewer of them than the system does.
 void raiseDescriptorLimit() {
     rlimit limit{};
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == limit.rlim_max) return;
@@ -137,9 +137,9 @@ void Server::State::accept() {
             return admit(std::move(socket));
         }
         if (!isOutOfDescriptors(error)) return acceptLater();
-        // Without a descriptor left the system says so even while nobody asks for one.
+        // Where no descriptor is left, the system answers so even if no client has come.
         if (!isReadable(acceptor.native_handle())) return acceptWhenSomebodyComes();
-        // Whoever would give way for room gives way for a descriptor.
+        // A connection that would give way to a new client can give its descriptor, too.
         if (makeRoomForDescriptor()) return accept();
         refuseOne();
         acceptLater();
@@ -165,7 +165,8 @@ bool Server::State::makeRoomForDescriptor() {
     return giveWay(room.newcomerToGiveWay(now)) || giveWay(room.knownToGiveWay(now, Source{}));
 }
 
-// A client that is told nothing waits for long; one that is cut off can try again.
+// Accepts one client with the spare descriptor, and cuts it off. A client that is told nothing would wait for long; one
+// that is cut off can try again.
 void Server::State::refuseOne() {
     ::close(spareDescriptor);
     const int refused = ::accept4(acceptor.native_handle(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
@@ -192,7 +193,7 @@ void Server::State::closeIf(bool (*condition)(Standing::Phase)) {
     }
 }
 
-// From any thread. A loop that could not be told of the message wakes up where nobody can come any more.
+// From any thread. The listening socket is shut down as well: that wakes the loop even if the message did not.
 void Server::State::stop() {
     std::call_once(told, [this] {
         if (options.onStop) options.onStop();
@@ -247,7 +248,7 @@ void Server::run() {
 void Server::stop() { state->stop(); }
 
 void Server::useTls(const Tls& files) {
-    // A connection shares the context that it began with.
+    // A connection keeps its share of the context that it began with.
     asio::post(state->io,
                [server = state.get(), context = makeTlsContext(files)]() mutable { server->tls = std::move(context); });
 }

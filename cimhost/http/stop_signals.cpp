@@ -17,10 +17,10 @@ namespace cimhost::http {
 namespace {
 
 constexpr std::array<int, 2> stopSignals{SIGINT, SIGTERM};
-// A call whose message to the server was lost is made again.
+// The call is made again, in case it failed.
 constexpr int again = 100; // milliseconds
 
-// Of the one object that there is. A signal may come on any thread.
+// These belong to the one object that there is. A signal may come on any thread.
 std::atomic<int> bell = -1;
 std::atomic<bool> hasRung = false;
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
@@ -33,7 +33,7 @@ void ring() {
 extern "C" void onStopSignal(int) {
     const int before = errno;
     for (const int number : stopSignals)
-        std::signal(number, SIG_DFL); // for whoever cannot wait
+        std::signal(number, SIG_DFL); // a second signal ends the process
     hasRung = true;
     ring();
     errno = before;
@@ -87,7 +87,7 @@ void StopSignals::watch() const {
 void StopSignals::callOnce() const {
     try {
         call();
-    } catch (const std::exception&) { // for want of memory: it is made again
+    } catch (const std::exception&) { // for want of memory: the call is made again
     }
 }
 

@@ -1,4 +1,4 @@
-// SIGINT and SIGTERM as a call, on a way that does not lead through an event loop.
+// Turns SIGINT and SIGTERM into a call. It needs no event loop, which may be short of memory at that moment.
 #pragma once
 
 #include <atomic>
@@ -9,9 +9,9 @@ namespace cimhost::http {
 
 class StopSignals {
 public:
-    /// From now on the first of the two signals has this called, on a thread of its own and again and again until this
-    /// object ends; a second signal ends the process at once. One object at a time. Throws std::system_error
-    /// where the system has no thread or descriptor left.
+    /// After the first of the two signals, `stop` is called on a thread of its own, ten times a second until this
+    /// object ends: a call may fail for want of memory. A second signal ends the process at once. There may be one
+    /// object at a time. Throws std::system_error if the system has no thread or descriptor left.
     explicit StopSignals(std::function<void()> stop);
     /// Both signals end the process at once again.
     ~StopSignals();

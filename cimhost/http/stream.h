@@ -1,5 +1,6 @@
-// The bytes of one connection, with TLS or without. Asio and Beast make much code for each type of stream and of
-// handler; here is one of each, so that it is made once, in stream.cpp. Private to the HTTP server and client.
+// The bytes of one connection, with TLS or without. Asio and Beast generate much code for each type of stream and of
+// handler. Here is one type of each, so that the code is generated once, in stream.cpp. Private to the HTTP server and
+// client.
 #pragma once
 
 #include "cimhost/http/name_lookup.h"
@@ -25,11 +26,12 @@ class context;
 
 namespace cimhost::http {
 
-/// One operation of each direction at a time. To be closed, or destroyed, ends those under way with an error.
+/// Reads and writes, with at most one operation of each kind at a time. Operations under way end with an error when the
+/// stream is closed or destroyed.
 class Stream {
 public:
     using error_code = boost::system::error_code;
-    /// bytes is 0 where none are moved. A handler of an operation that throws goes without being called.
+    /// bytes is 0 for an operation that moves none. If an operation throws, its handler is destroyed without a call.
     using Done = std::function<void(error_code error, std::size_t bytes)>;
     using executor_type = boost::asio::ip::tcp::socket::executor_type;
 
@@ -38,20 +40,21 @@ public:
     [[nodiscard]] virtual bool isSecure() const = 0;
     [[nodiscard]] virtual boost::asio::ip::tcp::socket& socket() = 0;
 
-    /// What is under way then ends with boost::beast::error::timeout, and so does what begins later.
+    /// An operation that is under way at that time, or begins later, ends with boost::beast::error::timeout.
     virtual void expireAt(std::chrono::steady_clock::time_point when) = 0;
     virtual void expireNever() = 0;
     void expireAfter(std::chrono::milliseconds duration) { expireAt(std::chrono::steady_clock::now() + duration); }
 
     virtual void close() = 0;
 
-    /// Tries one place after the other. TLS begins with handshake() only.
+    /// Tries one place after the other. TLS does not begin before handshake().
     virtual void connect(const Places& places, Done done) = 0;
-    /// The beginning and the end of TLS; only where isSecure().
+    /// Begin and end TLS. Without TLS they call done at once.
     virtual void handshake(Done done) = 0;
     virtual void shutDown(Done done) = 0;
     virtual void readSome(boost::asio::mutable_buffer into, Done done) = 0;
-    /// All of the bytes, one part behind the other, which stay until it is done. Empty parts stand at the end.
+    /// Writes all bytes, one part after the other. The caller keeps them until done is called. Parts that are not
+    /// needed are empty and stand at the end.
     using Parts = std::array<std::string_view, 3>;
     virtual void write(const Parts& parts, Done done) = 0;
     void write(std::string_view bytes, Done done) { write(Parts{bytes}, std::move(done)); }
@@ -70,10 +73,12 @@ public:
     }
 };
 
-/// Of a client that was accepted. @param tls null: without TLS. It outlives the stream.
+/// The stream of a client that was accepted.
+/// @param tls null: without TLS. The stream keeps a share of what the context holds, so the context may end before it.
 std::unique_ptr<Stream> acceptedStream(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context* tls);
 
-/// To a server, whose certificate has to bear that name. @param tls as above
+/// A stream to a server, whose certificate has to bear that name.
+/// @param tls as above
 std::unique_ptr<Stream> clientStream(boost::asio::io_context& io, boost::asio::ssl::context* tls,
                                      const std::string& serverName);
 

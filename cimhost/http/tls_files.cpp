@@ -21,7 +21,7 @@ namespace {
     throw std::runtime_error(file.string() + ": " + what);
 }
 
-// What OpenSSL says of a file that is not there or is a folder helps nobody.
+// OpenSSL's own message for a file that does not exist or is a folder would help nobody.
 void requireReadable(const std::filesystem::path& file) {
     const Descriptor opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};

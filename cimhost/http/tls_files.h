@@ -1,4 +1,4 @@
-// Certificates, keys and authorities, as PEM files. What is wrong with one is told with its name.
+// Reads certificates, keys and authorities from PEM files. An error names the file.
 #pragma once
 
 #include "cimhost/http/server.h"
@@ -9,11 +9,13 @@ using SSL_CTX = struct ssl_ctx_st;
 
 namespace cimhost::http {
 
-/// Certificate chain and key of a server. Throws std::runtime_error with file and reason: cannot be read, holds none,
-/// a key of another certificate, or one that others than its owner can read. Of a key that is root's, the group may.
+/// Loads the certificate chain and the key of a server. Throws std::runtime_error with file and reason: the file cannot
+/// be read, holds no certificate or key, holds the key of another certificate, or is a key that others than its owner
+/// can read. A key that belongs to root may be readable for its group.
 void loadServerFiles(SSL_CTX* context, const Tls& files);
 
-/// What a client trusts, and nothing else. Throws as above.
+/// Loads the certificates of the authorities that a client trusts. Throws std::runtime_error with file and reason: the
+/// file cannot be read or holds no certificate.
 void loadAuthorities(SSL_CTX* context, const std::filesystem::path& file);
 
 } // namespace cimhost::http

@@ -1,4 +1,4 @@
-// What a server has moved since it started, for whoever watches it. Counted by the server, read by anybody at any time.
+// What a server has moved since it started, for its metrics. The server counts; any thread may read at any time.
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@ struct Traffic {
     static constexpr std::size_t statuses = 600; // of HTTP, all below this
 
     Count connections = 0;    // accepted
-    Count disconnections = 0; // of these
+    Count disconnections = 0; // accepted connections that have ended
     Count madeRoom = 0;       // connections that were closed because others needed their place
     Count receivedBytes = 0;  // heads and bodies of requests; without TLS
     Count sentBytes = 0;      // of answers; without TLS

@@ -78,7 +78,7 @@ std::optional<Response> refuseFraming(const Parser& parser) {
     if (encoding != head.end() && (!parser.chunked() || !boost::beast::iequals(encoding->value(), "chunked"))) {
         return textResponse(501, "of all transfer encodings only chunked is known");
     }
-    // What is fetched has no body unless it says so.
+    // A GET has no body unless it says so.
     const bool needsLength = head.method() != beast_http::verb::get;
     if (encoding == head.end() && !hasLength && needsLength)
         return textResponse(411, "neither Content-Length nor chunks");

@@ -1,5 +1,5 @@
-// How requests and answers look on the wire: what Beast's parser leaves to decide, and the head of an answer. Private
-// to the HTTP server.
+// Requests and answers on the wire: the checks of a request that Beast's parser leaves open, and the head of an answer.
+// Private to the HTTP server and client.
 #pragma once
 
 #include "cimhost/http/host_names.h"
@@ -17,7 +17,8 @@
 
 namespace cimhost::http {
 
-// Beast's own string body reserves what the client declares, before a single byte of it has come.
+// A body that grows as its bytes come. Beast's own string body reserves memory for the length that the client declares,
+// before a single byte has come.
 struct GrowingBody {
     using value_type = std::string;
 
@@ -53,15 +54,16 @@ using Parser = boost::beast::http::request_parser<GrowingBody>;
 /// The head of a parsed request, without its body.
 Request headOf(const Parser& parser);
 
-/// An answer where a browser asks for a web page, or where the head calls the server by no name, by several, or by one
-/// that is not its own: a page of somebody else's may have sent it.
+/// The answer that refuses a request if a foreign web page may have sent it: it has a field Origin, or its field Host
+/// is missing, is there twice, or names something other than this server. Nothing if the request may pass.
 std::optional<Response> refuseSender(const Parser& parser, const std::function<bool(const Authority&)>& isOwnName);
 
-/// An answer where the head does not say beyond doubt how long its body is, or expects what nobody here knows. Two
-/// readings of one request are how requests are smuggled past a proxy.
+/// The answer that refuses a request if its head leaves any doubt how long its body is, or has an unknown expectation.
+/// Nothing if the request may pass. If a proxy and a server read the length differently, requests can be smuggled past
+/// the proxy.
 std::optional<Response> refuseFraming(const Parser& parser);
 
-/// An answer to what cannot be read as HTTP within the limits; nothing where the connection itself failed.
+/// The answer to bytes that are no HTTP or exceed a limit. Nothing if the connection itself failed or ended.
 std::optional<Response> answerToReadError(boost::system::error_code error);
 
 Response unauthorized();
@@ -69,7 +71,8 @@ Response unauthorized();
 /// After too many wrong passwords.
 Response tooManyGuesses(std::chrono::seconds wait);
 
-/// Whether the client takes an answer in chunks, and reads the trailers behind them (RFC 9110, 10.1.4).
+/// Whether the client takes an answer in chunks and reads the trailers after them: its field TE says "trailers"
+/// (RFC 9110, 10.1.4).
 bool takesPieces(const Parser& parser);
 
 /// Everything of an answer but its body.
@@ -77,7 +80,7 @@ std::string serializeHead(const Response& response, bool closes);
 /// The same for an answer whose body leaves in chunks.
 std::string serializeHeadOfPieces(const Response& response, bool closes);
 
-/// What stands before and behind the bytes of a chunk; and behind the last one, with the trailers.
+/// What stands before the bytes of a chunk, what stands after them, and what ends the chunks, with the trailers.
 std::string chunkBegin(std::size_t bytes);
 constexpr std::string_view chunkEnd = "\r\n";
 std::string lastChunk(const std::vector<Field>& trailers);

@@ -34,7 +34,7 @@ void WorkerPool::work() {
             io.run();
             isFinished = true;
         } catch (const std::exception& error) {
-            // Whoever waits for the answer is told when the work, and with it the way to him, is destroyed.
+            // The work is destroyed, and with it its reply, which then tells the client.
             std::cerr << "cimhost: a request failed: " << error.what() << '\n';
         }
     }

@@ -1,4 +1,4 @@
-// Threads that carry out what is posted to them. Private to the HTTP server.
+// Threads that do the work that is posted to them. Private to the HTTP server.
 #pragma once
 
 #include <boost/asio/executor_work_guard.hpp>
@@ -10,13 +10,13 @@
 
 namespace cimhost::http {
 
-/// Work is posted to it as to Asio's own pool. That one waits for ever when the system gives the first of its threads
-/// and not the next one; this one says so.
+/// Takes work like Asio's own pool. That pool waits for ever if the system gives it some of its threads and refuses the
+/// next one; this pool throws. If work throws, the exception is told on standard error, and the thread goes on.
 class WorkerPool {
 public:
     using executor_type = boost::asio::io_context::executor_type;
 
-    /// Throws std::system_error if the system has not so many threads.
+    /// Throws std::system_error if the system does not give so many threads.
     explicit WorkerPool(std::size_t count);
     /// Drops the work that has not begun.
     ~WorkerPool();

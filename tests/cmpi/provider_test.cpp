@@ -136,8 +136,9 @@ struct Interfaces {
 
 class DriverTest : public WrapperTest {
 protected:
-    DriverTest() : full(CmpiBroker(&server), CmpiContext(nullptr)), mi(&full) {
-        in->values.emplace_back("In", StoredValue{CMPI_uint16, {}, ""});
+    DriverTest() : full(CmpiBroker(&plainBroker.broker), CmpiContext(nullptr)), mi(&full) {
+        const CMPIValue zero = {};
+        in->ft->addArg(in, "In", &zero, CMPI_uint16);
     }
 
     /// Every driver with the arguments that a server would give.
@@ -184,13 +185,13 @@ protected:
 
     FullProvider full;
     Interfaces mi;
-    CMPIContext* context = server.context();
-    CMPIResult* result = server.result();
-    CMPIObjectPath* path = server.path("root/test", "Class");
-    CMPIInstance* instance = server.instance(server.path("instance", "Class"));
-    FakeArgs* in = server.args();
-    FakeArgs* out = server.args();
-    FakeSelectExp filter;
+    CMPIContext* context = plainContext();
+    CMPIResult* result = plainResult();
+    CMPIObjectPath* path = plainPath("root/test", "Class");
+    CMPIInstance* instance = plainInstance(plainPath("instance", "Class"));
+    CMPIArgs* in = plainArgs();
+    CMPIArgs* out = plainArgs();
+    CMPISelectExp filter{};
     const char* list[2] = {"Speed", nullptr};
     const char** properties = list;
 };
@@ -228,12 +229,15 @@ TEST_F(DriverTest, EverySlotReachesItsOperationWithItsArguments) {
 
 TEST_F(DriverTest, OutArgumentsAreTheServersOwn) {
     CmpiMethodMI::driveInvokeMethod(&mi.method, context, result, path, "Install", in, out);
-    ASSERT_EQ(out->values.size(), 1u);
-    EXPECT_EQ(out->values[0].first, "Out");
+    const ServerArgs given(out);
+    ASSERT_EQ(given.getArgCount(), 1u);
+    CmpiString name;
+    given.getArg(0, &name);
+    EXPECT_STREQ(name.charPtr(), "Out");
 }
 
 TEST_F(DriverTest, ReturnedStatusIsTheAnswer) {
-    CMPIString* message = server.string("no such adapter");
+    CMPIString* message = plainString("no such adapter");
     full.behaviour = [&] { return CmpiStatus(CMPIStatus{CMPI_RC_ERR_NOT_FOUND, message}); };
     for (const auto& driver : drivers(mi)) {
         CMPIStatus answer = driver();
@@ -243,7 +247,7 @@ TEST_F(DriverTest, ReturnedStatusIsTheAnswer) {
 }
 
 TEST_F(DriverTest, ThrownStatusIsTheAnswerWithItsMessage) {
-    CMPIString* message = server.string("no such adapter");
+    CMPIString* message = plainString("no such adapter");
     full.behaviour = [&]() -> CmpiStatus { throw CmpiStatus(CMPIStatus{CMPI_RC_ERR_NOT_FOUND, message}); };
     for (const auto& driver : drivers(mi)) {
         CMPIStatus answer = driver();
@@ -280,7 +284,7 @@ public:
 };
 
 TEST_F(DriverTest, OperationsThatAreNotOverriddenAreNotSupported) {
-    DefaultProvider defaults{CmpiBroker(&server)};
+    DefaultProvider defaults{CmpiBroker(&plainBroker.broker)};
     Interfaces interfaces(&defaults);
     for (const auto& driver : drivers(interfaces)) {
         CMPIStatus answer = driver();
@@ -341,7 +345,7 @@ protected:
     }
 
     CMPIStatus cleanUp(CMPIBoolean terminating) {
-        return CmpiBaseMI::driveBaseCleanup(&mi, server.context(), terminating);
+        return CmpiBaseMI::driveBaseCleanup(&mi, plainContext(), terminating);
     }
 
     std::vector<int> cleanUpFourTimes(CMPIBoolean terminating) {
@@ -358,7 +362,8 @@ protected:
 
     Fate fate;
     CmpiProviderBase anchor;
-    UnloadableProvider* unloadable = std::make_unique<UnloadableProvider>(CmpiBroker(&server), fate).release();
+    UnloadableProvider* unloadable =
+        std::make_unique<UnloadableProvider>(CmpiBroker(&plainBroker.broker), fate).release();
     CMPIInstanceMI mi{static_cast<CmpiBaseMI*>(unloadable), nullptr};
 };
 

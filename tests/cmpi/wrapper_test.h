@@ -6,7 +6,7 @@
 #include "CmpiInstance.h"
 #include "CmpiProviderBase.h"
 #include "CmpiResult.h"
-#include "fake_broker.h"
+#include "recording_server.h"
 #include "thrown_by.h"
 
 #include <gtest/gtest.h>
@@ -58,11 +58,11 @@ protected:
     WrapperTest() { provider.setProviderBase(&base); }
 
     void TearDown() override {
-        EXPECT_EQ(server.count("release"), 0);
+        EXPECT_EQ(plainBroker.releaseCount, 0u);
         EXPECT_EQ(server.count("clone"), 0);
     }
 
-    FakeBroker server;
+    RecordingServer server;
     CmpiProviderBase base;
-    BareProvider provider{&server};
+    BareProvider provider{&plainBroker.broker};
 };

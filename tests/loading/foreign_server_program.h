@@ -1,7 +1,7 @@
 // A server program around the shared library: what load_cycles and the tests of a foreign host do alike.
 #pragma once
 
-#include "plain_broker.h"
+#include "plain_broker/plain_broker.h"
 #include "process_facts.h"
 #include "provider_library.h"
 

@@ -40,10 +40,12 @@ std::atomic<bool> wasReached = false;
 std::atomic<void (*)()> endThread = nullptr;
 
 /// Ahead of each of the server's functions: ends the thread that makes the last call that is left.
-void endAtLastCall(const char*) {
-    if (thisThread != victim || --callsLeft != 0) return;
-    wasReached = true;
-    endThread.load()();
+CMPIStatus endAtLastCall(const PlainCall*) {
+    if (thisThread == victim && --callsLeft == 0) {
+        wasReached = true;
+        endThread.load()();
+    }
+    return {CMPI_RC_OK, nullptr};
 }
 
 /// The calling thread sleeps as the test's own does.

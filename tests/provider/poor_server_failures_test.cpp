@@ -31,7 +31,7 @@ bool isNow() {
     return true;
 }
 
-template <void (*Hook)(const char*)>
+template <PlainHook Hook>
 void armHook(unsigned n) {
     callsLeft = static_cast<int>(n);
     hasThrown = false;
@@ -43,17 +43,20 @@ bool disarmHook() {
     return hasThrown;
 }
 
-void throwError(const char* function) {
-    if (isNow()) throw std::runtime_error(function);
+CMPIStatus throwError(const PlainCall* call) {
+    if (isNow()) throw std::runtime_error(call->function);
+    return {CMPI_RC_OK, nullptr};
 }
 
-void throwNumber(const char*) {
+CMPIStatus throwNumber(const PlainCall*) {
     if (isNow()) throw 1;
+    return {CMPI_RC_OK, nullptr};
 }
 
 // A status of another library's making, as C++ servers have them.
-void throwPlainStatus(const char*) {
+CMPIStatus throwPlainStatus(const PlainCall*) {
     if (isNow()) throw CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, nullptr};
+    return {CMPI_RC_OK, nullptr};
 }
 
 const Trouble troubles[] = {
@@ -220,8 +223,9 @@ TEST_F(PollingTroubleTest, ARefreshThatFindsNoMemoryIsTriedAgain) {
 }
 
 TEST_F(PollingTroubleTest, AThreadThatCannotBeAttachedServesWithoutAlerts) {
-    plainBroker.before = [](const char* function) {
-        if (std::strcmp(function, "attachThread") == 0) throw std::runtime_error("no");
+    plainBroker.before = [](const PlainCall* call) {
+        if (std::strcmp(call->function, "attachThread") == 0) throw std::runtime_error("no");
+        return CMPIStatus{CMPI_RC_OK, nullptr};
     };
     loadAndBuild();
     plainBroker.before = nullptr;
@@ -266,9 +270,10 @@ TEST_P(AlertTroubleTest, LosesAtMostThatAlert) {
     loadAndBuild();
     subscribe();
     for (occasion = 1; occasion < 120; ++occasion) {
-        plainBroker.before = [](const char* function) {
-            if (std::strcmp(function, "prepareAttachThread") == 0) trouble->arm(occasion);
-            if (std::strcmp(function, "detachThread") == 0) trouble->disarm();
+        plainBroker.before = [](const PlainCall* call) {
+            if (std::strcmp(call->function, "prepareAttachThread") == 0) trouble->arm(occasion);
+            if (std::strcmp(call->function, "detachThread") == 0) trouble->disarm();
+            return CMPIStatus{CMPI_RC_OK, nullptr};
         };
         changePortState();
         plainBroker.before = nullptr;

@@ -4,7 +4,7 @@
 #include "adapters.h"
 #include "provider_host.h"
 
-#include "loading/plain_broker.h"
+#include "plain_broker/plain_broker.h"
 
 /// What a thread of the plain server makes between begin and end.
 struct PlainScope {

@@ -21,7 +21,7 @@ AssociationFilter associatorsFilter(const cimxml::Request& request) {
             roleParameter(request, "ResultRole")};
 }
 
-// What references call their result is the association itself.
+// The result class of References is the association's own class.
 AssociationFilter referencesFilter(const cimxml::Request& request) {
     return {optionalClassName(request, "ResultClass").value_or(""), "", roleParameter(request, "Role"), ""};
 }
@@ -31,7 +31,7 @@ void readObjectFlags(const Call& call) {
                                                  {"IncludeClassOrigin", CMPI_FLAG_IncludeClassOrigin, false}});
 }
 
-// What the associators and the references have apart.
+// How associators and references differ.
 struct Direction {
     AssociationFilter (*filter)(const cimxml::Request& request);
     void (Operations::*instances)(RequestScope&, const Caller&, const ObjectPathObject&, const AssociationFilter&,
@@ -117,7 +117,7 @@ void answerWithNames(const Call& call, const Direction& direction) {
                [&](ObjectSink& sink) { (operations.*direction.names)(call.scope, call.caller, source, filter, sink); });
 }
 
-// Of a class nothing can be pulled.
+// The source of an Open operation is an instance, never a class.
 const ObjectPathObject& pulledSource(const Call& call) {
     return instancePath(call, requiredArgument<cimxml::ObjectPath>(call.request, "InstanceName", "instance name"),
                         "InstanceName");

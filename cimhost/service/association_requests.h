@@ -1,4 +1,4 @@
-// The operations that follow associations: from an object or from a class, and from an object in several answers.
+// The operations that follow associations: from an object or from a class; and from an object, with several answers.
 #pragma once
 
 namespace cimhost {

@@ -17,7 +17,7 @@ bool isPlain(char character) {
     return byte > 0x20 && byte != 0x7f && byte != '"' && byte != '\\' && byte != '=';
 }
 
-// A name that no text can show is no reason for a log to hide its line.
+// Bytes that are no UTF-8 become question marks: a log might hide a line that holds them.
 std::string asUtf8(std::string_view text) {
     std::string clean;
     while (!text.empty()) {
@@ -114,7 +114,7 @@ void AuditLog::tellCount() {
     untold = 0;
 }
 
-// So that a count is told also where nothing follows that would tell it.
+// Tells a count at the end of its span, even if no further refusal follows.
 void AuditLog::countUntilStopped() {
     std::unique_lock lock(mutex);
     while (!stopping) {

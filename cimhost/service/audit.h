@@ -1,4 +1,4 @@
-// What was changed through the server, by whom and from where: one line for each change, and for whoever was not let.
+// What was changed through the server, by whom and from where: one line for each change, and for each one refused.
 #pragma once
 
 #include <chrono>
@@ -13,38 +13,40 @@
 namespace cimhost {
 
 struct AuditOptions {
-    std::size_t refusals = 10;              // told in full in each span
-    std::chrono::milliseconds span{10'000}; // the others of a span are counted, and the count told at its end
+    std::size_t refusals = 10;              // so many of each span are told one by one
+    std::chrono::milliseconds span{10'000}; // the others are counted, and their count is told at the end of the span
 };
 
 class AuditLog {
 public:
-    /// Takes one line, without its end; called by one thread at a time.
+    /// Takes one line, without a line feed. Called by one thread at a time.
     using Sink = std::function<void(std::string_view line)>;
 
     struct Change {
         std::string_view client; ///< "127.0.0.1:40218"
-        std::string_view user;   ///< empty: nobody in particular
+        std::string_view user;   ///< empty: without a name
         std::string_view operation;
         std::string_view object;
         std::string_view result; ///< "ok", "ReturnValue 2", "CIM_ERR_FAILED"
     };
 
+    /// Throws std::system_error if the system gives no thread.
     explicit AuditLog(Sink sink, AuditOptions options = {});
-    /// Tells what was counted and not told.
+    /// Tells the count that is not told yet.
     ~AuditLog();
     AuditLog(const AuditLog&) = delete;
     AuditLog& operator=(const AuditLog&) = delete;
 
-    /// A line of at most 3 KiB, without control characters, whatever a client called things:
-    /// `audit: client=127.0.0.1:40218 user=anna operation=DeleteInstance object="T.Id=\"a\"" result=ok`. A value stands
-    /// in quotes, with \" and \\ as escapes, unless it is made of plain characters.
+    /// Tells a change in one line:
+    /// `audit: client=127.0.0.1:40218 user=anna operation=DeleteInstance object="T.Id=\"a\"" result=ok`. A value that
+    /// is not made of plain characters alone stands in quotes, with \" and \\ as escapes. Whatever names a client uses,
+    /// the line has at most 3 KiB and no control characters.
     void changed(const Change& change);
 
-    /// The same for a change that the caller may not make, at a bounded rate.
+    /// Tells in the same form of a change that the caller may not make; only some of them in each span.
     void refused(const Change& change);
 
-    /// A name and a password that do not belong together, at a bounded rate.
+    /// Tells of a wrong password; only some of them in each span.
     void refusedLogin(std::string_view client, std::string_view user);
 
 private:

@@ -12,7 +12,7 @@ namespace cimhost {
 
 namespace {
 
-// How long a client that has left may keep its place in the queue.
+// A client that has left keeps its place in the queue for no longer.
 constexpr std::chrono::milliseconds lookInterval{100};
 
 // The queue whose posted work this thread carries out.
@@ -48,8 +48,8 @@ bool CallQueue::isUnderWay(std::string_view kind) const {
            std::any_of(running.begin(), running.end(), isOfKind);
 }
 
-// As many as may work at the same moment, and one in the place of each that hangs; none before it is needed. Those that
-// take messages apart are besides, so that calls never hold all of them.
+// Adds threads when they are needed: as many as calls may run at the same moment, which is one more for each call that
+// hangs; and as many as `workers` besides, so that calls never hold all threads and messages are still read.
 void CallQueue::addThreads() {
     if (isFinished) return;
     const std::size_t most = mostRunning() + settings.workers;
@@ -58,7 +58,7 @@ void CallQueue::addThreads() {
         while (threads.size() < std::min(most, needed))
             threads.push_back(makeThread([this] { work(); }));
     } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch)
-        // The system has no more of them: those that are there do the work, or else the deadline answers.
+        // The system gives no more threads. Those that there are do the work, or the call is answered at its deadline.
     }
 }
 
@@ -96,7 +96,7 @@ void CallQueue::submit(std::shared_ptr<QueuedCall> call) {
     tellWatcher(now + std::min<Clock::duration>(lookInterval, settings.deadline));
     const bool isItsTurn = mayBegin();
     lock.unlock();
-    if (isItsTurn) changed.notify_one(); // or else whoever ends a call begins it
+    if (isItsTurn) changed.notify_one(); // otherwise a thread that has ended a call begins it
 }
 
 void CallQueue::submitHere(std::shared_ptr<QueuedCall> call) {
@@ -139,7 +139,7 @@ void CallQueue::doPosted(Lock& lock) {
     try {
         work();
     } catch (const std::exception& error) {
-        // Whoever waits for the answer is told when the work, and with it the way to him, is destroyed.
+        // The work is destroyed, and with it its reply, which then tells the client.
         std::cerr << "cimhost: a request failed: " << error.what() << '\n';
     }
     workingFor = nullptr;
@@ -148,8 +148,8 @@ void CallQueue::doPosted(Lock& lock) {
     --postedUnderWay;
 }
 
-// Gives the lock back for the one call and takes it again. Its thread looks for the next one at once, so nobody else is
-// woken for that.
+// Carries out one call without the lock, and takes the lock again. After that the thread looks for the next call
+// itself, so no other thread is woken for it.
 void CallQueue::carryOut(Lock& lock, std::list<Entry>& begun) {
     const auto place = begun.begin();
     running.splice(running.end(), begun);
@@ -170,7 +170,7 @@ void CallQueue::carryOut(Lock& lock, std::list<Entry>& begun) {
     lock.lock();
 }
 
-// Calls come and go while the watcher sleeps; it is woken only for a look that is due before the one it waits for.
+// Calls come and go while the watcher sleeps. It is woken only if it has to look earlier than it would by itself.
 void CallQueue::tellWatcher(Clock::time_point look) {
     hasNews = true;
     if (look < watcherWaits) added.notify_one();
@@ -189,7 +189,7 @@ CallQueue::Clock::time_point CallQueue::nextLook() const {
 void CallQueue::watch() {
     Lock lock(mutex);
     while (!isStopping || !running.empty()) {
-        // Where there was something new there is more to come: soon looked for, it need not be told of.
+        // After something new more is likely to come. The watcher looks again soon, so it need not be woken for that.
         const auto soon = std::exchange(hasNews, false) ? Clock::now() + lookInterval : Clock::time_point::max();
         watcherWaits = std::min(nextLook(), soon);
         if (watcherWaits == Clock::time_point::max()) {

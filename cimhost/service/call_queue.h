@@ -1,8 +1,8 @@
-// Calls of the provider on their way: each waits for a thread, is carried out there, and is answered for by somebody
-// else when that takes too long. A call that hangs in the provider cannot be ended; it holds nobody but itself.
+// Calls of the provider. Each call waits for a thread and is carried out there. If that takes too long, its client gets
+// another answer. A call that hangs in the provider cannot be ended, but it holds up nothing else.
 //
-// The same threads take the messages apart in which calls come, so that a call whose turn has come is carried out where
-// it was understood: to wake another thread for it would cost as much as many a call.
+// The same threads also read the messages that hold calls. If its turn has come, a call is carried out on the thread
+// that has read its message: to wake another thread would cost as much as many calls do.
 #pragma once
 
 #include <chrono>
@@ -20,53 +20,54 @@
 
 namespace cimhost {
 
-/// One call, shared by the queue and the thread that carries it out. Of its answers the first one counts.
+/// One call, shared by the queue and the thread that carries it out. Its first answer counts.
 class QueuedCall {
 public:
     virtual ~QueuedCall() = default;
 
-    /// On a thread of the queue. Keeps its answer. Throws nothing.
+    /// Carries the call out and keeps its answer. Called on a thread of the queue. Must not throw.
     virtual void carryOut() = 0;
-    /// On the same thread, once the call no longer counts as under way: gives its client the answer, who may ask for
-    /// the next of a kind of which one runs at a time. Throws nothing.
+    /// Gives the answer to the client. Called on the same thread, once the call no longer counts as under way: the
+    /// client may at once ask for the next call of a kind that runs alone. Must not throw.
     virtual void giveAnswer() = 0;
-    /// On any thread, also while it is carried out: tells its client why there is no other answer.
+    /// Tells the client why there is no other answer. Called on any thread, also while the call is carried out.
     virtual void answerInstead(const std::string& reason) = 0;
     /// False once its client has left.
     [[nodiscard]] virtual bool isAwaited() const = 0;
-    /// What it belongs to, such as "flash update", if no two calls of that may run at the same moment; or empty.
+    /// The call's kind, such as "flash update", if no two calls of that kind may run at the same moment; or empty.
     [[nodiscard]] virtual std::string_view aloneAs() const = 0;
 };
 
 struct CallQueueOptions {
-    std::size_t workers = 4; ///< calls at the same moment, and as many threads besides for what is posted
-    std::chrono::milliseconds deadline{30'000}; ///< until a call is answered for
-    std::size_t mostOverdue = 32;               ///< calls beyond their deadline that do not count as one of these
+    std::size_t workers = 4; ///< calls at the same moment; as many threads more are for work that is posted
+    std::chrono::milliseconds deadline{30'000}; ///< from when a call is submitted until its client gets another answer
+    std::size_t mostOverdue = 32;               ///< so many calls beyond their deadline do not count among `workers`
 };
 
 class CallQueue {
 public:
+    /// Throws std::system_error if the system gives no thread.
     explicit CallQueue(CallQueueOptions options);
-    /// Stops, and waits for the calls that have begun.
+    /// The same as finish().
     ~CallQueue();
     CallQueue(const CallQueue&) = delete;
     CallQueue& operator=(const CallQueue&) = delete;
 
-    /// Never waits. A call is not begun, and is told so, where another one of its kind is queued or under way, and if
-    /// its client leaves, its deadline passes or the queue stops before its turn has come. One that runs alone has no
-    /// deadline once it has begun.
+    /// Queues a call. Never waits. The call is not begun, and its client is told so, if another call of its kind is
+    /// queued or under way; or if its client leaves, its deadline passes or the queue stops before its turn has come.
+    /// A call of a kind that runs alone has no deadline once it has begun.
     void submit(std::shared_ptr<QueuedCall> call);
 
-    /// Carries the work out on a thread of the queue, behind what was posted before, also while the queue stops. It may
-    /// submit calls; it must not wait for anything. Dropped once the queue has finished. Never waits.
-    /// @return false where the queue has no thread and the system gives it none: then the work is not done here.
+    /// Has work done on a thread of the queue, after what was posted before, also while the queue stops. Work may
+    /// submit calls; it must not wait for anything. Once the queue has finished, work is dropped. Never waits.
+    /// @return false if the queue has no thread and the system gives it none: then the work is not done here
     bool post(std::function<void()> work);
 
-    /// As submit(). In a work that was posted here, a call whose turn it is is carried out and answered before this
-    /// returns.
+    /// Like submit(), for work that was posted here: if the call's turn has come, it is carried out and answered before
+    /// this returns.
     void submitHere(std::shared_ptr<QueuedCall> call);
 
-    /// How many calls wait for a thread, are carried out, and of these are beyond their deadline.
+    /// How many calls wait for a thread, how many are carried out, and how many of these are beyond their deadline.
     struct Depth {
         std::size_t waiting = 0;
         std::size_t running = 0;
@@ -74,10 +75,10 @@ public:
     };
     [[nodiscard]] Depth depth() const;
 
-    /// Begins no more calls. Does not wait.
+    /// Begins no more calls, and tells so to the clients of those that wait. Does not wait.
     void stop();
 
-    /// The same, and waits for what was posted and for the calls that have begun: for ever, where one hangs.
+    /// Stops, and waits for the work that was posted and for the calls that have begun; for ever if one hangs.
     void finish();
 
 private:
@@ -87,7 +88,7 @@ private:
         Clock::time_point deadline;
         bool isOverdue = false;
     };
-    // What is said to clients goes behind the lock.
+    // Clients are told after the lock is given back.
     struct Notice {
         std::shared_ptr<QueuedCall> call;
         std::string reason;
@@ -125,8 +126,8 @@ private:
     std::size_t overdue = 0;
     bool isStopping = false;
     bool isFinished = false;
-    bool hasNews = false;           // for the watcher, since it looked
-    Clock::time_point watcherWaits; // until then at the latest
+    bool hasNews = false;           // since the watcher last looked
+    Clock::time_point watcherWaits; // until then, if it is not woken
     std::vector<std::thread> threads;
     std::thread watcher; // last: it uses all of the above
 };

@@ -8,7 +8,7 @@ namespace cimhost {
 
 namespace {
 
-// Beyond what an audit line shows; a client's path may be as long as its message.
+// More than an audit line shows. A client's path may be as long as its message.
 constexpr std::size_t longest = 1024;
 
 void appendKeys(std::string& text, const cimxml::ObjectPath& path) {

@@ -1,4 +1,4 @@
-// What is known of a change by the time it is over, for the audit.
+// What the audit log tells of a change.
 #pragma once
 
 #include "cimhost/cimxml/request.h"
@@ -8,11 +8,11 @@
 namespace cimhost {
 
 struct ChangeNote {
-    std::string object;        ///< "root/ns:Class.Key="value""; a class for one that is yet to be made
-    std::string result = "ok"; ///< of a method what it returned
+    std::string object;        ///< "root/ns:Class.Key="value""; "root/ns:Class" if it does not exist yet
+    std::string result = "ok"; ///< the return value of a method
 };
 
-/// What the request names as the object, as far as it names one.
+/// The object that the request names, in that form; its namespace if it names none. A path of more than 1 KiB is cut.
 std::string objectOf(const cimxml::Request& request);
 
 } // namespace cimhost

@@ -1,4 +1,4 @@
-// How an operation ends without a result.
+// The error with which an operation ends.
 #pragma once
 
 #include "cimhost/model/cim_error.h"
@@ -10,14 +10,14 @@
 
 namespace cimhost {
 
-// Statuses of DSP0200 1.4 that came behind the tables of CMPI.
+// Statuses of DSP0200 1.4 that are newer than the tables of CMPI.
 constexpr auto invalidEnumerationContext = static_cast<CMPIrc>(21);
 constexpr auto invalidOperationTimeout = static_cast<CMPIrc>(22);
 constexpr auto filteredEnumerationNotSupported = static_cast<CMPIrc>(25);
 constexpr auto continuationOnErrorNotSupported = static_cast<CMPIrc>(26);
 constexpr auto serverLimitsExceeded = static_cast<CMPIrc>(27);
 
-/// Thrown by the operations; becomes the ERROR that a client gets.
+/// Thrown by operations. The client gets it as ERROR.
 class CimFailure : public std::runtime_error {
 public:
     CimFailure(CMPIrc code, const std::string& description)
@@ -30,10 +30,10 @@ private:
     CimError reason;
 };
 
-/// The status itself; CMPI_RC_ERR_FAILED for what is no status of CIM.
+/// The code itself if it is CMPI_RC_OK or a status of DSP0200; CMPI_RC_ERR_FAILED otherwise.
 CMPIrc knownStatus(CMPIrc code) noexcept;
 
-/// "CIM_ERR_NOT_FOUND" for 6; "CIM_ERR_FAILED" for what is no status of CIM.
+/// "CIM_ERR_NOT_FOUND" for 6; "CIM_ERR_FAILED" for a code that is no error of DSP0200.
 std::string_view statusName(CMPIrc code) noexcept;
 
 } // namespace cimhost

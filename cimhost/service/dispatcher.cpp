@@ -26,8 +26,8 @@ using cimxml::Request;
 
 constexpr std::size_t largestReserve = std::size_t{8} << 20;
 
-// LocalOnly of instances is deprecated, and servers differ in what they make of it: all properties are sent, as if it
-// were false. The provider sees what the client said.
+// LocalOnly is deprecated for instances, and servers differ in what they do with it. Here all properties are sent, as
+// if it were false. The provider sees what the client said.
 void enumerateInstances(const Call& call) {
     call.caller.flags = readFlags(call.request, {{"LocalOnly", CMPI_FLAG_LocalOnly, true},
                                                  {"DeepInheritance", CMPI_FLAG_DeepInheritance, true},
@@ -227,7 +227,7 @@ void require(Access needed, const Caller& caller) {
                      "whoever can connect may make changes");
 }
 
-// The class whose objects a request is about, as far as a client's request can be understood: its own error otherwise.
+// The class whose objects a request is about. Empty if the request names none; then the operation itself refuses it.
 std::string_view subjectOf(const Request& request) {
     for (const std::string_view name : {"ClassName", "InstanceName", "ObjectName"}) {
         const cimxml::Argument* argument = request.parameter(name);
@@ -272,7 +272,7 @@ void Dispatcher::tell(const Request& request, const Caller& caller, const Change
 
 namespace {
 
-// Nobody else could ask for an enumeration whose context does not reach its client.
+// Ends the enumeration if its context does not reach the client, since nobody else could ask for it.
 Receipt receiptFor(const std::string& context, std::weak_ptr<PullSessions> sessions) {
     if (context.empty()) return {};
     return Receipt([context, from = std::move(sessions)] {
@@ -379,7 +379,7 @@ bool Dispatcher::needsProvider(const Request& request, const Caller& caller) con
     const OperationRow* row = findRow(request);
     if (!row || row->about == About::classes || row->about == About::sessions) return false;
     if (!mayDo(row->needs, caller)) return false;
-    // A subscription is the server's own, but the provider hears of it.
+    // A subscription belongs to the server, but the provider is told of it.
     if (row->needs == Access::change) return true;
     const ClassDeclaration* subject = operations.repository().find(request.nameSpace, subjectOf(request));
     if (!subject) return false;

@@ -1,4 +1,4 @@
-// From a decoded CIM-XML request to the CIM-XML document that answers it.
+// Carries out a decoded CIM-XML request, and writes the CIM-XML document that answers it.
 #pragma once
 
 #include "cimhost/cimxml/encoder.h"
@@ -20,28 +20,30 @@
 
 namespace cimhost {
 
-/// Bytes of one answer. The objects that it tells of have a limit of their own, but are shorter than their XML.
+/// The most bytes of one answer. The objects in it have a limit of their own, but their XML is longer than they are.
 constexpr std::size_t longestAnswerDocument = std::size_t{256} << 20;
 
 class Dispatcher {
 public:
-    /// All outlive the dispatcher; the broker is the one whose repository the operations use. Without an audit log
-    /// nobody hears of changes. Whoever asks for more than longestAnswer bytes is told so in place of it.
+    /// Operations, broker and audit log outlive the dispatcher.
+    /// @param broker the one whose repository the operations use
+    /// @param audit null: changes are not logged
+    /// @param longestAnswer the most bytes of an answer; a longer one becomes CIM_ERR_FAILED
     Dispatcher(Operations& operations, Broker& broker, AuditLog* audit = nullptr,
                std::size_t longestAnswer = longestAnswerDocument, const PullOptions& pullOptions = {});
 
-    /// The response message: a result, or an ERROR with a CIM status. Never throws for what a request or a provider
-    /// does. caller.flags are set from the request's parameters. Who asks by a further name of a namespace reads that
-    /// name in all paths of the answer.
+    /// The response message: a result, or an ERROR with a CIM status. Nothing that a request or a provider does makes
+    /// this throw. caller.flags are set from the request's parameters. If the request calls a namespace by a further
+    /// name, all paths of the answer do so, too.
     ByteBuffer handle(const cimxml::Request& request, Caller caller) {
         Answer answer = carryOut(request, std::move(caller), nullptr);
         answer.receipt.confirm();
         return std::move(answer.document);
     }
 
-    /// The same, with the error that the message tells. An answer with many objects may leave through the outlet as it
-    /// is made; then the document is its last piece, or of no use if there is an error, as the first pieces have left.
-    /// An enumeration that it leaves open ends with its receipt, if that is not confirmed.
+    /// The same, with the error that the message tells. An answer with many objects may leave through the outlet while
+    /// it is made. Then the document is its last piece; if there is an error, the document is of no use, since the
+    /// first pieces have left. If the answer leaves an enumeration open, the receipt ends that unless it is confirmed.
     struct Answer {
         ByteBuffer document;
         std::optional<CimError> error;
@@ -51,21 +53,22 @@ public:
     };
     Answer carryOut(const cimxml::Request& request, Caller caller, Outlet* outlet);
 
-    /// The operations that there are, by the names of DSP0200, and behind them one for all that are none. Each has its
-    /// place as long as the program runs.
+    /// The names of the operations (DSP0200), then "InvokeMethod" for all calls of methods, then "unknown" for all
+    /// other requests. Their order does not change while the program runs.
     [[nodiscard]] static std::vector<std::string_view> operationNames();
+    /// The place of the request's operation in operationNames().
     [[nodiscard]] static std::size_t operationOf(const cimxml::Request& request);
 
-    /// The response message where the request is not carried out, or no longer waited for.
+    /// The response message to a request that is not carried out, or whose answer is not waited for any longer.
     [[nodiscard]] ByteBuffer refuse(const cimxml::Request& request, const CimError& error) const;
 
-    /// False if the request is answered from what the server itself holds, or refused, and so at once.
+    /// False if the request can be answered at once: from what the server itself holds, or with a refusal.
     [[nodiscard]] bool needsProvider(const cimxml::Request& request, const Caller& caller) const;
 
-    /// What the request is, such as "flash update", if no two of that may be under way; or empty.
+    /// The kind of the request, such as "flash update", if no two of that kind may be under way; or empty.
     [[nodiscard]] std::string_view aloneAs(const cimxml::Request& request) const;
 
-    /// What clients read in several answers.
+    /// The enumerations that clients read in several answers.
     [[nodiscard]] const PullSessions& pulls() const noexcept { return *sessions; }
 
 private:
@@ -79,7 +82,7 @@ private:
     const std::size_t longestAnswer;
     cimxml::TagTable tags;
     const std::shared_ptr<PullSessions> sessions; // answers under way may outlive the dispatcher
-    std::atomic<std::size_t> lastSize = 4096;     // answers resemble each other: room for the next one
+    std::atomic<std::size_t> lastSize = 4096;     // of an answer: the next one is likely to be as long
 };
 
 } // namespace cimhost

@@ -29,14 +29,14 @@ http::Response refusal(const ProtocolError& error) {
 
 std::optional<http::Response> refuseMethod(const http::Request& head) {
     if (head.method == "POST") return std::nullopt;
-    // To M-POST this is the answer after which a client tries POST.
+    // After this answer to M-POST a client tries POST.
     if (head.method == "M-POST") return http::textResponse(510, "use POST");
     http::Response response = http::textResponse(405, "use POST");
     response.fields.push_back({"Allow", "POST"});
     return response;
 }
 
-// A type that says nothing of its characters leaves that to the document.
+// A type without a charset leaves that to the document.
 bool isAcceptedType(std::string_view contentType) {
     const std::size_t semicolon = contentType.find(';');
     const std::string_view type = trim(contentType.substr(0, semicolon));
@@ -66,7 +66,8 @@ std::optional<ProtocolError> refuseOperation(const http::Request& head) {
     return std::nullopt;
 }
 
-// Of an object that a method is called on, namespace and class are compared: keys can be spelt in many ways.
+// Whether the field CIMObject names what the message names. For a call of a method only namespace and class are
+// compared, since keys can be spelt in many ways.
 bool namesTarget(std::string_view object, const cimxml::Request& request) {
     if (request.kind == cimxml::Request::Kind::intrinsic) {
         return equalNames(trimNamespace(object), trimNamespace(request.nameSpace));
@@ -105,7 +106,7 @@ http::Response responseWith(ByteBuffer document) {
     return response;
 }
 
-// What an error is called behind the pieces of an answer (DSP0200); escaped as in a URI, as such fields are.
+// The trailers that tell of an error after the pieces of an answer (DSP0200). They are escaped as in a URI.
 std::vector<http::Field> trailersOf(const CimError& error) {
     std::vector<http::Field> trailers = {{"CIMStatusCode", std::to_string(static_cast<int>(error.code))}};
     if (!error.description.empty())
@@ -113,8 +114,9 @@ std::vector<http::Field> trailersOf(const CimError& error) {
     return trailers;
 }
 
-// Lets an answer leave as it is made, if the client takes it so. A client that reads slowly may hold up the provider,
-// and with it all others, for no longer than the provider has worked for him; what he has not taken then is kept.
+// Lets an answer leave while it is made, if the client takes it so. A client that reads slowly holds up the provider,
+// and with it all other clients, for no longer than the provider has worked for that client. What the client has not
+// taken by then is kept.
 class ReplyOutlet final : public Outlet {
 public:
     explicit ReplyOutlet(http::Reply& to) : reply(to) {}
@@ -129,7 +131,7 @@ public:
 
     [[nodiscard]] bool hasBegun() const noexcept { return answer != nullptr; }
 
-    /// The last piece, or what went wrong.
+    /// Sends the last piece, or the error as trailers.
     void end(Dispatcher::Answer last) {
         if (last.error) return answer->end(trailersOf(*last.error));
         answer->write(std::move(last.document));
@@ -166,7 +168,7 @@ public:
     Tally(RequestFigures* counts, const cimxml::Request& request)
         : figures(counts), operation(Dispatcher::operationOf(request)) {}
 
-    // When a thread is free for the provider, and when that has answered.
+    // Called when a thread is free to call the provider, and when the provider has answered.
     void beginCall() {
         begun = Clock::now();
         if (figures) figures->waits.add(begun - received);
@@ -190,7 +192,7 @@ private:
     std::atomic<bool> isCounted = false;
 };
 
-// Nothing where the server itself failed.
+// Gives the answer to the client. There is none if the server itself failed.
 void giveTo(http::Reply& reply, ReplyOutlet& outlet, std::optional<Dispatcher::Answer> answer) {
     if (!answer) return reply.send(http::textResponse(500, "the request could not be answered"));
     if (outlet.hasBegun()) return outlet.end(std::move(*answer));
@@ -240,7 +242,7 @@ private:
     std::optional<Dispatcher::Answer> answer;
 };
 
-// One message, as it comes.
+// Reads one message while it comes, and has it answered.
 class MessageReader final : public http::BodyReader {
 public:
     MessageReader(Dispatcher& behind, Writers changers, CallQueue* calls, RequestFigures* counts)
@@ -292,7 +294,7 @@ private:
     cimxml::XmlReader document;
 };
 
-// For whoever waits for the answer himself.
+// Keeps the answer for a caller that waits for it.
 class KeptReply final : public http::Reply {
 public:
     explicit KeptReply(http::Response& place) : kept(place) {}

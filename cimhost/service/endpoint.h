@@ -1,4 +1,4 @@
-// CIM operations over HTTP: what DSP0200 asks of method, path and header fields, around the dispatcher.
+// CIM operations over HTTP: checks what DSP0200 requires of method, path and header fields, and calls the dispatcher.
 #pragma once
 
 #include "cimhost/cimxml/protocol_error.h"
@@ -14,22 +14,23 @@ enum class Writers { users, everybody };
 
 class Endpoint final : public http::Handler {
 public:
-    /// All outlive the endpoint. Without a queue the provider is called on the thread that asks; without figures
-    /// nothing is counted.
+    /// Dispatcher, queue and figures outlive the endpoint.
+    /// @param calls null: the provider is called on the thread that answers
+    /// @param counts null: nothing is counted
     explicit Endpoint(Dispatcher& behind, Writers changers = Writers::users, CallQueue* calls = nullptr,
                       RequestFigures* counts = nullptr)
         : dispatcher(behind), writers(changers), queue(calls), figures(counts) {}
 
-    /// A POST of XML to / or /cimom with the field CIMOperation: MethodCall goes on. That field is required: without it
-    /// a web page could make a visitor's browser post requests to a server on his own machine.
+    /// Lets pass a POST of XML to / or /cimom with the field CIMOperation: MethodCall. That field is required: without
+    /// it a web page could make a visitor's browser post requests to a server on the visitor's own machine.
     [[nodiscard]] std::optional<http::Response> refuse(const http::Request& head) const override;
 
     [[nodiscard]] http::Response answer(http::Request request) override;
 
-    /// What needs the provider goes to the queue; all else is answered here and now.
+    /// A request that needs the provider goes to the queue; any other one is answered at once.
     void answerTo(http::Request request, const std::shared_ptr<http::Reply>& reply) override;
 
-    /// A flash image is up to twenty times as long in XML as in its arguments, and is read as it comes.
+    /// Reads the message while it comes: a flash image is up to twenty times as long in XML as in its arguments.
     [[nodiscard]] std::unique_ptr<http::BodyReader> readerOfLargeBody(const http::Request& head) override;
 
 private:

@@ -13,7 +13,7 @@ void requireFile(const std::filesystem::path& file) {
     if (!std::filesystem::is_regular_file(file, error)) throw std::runtime_error(file.string() + ": no such file");
 }
 
-// What a server does for its clients: they look for the interop namespace under several names.
+// Clients look for the interop namespace under several names. Each of these leads to it.
 ClassRepository withInteropNames(ClassRepository repository, const HostOptions& options) {
     for (const std::string_view name : interopNames)
         repository.addAlias(name, options.interopNamespace);

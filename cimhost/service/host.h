@@ -14,7 +14,7 @@
 namespace cimhost {
 
 struct HostOptions {
-    std::filesystem::path mofDirectory; ///< holds merolt.mof, and if it likes interop.mof and cimhost.registration
+    std::filesystem::path mofDirectory; ///< holds merolt.mof; may hold interop.mof and cimhost.registration
     std::filesystem::path provider;     ///< the library
     std::string providerName = "Merolt_CNA_Provider";
     std::string nameSpace = Namespaces().implementation;
@@ -24,16 +24,17 @@ struct HostOptions {
     BrokerOptions broker;
 };
 
-/// The classes of the folder, the interop namespace among them. Throws std::runtime_error that names the file and what
-/// is wrong.
+/// Reads the classes of the folder, those of the interop namespace among them. Throws std::runtime_error, which names
+/// the file and says what is wrong with it.
 ClassRepository loadClasses(const HostOptions& options);
 
-/// Which of them the provider serves. Throws as above.
+/// Reads which of these classes the provider serves; without the file cimhost.registration, all whose names begin with
+/// Merolt. Throws as above.
 Registration loadRegistration(const HostOptions& options, const ClassRepository& repository);
 
 class Host {
 public:
-    /// Reads the classes and loads the library. Throws std::runtime_error that names the file and what is wrong.
+    /// Reads the classes and loads the library. Throws std::runtime_error, which names the file and says what is wrong.
     explicit Host(HostOptions options);
     ~Host();
 
@@ -41,14 +42,15 @@ public:
     [[nodiscard]] Broker& broker() noexcept { return *cmpiBroker; }
     [[nodiscard]] ProviderLibrary& provider() noexcept { return *library; }
 
-    /// From now on the server itself answers for these classes. Before the first operation; objects outlives the host.
+    /// From now on the server itself answers for these classes, by calls to `objects`, which outlives the host. Called
+    /// before the first operation.
     void serveOwn(ProviderCalls& objects, const std::vector<const ClassDeclaration*>& classes);
 
-    /// Makes the provider ready now and not at the first request: its first call builds what it knows. An error that
-    /// the call ends with is thrown as CimFailure.
+    /// Calls the provider once, so that it is ready before the first request: its first call builds what it knows.
+    /// Throws CimFailure if that call ends with an error.
     void warmUp();
 
-    /// The provider's clean-up. To be called when no operation is under way; done by the destructor otherwise.
+    /// The provider's clean-up. Called while no operation is under way; if it is not called, the destructor does it.
     void shutdown();
 
 private:

@@ -34,7 +34,7 @@ cimxml::Value asReference(RequestScope& scope, std::string_view nameSpace, const
     return reference;
 }
 
-/// Says which argument it is whose text does not fit.
+/// The value of an argument. The error for a text that does not fit names the argument.
 CMPIData makeTyped(RequestScope& scope, std::string_view nameSpace, const ParameterDeclaration& declared,
                    const cimxml::Value& given) {
     try {

@@ -26,7 +26,7 @@ void throwUnlessOk(const Outcome& outcome) {
     if (outcome.error) throw CimFailure(*outcome.error);
 }
 
-// Some answer all at once, without the sink.
+// Hands over the objects that were answered all at once, without the sink.
 void handOver(const Outcome& outcome, ObjectSink& sink) {
     throwUnlessOk(outcome);
     for (const InstanceObject* instance : outcome.instances)
@@ -35,8 +35,8 @@ void handOver(const Outcome& outcome, ObjectSink& sink) {
         sink.deliver(*path);
 }
 
-// Without deep inheritance a subclass shows no more than the class that was asked for, as production servers put it to
-// the provider: by a list of names.
+// Without deep inheritance a subclass shows only the properties of the class that was asked for. The provider is given
+// their names in a list, as production servers do.
 PropertyList listFor(const ClassDeclaration& declaration, bool deepInheritance, const PropertyList& properties) {
     if (deepInheritance || properties) return properties;
     std::vector<std::string> names;

@@ -1,4 +1,4 @@
-// Text that is kept for a while in memory of its own.
+// Text that is kept for a while, in pages of memory of its own.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 
 namespace cimhost {
 
-/// A copy of a text that goes back to the system when it ends. From a heap that is otherwise short-lived it would not:
-/// what is taken later lies behind it and holds it.
+/// A copy of a text, whose memory goes back to the system when it ends. Memory of the heap would not go back as long as
+/// there is anything behind it that was taken later.
 class Pages {
 public:
     Pages() = default;

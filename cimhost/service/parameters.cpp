@@ -15,7 +15,7 @@ namespace {
 using cimxml::Argument;
 using cimxml::Request;
 
-constexpr std::size_t longestPropertyList = 1024; // each name is held against each property of each class
+constexpr std::size_t longestPropertyList = 1024; // each name is compared with each property of each class
 
 bool isListed(std::string_view names, std::string_view name) {
     while (!names.empty()) {

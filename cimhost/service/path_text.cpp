@@ -25,7 +25,7 @@ void dropHost(std::string_view& text) {
     }
 }
 
-// Leaves the keys in text.
+// Takes what stands before the separator, and leaves what follows it. Empty if the keys begin before any separator.
 std::string takePrefix(std::string_view& text, std::string_view separator) {
     const std::size_t end = text.substr(0, text.find_first_of("=\"")).find(separator);
     if (end == std::string_view::npos) return {};
@@ -66,7 +66,7 @@ void giveType(cimxml::KeyBinding& key, CMPIType type, std::string_view nameSpace
     key.reference = std::make_shared<cimxml::ObjectPath>(parse(key.text, nameSpace, repository, depth + 1));
 }
 
-// Of a class that nobody knows here, keys are what they look like; quotes make a text.
+// A key of an unknown class is what it looks like. With quotes it is a text.
 void guessType(cimxml::KeyBinding& key, bool isQuoted) {
     if (isQuoted) return;
     if (parseInteger(key.text)) key.type = cimxml::KeyType::numeric;

@@ -1,4 +1,4 @@
-// Instance paths as people type them: Class.Key="value",Other=17, with host and namespace in front if they like.
+// Instance paths as people type them: Class.Key="value",Other=17. Host and namespace may stand in front.
 #pragma once
 
 #include "cimhost/cimxml/values.h"
@@ -15,11 +15,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Takes `Class.Key="v"`, `root/ns:Class.Key="v"`, `//host/root/ns:Class...` and
-/// `http://host:5988/root/ns:Class.Key=v`. Text stands between double quotes, where \" and \\ are escapes; the quotes
-/// may be left out where the text has no comma. Each key is typed as its class declares it, references are paths again;
-/// of a class that the repository lacks, numbers and booleans without quotes are such. Where the text names no
-/// namespace, defaultNamespace is it. Throws PathTextError.
+/// Reads `Class.Key="v"`, `root/ns:Class.Key="v"`, `//host/root/ns:Class...` and
+/// `http://host:5988/root/ns:Class.Key=v`. The host is dropped. Text stands between double quotes, in which \" and \\
+/// are escapes; text without a comma needs no quotes. Each key gets the type that its class declares; a reference is a
+/// path again, up to eight deep. If the repository lacks the class, a key without quotes that looks like a number or a
+/// boolean is one, and any other is a text. Throws PathTextError.
+/// @param defaultNamespace the namespace if the text names none
 cimxml::ObjectPath parsePath(std::string_view text, std::string_view defaultNamespace,
                              const ClassRepository& repository);
 

@@ -27,7 +27,7 @@ std::chrono::seconds timeoutOf(const Request& request, const PullOptions& limits
     return timeout;
 }
 
-// What an enumeration holds is collected before its client gets a context: there is no error to continue after.
+// All elements are collected before the client gets a context, so there is no error after which it could continue.
 void refuseContinuation(const Request& request) {
     if (!booleanParameter(request, "ContinueOnError", false)) return;
     throw CimFailure(continuationOnErrorNotSupported, "an enumeration ends with its first error");
@@ -109,7 +109,7 @@ void PulledAnswer::deliver(const ObjectPathObject& path) {
     endElement(begin);
 }
 
-// What lies behind begin is one more element.
+// The bytes from begin on are one more element.
 void PulledAnswer::endElement(std::size_t begin) {
     ByteBuffer& answer = call.encoder.buffer();
     if (!session && most > 0 && begin - start < call.pulls.options().bytesOfAnswer) {

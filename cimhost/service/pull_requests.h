@@ -1,5 +1,5 @@
-// The pulled enumerations of DSP0200 1.4: an Open operation collects everything, and the answers to it and to the Pull
-// operations behind it hand it out.
+// The pulled enumerations of DSP0200 1.4: an Open operation collects all elements. Its answer and the answers to the
+// Pull operations after it hand them out.
 #pragma once
 
 #include "cimhost/broker/object_sink.h"
@@ -15,24 +15,24 @@
 
 namespace cimhost {
 
-/// The answer to an Open operation, with as many elements as its client takes at once. The others open a session.
+/// The answer to an Open operation. It takes as many elements as the client wants at once; the others go to a session.
 class PulledAnswer final : public ObjectSink {
 public:
-    /// Judges namespace and parameters that all Open operations have, in the order in which DSP0200 lists their errors,
-    /// but for the filter. Throws CimFailure, as everything here does.
+    /// Checks the namespace, and the parameters that all Open operations have but for the filter, in the order in which
+    /// DSP0200 lists their errors. Throws CimFailure, as everything here does.
     PulledAnswer(const Call& behind, PulledKind pulled);
 
-    /// To be called once the class is known to be there.
+    /// Throws if the request has a filter. Called once the class is known to exist.
     void refuseFilter() const;
 
-    /// Which properties instances show: all unless told otherwise.
+    /// Sets which properties instances show. Without it they show all.
     void show(Selection wanted) { selection = std::move(wanted); }
 
-    // Each is one more element.
+    // Each adds one element.
     void deliver(const InstanceObject& instance) override;
     void deliver(const ObjectPathObject& path) override;
 
-    /// To be called behind the last one.
+    /// Ends the answer. Called after the last element.
     void end();
 
 private:

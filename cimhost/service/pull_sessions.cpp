@@ -57,7 +57,7 @@ void PullSession::append(std::string_view element) {
     if (gathered.size() >= pieceBytes) seal();
 }
 
-// What was gathered becomes a piece of just its size.
+// Makes a piece of the gathered elements, in pages of its own.
 void PullSession::seal() {
     if (gatheredEnds.empty()) return;
     Piece& piece = pieces.emplace_back();
@@ -215,11 +215,11 @@ void PullSessions::startWatching() {
     try {
         watcher = makeThread([this] { watch(); });
     } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch)
-        // The system has no more of them: whoever asks next looks for what is over, and the next session tries again.
+        // The system gives no thread. Until a later session gets one, requests end what is overdue.
     }
 }
 
-// Lets go what nobody asks for any more.
+// Ends the sessions whose timeout has passed.
 void PullSessions::watch() {
     std::unique_lock lock(mutex);
     while (!isStopping) {

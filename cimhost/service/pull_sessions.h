@@ -1,5 +1,5 @@
-// What clients read in several answers (the pulled enumerations of DSP0200): what is left of each, whose it is, and how
-// long it is kept.
+// The enumerations that clients read in several answers (pulled enumerations of DSP0200): the elements that are left of
+// each, its owner, and how long it is kept.
 #pragma once
 
 #include "cimhost/byte_buffer.h"
@@ -27,13 +27,13 @@ namespace cimhost {
 
 struct PullOptions {
     std::size_t sessions = 4096;                      // open at the same moment
-    std::size_t sessionsOfOne = 1024;                 // of these, of one user; whoever has no name is one user too
+    std::size_t sessionsOfOne = 1024;                 // of these, of one user; all clients without a name are one user
     std::size_t bytes = std::size_t{256} << 20;       // of elements that wait for their clients
     std::size_t bytesOfOne = std::size_t{128} << 20;  // of these, of one user
-    std::size_t bytesOfAnswer = std::size_t{8} << 20; // an answer that has as many takes no further element
-    std::chrono::seconds standardTimeout{60};         // where the client names none
+    std::size_t bytesOfAnswer = std::size_t{8} << 20; // an answer of so many takes no further element
+    std::chrono::seconds standardTimeout{60};         // if the client names none
     std::chrono::seconds longestTimeout{300};         // that a client may name
-    std::size_t emptyPulls = 100;                     // in a row
+    std::size_t emptyPulls = 100;                     // so many requests in a row may pull nothing
     std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
 };
 
@@ -43,39 +43,39 @@ enum class PulledKind { instances, paths };
 struct PullOwner {
     std::string user;
     std::string nameSpace; ///< by its own name
-    /// Which Pull operations go with it; in a request without a value either will do.
+    /// What the session's Pull operations return. In a request, nothing: either kind will do.
     std::optional<PulledKind> kind;
 };
 
 class PullSessions;
 
-/// What is left of one enumeration: its elements, rendered. Not to be used by two threads at a time. Ends before the
-/// sessions that it is one of.
+/// What is left of one enumeration: the XML of its elements. Used by one thread at a time. Its PullSessions outlives
+/// it.
 class PullSession {
 public:
     ~PullSession();
     PullSession(const PullSession&) = delete;
     PullSession& operator=(const PullSession&) = delete;
 
-    /// Adds one element behind the others. Throws CimFailure with CIM_ERR_SERVER_LIMITS_EXCEEDED where sessions hold
-    /// too much already.
+    /// Adds one element behind the others. Throws CimFailure with CIM_ERR_SERVER_LIMITS_EXCEEDED if the sessions, or
+    /// those of its user, hold too much.
     void append(std::string_view element);
 
     [[nodiscard]] bool isEmpty() const noexcept { return pieces.empty() && gatheredEnds.empty(); }
 
-    /// Moves elements from the front to the end of the answer: as many as asked for, but none once bytesOfAnswer have
-    /// been moved. Counts pulls of none: throws CimFailure with CIM_ERR_SERVER_LIMITS_EXCEEDED for one too many.
+    /// Moves the first elements to the end of the answer: at most `count`, and none after bytesOfAnswer have been
+    /// moved. Throws CimFailure with CIM_ERR_SERVER_LIMITS_EXCEEDED if too many calls in a row ask for no element.
     void moveTo(ByteBuffer& answer, std::uint32_t count);
 
 private:
     friend class PullSessions;
 
-    // Elements one behind the other, in memory that goes back piece by piece.
+    // Elements one behind the other, whose memory goes back to the system once all of them have been moved.
     struct Piece {
         Pages bytes;
         std::vector<std::uint32_t> ends;
-        std::size_t next = 0; // the first that is left
-        std::size_t charged = 0;
+        std::size_t next = 0;    // the first element that is left
+        std::size_t charged = 0; // bytes, to the session's user
     };
 
     PullSession(PullSessions& all, PullOwner whose, std::chrono::seconds patience)
@@ -86,43 +86,45 @@ private:
     const PullOwner owner;
     const std::chrono::seconds timeout;
     std::deque<Piece> pieces;
-    ByteBuffer gathered; // of which the next piece is made
+    ByteBuffer gathered; // elements for the next piece
     std::vector<std::uint32_t> gatheredEnds;
     std::size_t emptyPulls = 0;
-    bool isCounted = false; // among the sessions
+    bool isCounted = false; // among the open sessions
 };
 
 class PullSessions {
 public:
     explicit PullSessions(PullOptions how = {}) : settings(std::move(how)) {}
-    /// All sessions end.
+    /// Ends all sessions that are kept.
     ~PullSessions();
     PullSessions(const PullSessions&) = delete;
     PullSessions& operator=(const PullSessions&) = delete;
 
     [[nodiscard]] const PullOptions& options() const noexcept { return settings; }
 
-    /// A session that nobody can ask for yet. Throws CimFailure with CIM_ERR_SERVER_LIMITS_EXCEEDED if there are too
-    /// many.
+    /// Opens a session, which no client can take yet. Throws CimFailure with CIM_ERR_SERVER_LIMITS_EXCEEDED if too many
+    /// are open, or too many of that user.
     [[nodiscard]] std::unique_ptr<PullSession> open(PullOwner owner, std::chrono::seconds timeout);
 
-    /// Keeps the session until its timeout has passed, and returns the name by which it can be taken once: what a
-    /// client knows as enumeration context. It cannot be guessed.
+    /// Keeps the session until its timeout has passed. Throws CimFailure with CIM_ERR_SERVER_LIMITS_EXCEEDED if
+    /// sessions hold too much, and with CIM_ERR_FAILED if the system has no random numbers; then the session has ended.
+    /// @return a name that cannot be guessed and by which the session can be taken once: the client's enumeration
+    /// context
     [[nodiscard]] std::string keep(std::unique_ptr<PullSession> session);
 
-    /// The session of that name, which from now on is not kept. Throws CimFailure with
-    /// CIM_ERR_INVALID_ENUMERATION_CONTEXT, the same for a name that never was, was used or is over, and for the
-    /// session of somebody else, of another namespace or of another kind, which stays as it is.
+    /// Takes the session of that name, which then is no longer kept. Throws CimFailure with
+    /// CIM_ERR_INVALID_ENUMERATION_CONTEXT if there is none: the name never existed, was used before, or its time has
+    /// passed. The same if the session belongs to another user, namespace or kind; then it stays kept.
     [[nodiscard]] std::unique_ptr<PullSession> take(const std::string& context, const PullOwner& asking);
 
-    /// Ends the session of that name, if it is still kept: its client never came to know the name.
+    /// Ends the session of that name if it is still kept, because its client never learnt the name.
     void end(const std::string& context) noexcept;
 
     struct Figures {
         std::size_t sessions = 0;
         std::size_t bytes = 0;
     };
-    /// What is open, and what that holds.
+    /// How many sessions are open, and how many bytes they hold.
     [[nodiscard]] Figures figures() const;
 
 private:
@@ -143,7 +145,7 @@ private:
     [[nodiscard]] Ended removeOverdue();
 
     const PullOptions settings;
-    mutable std::mutex mutex; // sessions end behind it, since each tells that it does
+    mutable std::mutex mutex; // no session ends while it is held: the end of each takes it
     std::condition_variable changed;
     std::unordered_map<std::string, Kept> kept;
     std::set<std::pair<Clock::time_point, std::string>> deadlines; // of what is kept
@@ -151,7 +153,7 @@ private:
     Figures all;
     Clock::time_point nextLook = Clock::time_point::max();
     bool isStopping = false;
-    std::thread watcher; // from the first session on
+    std::thread watcher; // begins when the first session is kept
 };
 
 } // namespace cimhost

@@ -31,7 +31,7 @@ ProviderKind kindOf(std::string_view name) {
     throw std::runtime_error("\"" + std::string(name) + "\" is none of instance, association, method, indication");
 }
 
-// What follows the kinds of a line.
+// The options of a line, which follow its kinds.
 struct LineOptions {
     std::vector<std::string_view> namespaces;
     std::string_view alone;

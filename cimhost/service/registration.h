@@ -1,4 +1,4 @@
-// Which classes are put to the provider, in which namespaces and through which of its interfaces.
+// Which classes the provider serves, in which namespaces, and through which of its interfaces.
 #pragma once
 
 #include "cimhost/model/class_repository.h"
@@ -18,21 +18,23 @@ struct Namespaces {
 
 class Registration {
 public:
-    /// Reads lines `Class: kinds [; namespaces=first,second] [; alone=what]` (kinds: instance, association, method,
-    /// indication); # begins a comment. Without namespaces a class is served in the implementation namespace;
-    /// root/merolt_cmpi and root/PG_InterOp stand for these two, whatever they are called here. Of all methods of
-    /// classes with the same words behind alone= only one is called at a time. Throws std::runtime_error with file,
-    /// line and what is wrong: a class or namespace that the repository lacks, an unknown kind or option.
+    /// Reads lines `Class: kinds [; namespaces=first,second] [; alone=what]`, where the kinds are instance,
+    /// association, method and indication. # begins a comment. Without namespaces= a class is served in the
+    /// implementation namespace. root/merolt_cmpi and root/PG_InterOp stand for the implementation and the interop
+    /// namespace, whatever `namespaces` calls them. All classes with the same words after alone= have one method call
+    /// at a time among them. Throws std::runtime_error with file, line and what is wrong: the file cannot be read, the
+    /// repository lacks a class or a namespace, or a kind or option is unknown.
     static Registration load(const std::filesystem::path& file, const ClassRepository& repository,
                              const Namespaces& namespaces);
 
-    /// Serves every class of the repository whose name begins so and that is not abstract, by what the class is:
-    /// indication, association (and instance), instance; method where it has methods.
+    /// Serves every class of the repository whose name has that prefix and that is not abstract. The kinds follow from
+    /// the class: indication; or instance, with association if it is one, and method if it has methods.
     static Registration ofPrefix(std::string_view prefix, const ClassRepository& repository);
 
     void add(const ClassDeclaration& declaration, ProviderKind kind);
     [[nodiscard]] bool serves(const ClassDeclaration& declaration, ProviderKind kind) const;
-    /// What a method call of the class is, such as "flash update", if no two of that may be under way; or empty.
+    /// The kind of the class's method calls, such as "flash update", if no two of that kind may be under way; or empty.
+    /// Lives as long as the registration.
     [[nodiscard]] std::string_view aloneAs(const ClassDeclaration& declaration) const;
 
 private:

@@ -1,5 +1,4 @@
-// What a server counts of the requests that it answers, for whoever watches it. Counted on any thread, read at any
-// time.
+// What a server counts of the requests that it answers, for its metrics. Any thread may count or read at any time.
 #pragma once
 
 #include "cmpidt.h"
@@ -12,7 +11,7 @@
 
 namespace cimhost {
 
-/// How long something took, each time.
+/// Counts how long something took each time.
 class DurationHistogram {
 public:
     /// Upper limits of the buckets in seconds; one more bucket has no limit.
@@ -21,7 +20,7 @@ public:
 
     void add(std::chrono::steady_clock::duration duration) noexcept;
 
-    /// How many lasted so long, no longer than the limit of that bucket and longer than the one before it.
+    /// How many durations were no longer than the limit of that bucket, and longer than the limit of the one before it.
     [[nodiscard]] std::uint64_t count(std::size_t bucket) const noexcept { return counts[bucket]; }
     [[nodiscard]] double sumSeconds() const noexcept { return static_cast<double>(nanoseconds) / 1e9; }
 
@@ -31,8 +30,8 @@ private:
 };
 
 struct RequestFigures {
-    /// Operations by their places in Dispatcher::operationNames(), and CIM statuses (DSP0200); a greater one counts as
-    /// CMPI_RC_ERR_FAILED.
+    /// Room for the operations of Dispatcher::operationNames(), by their places there, and for the CIM statuses
+    /// (DSP0200). Any other status counts as CMPI_RC_ERR_FAILED.
     static constexpr std::size_t operations = 32;
     static constexpr std::size_t statuses = 29;
 
@@ -42,8 +41,8 @@ struct RequestFigures {
     };
 
     std::array<Operation, operations> byOperation;
-    DurationHistogram waits; // of requests for the provider, until a thread was free to call it
-    DurationHistogram calls; // of the provider, with its own locks, and the making of the answer
+    DurationHistogram waits; // how long requests waited until a thread was free to call the provider
+    DurationHistogram calls; // how long calls of the provider took, with its locks and the making of the answer
 
     void answered(std::size_t operation, CMPIrc status, std::chrono::steady_clock::duration duration) noexcept;
 };

@@ -21,7 +21,7 @@ std::string shown(std::string_view text) { return "\"" + std::string(text.substr
     throw CimFailure(CMPI_RC_ERR_INVALID_PARAMETER, shown(text) + " is no " + std::string(typeName(type)));
 }
 
-// The type that a key's text has by itself, whatever its class says.
+// The type that a key has by its kind and its text, whatever its class says.
 CMPIType ownType(const cimxml::KeyBinding& key) {
     if (key.type == cimxml::KeyType::text) return CMPI_string;
     if (key.type == cimxml::KeyType::boolean) return CMPI_boolean;
@@ -45,13 +45,13 @@ std::string_view trimmedNumber(const cimxml::KeyBinding& key) {
     return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
 }
 
-// A reference without a namespace points into that of the path which holds it.
+// A reference without a namespace is in the namespace of the path that holds it.
 CMPIData makeReference(RequestScope& scope, std::string_view nameSpace, const cimxml::ObjectPath& reference) {
     return ObjectMaker::value(
         makePath(scope, reference.nameSpace.empty() ? nameSpace : std::string_view(reference.nameSpace), reference));
 }
 
-// Some clients write a reference as the text of its path. What is no such text stays a text.
+// Some clients write a reference as the text of its path. Any other text stays a text.
 std::optional<CMPIData> referenceFromText(RequestScope& scope, const ObjectPathObject& path,
                                           const cimxml::KeyBinding& key, const PropertyDeclaration* declared) {
     if (!declared || declared->type != CMPI_ref || key.type != cimxml::KeyType::text) return std::nullopt;
@@ -74,7 +74,7 @@ CMPIData keyData(RequestScope& scope, const ObjectPathObject& path, const cimxml
     return *data;
 }
 
-// The key that a client leaves unnamed is the class's only one.
+// The declaration of a key. One that the client leaves unnamed is the class's only key.
 const PropertyDeclaration* declaredKey(const ObjectPathObject& path, const cimxml::KeyBinding& key) {
     const ClassDeclaration* declaration = path.declaration();
     if (!declaration) return nullptr;
@@ -93,7 +93,7 @@ CMPIData makeScalar(RequestScope& scope, CMPIType type, std::string_view text) {
     return *data;
 }
 
-// An entry takes a byte or two of the request, but an object as an element.
+// An entry can be short in the request, but each becomes an element or even an object.
 constexpr std::size_t mostEntries = 65536;
 
 bool isByteType(CMPIType type) { return type == CMPI_uint8 || type == CMPI_sint8; }
@@ -144,7 +144,7 @@ ObjectPathObject& makePath(RequestScope& scope, std::string_view nameSpace, cons
         const PropertyDeclaration* declared = declaredKey(made, key);
         const CMPIData data = keyData(scope, made, key, declared);
         const std::string_view name = declared ? std::string_view(declared->name) : scope.arena().copyText(key.name);
-        // Past the path's own type check: whether a number will do for a text is for the provider to say.
+        // Set without the path's own check of types: the provider decides whether a number will do for a text.
         made.keyBindings.set(scope.arena(), name, data);
     }
     return made;

@@ -1,4 +1,4 @@
-// Sends calls about the server's own classes to the server's own objects, and all others to the provider.
+// Passes calls about the server's own classes to the server's own objects, and all other calls to the provider.
 #pragma once
 
 #include "cimhost/provider/provider_calls.h"
@@ -14,7 +14,7 @@ public:
     /// The provider outlives this.
     explicit RoutedCalls(ProviderCalls& behind) : provider(behind) {}
 
-    /// From now on calls about these classes go to objects, which outlives this. Before the first call.
+    /// From now on calls about these classes go to `objects`, which outlives this. Called before the first call.
     void routeTo(ProviderCalls& objects, const std::vector<const ClassDeclaration*>& classes) {
         own = &objects;
         ownClasses.insert(classes.begin(), classes.end());
@@ -47,8 +47,9 @@ public:
     Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override {
         return of(path).deleteInstance(scope, context, path);
     }
-    // An association of the server's own is asked of the server, one of the provider's of the provider. Where a client
-    // named neither, both are asked. Of the server's own objects the provider knows nothing.
+    // The provider knows nothing of the server's own objects and associations, so the server alone is asked about
+    // these. About any other source the provider is asked first and then the server, whose associations may hold
+    // objects of the provider.
     Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                         const AssociationFilter& filter, const PropertyList& properties) override {
         return merge(source, filter, [&](ProviderCalls& calls) {

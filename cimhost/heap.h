@@ -5,14 +5,17 @@
 
 namespace cimhost {
 
-/// The C library gives large blocks back to the system, but takes the size of what was freed as the size from which a
-/// block is large: after one flash image it would keep the memory of every later one. What is told here stays. The end
-/// of a heap goes back from the same size on only: an answer of 64 ports has 300 KiB, and to give them back and take
-/// them again for each request costs as much as the rest of it. To be called once, before threads begin.
+/// Large blocks go back to the system when they are freed, whatever was freed before. The C library alone would take
+/// the size of a freed flash image as the size from which a block is large, and keep the memory of every later one.
+///
+/// The end of a heap goes back only from four times that size on. Answers of a few hundred KiB to several clients stand
+/// there at once, and taking that memory anew for each request costs up to as much as the rest of the request.
+///
+/// To be called once, before threads begin.
 inline void giveLargeBlocksBack() {
-    constexpr int large = 1 << 20;
-    mallopt(M_MMAP_THRESHOLD, large);
-    mallopt(M_TRIM_THRESHOLD, large);
+    constexpr int largeBlock = 1 << 20;
+    mallopt(M_MMAP_THRESHOLD, largeBlock);
+    mallopt(M_TRIM_THRESHOLD, 4 * largeBlock);
 }
 
 } // namespace cimhost

@@ -28,7 +28,7 @@ std::string countOf(std::uint64_t count) {
     return std::to_string(count) + (count == 1 ? " indication" : " indications");
 }
 
-// What a listener sends goes to a log that people read.
+// A listener's words go to a log that people read, so they are shortened and made printable.
 std::string shownReason(std::string_view text) { return printable(text.substr(0, longestReason)); }
 
 } // namespace
@@ -64,7 +64,7 @@ void Delivery::enqueue(OpenInstance indication) {
         wasAwake = std::exchange(isAwake, true);
     }
     if (!wasAwake) postWake();
-    // The first one is told at once; the rest is counted, and told when the listener answers again or is given up.
+    // The first loss is reported at once. Later ones are counted, and reported when the listener answers again.
     if (droppedBefore == 0 && droppedNow > 0) report(LogLevel::warning, "the queue is full, the oldest is dropped");
 }
 
@@ -92,8 +92,8 @@ void Delivery::giveUpExpired() {
     }
 }
 
-// Every step that the loop begins. What goes wrong on this side, such as memory that is short, counts as a failed
-// attempt: it may be there again for the next one.
+// Carries out one step on the loop. An exception on this side, as for want of memory, counts as a failed attempt: there
+// may be memory again for the next one.
 template <class Step>
 void Delivery::tryStep(Step step) {
     try {
@@ -109,7 +109,7 @@ void Delivery::failStep(const char* reason) {
         settle(Attempt::failed, reason);
         startPause();
     } catch (const std::exception&) {
-        // Not even a pause can be made: the next indication is what wakes it.
+        // Not even a pause can be made. The next indication wakes the delivery.
         stage = Stage::idle;
         noteAsleep();
     }
@@ -129,7 +129,7 @@ void Delivery::wake() {
 // Called with the lock.
 bool Delivery::isToEnd() const { return isStopping && (queue.empty() || isFailing || Clock::now() >= stopAt); }
 
-// On the way from one indication to the next; the connection, if there is one, is not in use.
+// Goes on to the next indication, if there is one. The connection, if there is one, is not in use at this moment.
 void Delivery::takeNext() {
     stage = Stage::idle;
     std::unique_lock lock(mutex);
@@ -175,7 +175,7 @@ void Delivery::onResult(const http::ClientResult& result) {
     const Attempt judged = judge(result, reason);
     settle(judged, reason);
     if (judged == Attempt::failed) return startPause();
-    // Others come first.
+    // Posted, so that other listeners have their turn first.
     shared.loop().post([self = shared_from_this()] {
         if (self->stage == Stage::sending) self->tryStep([&] { self->takeNext(); });
     });
@@ -188,17 +188,17 @@ void Delivery::settle(Attempt result, const std::string& reason) {
         queuedBytes -= queue.front().instance->size();
         queue.pop_front();
     } else {
-        --totals.dropped; // on its way it was the oldest, but it has arrived
+        --totals.dropped; // it was dropped as the oldest while on its way, but it has arrived
     }
     ++(result == Attempt::taken ? totals.delivered : totals.refused);
     noteSuccess();
     if (result == Attempt::refused) report(LogLevel::warning, "refused an indication: " + reason);
 }
 
-// While the listener fails, work is what is left after a pause.
+// After a failure: the next attempt comes after a pause.
 void Delivery::startPause() {
     stage = Stage::pausing;
-    // The listener is not asked for a while; others may be.
+    // Meanwhile other listeners can have the connection.
     client.close();
     closeConnection();
     {
@@ -319,7 +319,7 @@ void Delivery::onStop() {
     const bool isDue = isToEnd();
     lock.unlock();
     const bool isOver = Clock::now() >= until;
-    // The message under way ends with an error, and the delivery behind it.
+    // The message under way ends with an error, and then the delivery ends.
     if (stage == Stage::sending && isOver) return client.abort();
     if (stage != Stage::sending && (isDue || isOver)) return end();
     stopTimer.start(until, [self = shared_from_this()] { self->tryStep([&] { self->onStop(); }); });

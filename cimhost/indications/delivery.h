@@ -1,4 +1,4 @@
-// One listener: what waits for it, and how it gets there. A listener that hangs holds up only its own.
+// One listener: the indications that wait for it, and how they get there. A listener that hangs delays no other.
 #pragma once
 
 #include "cimhost/broker/log.h"
@@ -17,33 +17,36 @@ namespace cimhost {
 
 struct DeliveryOptions {
     http::ClientLimits limits;
-    std::size_t queueLength = 16384;                ///< then the oldest goes
-    std::size_t queueBytes = std::size_t{32} << 20; ///< likewise
+    std::size_t queueLength = 16384;                ///< indications; if more wait, the oldest is dropped
+    std::size_t queueBytes = std::size_t{32} << 20; ///< the same for their bytes
     std::chrono::milliseconds firstPause{100};      ///< after a failure; doubled after each further one
     std::chrono::milliseconds longestPause{5'000};  ///< no pause is longer
     std::chrono::milliseconds patience{60'000};     ///< how long an indication is tried before it is given up
-    std::chrono::milliseconds stopGrace{2'000};     ///< for what waits when the server ends
-    std::size_t connections = 256;                  ///< to all listeners at the same moment; others wait for one
+    std::chrono::milliseconds stopGrace{2'000};     ///< for indications that wait when the server ends
+    std::size_t connections = 256;                  ///< to all listeners at the same moment; further ones wait
 };
 
 struct DeliveryCounts {
     std::uint64_t delivered = 0; ///< the listener took it
     std::uint64_t refused = 0;   ///< the listener answered with an error; not tried again
     std::uint64_t dropped = 0;   ///< the queue was full
-    std::uint64_t givenUp = 0;   ///< out of patience, or the server ended
-    std::uint64_t attempts = 0;
+    std::uint64_t givenUp = 0;   ///< its time was over, or the server ended
+    std::uint64_t attempts = 0;  ///< to send one, whatever came of it
 
     DeliveryCounts& operator+=(const DeliveryCounts& more);
 };
 
-/// An indication as <INSTANCE> without its end tag: sequence properties are still to come. Shared by all listeners.
+/// An indication as <INSTANCE> without its end tag, since each listener's sequence properties are still to come. Shared
+/// by all listeners.
 using OpenInstance = std::shared_ptr<const std::string>;
 
-/// Belongs to the thread of its loop, but for what is said to be for any thread.
+/// Belongs to the thread of its loop, except for what is said to be for other threads.
 class Delivery final : public ConnectionUser, public std::enable_shared_from_this<Delivery> {
 public:
-    /// name is what reports call the listener, made printable; the context is sent as SequenceContext. The loop's end
-    /// comes before that of the delivery.
+    /// The loop outlives the delivery.
+    /// @param name what reports call the listener; it is made printable
+    /// @param sequenceContext sent as SequenceContext
+    /// @param log takes reports of failures and losses; may be empty
     Delivery(DeliveryLoop& loop, http::Url url, std::string_view name, std::string sequenceContext,
              DeliveryOptions options, LogSink log);
     ~Delivery() override;
@@ -52,19 +55,21 @@ public:
 
     using Clock = std::chrono::steady_clock;
 
-    /// From any thread. Never waits. Numbers are given here, so a listener sees a gap where one was dropped.
+    /// Queues an indication and gives it its sequence number, so that a listener sees a gap if one is dropped. From any
+    /// thread. Never waits.
     void enqueue(OpenInstance indication);
 
-    /// From any thread: takes nothing more, and ends when what waits has been brought; at once while the listener
-    /// fails, and when the time has come. Does not wait for that.
+    /// Takes no more indications, and ends once those that wait have been sent. It ends at once if the listener fails,
+    /// and at the given time in any case. From any thread. Does not wait for the end.
     void stop(Clock::time_point until);
-    /// From any other thread than the loop's: waits for the end. At the latest it comes with the time given to stop().
+    /// Waits for the end, which comes no later than the time given to stop(). From any thread but the loop's.
     void waitForEnd();
 
     /// From any thread.
     [[nodiscard]] DeliveryCounts counts() const;
-    /// From any thread: how many indications wait, the one on its way included, and whether nothing changes any more.
+    /// How many indications wait, with the one on its way. From any thread.
     [[nodiscard]] std::size_t queued() const;
+    /// True after the end: nothing changes any more. From any thread.
     [[nodiscard]] bool isOver() const;
 
     void onGranted() override;
@@ -109,24 +114,24 @@ private:
     const DeliveryOptions settings;
     const LogSink log;
 
-    // The loop's thread alone.
+    // Used by the loop's thread alone.
     DeliveryLoop& shared;
     http::AsyncClient client;
-    http::Timer timer;     // of a pause
-    http::Timer stopTimer; // of the end
+    http::Timer timer;     // ends a pause
+    http::Timer stopTimer; // ends the delivery
     Stage stage = Stage::idle;
-    bool hasConnection = false; // one of those that the loop has to give
+    bool hasConnection = false; // of those that the loop grants
     std::uint64_t sentNumber = 0;
     std::chrono::milliseconds pause{};
 
-    mutable std::mutex mutex; // of all below
+    mutable std::mutex mutex; // guards all that follows
     std::condition_variable changed;
     std::deque<Waiting> queue;
     std::size_t queuedBytes = 0;
     std::uint64_t nextNumber = 0;
     DeliveryCounts totals;
     std::uint64_t lostAtLastReport = 0;
-    bool isAwake = false; // the loop knows that there is something to do
+    bool isAwake = false; // the loop has been told that there is something to do
     bool isFailing = false;
     bool isStopping = false;
     bool hasEnded = false;

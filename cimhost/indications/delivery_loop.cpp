@@ -16,7 +16,7 @@ void DeliveryLoop::end() {
     if (thread.joinable()) thread.join();
 }
 
-// Deliveries take care of what goes wrong with them; whatever is left must not end the thread for all of them.
+// Deliveries handle their own failures. Any other exception must not end the thread that all of them share.
 void DeliveryLoop::run() {
     for (bool isStopped = false; !isStopped;) {
         try {

@@ -43,7 +43,7 @@ void FilterActivation::tellProvider(RequestScope& scope, const KeptObject& subsc
 void FilterActivation::activate(RequestScope& scope, const KeptObject& subscription, const std::string& owner) {
     tellProvider(scope, subscription, owner, [&](const FilterCall& call, const std::string& place) {
         throwIf(calls.authorizeFilter(scope, call));
-        // Nobody polls here; the provider is only given the chance to say what it thinks of the filter.
+        // This server does not poll. The call only lets the provider refuse the filter.
         const std::optional<CimError> poll = calls.mustPoll(scope, call);
         if (poll && poll->code != CMPI_RC_ERR_NOT_SUPPORTED) throw CimFailure(*poll);
         std::size_t& count = activations[place];
@@ -51,7 +51,7 @@ void FilterActivation::activate(RequestScope& scope, const KeptObject& subscript
         ++count;
         activated.insert(&subscription);
         if (std::exchange(isEnabled, true)) return;
-        // Providers that need no gate leave the call out.
+        // Providers that need not be enabled do not have this call.
         const std::optional<CimError> error = calls.enableIndications(scope);
         if (error && error->code != CMPI_RC_ERR_NOT_SUPPORTED) {
             warn("the provider did not enable indications: " + error->description);

@@ -1,4 +1,4 @@
-// What the provider is told of filters: one call for each subscription that begins or ends.
+// Tells the provider of filters: one call for each subscription that begins or ends.
 #pragma once
 
 #include "cimhost/indications/kept_object.h"
@@ -12,20 +12,24 @@
 
 namespace cimhost {
 
-/// Changes come one at a time.
+/// Used by one thread at a time.
 class FilterActivation {
 public:
-    /// Everything given outlives this.
+    /// Repository, registration and provider outlive this.
+    /// @param sink takes a warning where the provider refuses a call that has no other consequence
     FilterActivation(const ClassRepository& known, const Registration& registration, IndicationCalls& provider,
                      LogSink sink)
         : repository(known), registered(registration), calls(provider), log(std::move(sink)) {}
 
-    /// The class of the FROM, or the first one below it, that the provider is registered for. CIM_ERR_NOT_SUPPORTED.
+    /// The class after FROM, or else its first subclass, for which the provider is registered. Throws CimFailure with
+    /// CIM_ERR_NOT_SUPPORTED if there is none.
     const ClassDeclaration& servedClass(const KeptObject& filter) const;
 
-    /// Throws CimFailure where the provider refuses the subscription's filter.
+    /// Tells the provider that the subscription begins. Throws CimFailure if the provider refuses its filter, or as
+    /// servedClass().
+    /// @param owner the user in whose name the provider is asked
     void activate(RequestScope& scope, const KeptObject& subscription, const std::string& owner);
-    /// Nothing for one that the provider was not told of.
+    /// Tells the provider that the subscription ends, if it was told that it began.
     void deactivate(RequestScope& scope, const KeptObject& subscription, const std::string& owner);
 
 private:
@@ -37,9 +41,9 @@ private:
     const Registration& registered;
     IndicationCalls& calls;
     const LogSink log;
-    std::set<const KeptObject*> activated;          // what the provider has been told of
-    std::map<std::string, std::size_t> activations; // by class path
-    bool isEnabled = false;                         // the provider was told, once for all
+    std::set<const KeptObject*> activated;          // subscriptions of which the provider knows
+    std::map<std::string, std::size_t> activations; // how many, by namespace and class
+    bool isEnabled = false;                         // the provider has been told once that indications are wanted
 };
 
 } // namespace cimhost

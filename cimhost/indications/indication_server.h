@@ -1,5 +1,5 @@
-// What a running server keeps in the interop namespace, put together: subscriptions, routes and deliveries, and what
-// the server says of itself.
+// Everything that a running server keeps in the interop namespace: subscriptions, with their routes and deliveries, and
+// the description of the server itself.
 #pragma once
 
 #include "cimhost/indications/interop_objects.h"
@@ -11,7 +11,7 @@ namespace cimhost {
 
 struct IndicationOptions {
     SubscriptionOptions subscriptions;
-    bool asksForUser = false; ///< what the server tells of itself
+    bool asksForUser = false; ///< the description says that clients need a name and a password
     DeliveryOptions delivery;
     LogSink log;
 };
@@ -37,8 +37,8 @@ private:
     InteropObjects instances;
 };
 
-/// Where a server remembers subscriptions unless it is told: cimhost/subscriptions.json in XDG_STATE_HOME, or in
-/// ~/.local/state. Empty where the environment names neither.
+/// The file in which a server keeps subscriptions if it is told no other: cimhost/subscriptions.json in XDG_STATE_HOME,
+/// or in ~/.local/state. Empty if the environment names neither.
 std::filesystem::path defaultStateFile();
 
 } // namespace cimhost

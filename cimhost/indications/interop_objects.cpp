@@ -49,7 +49,8 @@ bool InteropObjects::isDescribed(const ObjectPathObject& path) const {
     return std::find(describedClasses.begin(), describedClasses.end(), path.declaration()) != describedClasses.end();
 }
 
-// The interop namespace's own object answers to every name of that namespace; the one that the client uses goes first.
+// The object that describes the interop namespace answers to every name of that namespace. The name that the client
+// uses comes first.
 std::vector<std::string> InteropObjects::namesToTry(const CallContext& context) const {
     std::vector<std::string> names = description.interopNames();
     const auto called = std::find(names.begin(), names.end(), context.calledNamespace);

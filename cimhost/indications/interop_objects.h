@@ -1,5 +1,5 @@
-// What the server itself keeps in the interop namespace, as instances like any others: the subscriptions, which clients
-// list, make and remove, and what the server says of itself, which they read; with the associations among all of them.
+// The server's own instances in the interop namespace: subscriptions, which clients list, make and remove; the
+// description of the server, which clients read; and the associations among all of these.
 #pragma once
 
 #include "cimhost/indications/server_description.h"
@@ -25,7 +25,7 @@ public:
                         const PropertyList& properties) override;
     Outcome createInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                            const InstanceObject& instance) override;
-    /// Not supported: a subscription is removed and made anew.
+    /// CIM_ERR_NOT_SUPPORTED: to change a subscription, a client removes it and makes another one.
     Outcome modifyInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                            const InstanceObject& instance, const PropertyList& properties) override;
     Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override;

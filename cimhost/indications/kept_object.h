@@ -1,4 +1,4 @@
-// A filter, destination or subscription as it is kept: the instance and its meaning.
+// A filter, destination or subscription as the server keeps it: the instance, and what it means.
 #pragma once
 
 #include "cimhost/broker/objects.h"
@@ -23,7 +23,7 @@ struct KeptClass {
 /// The classes of the interop namespace whose instances clients make.
 std::span<const KeptClass> keptClasses();
 
-/// An instance with its meaning. Never changes.
+/// An instance, and what it means. It does not change once it is kept.
 struct KeptObject {
     KeptKind kind = KeptKind::filter;
     Arena arena;
@@ -32,24 +32,28 @@ struct KeptObject {
     std::string key;
     Owner owner;
 
-    std::shared_ptr<const Query> query; // of a filter
+    // Of a filter.
+    std::shared_ptr<const Query> query;
     std::string sourceNamespace;
-    http::Url url;                      // of a destination
-    const KeptObject* filter = nullptr; // of a subscription
+    // Of a destination.
+    http::Url url;
+    // Of a subscription: others that are kept.
+    const KeptObject* filter = nullptr;
     const KeptObject* destination = nullptr;
 
-    /// Ends with the server.
+    /// True if it is not kept over a restart of the server: a destination with PersistenceType 3, and its
+    /// subscriptions.
     [[nodiscard]] bool isTransient() const;
-    /// A subscription that is to have an effect.
+    /// True for a subscription whose SubscriptionState is 2, enabled.
     [[nodiscard]] bool isActive() const;
     [[nodiscard]] bool refersTo(const KeptObject& other) const { return filter == &other || destination == &other; }
 };
 
-/// Null where the instance has no value.
+/// The value of a property; null if it has none.
 const CMPIData* givenValue(const InstanceObject& instance, std::string_view property);
-/// Empty where it has none.
+/// The value of a property as text; empty if it has none.
 std::string givenText(const InstanceObject& instance, std::string_view property);
-/// 0 where it has none. Of a uint16.
+/// The value of a property of type uint16; 0 if it has none.
 CMPIUint16 givenNumber(const InstanceObject& instance, std::string_view property);
 
 } // namespace cimhost

@@ -76,7 +76,7 @@ void KeptObjectMaker::completeElement(InstanceObject& instance) const {
     if (givenText(instance, "Name").empty()) refuse("Name", "it is required");
 }
 
-// The list is the newer form of the property; what is kept is the older one.
+// SourceNamespaces, a list, is the newer form of SourceNamespace. The older form is the one that is kept.
 void KeptObjectMaker::takeSourceNamespaces(InstanceObject& filter) {
     const CMPIData* data = givenValue(filter, "SourceNamespaces");
     const ArrayObject* list = data ? ArrayObject::from(data->value.array) : nullptr;

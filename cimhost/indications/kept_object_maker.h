@@ -1,5 +1,5 @@
-// What a client gives for a filter, destination or subscription: completed where something is left out, refused where
-// it makes no sense.
+// Makes a filter, destination or subscription of what a client gives: completes what is left out, and refuses what
+// makes no sense.
 #pragma once
 
 #include "cimhost/indications/kept_object.h"
@@ -17,12 +17,14 @@ public:
     /// The object that is kept under that key, or null.
     using Find = std::function<const KeptObject*(std::string_view key)>;
 
-    /// The repository outlives this. @param ownName SystemName where a client gives none
+    /// The repository outlives this.
+    /// @param ownName the SystemName if a client gives none
+    /// @param findKept finds the filter and the destination of a subscription among what is kept
     KeptObjectMaker(const ClassRepository& known, std::string interop, std::string ownName, Find findKept)
         : repository(known), interopNamespace(std::move(interop)), systemName(std::move(ownName)),
           find(std::move(findKept)) {}
 
-    /// Throws CimFailure, as Subscriptions::create() tells. What a subscription refers to is found among what is kept.
+    /// Throws CimFailure as Subscriptions::create() does, for what the client gives.
     [[nodiscard]] std::unique_ptr<KeptObject> make(const InstanceObject& given) const;
 
 private:

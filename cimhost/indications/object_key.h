@@ -1,4 +1,4 @@
-// What tells two instance paths apart.
+// A text by which two instance paths are compared.
 #pragma once
 
 #include "cimhost/broker/objects.h"
@@ -7,8 +7,9 @@
 
 namespace cimhost {
 
-/// Class and keys as one text that is the same for the same object: names and the values of keys that name a class are
-/// compared without regard to case, and the order of the keys means nothing. The namespace is no part of it.
+/// Class and keys as one text, which is the same for every path of the same object. The order of the keys means
+/// nothing. The case of names means nothing, nor that of values of keys that name a class. The namespace is no part of
+/// it.
 std::string keyOf(const ObjectPathObject& path);
 
 } // namespace cimhost

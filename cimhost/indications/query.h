@@ -11,19 +11,21 @@
 
 namespace cimhost {
 
-/// The text is no query that this server can answer; what() says why and where.
+/// Thrown for a text that is no query for this server; what() says why and where.
 class QueryError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// WQL, CIM:CQL and DMTF:CQL, without regard to case: what a filter may ask is the same in all.
+/// True for WQL, CIM:CQL and DMTF:CQL, in any case. The queries of filters are the same in all of them.
 bool isQueryLanguage(std::string_view name) noexcept;
 
 class Query {
 public:
-    /// Reads the text; property names are not yet held against a class. Takes `=`, `<>`, `!=`, `<`, `<=`, `>`, `>=`, IS
-    /// NULL, IS NOT NULL, parentheses, texts in ' or ", whole and real numbers, TRUE and FALSE. Throws QueryError.
+    /// Reads the text, of at most 8 KiB; property names are not checked yet. Comparisons are `=`, `<>`, `!=`, `<`,
+    /// `<=`,
+    /// `>`, `>=`, IS NULL and IS NOT NULL, with texts in ' or ", whole and real numbers, TRUE and FALSE. Parentheses
+    /// may be nested 32 deep. Throws QueryError.
     static Query parse(std::string_view text);
     ~Query();
     Query(Query&&) noexcept;
@@ -35,7 +37,8 @@ public:
     /// kind.
     void checkAgainst(const ClassDeclaration& declaration) const;
 
-    /// Whether the WHERE holds. A comparison with a property that has no value does not hold, nor does its opposite.
+    /// Whether the WHERE is true for the indication. A comparison with a property that has no value is not true, and
+    /// neither is its opposite.
     [[nodiscard]] bool selects(const InstanceObject& indication) const;
 
     struct Node;

@@ -15,7 +15,7 @@ namespace cimhost {
 
 namespace {
 
-// What a property's value is compared as.
+// How the value of a property is compared.
 enum class ValueKind { text, boolean, number, dateTime, none };
 
 ValueKind kindOf(CMPIType type) {

@@ -1,4 +1,4 @@
-// The WHERE of a filter's query as a tree: what the parser makes, and what indications are held against.
+// The WHERE of a filter's query as a tree. The parser makes it, and indications are compared with it.
 #pragma once
 
 #include "cimhost/indications/query.h"
@@ -25,10 +25,11 @@ struct Query::Node {
     Literal literal;
 };
 
-/// Throws QueryError if it names a property that the class lacks, or compares one with a value of another kind.
+/// Throws QueryError if the condition names a property that the class lacks, or compares one with a value of another
+/// kind.
 void checkCondition(const Query::Node& condition, const ClassDeclaration& declaration);
 
-/// Whether it holds; nothing where a property that it needs has no value.
+/// Whether the condition is true for the indication. Nothing if that depends on a property that has no value.
 std::optional<bool> holds(const Query::Node& condition, const InstanceObject& indication);
 
 } // namespace cimhost

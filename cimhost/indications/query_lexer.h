@@ -1,4 +1,4 @@
-// The words of a query, one after the other.
+// Reads the words of a query one after the other.
 #pragma once
 
 #include "cimhost/indications/query_condition.h"
@@ -14,16 +14,16 @@ enum class QueryTokenKind { word, text, number, sign, end };
 struct QueryToken {
     QueryTokenKind kind = QueryTokenKind::end;
     std::string text;
-    std::size_t position = 0; // from 1
+    std::size_t position = 0; // of its first character in the text; the first one is 1
 };
 
 struct ComparisonName {
     std::string_view text;
     Comparison comparison;
-    Comparison mirrored; // with its sides exchanged
+    Comparison mirrored; // the same with the two sides exchanged
 };
 
-/// Null for a sign that compares nothing.
+/// The comparison that a sign stands for; null for any other sign.
 const ComparisonName* findComparison(std::string_view text);
 
 class QueryLexer {
@@ -31,7 +31,7 @@ public:
     /// The text outlives this.
     explicit QueryLexer(std::string_view text) : whole(text) {}
 
-    /// Throws QueryError for a quote that is not closed.
+    /// The next word; at the end of the text, one of kind `end`. Throws QueryError for a quote that is not closed.
     QueryToken next();
 
 private:

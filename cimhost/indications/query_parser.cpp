@@ -57,7 +57,7 @@ private:
         if (!takeWord(word)) fail(std::string(word) + " is expected");
     }
 
-    // Operands joined by one word; a single one stands for itself.
+    // Operands that are joined by one word. A single operand needs no node of its own.
     template <typename Operand>
     NodePointer joined(Query::Node::Kind kind, std::string_view word, Operand operand) {
         auto node = std::make_unique<Query::Node>();

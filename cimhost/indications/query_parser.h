@@ -1,4 +1,4 @@
-// A query's text as a class and a condition.
+// Reads the text of a query into a class and a condition.
 #pragma once
 
 #include "cimhost/indications/query_condition.h"
@@ -11,10 +11,10 @@ namespace cimhost {
 
 struct ParsedQuery {
     std::string className;
-    std::unique_ptr<const Query::Node> where; // null: everything
+    std::unique_ptr<const Query::Node> where; // null: selects everything
 };
 
-/// Throws QueryError.
+/// Throws QueryError, which says at which character what was expected.
 ParsedQuery parseQuery(std::string_view text);
 
 } // namespace cimhost

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view endTag = "</INSTANCE>";
 
-// Numbers begin anew with each delivery, so each has a context of its own, also across restarts.
+// Sequence numbers begin anew with each delivery. So each delivery has a context of its own, also after a restart.
 std::string sequenceContext(const std::string& system, const std::string& destination, std::uint64_t number) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(now).count();

@@ -1,4 +1,4 @@
-// Which listeners an indication goes to, and the deliveries that bring it there.
+// Decides to which listeners an indication goes, and owns the deliveries that bring it there.
 #pragma once
 
 #include "cimhost/cimxml/encoder.h"
@@ -13,40 +13,42 @@
 
 namespace cimhost {
 
-/// What a subscription selects, and where that goes.
+/// What a subscription selects, and where that goes: one for each subscription.
 struct Route {
     std::string nameSpace;
     const ClassDeclaration* from = nullptr;
     std::shared_ptr<const Query> query;
-    std::string destination;  ///< tells listeners apart: one delivery for each
-    std::string listenerName; ///< what reports call it
+    std::string destination;  ///< tells listeners apart; each has one delivery
+    std::string listenerName; ///< what reports call the listener
     http::Url url;
 };
 
 class Router {
 public:
-    /// The repository outlives the router. systemName begins every sequence context.
+    /// The repository outlives the router. Throws std::system_error if the system gives no thread.
+    /// @param systemName every sequence context begins with it
     Router(const ClassRepository& repository, std::string systemName, DeliveryOptions options, LogSink log);
 
-    /// Stops.
+    /// The same as stop().
     ~Router();
     Router(const Router&) = delete;
     Router& operator=(const Router&) = delete;
 
-    /// From now on these. A listener without a route is told nothing more, not even what waits for it.
+    /// Replaces all routes. A listener that has none any more is sent nothing more, not even the indications that wait
+    /// for it.
     void setRoutes(std::vector<Route> routes);
 
-    /// Queues the indication for every route that selects it: once for each. Never waits. 0, or 1 without any routes.
+    /// Queues the indication once for every route that selects it. Never waits.
+    /// @return 0; 1 if there are no routes at all
     CMPIrc deliver(const InstanceObject& indication);
 
-    /// Brings what waits, as far as the grace of the options goes; then nothing is delivered any more.
+    /// Sends the indications that wait, for no longer than DeliveryOptions::stopGrace. After that nothing is delivered.
     void stop();
 
-    /// Of all listeners since the start, also of those that nothing goes to any more; and what waits for them.
     struct Totals {
-        DeliveryCounts counts;
-        std::size_t listeners = 0;
-        std::size_t queued = 0;
+        DeliveryCounts counts;     ///< of all listeners since the start, also of those that have no route any more
+        std::size_t listeners = 0; ///< that have a route now
+        std::size_t queued = 0;    ///< indications that wait for these
     };
     [[nodiscard]] Totals totals();
 
@@ -72,8 +74,8 @@ private:
     std::shared_ptr<const Targets> targets;
     std::map<std::string, std::shared_ptr<Delivery>> deliveries;
     std::uint64_t deliveriesMade = 0;
-    std::vector<std::shared_ptr<Delivery>> retired; // until they are over
-    DeliveryCounts past;                            // of those that are
+    std::vector<std::shared_ptr<Delivery>> retired; // without a route, until they are over
+    DeliveryCounts past;                            // of those that are over
 };
 
 } // namespace cimhost

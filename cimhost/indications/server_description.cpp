@@ -67,7 +67,7 @@ public:
         return made;
     }
 
-    // An object that a system hosts; its class and its system are keys.
+    // An object that the system hosts. Its class and its system are among its keys.
     InstanceObject& hosted(std::string_view className, std::string_view name, std::initializer_list<Given> properties) {
         InstanceObject& made = object(className, properties);
         set(made, {"SystemCreationClassName", {std::string(systemClass)}});

@@ -1,5 +1,5 @@
-// What the server says of itself in the interop namespace, where clients look first: which namespaces there are, who
-// serves them, over which protocol, and how indications are taken.
+// The description of the server in the interop namespace, where clients look first: which namespaces there are, who
+// serves them, over which protocol, and what its indications can do.
 #pragma once
 
 #include "cimhost/broker/broker.h"
@@ -14,29 +14,30 @@ namespace cimhost {
 struct ServerFacts {
     std::string interopNamespace;
     std::string systemName;
-    std::size_t mostOfEach = 0; ///< destinations, and subscriptions
+    std::size_t mostOfEach = 0; ///< the most destinations, and the most subscriptions
     bool asksForUser = false;
     bool remembersSubscriptions = false;
 };
 
 class ServerDescription {
 public:
-    /// The repository is whole by now and outlives this.
+    /// The repository outlives this, and has all its classes and namespaces by now.
     ServerDescription(const ClassRepository& repository, ServerFacts facts);
 
-    /// The classes of these objects, as the interop namespace declares them. None if it lacks one of them:
-    /// then there is no description.
+    /// The classes of the description, as the interop namespace declares them. None if it lacks any of them: then there
+    /// is no description.
     [[nodiscard]] std::vector<const ClassDeclaration*> classes() const;
 
-    /// The names of the interop namespace, its own one first.
+    /// The names of the interop namespace, its own name first.
     [[nodiscard]] std::vector<std::string> interopNames() const;
 
-    /// Every object, and the associations among them; they live in the scope. To be called only where there are
-    /// classes. The interop namespace's object bears the name given: a client that asks under one of the further names
-    /// finds that name in the list of namespaces.
+    /// All objects of the description, and the associations among them. They live in the scope. Called only if there
+    /// are classes.
+    /// @param interopName the name of the object for the interop namespace: a client that asks under one of its further
+    ///        names finds that name in the list of namespaces
     [[nodiscard]] std::vector<const InstanceObject*> describe(RequestScope& scope, std::string_view interopName) const;
 
-    /// The association that says that the indication service takes care of a filter or destination.
+    /// The association which says that the indication service manages a filter or a destination.
     [[nodiscard]] const InstanceObject& affected(RequestScope& scope, const ObjectPathObject& element) const;
 
 private:

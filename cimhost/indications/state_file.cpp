@@ -72,7 +72,7 @@ cimxml::Instance instanceOf(const SortedJson& object, std::string_view nameSpace
     return instance;
 }
 
-// Looks at the nesting alone, before anything is built.
+// Checks the nesting alone, before anything is built.
 struct DepthTest {
     int depth = 0;
 
@@ -97,8 +97,8 @@ struct DepthTest {
     bool parse_error(std::size_t, const std::string&, const std::exception&) { return false; } // parse() tells it
 };
 
-// In a time that grows as the text does: with a callback, or with objects that keep their order, it would grow as its
-// square.
+// Takes time in proportion to the length of the text. With a callback, or with objects that keep their order, the time
+// would grow with the square of the length.
 SortedJson parse(std::string_view text) {
     DepthTest depth;
     SortedJson::sax_parse(text, &depth);

@@ -59,7 +59,7 @@ std::unique_ptr<KeptObject> Subscriptions::make(const InstanceObject& given) con
     throw CimFailure(CMPI_RC_ERR_FAILED, "there are " + std::to_string(settings.mostOfEach) + " of them already");
 }
 
-// One user alone cannot take what is there for all.
+// A single user cannot take all the room.
 void Subscriptions::requireRoom(const KeptObject& made, const std::string& owner) const {
     const auto count = std::count_if(objects.begin(), objects.end(),
                                      [&](const auto& one) { return one->kind == made.kind && one->owner == owner; });
@@ -106,7 +106,7 @@ void Subscriptions::save() {
     std::string text = stateText(lasting);
     if (text == lastState) return;
     try {
-        // What is longer would be refused at the next reading, and then neither changes nor a restart would succeed.
+        // A longer file would be refused when it is read next, and then neither a change nor a restart would succeed.
         if (text.size() > longestStateFile) {
             throw std::runtime_error("together they would take more than " + std::to_string(longestStateFile) +
                                      " bytes; remove others first");
@@ -131,7 +131,7 @@ const ObjectPathObject& Subscriptions::create(RequestScope& scope, const Instanc
     if (object.kind == KeptKind::subscription) filters.servedClass(*object.filter);
     insert(std::move(made));
     try {
-        // The route stands before the provider hears of the filter, which may have something to tell at once.
+        // The route is made before the provider is told: the provider may deliver an indication at once.
         if (object.isActive()) refreshRoutes();
         if (object.isActive()) filters.activate(scope, object, owner);
     } catch (...) {

@@ -1,5 +1,5 @@
-// The filters, destinations and subscriptions of the interop namespace: judged when they are made, told to the
-// provider, remembered over a restart.
+// The filters, destinations and subscriptions of the interop namespace: checks them when they are made, tells the
+// provider of them, and keeps them over a restart.
 #pragma once
 
 #include "cimhost/cimxml/values.h"
@@ -19,16 +19,16 @@ namespace cimhost {
 
 struct SubscriptionOptions {
     std::string interopNamespace = Namespaces().interop;
-    std::string systemName;          ///< SystemName where a client gives none
-    std::filesystem::path stateFile; ///< empty: nothing is remembered
-    std::size_t mostOfEach = 1024;   ///< filters, destinations, subscriptions
-    std::size_t mostOfUser = 128;    ///< of each, for one user; who makes some without a name is one user too
+    std::string systemName;          ///< the SystemName if a client gives none
+    std::filesystem::path stateFile; ///< empty: nothing is kept over a restart
+    std::size_t mostOfEach = 1024;   ///< the most filters, the most destinations, the most subscriptions
+    std::size_t mostOfUser = 128;    ///< the same for one user; all clients without a name are one user
 };
 
-/// Operations throw CimFailure. Safe to use from several threads, each with a scope.
+/// Operations throw CimFailure. Several threads may call, each with a scope of its own.
 class Subscriptions {
 public:
-    /// Everything given outlives this. The classes lie in the interop namespace of the repository.
+    /// Broker, registration, provider and router outlive this. The classes are those of the interop namespace.
     Subscriptions(Broker& broker, const Registration& registration, IndicationCalls& provider, Router& router,
                   SubscriptionOptions options, LogSink log);
     ~Subscriptions();
@@ -38,18 +38,28 @@ public:
     /// The classes that are kept here, as the repository declares them.
     [[nodiscard]] std::vector<const ClassDeclaration*> classes() const;
 
-    /// Takes up what the state file holds and tells the provider. A filter that the provider does not take any more is
-    /// reported and stays. Throws std::runtime_error naming file and place for a file that is damaged.
+    /// Makes again what the state file holds, and tells the provider. If the provider refuses a filter now, that is
+    /// logged, and the subscription stays. Throws std::runtime_error, which names the file and the place, for a file
+    /// that cannot be read or is damaged.
     void restore();
 
-    /// The path of what was made. CIM_ERR_ALREADY_EXISTS, CIM_ERR_INVALID_PARAMETER, CIM_ERR_INVALID_QUERY,
-    /// CIM_ERR_QUERY_LANGUAGE_NOT_SUPPORTED, CIM_ERR_NOT_SUPPORTED where no provider serves the class,
-    /// CIM_ERR_ACCESS_DENIED or another status where the provider refuses, CIM_ERR_FAILED if it cannot be remembered.
+    /// Makes a filter, destination or subscription. CIM_ERR_ALREADY_EXISTS, CIM_ERR_INVALID_PARAMETER,
+    /// CIM_ERR_INVALID_QUERY and CIM_ERR_QUERY_LANGUAGE_NOT_SUPPORTED for what the client gives; CIM_ERR_NOT_SUPPORTED
+    /// if no provider serves the class of the query; CIM_ERR_ACCESS_DENIED or another status if the provider refuses;
+    /// CIM_ERR_FAILED if there are too many of them already, or if the state file cannot be written. After an error
+    /// everything is as before.
+    /// @param owner the user's name, or empty
+    /// @return its path, in the scope
     const ObjectPathObject& create(RequestScope& scope, const InstanceObject& given, const std::string& owner);
 
-    /// CIM_ERR_NOT_FOUND; CIM_ERR_FAILED for what a subscription refers to.
+    /// Removes one of them. CIM_ERR_NOT_FOUND; CIM_ERR_FAILED if a subscription refers to it, or if the state file
+    /// cannot be written.
+    /// @param owner the user in whose name the provider is told
     void remove(RequestScope& scope, const ObjectPathObject& path, const std::string& owner);
 
+    // Both return copies in the scope.
+
+    /// CIM_ERR_NOT_FOUND.
     [[nodiscard]] const InstanceObject& get(RequestScope& scope, const ObjectPathObject& path) const;
     [[nodiscard]] std::vector<const InstanceObject*> list(RequestScope& scope, std::string_view className) const;
 
@@ -78,10 +88,10 @@ private:
     const KeptObjectMaker maker;
     FilterActivation filters;
 
-    std::mutex changing;       // one change at a time, with the provider's part and the file's
-    mutable std::mutex access; // to the objects, for moments only; taken after `changing`
+    std::mutex changing;       // held over a whole change, with the calls of the provider and the writing of the file
+    mutable std::mutex access; // to the objects; held for moments only, and taken after `changing`
     Objects objects;
-    std::string lastState; // of the file, as it was read or written
+    std::string lastState; // the file's text, as it was last read or written
 };
 
 } // namespace cimhost

@@ -6,12 +6,12 @@
 namespace cimhost {
 namespace {
 
-// Chunks grow with the arena, so that a clone stays small and a request of thousands of instances asks the system
-// rarely. They stay below the size from which the C library maps each one anew.
+// Chunks grow with the arena: a clone stays small, and a request with thousands of instances rarely asks the system for
+// memory. They stay smaller than the blocks that the C library maps one by one.
 constexpr std::size_t smallestChunk = 1024;
 constexpr std::size_t largestChunk = 96 * 1024;
 
-// Whoever still uses what was given back shall not find it as it was.
+// Overwrites memory that was given back, so that a use of it shows.
 void spoil([[maybe_unused]] char* begin, [[maybe_unused]] const char* end) {
 #ifndef NDEBUG
     std::fill(begin, begin + (end - begin), '\xDB');
@@ -58,7 +58,7 @@ void Arena::rewind(const Place& to) noexcept {
         next = target.next;
         return;
     }
-    // The newest chunk is the largest: what comes next will most likely fit into it again.
+    // The newest chunk is the largest. It is kept, since what comes next is likely to fit into it.
     while (chunkCount > target.chunks + 1) {
         Chunk* const between = chunks->previous;
         chunks->previous = between->previous;

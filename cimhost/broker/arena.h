@@ -1,5 +1,5 @@
-// Memory that is handed out by moving a pointer and given back all at once: what a request, an attached thread or a
-// clone is made of.
+// Memory that is handed out by moving a pointer, and given back all at once. Each request, each attached thread and
+// each clone has an arena for its objects.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace cimhost {
 
-/// Not for use by two threads at once.
+/// Used by one thread at a time.
 class Arena {
 public:
     Arena() = default;
@@ -18,7 +18,7 @@ public:
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
 
-    /// Aligned for every type that CMPI knows. Throws std::bad_alloc.
+    /// Memory that is aligned for every type of CMPI. Throws std::bad_alloc, as do the functions below.
     void* allocate(std::size_t bytes) {
         bytes = (bytes + alignment - 1) & ~(alignment - 1);
         if (bytes > static_cast<std::size_t>(limit - next)) return allocateFromNewChunk(bytes);
@@ -27,17 +27,17 @@ public:
         return memory;
     }
 
-    /// A copy that ends in NUL; the view does not count it.
+    /// A copy of the text, with a NUL behind it that is no part of the view.
     std::string_view copyText(std::string_view text);
 
-    /// Uninitialised room for count elements.
+    /// Room for so many elements, not initialised.
     template <typename Element>
     Element* allocateArray(std::size_t count) {
         static_assert(std::is_trivially_destructible_v<Element> && alignof(Element) <= alignment);
         return static_cast<Element*>(allocate(count * sizeof(Element)));
     }
 
-    /// An object whose destructor nobody runs.
+    /// Makes an object whose destructor is never run.
     template <typename Object, typename... Arguments>
     Object* make(Arguments&&... arguments) {
         static_assert(std::is_trivially_destructible_v<Object> && alignof(Object) <= alignment);
@@ -47,16 +47,16 @@ public:
     /// Bytes taken from the system.
     [[nodiscard]] std::size_t size() const noexcept { return total; }
 
-    /// Where something begins that may go before the arena does.
+    /// The end of what has been handed out so far. What comes behind it can be given back before the arena ends.
     struct Place {
         std::size_t chunks = 0;
         char* next = nullptr;
     };
     [[nodiscard]] Place place() const noexcept { return {chunkCount, next}; }
-    /// Gives back what was handed out since that place, but nothing that keepAll() holds on to. Places behind it mean
-    /// nothing any more.
+    /// Gives back what was handed out since that place, but nothing from before the last keepAll(). Later places must
+    /// not be used any more.
     void rewind(const Place& to) noexcept;
-    /// What is handed out by now stays as long as the arena.
+    /// Keeps what has been handed out so far as long as the arena.
     void keepAll() noexcept { kept = place(); }
 
 private:

@@ -15,7 +15,7 @@ constexpr std::size_t mostDroppedProperties = 1000;
 
 CimError notSupportedError() { return {CMPI_RC_ERR_NOT_SUPPORTED, ""}; }
 
-// Calls that name no broker are put down to every broker there is; a process has one per provider.
+// All brokers, each of which counts the calls that name no broker. A process has one broker for each provider.
 struct LiveBrokers {
     std::mutex mutex;
     std::vector<Broker*> all;
@@ -29,7 +29,7 @@ LiveBrokers& liveBrokers() {
 
 } // namespace
 
-// What a provider prepared for a thread of its own: the context and whatever the thread makes lie in one arena.
+// What a provider has prepared for a thread of its own. The context and all objects of the thread lie in one arena.
 struct Broker::ThreadContext {
     Arena memory;
     ContextObject* context = nullptr;
@@ -77,15 +77,15 @@ Broker::~Broker() {
     LiveBrokers& live = liveBrokers();
     const std::lock_guard lock(live.mutex);
     std::erase(live.all, this);
-    // A thread that never detached must not go on making objects in memory that is gone. Only its own binding can be
-    // undone here; other threads have ended, since the broker outlives its users.
+    // A thread that never detached must not go on making objects in memory that is gone. Only the binding of the
+    // calling thread can be undone here. Other threads have ended, since the broker outlives its users.
     for (const auto& [context, prepared] : contexts) {
         if (prepared->isAttached && prepared->thread == std::this_thread::get_id()) unbindThread(prepared->binding);
     }
 }
 
 Broker* Broker::from(const CMPIBroker* broker) noexcept {
-    // Wrapper libraries keep a copy of the struct, so the handle tells and not the address.
+    // Wrapper libraries keep a copy of the struct, so the address tells nothing.
     return broker && broker->hdl && broker->bft == &tables::broker ? static_cast<Broker*>(broker->hdl) : nullptr;
 }
 
@@ -183,7 +183,7 @@ CMPIrc Broker::detachContext(const CMPIContext* context) {
         log(LogLevel::warning, "detachThread in another thread than the one that was attached");
         return CMPI_RC_ERR_FAILED;
     }
-    // What the thread made may be much, and is given back without holding up other threads.
+    // The thread may have made much. It is freed without the lock, so that other threads are not held up.
     const std::unique_ptr<ThreadContext> ended = std::move(place->second);
     contexts.erase(place);
     lock.unlock();

@@ -1,4 +1,4 @@
-// The CMPI broker: what a provider is handed as its CIM server. One broker serves one provider library.
+// The CMPI broker: the CIM server as a provider sees it. One broker serves one provider library.
 #pragma once
 
 #include <atomic>
@@ -21,24 +21,24 @@
 
 namespace cimhost {
 
-/// Properties that a client or a provider asks for; nothing asks for all.
+/// The properties that a client or a provider asks for; nothing means all.
 using PropertyList = std::optional<std::vector<std::string>>;
 
-/// The filters of the association operations; empty texts do not filter.
+/// The filters of the association operations. An empty text does not filter.
 struct AssociationFilter {
-    std::string associationClass; ///< "result class" of references
+    std::string associationClass; ///< for references, their result class
     std::string resultClass;
     std::string role;
     std::string resultRole;
 };
 
-/// Takes an indication that a provider delivers: the namespace it named (may be empty) and the indication, which lives
-/// until the call returns. Called on the provider's thread. The code goes back to the provider: 0, or 1 if nobody
-/// subscribed.
+/// Takes an indication that a provider delivers. Called on the provider's thread. The namespace is the one that the
+/// provider named, and may be empty. The indication lives until the call returns. The result goes back to the provider:
+/// 0, or 1 if nobody has subscribed.
 using IndicationSink = std::function<CMPIrc(std::string_view nameSpace, const InstanceObject& indication)>;
 
-/// What a provider asks of the server. Results are to be made with the given maker, which lies in the caller's arena.
-/// Every operation answers "not supported" unless it is overridden. Called on the provider's thread.
+/// The calls that a provider makes to the server. Results are made with the given maker, in the caller's arena. Each
+/// operation answers "not supported" unless it is overridden. Called on the provider's thread.
 class UpCalls {
 public:
     using Elements = std::variant<std::vector<CMPIData>, CimError>;
@@ -61,62 +61,66 @@ public:
 };
 
 struct BrokerOptions {
-    LogSink log;                   ///< empty: messages are dropped; must not call the broker's tables
-    IndicationSink indicationSink; ///< empty: counts, and answers 1 as a server does to which nobody subscribed
-    UpCalls* upCalls = nullptr;    ///< null: every up-call answers 7; must outlive the broker
+    LogSink log;                   ///< must not call the broker's tables; empty: messages are dropped
+    IndicationSink indicationSink; ///< empty: indications are counted, and the provider gets 1
+    UpCalls* upCalls = nullptr;    ///< outlives the broker; null: every call to the server gets 7, not supported
 };
 
 class Broker {
 public:
-    /// The repository is loaded and outlives the broker; so do the broker's users.
+    /// The repository has all its classes by now and outlives the broker. The broker outlives its users.
     explicit Broker(const ClassRepository& repository, BrokerOptions options = {});
     ~Broker();
     Broker(const Broker&) = delete;
     Broker& operator=(const Broker&) = delete;
 
-    /// What a provider's factories are given; valid as long as the broker.
+    /// The struct that a provider's factories are given; valid as long as the broker.
     [[nodiscard]] const CMPIBroker* table() const noexcept { return &tables; }
-    /// Null if that is no broker of ours.
+    /// The broker behind such a struct or a copy of it; null for any other struct.
     static Broker* from(const CMPIBroker* broker) noexcept;
 
     [[nodiscard]] const ClassRepository& repository() const noexcept { return classes; }
-    /// What answers the provider's calls to the server; never absent.
+    /// Answers the provider's calls to the server.
     [[nodiscard]] UpCalls& upCalls() const noexcept { return *calls; }
     void log(LogLevel level, std::string_view text) const;
-    /// Hands an indication to the sink, also one that nobody takes: counts it. What the sink throws is logged: 1.
+    /// Counts an indication and hands it to the sink.
+    /// @return the sink's result; 1 if there is no sink, or if the sink throws, which is logged
     CMPIrc deliver(std::string_view nameSpace, const InstanceObject& indication);
 
-    // What a test or an operator may ask about the provider's manners.
+    // For tests and operators: what the provider does that other servers would not bear.
 
-    /// Calls that take a production server down because the thread was not attached: newObjectPath, newInstance,
+    /// Calls in a thread that is not attached and that would end a production server: newObjectPath, newInstance,
     /// classPathIsA, newThread, joinThread.
     [[nodiscard]] std::uint64_t fatalUnattachedCalls() const noexcept { return fatalUnattached; }
-    /// Other objects made without an attachment: production servers never free them. Here they go with their thread.
+    /// Other objects that were made in a thread that is not attached. Production servers never free them; here they end
+    /// with their thread.
     [[nodiscard]] std::uint64_t leakingUnattachedCalls() const noexcept { return leakingUnattached; }
     /// Calls of deliverIndication, whether or not somebody took the indication.
     [[nodiscard]] std::uint64_t deliveredIndications() const noexcept { return delivered; }
     /// "Class.Property" of every property that was set although its class lacks it; each once, at most 1000.
     [[nodiscard]] std::vector<std::string> droppedProperties() const;
-    /// Contexts that were prepared for a thread and neither attached nor detached since, and those still attached.
+    /// Contexts that were prepared for a thread and have not been detached: those that are attached, and those that
+    /// never were.
     [[nodiscard]] std::size_t preparedContexts() const;
     /// Threads made through newThread that still run.
     [[nodiscard]] std::size_t runningThreads() const;
 
     // For the tables.
 
-    /// Remembers the property and warns of it, once each.
+    /// Remembers the property, and warns of it once.
     void noteDroppedProperty(const ClassDeclaration& declaration, std::string_view property);
-    /// Counts the call, and warns of the first.
+    /// Counts the call, and warns of the first one.
     void noteFatalUnattachedCall(std::string_view function);
-    /// The same for a call that names no broker, at every broker there is.
+    /// The same for a call that names no broker; every broker counts it.
     static void noteUnownedCall(std::string_view function);
     void noteLeakingUnattachedCall() noexcept { ++leakingUnattached; }
-    /// A context with the parent's entries, which the broker keeps until it is detached.
+    /// A context with the parent's entries. The broker keeps it until it is detached.
     CMPIContext* prepareContext(const ContextObject& parent);
-    /// Binds the calling thread to a prepared context. 0; 60 for a context that is none; 1 if it is attached already.
+    /// Binds the calling thread to a prepared context.
+    /// @return 0; 60 if this is no prepared context; 1 if it is attached already
     CMPIrc attachContext(const CMPIContext* context);
-    /// Ends a context, with everything that its thread made. 0; 60 for a context that is none; 1 in another thread than
-    /// the attached one.
+    /// Ends a prepared context, with everything that its thread has made.
+    /// @return 0; 60 if this is no prepared context; 1 if another thread is attached to it
     CMPIrc detachContext(const CMPIContext* context);
 
 private:

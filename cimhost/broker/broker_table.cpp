@@ -1,4 +1,4 @@
-// The CMPIBrokerFT table: threads of the provider's own, indications, and calls back into the server.
+// The CMPIBrokerFT table: attaching the provider's own threads, indications, and calls to the server.
 
 #include "cimhost/broker/broker.h"
 #include "cimhost/broker/table_support.h"
@@ -30,7 +30,7 @@ CMPIStatus deliverIndication(const CMPIBroker* broker, const CMPIContext* contex
     return statusOf(owner->deliver(textOf(nameSpace), *indication));
 }
 
-// Runs an up-call. What the handler throws becomes a failure: nothing may unwind through the provider.
+// Makes a call to the server. An exception becomes a failure, since none may pass through the provider.
 template <typename Call>
 EnumerationObject* answer(const CMPIBroker* broker, const CMPIObjectPath* object, CMPIStatus* status, Call&& call) {
     Broker* owner = Broker::from(broker);
@@ -145,7 +145,7 @@ CMPIData invokeMethod(const CMPIBroker* broker, const CMPIContext* /*context*/, 
     return found && found->count > 0 ? found->elements[0] : absentData();
 }
 
-// What no provider of this host needs from its server.
+// Calls that no provider of this host makes to its server.
 
 CMPIObjectPath* createInstance(const CMPIBroker* /*broker*/, const CMPIContext* /*context*/,
                                const CMPIObjectPath* /*path*/, const CMPIInstance* /*instance*/,

@@ -29,7 +29,7 @@ void ContextObject::addNumber(std::string_view name, CMPIUint32 number) {
 
 namespace {
 
-// A context belongs to the server: of a request it ends with that, of a thread with detachThread.
+// A context belongs to the server. That of a request ends with the request, that of a thread with detachThread.
 CMPIStatus release(CMPIContext* object) noexcept {
     return statusOf(ContextObject::from(object) ? CMPI_RC_OK : CMPI_RC_ERR_INVALID_HANDLE);
 }

@@ -10,7 +10,7 @@
 namespace cimhost {
 namespace {
 
-// An array beyond this would be a slip of the provider's, and must not take the host's memory.
+// A larger array would be an error of the provider, and must not use up the host's memory.
 constexpr CMPICount largestArray = 1U << 24;
 
 void noteMaker(const CMPIBroker* broker) noexcept {
@@ -18,14 +18,14 @@ void noteMaker(const CMPIBroker* broker) noexcept {
     if (Broker* owner = Broker::from(broker)) owner->noteLeakingUnattachedCall();
 }
 
-// The broker of a call that production servers do not survive in a thread that is not attached.
+// The broker of a call that would end a production server in a thread that is not attached.
 Broker* checkedBroker(const CMPIBroker* broker, const char* function) noexcept {
     Broker* owner = Broker::from(broker);
     if (owner && !currentBinding()) owner->noteFatalUnattachedCall(function);
     return owner;
 }
 
-// A management library that tells wild numbers has a provider make objects without end.
+// If a management library tells wrong numbers, a provider may make objects without end.
 bool isRequestFull(CMPIStatus* status) noexcept {
     if (!isFull(workArena())) return false;
     setStatus(status, CMPI_RC_ERR_FAILED);
@@ -164,7 +164,7 @@ void appendProperties(std::string& out, const InstanceObject& instance) {
     });
 }
 
-// Paths and instances as a person reads them; texts and dates as they are; of everything else the type.
+// Paths and instances in readable form, texts and dates as they are, and the type of everything else.
 CMPIString* toString(const CMPIBroker* /*broker*/, const void* object, CMPIStatus* status) noexcept {
     const char* name = typeNameOf(object);
     setStatus(status, name ? CMPI_RC_OK : CMPI_RC_ERR_INVALID_HANDLE);

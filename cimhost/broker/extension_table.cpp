@@ -16,7 +16,7 @@ namespace {
 static_assert(sizeof(pthread_key_t) == sizeof(CMPI_THREAD_KEY_TYPE));
 static_assert(sizeof(pthread_once_t) == sizeof(int) && PTHREAD_ONCE_INIT == 0);
 
-// A name is taken as it is: the host has no folder of its own for what providers bring along.
+// The name itself: the host has no folder of its own for the files of providers.
 char* resolveFileName(const char* name) noexcept {
     return name ? const_cast<char*>(workArena().copyText(name).data()) : nullptr;
 }
@@ -105,8 +105,8 @@ const CMPIBrokerExtFT tables::extension = {
     resolveFileName,
     newThread,
     joinThreadFromTable,
-    nullptr, // exitThread: to end a thread from within leaves its locks held
-    nullptr, // cancelThread: the same from without
+    nullptr, // exitThread: a thread that ends so leaves its locks held
+    nullptr, // cancelThread: the same
     threadSleep,
     threadOnce,
     createThreadKey,

@@ -23,7 +23,7 @@ std::size_t lengthOf(const char* const* names) noexcept {
     return length;
 }
 
-// An instance in a property is a string in MOF, marked as embedded; the declared type is that of the string.
+// MOF declares a property that holds an instance as a string with the qualifier EmbeddedInstance or EmbeddedObject.
 bool fitsDeclaration(CMPIType given, const PropertyDeclaration& property) noexcept {
     if (given == property.type) return true;
     const bool isEmbedded = elementOf(given) == CMPI_instance && elementOf(property.type) == CMPI_string &&

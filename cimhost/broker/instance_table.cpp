@@ -41,7 +41,7 @@ CMPICount countProperties(const InstanceObject& instance) noexcept {
     return count;
 }
 
-// Slot of the n-th property that a filter leaves, or notFound.
+// The slot of the n-th property that the filter keeps, or notFound.
 std::size_t wantedPosition(const InstanceObject& instance, CMPICount rank) noexcept {
     for (std::size_t position = 0; position < instance.declaration()->properties().size(); ++position) {
         if (instance.isWanted(position) && rank-- == 0) return position;
@@ -79,7 +79,7 @@ CMPIStatus setProperty(const CMPIInstance* object, const char* name, const CMPIV
     return statusOf(instance->setProperty(name, value, type));
 }
 
-// The origin is the class's affair, so whatever the provider says of it changes nothing.
+// The origin follows from the class, so the origin that the provider gives is ignored.
 CMPIStatus setPropertyWithOrigin(const CMPIInstance* object, const char* name, const CMPIValue* value, CMPIType type,
                                  const char* /*origin*/) noexcept {
     return setProperty(object, name, value, type);

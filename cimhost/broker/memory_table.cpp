@@ -1,5 +1,4 @@
-// The CMPIBrokerMemFT table: a provider says here what it does not use any more before its call ends, so that the
-// memory can be used again.
+// The CMPIBrokerMemFT table: with it a provider gives back memory before its call ends.
 
 #include "cimhost/broker/table_support.h"
 
@@ -9,7 +8,7 @@
 namespace cimhost {
 namespace {
 
-// Where a thread's objects lay when it said so; lies there itself.
+// The place in a thread's arena at which mark() was called. It lies at that place itself.
 struct Mark {
     Arena* arena;
     Arena::Place place;
@@ -22,7 +21,8 @@ CMPIGcStat* mark(const CMPIBroker* /*broker*/, CMPIStatus* status) noexcept {
     return arena.make<Mark>(Mark{&arena, place});
 }
 
-// All objects that the calling thread has made since the mark. What it returned is the server's and stays.
+// Gives back all objects that the calling thread has made since the mark. Objects that it has returned belong to the
+// server and stay.
 CMPIStatus release(const CMPIBroker* /*broker*/, const CMPIGcStat* stat) noexcept {
     const auto* const marked = static_cast<const Mark*>(stat);
     if (!marked || marked->arena != &workArena()) return statusOf(CMPI_RC_ERR_INVALID_HANDLE);

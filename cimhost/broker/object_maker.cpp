@@ -44,7 +44,8 @@ std::optional<CMPIData> characterData(std::string_view text) noexcept {
     return data;
 }
 
-// The type in which a key's text is read: what the class declares, or the kind's own for a key that it lacks.
+// The type in which a key's text is read: the one that the class declares, or that of its kind if the class lacks the
+// key.
 CMPIType keyType(const ObjectPathObject& path, std::string_view name, KeyKind kind, std::string_view text) noexcept {
     const PropertyDeclaration* property = path.declaration() ? path.declaration()->property(name) : nullptr;
     if (property && property->isKey) return property->type;

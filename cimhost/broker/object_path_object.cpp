@@ -23,7 +23,7 @@ IntegerValue integerOf(const CMPIData& data) {
                             });
 }
 
-// What is given for a key that the class declares: the declared type, or what a getter gives for it.
+// Whether a value fits a key that the class declares: it has the declared type, or the type that a getter gives for it.
 bool fitsKey(const CMPIData& data, CMPIType declared) {
     if (data.type == declared) return true;
     if (isIntegerType(declared)) {
@@ -39,7 +39,7 @@ bool isKeyType(CMPIType type) noexcept {
            type == CMPI_ref || type == CMPI_char16 || type == CMPI_real32 || type == CMPI_real64;
 }
 
-// Keys know texts, numbers, booleans and references only.
+// The value as keys hold it: they have texts, numbers, booleans and references only.
 CMPIData asKey(Arena& arena, const CMPIData& data) {
     CMPIData key = data;
     key.state = CMPI_goodValue;
@@ -58,7 +58,7 @@ CMPIData asKey(Arena& arena, const CMPIData& data) {
     return copyData(arena, key);
 }
 
-// A text that already lies in the repository needs no copy.
+// A text that lies in the repository already needs no copy.
 std::string_view keepText(Arena& arena, std::string_view text, std::string_view known) {
     return text == known ? known : arena.copyText(text);
 }

@@ -93,7 +93,8 @@ CMPIString* toString(const CMPIObjectPath* object, CMPIStatus* status) noexcept 
 
 } // namespace
 
-// The qualifier getters are absent on production servers, and so here: a provider that needs them finds out.
+// Production servers lack the getters of qualifiers. They are missing here, too, so that a provider that needs them
+// finds out.
 const CMPIObjectPathFT tables::objectPath = {
     CMPICurrentVersion,
     releaseFromTable<ObjectPathObject, CMPIObjectPath>,

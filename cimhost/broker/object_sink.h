@@ -1,4 +1,4 @@
-// Where the objects of an answer go as a provider hands them over.
+// Takes the objects of an answer while a provider hands them over.
 #pragma once
 
 #include "cimhost/broker/objects.h"
@@ -7,12 +7,12 @@
 
 namespace cimhost {
 
-/// Takes one object after the other, on the provider's thread and while the provider waits, most often with its lock
-/// held: so it never waits for a client. An object is whole when it is handed over, and lies in memory that may be used
-/// again as soon as the call returns; what is to be kept is copied.
+/// Takes one object after the other on the provider's thread. The provider waits meanwhile, mostly with its lock held,
+/// so a sink never waits for a client. An object is complete when it is handed over. Its memory may be used again as
+/// soon as the call returns, so a sink copies what it keeps.
 ///
-/// Whoever throws ends the answer: the provider is told that there is no room for more, and what was thrown leaves the
-/// operation once the provider has returned.
+/// A sink that throws ends the answer: the provider is told that there is no room for more, and the exception leaves
+/// the operation once the provider has returned.
 class ObjectSink {
 public:
     virtual ~ObjectSink() = default;
@@ -21,7 +21,7 @@ public:
     virtual void deliver(const ObjectPathObject& path) = 0;
 };
 
-/// Keeps them all, in order, as they were at that moment; they live as long as the arena.
+/// Keeps copies of all objects, in their order. The copies live as long as the arena.
 class ObjectCollector : public ObjectSink {
 public:
     explicit ObjectCollector(Arena& home) : arena(home) {}

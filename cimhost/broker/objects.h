@@ -1,7 +1,8 @@
-// The objects behind the CMPI tables as the server sees them: each begins with the two words that a provider knows.
-// They lie in arenas (that of a request, an attached thread or a clone), are never copied by value, and go with their
-// arena. What one object holds is its own: values are copied in, and copied again for whoever asks. Within one arena a
-// copy is cheap: what cannot change is shared, and the rest until one side changes it.
+// The objects behind the CMPI tables, as the server sees them. Each begins with the two words that a provider knows: a
+// handle and a table of functions. Each object lies in an arena (of a request, an attached thread or a clone), ends
+// with it, and is never copied by value. An object owns what it holds: a value is copied when it is put in, and again
+// when it is read. Within one arena a copy is cheap: what cannot change is shared, and the rest is shared until one
+// side changes.
 #pragma once
 
 #include <cstdint>
@@ -25,21 +26,22 @@ struct NamedData {
     CMPIData data;
 };
 
-/// A list that grows in an arena, always the same one.
+/// A list that grows in an arena; all calls of one list are given the same arena.
 class NamedDataList {
 public:
     [[nodiscard]] std::span<const NamedData> items() const noexcept { return {first, count}; }
     /// Null if there is none of that name.
     [[nodiscard]] const NamedData* find(std::string_view name) const noexcept;
-    /// Replaces the value of that name or adds one. The data lies in the arena; a new name is copied there.
+    /// Replaces the value of that name, or adds one. The data must lie in the arena. A new name is copied there.
     void set(Arena& arena, std::string_view name, const CMPIData& data);
     /// The same for a name that ends in NUL and outlives the list.
     void setNamed(Arena& arena, std::string_view lastingName, const CMPIData& data);
-    /// set() for a value as a table function is given it. 0, or what takeValue() refuses it with.
+    /// set() for a value as table functions are given it.
+    /// @return 0, or the error of takeValue()
     CMPIrc take(Arena& arena, std::string_view name, const CMPIValue* value, CMPIType type);
-    /// A list of its own in another arena.
+    /// A copy of the list in another arena.
     [[nodiscard]] NamedDataList copyTo(Arena& target) const;
-    /// A list in the same arena; what changes in one of the two, the other does not see.
+    /// A copy of the list in the same arena. A change of one of the two does not change the other.
     [[nodiscard]] NamedDataList share() const noexcept;
 
 private:
@@ -52,7 +54,7 @@ private:
 class StringObject : public CMPIString {
 public:
     static StringObject* make(Arena& arena, std::string_view text);
-    /// Null unless the object is one of ours and whole; likewise in the other classes.
+    /// Null unless the object was made by these tables and is not broken. The same holds for the other classes.
     static const StringObject* from(const CMPIString* object) noexcept;
 
     [[nodiscard]] std::string_view text() const noexcept { return {static_cast<const char*>(hdl), length}; }
@@ -63,40 +65,42 @@ public:
     std::uint32_t length;
 };
 
-/// Elements of one type. Numbers lie as densely as in C.
+/// Elements of one type. Numbers lie in memory as in an array of C.
 class ArrayObject : public CMPIArray {
 public:
-    /// elementType as the maker said it (without CMPI_ARRAY). All elements are null. Null if the type has no arrays.
+    /// An array whose elements are all null. Null if there are no arrays of that type.
+    /// @param elementType without CMPI_ARRAY
     static ArrayObject* make(Arena& arena, CMPICount size, CMPIType elementType);
     static const ArrayObject* from(const CMPIArray* object) noexcept;
 
     [[nodiscard]] CMPICount size() const noexcept { return count; }
-    /// CMPI_chars if it was made so; elements then read as CMPI_string.
+    /// The type with which the array was made. Elements of CMPI_chars are read as CMPI_string.
     [[nodiscard]] CMPIType elementType() const noexcept { return type; }
-    /// index < size(). A null element has CMPI_nullValue in its state.
+    /// The index must be below size(). A null element has CMPI_nullValue in its state.
     [[nodiscard]] CMPIData element(CMPICount index) const noexcept;
-    /// 0, 12 beyond the end, 13 for another type, 60 for a broken object. CMPI_null as the type makes a null element.
+    /// Sets an element; the type CMPI_null makes it null.
+    /// @return 0; 12 for an index beyond the end, 13 for another type, 60 for a broken object
     CMPIrc setElement(CMPICount index, const CMPIValue* value, CMPIType valueType);
-    /// Stores data of exactly the element's type (string for chars), or null.
+    /// Stores data of exactly the element's type (CMPI_string for CMPI_chars), or null.
     void store(CMPICount index, const CMPIData& data) noexcept;
-    /// The bytes of the elements where they are numbers; null elements read as 0.
+    /// The bytes of the elements if they are numbers. Those of a null element are 0.
     [[nodiscard]] const unsigned char* bytes() const noexcept { return values; }
-    /// Numbers are copied only when one of the two is written to, if both lie in one arena.
+    /// In the same arena, numbers are copied only once one of the two arrays changes.
     ArrayObject* copyTo(Arena& target) const;
 
     Arena* arena;
     bool ownsArena;
-    mutable bool sharesValues; // with copies of itself
+    mutable bool sharesValues; // with copies of this array
     CMPIType type;
     std::uint8_t elementSize;
     CMPICount count;
     unsigned char* values;
-    unsigned char* present; // one bit an element, 0 for null
+    unsigned char* present; // one bit for each element, 0 for null
 
 private:
     [[nodiscard]] bool isPresent(CMPICount index) const noexcept { return (present[index / 8] >> index % 8 & 1) != 0; }
     void makeValuesOwn();
-    /// Of values and presence together.
+    /// The bytes of `values` and `present` together.
     [[nodiscard]] static std::size_t contentBytes(CMPICount size, std::size_t elementBytes) noexcept {
         return size * elementBytes + (std::size_t{size} + 7) / 8;
     }
@@ -109,7 +113,8 @@ public:
 
     /// Null if the text is not legal: 25 characters "yyyymmddhhmmss.mmmmmmsutc" or "ddddddddhhmmss.mmmmmm:000".
     static DateTimeObject* make(Arena& arena, std::string_view text);
-    /// Microseconds since 1970-01-01 00:00 UTC, or an interval's length. Null beyond what 25 characters can say.
+    /// A time in microseconds since 1970-01-01 00:00 UTC, or the length of an interval in microseconds. Null if 25
+    /// characters cannot express it.
     static DateTimeObject* make(Arena& arena, std::uint64_t microseconds, bool isInterval);
     static const DateTimeObject* from(const CMPIDateTime* object) noexcept;
 
@@ -124,7 +129,7 @@ public:
     std::uint64_t value;
 };
 
-/// Where an instance is to be found: host, namespace, class and keys.
+/// The path of an instance: host, namespace, class and keys.
 class ObjectPathObject : public CMPIObjectPath {
 public:
     static const ObjectPathObject* from(const CMPIObjectPath* object) noexcept;
@@ -146,12 +151,13 @@ public:
     void setClassName(std::string_view className);
     /// Namespace and class at once.
     void setLocation(std::string_view nameSpace, std::string_view className);
-    /// Adds a key or replaces its value. 0; 1 for a null value; 61 for an array, an embedded object or a type other
-    /// than the class declares for that key; 60 for a broken object. Keys that the class lacks are stored as well.
+    /// Adds a key or replaces its value. Keys that the class lacks are stored, too.
+    /// @return 0; 1 for a null value; 61 for an array, an embedded object, or a type other than the class declares for
+    ///         that key; 60 for a broken object
     CMPIrc addKey(std::string_view name, const CMPIValue* value, CMPIType type);
     CMPIrc addKey(std::string_view name, const CMPIData& data);
 
-    /// A copy that later changes of this path do not reach.
+    /// A copy, which later changes of this path do not change.
     ObjectPathObject* copyTo(Arena& target) const;
     /// `//host/root/ns:Class.Key="text",Other=1`, without the parts that are empty.
     void appendText(std::string& out) const;
@@ -171,13 +177,13 @@ private:
     void lookUpClass() noexcept;
 };
 
-/// An instance. Properties of a known class stand in slots, one for each property that the class has.
+/// An instance. If its class is known, its properties stand in slots, one for each property of the class.
 class InstanceObject : public CMPIInstance {
 public:
     static const InstanceObject* from(const CMPIInstance* object) noexcept;
     static InstanceObject* from(CMPIInstance* object) noexcept;
 
-    /// Null for a class that the repository does not know; then every property is a free one.
+    /// Null if the repository does not know the class. Then all properties are free ones.
     [[nodiscard]] const ClassDeclaration* declaration() const noexcept { return origin->declared; }
     [[nodiscard]] std::string_view className() const noexcept { return origin->classText; }
     [[nodiscard]] std::string_view nameSpace() const noexcept { return origin->nameSpaceText; }
@@ -189,9 +195,9 @@ public:
     }
     /// The value of a property, declared or free; null if it was never set.
     [[nodiscard]] const CMPIData* value(std::string_view name) const noexcept;
-    /// Properties of an instance whose class is unknown, in the order of their setting.
+    /// The properties of an instance whose class is unknown, in the order in which they were set.
     [[nodiscard]] std::span<const NamedData> freeProperties() const noexcept { return extra.items(); }
-    /// False for a property that setPropertyFilter() left out.
+    /// False for a property that setPropertyFilter() has left out.
     [[nodiscard]] bool isWanted(std::size_t position) const noexcept {
         return !wanted || (wanted[position / 64] >> (position % 64) & 1) != 0;
     }
@@ -211,34 +217,37 @@ public:
         }
     }
 
-    /// 0 (also for a property that the class lacks: dropped with a warning in the log), 61 for a type other than the
-    /// class says, 60 for a broken object. Chars and string both fit a string property.
+    /// Sets a property. One that the class lacks is dropped, with a warning in the log. Types chars and string both fit
+    /// a string property.
+    /// @return 0, also for a dropped property; 61 for a type other than the class declares; 60 for a broken object
     CMPIrc setProperty(std::string_view name, const CMPIValue* value, CMPIType type);
     CMPIrc setProperty(std::string_view name, const CMPIData& data);
-    /// Keeps the listed properties and the keys, and drops what else is set now or later. Both lists end in a null
-    /// pointer; properties null keeps everything, keys may be null.
+    /// Keeps the listed properties and the keys; drops all others that are set now or later.
+    /// @param properties ends in a null pointer; null keeps everything
+    /// @param keys ends in a null pointer; may be null
     void setPropertyFilter(const char* const* properties, const char* const* keys);
 
-    /// The path: the keys are the instance's key properties; where one is not set, the key of the path that the
-    /// instance was made with. Lies in the target arena.
+    /// The path of the instance, in the target arena. Its keys are the instance's key properties. A key property that
+    /// is not set is taken from the path with which the instance was made.
     [[nodiscard]] ObjectPathObject* path(Arena& target) const;
-    /// Takes over namespace, host and keys; the class must stay the same: 0, or 1 if it is another one.
+    /// Takes namespace, host and keys of the path.
+    /// @return 0; 1 if the path has another class
     CMPIrc setPath(const ObjectPathObject& path);
 
-    /// A copy that later changes of this instance do not reach.
+    /// A copy, which later changes of this instance do not change.
     InstanceObject* copyTo(Arena& target) const;
 
-    /// path lies in the arena and is the instance's alone.
+    /// The path must lie in the arena, and nobody else may use it.
     InstanceObject(Broker& broker, Arena& arena, const ObjectPathObject& path);
 
     Broker* broker;
     Arena* arena;
     bool ownsArena = false;
     mutable bool slotsShared = false;
-    const ObjectPathObject* origin; // what the instance was made with; its own copy, which never changes
+    const ObjectPathObject* origin; // its own copy of the path it was made with or was given last; never changes
     CMPIData* slots = nullptr;
-    std::uint64_t* wanted = nullptr;    // a bit for each slot, null without a filter
-    const char** wantedNames = nullptr; // the same for free properties
+    std::uint64_t* wanted = nullptr;    // one bit for each slot; null without a filter
+    const char** wantedNames = nullptr; // names of free properties, ended by null; null without a filter
     NamedDataList extra;
 
 private:
@@ -256,7 +265,8 @@ public:
 
     [[nodiscard]] std::span<const NamedData> arguments() const noexcept { return list.items(); }
     [[nodiscard]] const NamedData* argument(std::string_view name) const noexcept { return list.find(name); }
-    /// Adds an argument or replaces its value. 0, or 60 for a broken object, 61 for a type that no argument can have.
+    /// Adds an argument or replaces its value.
+    /// @return 0; 60 for a broken object; 61 for a type that no argument can have
     CMPIrc add(std::string_view name, const CMPIValue* value, CMPIType type) {
         return list.take(*arena, name, value, type);
     }
@@ -268,7 +278,7 @@ public:
     NamedDataList list;
 };
 
-/// What surrounds a call: entries by name. One that was prepared for a thread lies in an arena of its own.
+/// The context of a call: entries by name. A context that was prepared for a thread lies in an arena of its own.
 class ContextObject : public CMPIContext {
 public:
     static ContextObject* make(Arena& arena);
@@ -276,7 +286,8 @@ public:
 
     [[nodiscard]] std::span<const NamedData> entries() const noexcept { return list.items(); }
     [[nodiscard]] const NamedData* entry(std::string_view name) const noexcept { return list.find(name); }
-    /// Adds an entry or replaces its value. 0, or 60 for a broken object, 61 for a type that no entry can have.
+    /// Adds an entry or replaces its value.
+    /// @return 0; 60 for a broken object; 61 for a type that no entry can have
     CMPIrc add(std::string_view name, const CMPIValue* value, CMPIType type) {
         return list.take(*arena, name, value, type);
     }
@@ -287,7 +298,7 @@ public:
     NamedDataList list;
 };
 
-/// The query of a subscription. It can be read; evaluating it is the server's affair (rc 7).
+/// The query of a subscription. A provider can read it. It cannot have it evaluated (7): the server does that.
 class SelectExpObject : public CMPISelectExp {
 public:
     static SelectExpObject* make(Arena& arena, std::string_view query, std::string_view language);
@@ -317,13 +328,13 @@ public:
     mutable CMPICount position;
 };
 
-/// The "true" or 17 of a value as CIM-XML writes it; for strings the text itself, for a reference its path's text.
-/// Nothing for null, arrays and embedded instances.
+/// Appends a value as CIM-XML writes it, such as "true" or 17: of a string its text, of a reference the text of its
+/// path. Appends nothing for null, arrays and embedded instances.
 void appendValueText(std::string& out, const CMPIData& data);
 
 enum class KeyKind { string, boolean, numeric };
 
-/// Makes objects for the server's own side, in one arena.
+/// Makes objects for the server itself, in one arena.
 class ObjectMaker {
 public:
     ObjectMaker(Broker& broker, Arena& arena) noexcept : owner(&broker), target(&arena) {}
@@ -332,25 +343,27 @@ public:
 
     [[nodiscard]] ObjectPathObject* path(std::string_view nameSpace, std::string_view className) const;
     [[nodiscard]] ObjectPathObject* copy(const ObjectPathObject& path) const { return path.copyTo(*target); }
-    /// Takes the path's namespace, class and keys; sets the properties for which the class has a default.
+    /// An instance with the path's namespace, class and keys, and with the default values that the class declares.
     [[nodiscard]] InstanceObject* instance(const ObjectPathObject& path) const;
     [[nodiscard]] InstanceObject* copy(const InstanceObject& instance) const { return instance.copyTo(*target); }
     [[nodiscard]] StringObject* string(std::string_view text) const { return StringObject::make(*target, text); }
     [[nodiscard]] ArgsObject* arguments() const { return ArgsObject::make(*target); }
 
-    /// A value of that type (no array) from its CIM-XML text; nothing if the text is none, or out of range.
+    /// A value of that type, which is no array, from its text in CIM-XML. Nothing if the text is no such value or is
+    /// out of range.
     [[nodiscard]] std::optional<CMPIData> value(CMPIType type, std::string_view text) const;
-    /// An array of that element type; elements without text are null. Nothing if an element's text does not fit.
+    /// An array of that element type. An element without a text is null. Nothing if one of the texts does not fit.
     [[nodiscard]] std::optional<CMPIData> arrayValue(CMPIType elementType,
                                                      std::span<const std::optional<std::string>> texts) const;
-    /// Scalar or array, as MOF declared it.
+    /// A value, scalar or array, as MOF declares it. Nothing if a text does not fit.
     [[nodiscard]] std::optional<CMPIData> value(const DeclaredValue& declared) const;
     [[nodiscard]] static CMPIData null(CMPIType type) noexcept;
     [[nodiscard]] static CMPIData value(const ObjectPathObject& path) noexcept;
     [[nodiscard]] static CMPIData value(const InstanceObject& instance) noexcept;
 
-    /// Adds a key as a request spells it, in the type that the class declares for it; a key that the class lacks gets
-    /// the kind's own type. Fails with CMPI_RC_ERR_INVALID_PARAMETER if the text does not fit.
+    /// Adds a key as a request spells it, in the type that the class declares for it. A key that the class lacks gets
+    /// the type of its kind.
+    /// @return nothing; CMPI_RC_ERR_INVALID_PARAMETER if the text does not fit
     [[nodiscard]] std::optional<CimError> addKey(ObjectPathObject& path, std::string_view name, KeyKind kind,
                                                  std::string_view text) const;
 

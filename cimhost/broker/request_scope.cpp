@@ -25,7 +25,7 @@ void unbindThread(const ThreadBinding& binding) noexcept {
 }
 
 Arena& workArena() noexcept {
-    // What a thread makes that is bound to nothing lives as long as the thread.
+    // Objects of a thread without a binding live as long as the thread.
     thread_local Arena unbound;
     return innermost ? *innermost->arena : unbound;
 }

@@ -1,4 +1,4 @@
-// Binds an arena to the current thread: everything that the thread makes through the CMPI tables lies in it.
+// Binds an arena to the calling thread: all objects that the thread makes through the CMPI tables lie in it.
 #pragma once
 
 #include "cimhost/broker/arena.h"
@@ -8,7 +8,7 @@ namespace cimhost {
 
 class Broker;
 
-/// What is bound to a thread; bindings nest.
+/// What is bound to a thread. Bindings can be nested.
 struct ThreadBinding {
     Arena* arena = nullptr;
     Broker* broker = nullptr;
@@ -18,8 +18,8 @@ struct ThreadBinding {
 /// The innermost binding of the calling thread, or null.
 ThreadBinding* currentBinding() noexcept;
 
-/// One request: from its making to its end the calling thread's objects lie in its arena, and they end with it. To be
-/// destroyed by the thread that made it, scopes in reverse order.
+/// One request. As long as it lives, the objects that the calling thread makes lie in its arena, and they end with it.
+/// The thread that made it destroys it; nested scopes in reverse order.
 class RequestScope {
 public:
     explicit RequestScope(Broker& broker) noexcept;
@@ -27,7 +27,7 @@ public:
     RequestScope(const RequestScope&) = delete;
     RequestScope& operator=(const RequestScope&) = delete;
 
-    /// The broker that the calls of this request go through.
+    /// The broker of this request's calls.
     [[nodiscard]] Broker& broker() const noexcept { return *binding.broker; }
     [[nodiscard]] Arena& arena() noexcept { return memory; }
     /// Makes objects that end with the request.

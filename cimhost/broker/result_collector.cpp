@@ -80,7 +80,7 @@ CMPIStatus returnError(const CMPIResult* object, const CMPIError* /*error*/) noe
 
 const CMPIResultFT tables::result = {
     CMPICurrentVersion,
-    nullptr, // release: the result is the server's; production servers have neither of the two
+    nullptr, // release: the result belongs to the server; production servers lack these two as well
     nullptr, // clone
     returnData,
     returnInstance,

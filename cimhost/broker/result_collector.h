@@ -1,4 +1,4 @@
-// The CMPIResult that a provider answers into: hands on what it returns, or keeps it, in order.
+// The CMPIResult to which a provider returns objects: it hands them on or keeps them, in their order.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace cimhost {
 
-/// What a request lets its provider return.
+/// What a provider may return for a request.
 enum class ResultKind {
     nothing,   ///< modifyInstance, deleteInstance
     paths,     ///< enumerateInstanceNames, associatorNames, referenceNames, createInstance
@@ -18,8 +18,8 @@ enum class ResultKind {
     data,      ///< invokeMethod
 };
 
-/// Lives within the request's scope. What is returned is taken as it is at that moment: by the sink if there is one,
-/// else it is kept here.
+/// Lives within the request's scope. Each object is taken as it is when it is returned: by the sink, or, without a
+/// sink, as a copy that is kept here.
 class ResultCollector : public CMPIResult, public ObjectCollector {
 public:
     ResultCollector(RequestScope& scope, ResultKind kind, ObjectSink* sink = nullptr);
@@ -27,14 +27,17 @@ public:
 
     [[nodiscard]] ResultKind kind() const noexcept { return allowed; }
     [[nodiscard]] std::size_t doneCount() const noexcept { return timesDone; }
-    /// What the sink threw; it is given nothing more then.
+    /// The exception of the sink, which is given nothing more after it; null if there is none.
     [[nodiscard]] const std::exception_ptr& failure() const noexcept { return thrown; }
 
     std::vector<CMPIData> data;
 
-    /// 0; 7 if the request does not allow this kind; 60 for a broken object; 1 if there is no room for more.
+    // All three return 0; 7 if the request does not allow this kind; 60 for a broken object.
+
+    /// 1 if there is no room for more, or the sink has thrown.
     CMPIrc addInstance(const CMPIInstance* instance);
     CMPIrc addPath(const CMPIObjectPath* path);
+    /// 61 for a type that no value has.
     CMPIrc addData(const CMPIValue* value, CMPIType type);
     void done() noexcept { ++timesDone; }
 

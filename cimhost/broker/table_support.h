@@ -1,4 +1,4 @@
-// What the implementations of the CMPI tables share.
+// Functions that the implementations of the CMPI tables share.
 #pragma once
 
 #include <memory>
@@ -27,21 +27,22 @@ extern const CMPIBrokerMemFT memory;
 
 } // namespace tables
 
-/// Makes a binding the calling thread's innermost one. It must stay until unbindThread(), in the same thread.
+/// Makes a binding the calling thread's innermost one. The binding must live until the same thread calls
+/// unbindThread().
 void bindThread(ThreadBinding& binding) noexcept;
-/// Takes a binding away, the innermost one or one further out; nothing happens if it is none of this thread's.
+/// Removes a binding of the calling thread, the innermost one or another. Nothing happens if it is none of these.
 void unbindThread(const ThreadBinding& binding) noexcept;
 
-/// Where the calling thread's objects lie now.
+/// The arena in which the calling thread makes objects now.
 Arena& workArena() noexcept;
 
-/// CMPI's structs want pointers to tables that could be written; nobody may write these.
+/// The structs of CMPI have pointers to tables that are not const. These tables are, and nobody may write to them.
 template <typename Table>
 Table* tablePointer(const Table& table) noexcept {
     return const_cast<Table*>(&table);
 }
 
-/// The object behind a CMPI struct; null unless it is whole and its table is the given one.
+/// The object behind a CMPI struct; null unless it has a handle and the given table.
 template <typename Wanted, typename Object, typename Table>
 Wanted* checkedObject(Object* object, const Table& table) noexcept {
     return object && object->hdl && object->ft == &table ? static_cast<Wanted*>(object) : nullptr;
@@ -54,7 +55,7 @@ inline CMPIStatus statusOf(CMPIrc code, std::string_view message) {
     return {code, StringObject::make(workArena(), message)};
 }
 
-/// Callers of the tables may leave their status out.
+/// Sets the status of a call. Callers of the tables may leave it out: null.
 inline void setStatus(CMPIStatus* status, CMPIrc code) noexcept {
     if (status) *status = statusOf(code);
 }
@@ -66,14 +67,14 @@ inline void setStatus(CMPIStatus* status, CMPIrc code, std::string_view message)
 /// The text; empty for a null pointer.
 inline std::string_view textOf(const char* text) noexcept { return text ? std::string_view(text) : std::string_view(); }
 
-/// The answer of every getter that finds nothing.
+/// The result of a getter that finds nothing.
 inline CMPIData absentData() noexcept {
     CMPIData data{};
     data.state = CMPI_nullValue | CMPI_notFound;
     return data;
 }
 
-/// A copy that outlives the request, until it is released.
+/// A copy that lives until it is released, also after the request.
 template <typename Object>
 Object* cloneObject(const Object& source) {
     auto memory = std::make_unique<Arena>();
@@ -83,7 +84,7 @@ Object* cloneObject(const Object& source) {
     return copy;
 }
 
-/// Frees a clone; objects of a request stay until its end.
+/// Frees a clone. An object of a request stays until the request ends. 0, or 60 for null.
 template <typename Object>
 CMPIStatus releaseObject(const Object* object) noexcept {
     if (!object) return statusOf(CMPI_RC_ERR_INVALID_HANDLE);
@@ -91,7 +92,7 @@ CMPIStatus releaseObject(const Object* object) noexcept {
     return statusOf(CMPI_RC_OK);
 }
 
-/// The clone slot of a table, for a class that has copyTo().
+/// The function `clone` of a table, for a class that has copyTo().
 template <typename Object, typename Base>
 Base* cloneFromTable(const Base* object, CMPIStatus* status) noexcept {
     const Object* source = Object::from(object);
@@ -99,13 +100,13 @@ Base* cloneFromTable(const Base* object, CMPIStatus* status) noexcept {
     return source ? cloneObject(*source) : nullptr;
 }
 
-/// The release slot of a table.
+/// The function `release` of a table.
 template <typename Object, typename Base>
 CMPIStatus releaseFromTable(Base* object) noexcept {
     return releaseObject(Object::from(static_cast<const Base*>(object)));
 }
 
-/// The n-th of a list of named values, as the ...At getters give it: 12 beyond the end.
+/// The value at a position of a list of named values, as the getters ...At give it. The status is 12 beyond the end.
 CMPIData namedDataAt(std::span<const NamedData> items, CMPICount position, CMPIString** name, CMPIStatus* status);
 
 } // namespace cimhost

@@ -18,7 +18,7 @@ struct Thread {
     const Broker* owner;
     pthread_t handle{};
     bool isRunning = true;
-    bool isJoined = false; // by somebody who still waits
+    bool isJoined = false; // somebody waits for its end
 };
 
 struct Registry {
@@ -43,7 +43,7 @@ void noteEnd(Thread* thread) {
 
 void* runThread(void* argument) {
     auto* thread = static_cast<Thread*>(argument);
-    // Also runs when the thread is ended from within by pthread_exit.
+    // This also runs when the thread ends itself by pthread_exit.
     const std::unique_ptr<Thread, void (*)(Thread*)> atEnd(thread, noteEnd);
     return thread->function(thread->argument);
 }

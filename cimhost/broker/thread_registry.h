@@ -1,4 +1,5 @@
-// The threads that providers make through the broker: real ones, but known, so that the host can tell which still run.
+// The threads that providers make through the broker. The host keeps a list of them, so that it can tell which still
+// run.
 #pragma once
 
 #include <cstddef>
@@ -9,17 +10,22 @@ class Broker;
 
 using ThreadFunction = void* (*)(void*);
 
-/// Starts a thread; owner may be null. A joinable one is to be joined once through joinThread(). Null on failure.
+/// Starts a thread. One that is not detached must be joined once, by joinThread().
+/// @param owner may be null
+/// @return the thread for joinThread(); null if the system gives none
 void* startThread(ThreadFunction function, void* argument, bool isDetached, const Broker* owner);
 
-/// How many threads the system has not given so far.
+/// How many threads the system has refused so far.
 std::size_t countMissingThreads() noexcept;
 
-/// Waits for the thread and forgets it. 0, or an error number: ESRCH for what is no joinable thread of ours or is
-/// waited for already, EDEADLK for the calling thread.
+/// Waits for the end of the thread, and forgets it.
+/// @param result takes what the thread's function returned; may be null
+/// @return 0 or an error number: ESRCH if this is no thread to be joined or somebody waits for it already, EDEADLK for
+/// the
+///         calling thread
 int joinThread(void* thread, void** result);
 
-/// Threads of that owner whose function has not yet returned; those without an owner count for everybody.
+/// How many threads of that owner still run. Those without an owner count for every owner.
 std::size_t countRunningThreads(const Broker& owner);
 
 } // namespace cimhost

@@ -21,14 +21,14 @@ CMPIrc takeText(Arena& arena, const char* text, CMPIData& data) {
     return CMPI_RC_OK;
 }
 
-// True for a whole object of ours, of the data's type.
+// True if the value is an object of the data's type that is not broken.
 bool isWhole(const CMPIData& data) {
     return visitValue(data, Overloaded{[](NoValue) { return false; }, [](const auto&) { return true; }});
 }
 
-// An object or an array: data has its inward type.
+// Takes an object or an array. data has its inward type already.
 CMPIrc takeObject(Arena& arena, const CMPIValue& value, CMPIData& data) {
-    // All these members of the union are pointers, and lie in the same place.
+    // The members of the union for these types are all pointers, at the same place.
     data.value.string = value.string;
     if (!data.value.string) {
         data.state = CMPI_nullValue;
@@ -37,7 +37,7 @@ CMPIrc takeObject(Arena& arena, const CMPIValue& value, CMPIData& data) {
     if (!isWhole(data)) return CMPI_RC_ERR_INVALID_HANDLE;
     if (isArrayType(data.type)) {
         const CMPIType actual = arrayOf(inwardType(ArrayObject::from(data.value.array)->elementType()));
-        // The bare array flag names no element type, so it takes every array.
+        // CMPI_ARRAY alone names no element type, so it takes every array.
         if (data.type != CMPI_ARRAY && data.type != actual) return CMPI_RC_ERR_INVALID_DATA_TYPE;
         data.type = actual;
     }
@@ -81,7 +81,7 @@ CMPIrc takeValue(Arena& arena, const CMPIValue* value, CMPIType type, CMPIData& 
         data.state = CMPI_nullValue;
         return CMPI_RC_OK;
     }
-    // Callers pass the address of a plain variable as well as that of a whole CMPIValue: no byte too many is read.
+    // A caller may pass the address of a plain variable instead of a whole CMPIValue, so only its own bytes are read.
     if (size != 0 && !isArrayType(type)) {
         std::memcpy(&data.value, value, size);
         return CMPI_RC_OK;

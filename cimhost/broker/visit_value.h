@@ -1,4 +1,4 @@
-// A value of CMPI as what it is: the one place that goes through the types.
+// Gives a CMPI value in its own C++ type. This is the only place that goes through all types.
 #pragma once
 
 #include "cimhost/broker/objects.h"
@@ -9,10 +9,10 @@
 
 namespace cimhost {
 
-/// A null, a type that no value here has, or an object that is not one of ours and whole.
+/// Stands for a null, for a type that no value here has, and for an object that is broken or not made by these tables.
 struct NoValue {};
 
-/// Several functions as one, which visitValue() chooses from.
+/// Several functions in one, of which visitValue() calls the one that fits.
 template <typename... Functions>
 struct Overloaded : Functions... {
     using Functions::operator()...;
@@ -22,8 +22,8 @@ Overloaded(Functions...) -> Overloaded<Functions...>;
 
 /// Calls visit with the value: a bool, a char16_t, an integer of its width, a float or a double, a StringObject,
 /// DateTimeObject, ObjectPathObject, InstanceObject or ArrayObject, or NoValue. visit takes each of them and always
-/// returns the same type, so that no type is forgotten. Inlined, as answers are made of it: the functions are then
-/// never put together as an object.
+/// returns the same type, so that no type is forgotten. It is inlined because answers are made with it: the compiler
+/// then need not make an object of the functions.
 template <typename Visit>
 [[gnu::always_inline]] inline decltype(auto) visitValue(const CMPIData& data, Visit&& visit) {
     const CMPIValue& value = data.value;

@@ -1,4 +1,4 @@
-// What becomes of the objects of an answer as the provider delivers them.
+// Encodes the objects of an answer while the provider delivers them.
 #pragma once
 
 #include "cimhost/broker/object_sink.h"
@@ -9,12 +9,13 @@
 
 namespace cimhost {
 
-/// Encodes one object after the other, at once. Only the first ones are kept meanwhile: if there are no more, they are
-/// encoded when the provider has returned and lets others in again.
+/// Encodes each object at once, except for the first ones, which are kept. If no more come, they are encoded after the
+/// provider has returned and has released its lock for other requests.
 template <typename Encode>
 class AnswerSink final : public ObjectSink {
 public:
-    /// encode appends an instance or a path to the document of the call, which outlives this.
+    /// The call outlives this.
+    /// @param function appends an instance or a path to the document of the call
     AnswerSink(const Call& ofAnswer, Encode function)
         : call(ofAnswer), encode(std::move(function)), kept(ofAnswer.scope.arena()),
           sizeBefore(ofAnswer.scope.arena().size()) {}
@@ -22,13 +23,13 @@ public:
     void deliver(const InstanceObject& instance) override { take(instance); }
     void deliver(const ObjectPathObject& path) override { take(path); }
 
-    /// When the last object has been delivered.
+    /// Called after the last object.
     void finish() {
         if (!isPassing) passKept();
     }
 
 private:
-    // Of the objects that are kept, with whatever else the provider makes.
+    // Bytes of the objects that are kept, together with all that the provider makes meanwhile.
     static constexpr std::size_t mostKept = std::size_t{64} << 10;
 
     template <typename Object>
@@ -59,7 +60,7 @@ private:
     bool isPassing = false;
 };
 
-/// Asks for objects with the sink, and encodes them.
+/// Calls ask with a sink, and encodes the objects that the sink is given.
 template <typename Encode, typename Ask>
 void answerWith(const Call& call, Encode encode, Ask ask) {
     AnswerSink<Encode> sink(call, std::move(encode));

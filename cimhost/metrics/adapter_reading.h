@@ -1,4 +1,4 @@
-// What is published of the adapters, as metrics.
+// The adapters as metrics: reads what a provider publishes of them.
 #pragma once
 
 #include "cimhost/metrics/counter_memory.h"
@@ -15,12 +15,12 @@
 
 namespace cimhost::metrics {
 
-/// A counter of Merolt_FCHBA_FCPortStatistics that adapters keep. All others of the class always read 0.
+/// A counter of Merolt_FCHBA_FCPortStatistics that adapters keep. All other counters of the class are always 0.
 struct CounterRow {
     const char* property;
     const char* metric; ///< without "_total"
     const char* help;
-    std::uint64_t unit; ///< what one of it stands for
+    std::uint64_t unit; ///< the counter is multiplied by this
 };
 constexpr std::size_t counterCount = 9;
 extern const std::array<CounterRow, counterCount> counterRows;
@@ -31,11 +31,11 @@ struct PortStatistics {
     std::vector<std::uint64_t> values;
 };
 
-/// What one look found. Two objects that would have the same labels are one, the first.
+/// What one reading has found. Of several objects that would have the same labels, the first one counts.
 struct Found {
     monitoring::Snapshot snapshot;
-    std::vector<PortStatistics> statistics; ///< as they are to be told; what has no place there is left out
-    std::chrono::duration<double> duration; ///< of the look
+    std::vector<PortStatistics> statistics; ///< with wraps added; without ports whose counters are not shown now
+    std::chrono::duration<double> duration; ///< of the reading
 };
 
 void writeAdapters(Exposition& out, const Found& found);
@@ -43,7 +43,7 @@ void writeAdapters(Exposition& out, const Found& found);
 /// Reads what a provider publishes, one enumeration at a time.
 class AdapterReader {
 public:
-    /// Throws where nothing is answered, and what the enumeration throws. For one thread at a time.
+    /// Throws if no question is answered, and what the enumeration throws. Called by one thread at a time.
     [[nodiscard]] SharedReading read(const monitoring::Enumerate& enumerate);
 
 private:

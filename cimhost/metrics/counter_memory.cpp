@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::uint64_t range = std::uint64_t{1} << 32;
 
-/// Far more than a host has; names that a broken adapter makes up anew each time do not fill the memory.
+/// Far more ports than a host has. A broken adapter that makes up new names each time cannot fill the memory.
 constexpr std::size_t mostPorts = 65'536;
 
 bool hasWrapped(std::uint64_t from, std::uint64_t to) {

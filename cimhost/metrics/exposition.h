@@ -14,12 +14,13 @@ enum class Format { prometheus, openMetrics };
 /// The value of Content-Type for a format.
 std::string_view contentType(Format format);
 
-/// What a client prefers by its field Accept (RFC 9110, 12.5.1); the text format 0.0.4 where it says nothing.
+/// The format that a client prefers by its field Accept (RFC 9110, 12.5.1); without a preference, the text format
+/// 0.0.4.
 Format preferredFormat(std::string_view accept);
 
 enum class Type { gauge, counter, info, histogram };
 
-/// Labels of a sample, each with an escaped value; what is no UTF-8 reads '?'.
+/// The labels of a sample. Values are escaped; bytes that are no UTF-8 become '?'.
 class Labels {
 public:
     Labels& add(std::string_view name, std::string_view value);
@@ -31,23 +32,28 @@ private:
     std::string rendered;
 };
 
-/// Writes families one after the other. A family is announced by its first sample, so one without any is left out.
+/// Writes families of metrics one after the other. The first sample of a family announces it, so a family without
+/// samples is left out.
 class Exposition {
 public:
     Exposition(ByteBuffer& target, Format written) : buffer(target), format(written) {}
 
-    /// Of a counter or an info the name comes without its "_total" or "_info". Name and help are literals.
+    /// Begins a family. Name and help must live as long as its samples are written.
+    /// @param name of a counter or an info without "_total" or "_info"
     Exposition& family(std::string_view name, Type type, std::string_view help);
 
-    /// A sample of the family. A number that is none is left out.
+    /// Writes a sample of the family. A value that is not a finite number is left out.
     void sample(const Labels& labels, double value);
     void sample(const Labels& labels, std::uint64_t value);
 
-    /// Parts of a histogram: how many so far are not above the limit, which is written as it is; all; their sum.
+    /// Writes a bucket of a histogram.
+    /// @param limit written as it is
+    /// @param soFar how many values are not above the limit
     void bucket(const Labels& labels, std::string_view limit, std::uint64_t soFar);
+    /// Writes how many values a histogram has, and their sum.
     void countAndSum(const Labels& labels, std::uint64_t count, double sum);
 
-    /// Behind the last sample.
+    /// Ends the text. Called after the last sample.
     void end();
 
 private:

@@ -1,5 +1,5 @@
-// Which port is at which jack, from one look at the adapters to the next. To tell it, the provider compares every port
-// with every jack, which on a host with many takes longer than all else, and holds its lock.
+// Keeps which port is at which jack from one reading of the adapters to the next. To answer this, the provider compares
+// every port with every jack while it holds its lock. On a host with many ports that takes longer than all the rest.
 #pragma once
 
 #include "cimhost/broker/arena.h"
@@ -15,8 +15,9 @@ namespace cimhost::metrics {
 
 class KeptLinks {
 public:
-    /// One look: enumerates as it is asked to, but associations of ports and jacks only where these are others than
-    /// when they were kept. What it returns lives as long as what the enumeration returns, and the next look.
+    /// The enumeration for one reading. It asks for the associations of ports and jacks only if ports or jacks have
+    /// changed since the kept ones were read. What it returns lives until the next reading, and no longer than what
+    /// `enumerate` returns.
     class Look {
     public:
         Look(KeptLinks& links, const monitoring::Enumerate& enumerate) : kept(links), ask(enumerate) {}
@@ -28,7 +29,7 @@ public:
         KeptLinks& kept;
         const monitoring::Enumerate& ask;
         std::string jacks;
-        std::map<std::string_view, std::vector<const InstanceObject*>> ahead; // asked for before their turn
+        std::map<std::string_view, std::vector<const InstanceObject*>> ahead; // read before they were asked for
     };
 
 private:

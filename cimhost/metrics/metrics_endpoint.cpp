@@ -58,7 +58,7 @@ http::Response MetricsEndpoint::compose(Format format, const SharedReading& read
 
 http::Response MetricsEndpoint::answer(http::Request request) { return compose(formatFor(request), nullptr); }
 
-// A client that gives up at ten seconds is answered before.
+// A client is answered a little before it gives up.
 std::chrono::milliseconds MetricsEndpoint::patienceOf(const http::Request& request) const {
     const std::string* told = request.field("X-Prometheus-Scrape-Timeout-Seconds");
     const std::optional<double> seconds = told ? secondsOf(*told) : std::nullopt;

@@ -16,17 +16,18 @@ class MetricsEndpoint final : public http::Handler {
 public:
     using WriteOwn = std::function<void(Exposition&)>;
 
-    /// The readings outlive the endpoint. writeOwn tells what the server knows of itself, at once and on any thread. No
-    /// scrape waits for the adapters for longer than the patience, nor than the client says it waits (the field
-    /// X-Prometheus-Scrape-Timeout-Seconds).
+    /// The readings outlive the endpoint.
+    /// @param writeOwn writes the metrics of the server itself; never waits; called on any thread
+    /// @param longest the longest wait of a scrape for the adapters. A client that says how long it waits (field
+    ///        X-Prometheus-Scrape-Timeout-Seconds) is answered before that time is over
     MetricsEndpoint(Readings& adapters, WriteOwn writeOwn, std::chrono::milliseconds longest);
 
     [[nodiscard]] std::optional<http::Response> refuse(const http::Request& head) const override;
 
-    /// What the server knows of itself alone.
+    /// Answers with the server's own metrics alone.
     [[nodiscard]] http::Response answer(http::Request request) override;
 
-    /// With the adapters, if they can be read in time.
+    /// Answers with the metrics of the adapters, too, if these can be read in time.
     void answerTo(http::Request request, const std::shared_ptr<http::Reply>& reply) override;
 
 private:

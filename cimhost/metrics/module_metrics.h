@@ -1,4 +1,4 @@
-// What transceiver modules tell, as metrics in base units.
+// The readings of transceiver modules as metrics, in base units.
 #pragma once
 
 #include "cimhost/metrics/exposition.h"
@@ -13,7 +13,8 @@ struct ModuleSamples {
     const optics::Module* told;
 };
 
-/// Readings, limits and how both compare. Of several lanes the worst is told. What a module does not tell is left out.
+/// Writes readings, limits, and how far each reading is beyond its limits. Of several lanes the worst one counts.
+/// Values that a module does not have are left out.
 void writeModuleReadings(Exposition& out, const std::vector<ModuleSamples>& modules);
 
 } // namespace cimhost::metrics

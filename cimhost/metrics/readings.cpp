@@ -52,7 +52,7 @@ SharedReading Readings::readNow() const noexcept {
     }
 }
 
-// Whoever came while the adapters were looked at gets what was found.
+// All who asked while the adapters were being read get this reading.
 void Readings::readOnDemand() {
     std::unique_lock lock(mutex);
     while (true) {

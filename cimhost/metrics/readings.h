@@ -1,5 +1,5 @@
-// Looks at the adapters when somebody asks: whoever asks while a look is under way shares it, and nobody waits for
-// longer than he said.
+// Reads the adapters when somebody asks. All who ask while a reading is under way share it. Nobody waits for longer
+// than the given patience.
 #pragma once
 
 #include "cimhost/metrics/exposition.h"
@@ -15,7 +15,7 @@
 
 namespace cimhost::metrics {
 
-/// What one look at the adapters found.
+/// What one reading of the adapters has found.
 class Reading {
 public:
     virtual ~Reading() = default;
@@ -30,25 +30,25 @@ public:
     using Read = std::function<SharedReading()>;
     using Give = std::function<void(const SharedReading&)>;
 
-    /// read looks at the adapters, on a thread of this object; it may take as long as it likes. What it throws counts
-    /// as no reading.
+    /// Throws std::system_error if the system gives no thread.
+    /// @param read reads the adapters, on a thread of this object, and may take long. If it throws, there is no reading
     explicit Readings(Read read);
-    /// Stops, and waits for a look that is under way: for ever, where that hangs.
+    /// The same as finish().
     ~Readings();
     Readings(const Readings&) = delete;
     Readings& operator=(const Readings&) = delete;
 
-    /// Never waits. give is called once, on a thread of this object or at once: with a reading, or with null when the
-    /// patience is at its end, the look fails or this stops. A look that has been under way for longer than that
-    /// patience is not waited for. give throws nothing.
+    /// Asks for a reading. Never waits. give is called once, on a thread of this object or before this returns: with a
+    /// reading, or with null if the patience is over, the reading fails, or this stops. If a reading has been under way
+    /// for longer than the patience already, give gets null at once. give must not throw.
     void ask(std::chrono::milliseconds patience, Give give);
 
-    /// False where nobody waits for the look that is under way any more.
+    /// False if nobody waits any more for the reading that is under way.
     [[nodiscard]] bool isAwaited() const;
 
-    /// Begins no further look, and tells all who wait. Does not wait.
+    /// Begins no further reading, and gives null to all who wait. Does not wait.
     void stop();
-    /// The same, and waits for the look that is under way.
+    /// The same, and waits for the reading that is under way; for ever if that hangs.
     void finish();
 
 private:

@@ -36,7 +36,7 @@ std::uint64_t answersOf(const RequestFigures::Operation& operation) {
     return count;
 }
 
-/// Of an operation that nobody has asked for yet nothing is written.
+/// Nothing is written for an operation that has not been used yet.
 void writeRequests(Exposition& out, const RequestFigures& requests) {
     const std::vector<std::string_view> names = Dispatcher::operationNames();
     out.family("merolt_cna_cim_requests", Type::counter, "CIM requests answered, by operation and CIM status.");
@@ -91,7 +91,7 @@ void writeTraffic(Exposition& out, const http::Traffic& traffic) {
             out.sample(Labels().add("code", std::to_string(status)), std::uint64_t{traffic.answers[status]});
         }
     }
-    const std::uint64_t gone = traffic.disconnections; // first: there are never fewer connections than that
+    const std::uint64_t gone = traffic.disconnections; // read first, so that it is never more than the connections
     const std::uint64_t come = traffic.connections;
     out.family("merolt_cna_http_connections", Type::counter, "Connections of CIM clients that were accepted.")
         .sample({}, come);

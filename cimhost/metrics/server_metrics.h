@@ -1,4 +1,4 @@
-// What a running server tells of itself.
+// The metrics of a running server itself.
 #pragma once
 
 #include "cimhost/http/traffic.h"
@@ -12,14 +12,14 @@
 
 namespace cimhost::metrics {
 
-/// Where the figures stand. All outlive whoever reads them.
+/// The objects that hold the figures. All of them outlive the metrics.
 struct ServerFigures {
     const http::Traffic& traffic; // of the CIM clients
     const RequestFigures& requests;
     const CallQueue& queue;
     const PullSessions& pulls;
     IndicationServer& indications;
-    std::chrono::steady_clock::duration firstBuild{}; // of the inventory, as the server had to wait for it
+    std::chrono::steady_clock::duration firstBuild{}; // how long the server waited for the first build of the inventory
 };
 
 void writeServer(Exposition& out, const ServerFigures& figures);

@@ -1,4 +1,5 @@
-// The provider's classes that monitoring reads. Nothing else in cimhost knows a class of the provider by its name.
+// The classes of the provider that monitoring reads. No other part of cimhost knows a class of the provider by its
+// name.
 #pragma once
 
 namespace cimhost::monitoring::published {

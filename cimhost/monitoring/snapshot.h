@@ -1,6 +1,5 @@
-// What a server publishes of adapters, ports and modules, as plain facts: what people, rules and metrics are told is
-// made of these. They come from the enumerations of published classes alone, so any server that has the classes will
-// do.
+// What a server publishes of adapters, ports and modules, as plain facts for people, rules and metrics. All facts come
+// from enumerations of published classes, so any server that has these classes can be asked.
 #pragma once
 
 #include "cimhost/broker/objects.h"
@@ -23,7 +22,7 @@ struct Card {
     std::string version;
 };
 
-/// Merolt_Adapter_PhysicalPort: where a module can be plugged, whatever functions run over it.
+/// Merolt_Adapter_PhysicalPort: a place for a module, whatever functions run over it.
 struct Jack {
     std::string tag; ///< card's serial number and port number with an underscore
     std::string cardSerialNumber;
@@ -35,9 +34,9 @@ struct Module {
     std::string tag;
     std::string jack; ///< tag of its jack
     std::string vendor, partNumber, serialNumber;
-    bool isReadable = false; ///< SFPStatus: the card calls it a module that it can read
-    bool hasPages = false;   ///< false where the server publishes texts alone: those of an Ethernet function
-    optics::Module told;     ///< what its pages say
+    bool isReadable = false; ///< SFPStatus: the card says that it can read the module
+    bool hasPages = false;   ///< false if the server publishes texts alone, as for an Ethernet function
+    optics::Module told;     ///< the content of its pages
 };
 
 enum class LinkState { unknown, up, down, suspended, testing };
@@ -49,8 +48,8 @@ struct FibreChannelPort {
     std::string portName, nodeName; ///< 16 digits
     std::string cardSerialNumber, model;
     LinkState state = LinkState::unknown;
-    bool answers = false;                            ///< false where the card gives neither state nor type
-    std::optional<std::uint64_t> speedBitsPerSecond; ///< absent if negotiated or untold
+    bool answers = false;                            ///< false if the card gives neither state nor type
+    std::optional<std::uint64_t> speedBitsPerSecond; ///< absent if it is unknown or still being negotiated
     std::optional<std::uint64_t> largestSpeedBitsPerSecond;
     bool isOverEthernet = false;
     std::size_t targets = 0;
@@ -88,7 +87,7 @@ struct Software {
     std::string model;
 };
 
-/// A class that the server did not answer for.
+/// A class whose enumeration the server refused.
 struct Failure {
     std::string className;
     std::string reason;
@@ -105,34 +104,36 @@ struct Snapshot {
     std::vector<Failure> failures;
 };
 
-/// Enumerates the instances of a class and its subclasses, wherever they come from: the provider here, or a server.
-/// Throws CimFailure if the question is refused, and any other exception if there is no answer. The instances live as
-/// long as the caller of the functions below.
+/// Enumerates the instances of a class and its subclasses, by the provider here or by a server. Throws CimFailure if
+/// the question is refused, and another exception if there is no answer. The instances live until the function below
+/// that calls it returns.
 using Enumerate = std::function<std::vector<const InstanceObject*>(const char* className)>;
 
-/// Everything. A refused question is one of the failures, and its facts are absent. Throws CimFailure if every question
-/// is refused, and what the enumeration throws.
+/// Reads everything. A question that is refused becomes one of the failures, and its facts are absent. Throws
+/// CimFailure if every question is refused, and any other exception of the enumeration.
 Snapshot readSnapshot(const Enumerate& enumerate);
 
-/// Cards, jacks, modules and the ports at them; no targets, no counters and no software. Throws what the enumeration
-/// throws.
+/// Reads cards, jacks, modules and the ports at them, without targets, counters and software. Throws what the
+/// enumeration throws.
 Snapshot readModules(const Enumerate& enumerate);
 
-/// The names by which clients know the host: those of Merolt_Adapter_ComputerSystem. None where that is refused.
+/// The names by which clients know the host: those of Merolt_Adapter_ComputerSystem. None if that question is refused.
 std::vector<std::string> readSystemNames(const Enumerate& enumerate);
 
-/// Counters alone, for a second look. Throws what the enumeration throws.
+/// Reads the counters alone, for a comparison with an earlier snapshot. Throws what the enumeration throws.
 std::vector<PortCounters> readCounters(const Enumerate& enumerate);
 
-/// Serial numbers of one card: some classes show those of one OEM without their first ten characters.
+/// Whether two serial numbers are those of one card. Some classes leave out the first ten characters of one OEM's.
 bool isSameCard(std::string_view left, std::string_view right);
+
+// Each is null if there is none. The result lives as long as the snapshot.
 
 const Jack* findJack(const Snapshot& snapshot, std::string_view tag);
 const FibreChannelPort* fibreChannelAt(const Snapshot& snapshot, std::string_view jack);
 const EthernetPort* ethernetAt(const Snapshot& snapshot, std::string_view jack);
 const Module* moduleAt(const Snapshot& snapshot, std::string_view jack);
 
-/// Names of the interfaces that run over a jack, where they are told: "eth2", "host8". Each once.
+/// The known names of the interfaces that run over a jack, each once: "eth2", "host8".
 std::vector<std::string> interfacesAt(const Snapshot& snapshot, std::string_view jack);
 
 } // namespace cimhost::monitoring

@@ -13,11 +13,11 @@ namespace cimhost {
 struct FilterCall {
     const SelectExpObject& query;
     const std::string& className;      ///< of the query's FROM
-    const ObjectPathObject& classPath; ///< namespace, and a class that the provider is registered for
-    const std::string& owner;          ///< who subscribes
+    const ObjectPathObject& classPath; ///< namespace, and a class for which the provider is registered
+    const std::string& owner;          ///< the user who subscribes
 };
 
-/// Nothing, or the provider's error.
+/// Each call returns the provider's error, or nothing.
 class IndicationCalls {
 public:
     virtual ~IndicationCalls() = default;

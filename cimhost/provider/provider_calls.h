@@ -12,19 +12,21 @@
 
 namespace cimhost {
 
-/// What becomes the entries of the CMPIContext of a call.
+/// Values for the entries of a call's CMPIContext, and two for the server itself.
 struct CallContext {
     std::string principal;      ///< CMPIPrincipal
     std::string nameSpace;      ///< CMPIInitNameSpace; empty: no entry (as for activating filters)
     CMPIFlags flags = 0;        ///< CMPIInvocationFlags
     std::string acceptLanguage; ///< CMPIAcceptLanguage; empty: no entry
-    /// By what other name of the namespace the client asked; empty: by its own. For the server itself.
+    /// The further name by which the client calls the namespace; empty: its own name. For the server itself.
     std::string calledNamespace = {};
-    /// Where paths and instances go as the provider hands them over; null: into the outcome. For the server itself.
+    /// Takes paths and instances while the provider hands them over; null: they go into the outcome. For the server
+    /// itself.
     ObjectSink* sink = nullptr;
 };
 
-/// What a call gave. The objects live in the scope of the call. What a provider returned before it failed is there too.
+/// What a call returned. The objects live in the scope of the call. Objects that a provider returned before it failed
+/// are included.
 struct Outcome {
     std::optional<CimError> error;
     std::vector<const InstanceObject*> instances;
@@ -41,7 +43,7 @@ class ProviderCalls {
 public:
     virtual ~ProviderCalls() = default;
 
-    /// True if objects of the class are known without a call of the provider, which may take long.
+    /// True if objects of the class are known without a call that may take long.
     [[nodiscard]] virtual bool isAtHand(const ClassDeclaration&) const { return false; }
 
     virtual Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,

@@ -1,4 +1,4 @@
-// A provider library: loads it, makes its management interfaces when they are first needed, calls them and cleans up.
+// Loads a provider library, makes its management interfaces when they are first needed, calls them and cleans up.
 #pragma once
 
 #include "cimhost/provider/indication_calls.h"
@@ -12,19 +12,19 @@
 
 namespace cimhost {
 
-/// The library cannot be loaded, or it has none of the factories of that provider name.
+/// Thrown if the library cannot be loaded, or has none of the factories of that provider name.
 class ProviderLoadError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Calls may come from several threads at once, each with a scope of its own; so do the provider's.
+/// Several threads may call at once, each with a scope of its own. The provider is then called on all of them at once.
 class ProviderLibrary final : public ProviderCalls, public IndicationCalls {
 public:
-    /// Loads the library at once; the factories `<providerName>_Create_...MI` are called when first needed. The broker
-    /// outlives the library. Throws ProviderLoadError.
+    /// Loads the library at once. The factories `<providerName>_Create_...MI` are called when they are first needed.
+    /// The broker outlives this. Throws ProviderLoadError.
     ProviderLibrary(const std::filesystem::path& file, std::string providerName, Broker& broker);
-    /// Shuts down, unless that has been done; the library stays in memory, since its threads may not.
+    /// Shuts down, unless that has been done. The library stays in memory, since its threads may still run.
     ~ProviderLibrary() override;
     ProviderLibrary(const ProviderLibrary&) = delete;
     ProviderLibrary& operator=(const ProviderLibrary&) = delete;
@@ -41,8 +41,8 @@ public:
                            const InstanceObject& instance, const PropertyList& properties) override;
     Outcome deleteInstance(RequestScope& scope, const CallContext& context, const ObjectPathObject& path) override;
 
-    /// filter.resultClass and filter.resultRole mean nothing to references and referenceNames. A role also becomes the
-    /// context entry CMPIRole.
+    /// references and referenceNames ignore filter.resultClass and filter.resultRole. A role also becomes the context
+    /// entry CMPIRole.
     Outcome associators(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
                         const AssociationFilter& filter, const PropertyList& properties) override;
     Outcome associatorNames(RequestScope& scope, const CallContext& context, const ObjectPathObject& source,
@@ -61,8 +61,9 @@ public:
     std::optional<CimError> deactivateFilter(RequestScope& scope, const FilterCall& call, bool isLast) override;
     std::optional<CimError> enableIndications(RequestScope& scope) override;
 
-    /// Cleans up every interface that was made, as a server that goes down: instance, association, method, indication.
-    /// To be called when no call is under way; later calls fail. Reports threads of the provider that still run.
+    /// Cleans up every interface that was made, as a server does when it ends: instance, association, method,
+    /// indication. Called while no call is under way. Later calls fail. Threads of the provider that still run are
+    /// reported.
     void shutdown();
 
 private:

@@ -1,5 +1,5 @@
-// One CIM server as a client reaches it: messages over HTTP, one after the other, until a deadline that covers them
-// all.
+// The connection of a client to one CIM server: messages over HTTP, one after the other, with one deadline for all of
+// them.
 #pragma once
 
 #include "cimhost/http/message.h"
@@ -17,32 +17,33 @@
 
 namespace cimhost::remote {
 
-/// A server gave no answer of CIM; what() says why, and what to try, without its name and without any secret.
+/// Thrown if a server gives no answer of CIM. what() says why and what to try; it has neither the server's name nor any
+/// secret.
 class ServerFailure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// For one thread at a time. Nothing is sent elsewhere than the URL says: no proxies, no redirections.
+/// Used by one thread at a time. Messages go to the URL and nowhere else: proxies and redirections are not followed.
 class Connection {
 public:
-    /// @param timeout from now until the last byte of the last answer
+    /// @param timeout the time from now until the last byte of the last answer
     Connection(Server server, const Identity& identity, std::chrono::milliseconds timeout);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
     enum class Repeat {
-        ifLost, ///< where a connection that was kept turns out to be gone, the message is sent once more
-        never,  ///< for what changes something
+        ifLost, ///< if a connection that was kept is gone, the message is sent once more
+        never,  ///< for messages that change something
     };
 
-    /// What takes the body of an answer, in pieces, and may throw; that comes out of post().
+    /// Takes the body of an answer in pieces. If it throws, post() throws the same.
     using Take = std::function<void(std::string_view piece)>;
 
-    /// Posts a message. Gives the error that stands behind the pieces of an answer which the server could not bring to
-    /// an end, in its trailers (DSP0200). Throws ServerFailure unless the whole answer came, with status 200 and as
-    /// XML.
+    /// Posts a message, and waits for the answer. Throws ServerFailure unless the whole answer comes, with status 200
+    /// and as XML.
+    /// @return the error in the trailers of an answer that the server could not complete (DSP0200); otherwise nothing
     std::optional<CimError> post(const std::vector<http::Field>& fields, std::string_view body, Repeat repeat,
                                  const Take& take);
 

@@ -1,4 +1,4 @@
-// Why a server gave no answer, in one line for a person: the error, and advice.
+// The reason why a server gave no answer, in one line for people: the error, and advice.
 #pragma once
 
 #include "cimhost/http/client.h"

@@ -1,4 +1,4 @@
-// The user at CIM servers and the certificates to trust, the same for every command.
+// The user for CIM servers, and the certificates to trust: the same for every command.
 #pragma once
 
 #include <filesystem>
@@ -13,8 +13,9 @@ struct Identity {
     bool verifies = true;              ///< false: every certificate is accepted
 };
 
-/// Throws std::runtime_error, before anything is sent, for a user without a password behind a colon, for logins that
-/// others can read, and for authorities that cannot be used. The message has no user and no password.
+/// Checks an identity before anything is sent. Throws std::runtime_error for a user without a colon and a password, for
+/// a file of logins that others can read, and for authorities that cannot be used. The message has no user and no
+/// password.
 void requireUsable(const Identity& identity);
 
 } // namespace cimhost::remote

@@ -16,9 +16,9 @@ namespace cimhost::remote {
 
 class OperationMessage {
 public:
-    /// An operation on a namespace. The table outlives the message.
+    /// Begins an operation on a namespace. The table outlives the message.
     OperationMessage(const cimxml::TagTable& tags, cimxml::Asked asked, std::string_view nameSpace);
-    /// A method of an object; of a class, where the path has no keys.
+    /// Begins a call of a method of an object, or of a class if the path has no keys.
     OperationMessage(const cimxml::TagTable& tags, cimxml::Asked asked, const ObjectPathObject& target);
 
     // The encoder writes into the message's own buffer.
@@ -29,20 +29,20 @@ public:
 
     void addFlag(std::string_view name, bool value);
     void addText(std::string_view name, std::string_view text);
-    /// Nothing where there is no list.
+    /// Adds nothing if there is no list.
     void addTexts(std::string_view name, const PropertyList& texts);
     void addClass(std::string_view name, std::string_view className);
-    /// Nothing where there is no class.
+    /// These two add nothing for an empty text.
     void addClassIfAny(std::string_view name, std::string_view className);
     void addTextIfAny(std::string_view name, std::string_view text);
     void addPath(std::string_view name, const ObjectPathObject& path);
     void addInstance(std::string_view name, const InstanceObject& instance);
     void addNamedInstance(std::string_view name, const ObjectPathObject& path, const InstanceObject& instance);
 
-    /// Of a method.
+    /// Adds an argument of a method.
     void addArgument(std::string_view name, const CMPIData& data);
 
-    /// Behind the last parameter, once.
+    /// Ends the message. Called once, after the last parameter.
     void finish();
 
     [[nodiscard]] const cimxml::Asked& asked() const noexcept { return question; }

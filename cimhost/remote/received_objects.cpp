@@ -48,7 +48,7 @@ const InstanceObject& ReceivedObjects::instance(cimxml::NamedInstance& given, co
 }
 
 InstanceObject& ReceivedObjects::make(const ObjectPathObject& path, cimxml::Instance& given, int depth) const {
-    // Not by the maker, which gives defaults: what a server left out, nobody knows.
+    // Not by the maker, which sets default values: a property that the server left out is unknown.
     auto& made = *scope.arena().make<InstanceObject>(scope.broker(), scope.arena(), path);
     for (cimxml::Property& property : given.properties)
         setProperty(made, property, depth);

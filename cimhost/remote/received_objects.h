@@ -1,5 +1,5 @@
-// Makes the broker's objects of a server's answer. Types and order are those of the local classes; properties that
-// these lack stay as the server sent them, in its order.
+// Makes the broker's objects from a server's answer. Types and order are those of the local classes. Properties that
+// these lack stay as the server sent them, in the server's order.
 #pragma once
 
 #include "cimhost/broker/request_scope.h"
@@ -10,25 +10,26 @@
 
 namespace cimhost::remote {
 
-/// A text that is no value of its type, or more objects than a request may have. what() says which.
+/// Thrown for a text that is no value of its type, and for more objects than a request may have. what() says which.
 class ReceivedObjectError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Everything lies in the scope, and throws ReceivedObjectError.
+/// All objects lie in the scope. All functions throw ReceivedObjectError.
 class ReceivedObjects {
 public:
-    /// @param nameSpace of what names none itself; outlives this object, as does the scope
+    /// Scope and namespace outlive this object.
+    /// @param nameSpace the namespace of objects that name none
     ReceivedObjects(RequestScope& target, std::string_view nameSpace) : scope(target), home(nameSpace) {}
 
-    /// Without its host: the object lives at the server that was asked, by whatever name that calls itself.
+    /// A path without its host: the object is at the server that was asked, whatever name that server has for itself.
     const ObjectPathObject& path(cimxml::ObjectPath given) const;
 
-    /// @param knownPath of an instance that comes without one; null: it has no keys then
+    /// @param knownPath the path of an instance that comes without one; null: such an instance has no keys
     const InstanceObject& instance(cimxml::NamedInstance& given, const ObjectPathObject* knownPath) const;
 
-    /// @param declared the type of a value that does not tell its own; CMPI_null: a text
+    /// @param declared the type of a value that comes without one; CMPI_null: it is a text
     CMPIData value(cimxml::Value& given, CMPIType declared) const;
 
 private:

@@ -20,7 +20,7 @@ constexpr std::size_t longestReason = 300;
     throw ServerFailure("its answer is not in order: " + printable(reason.substr(0, longestReason)));
 }
 
-// What servers add to instances unless they are told otherwise.
+// Asks for the given properties alone, without what servers may add unless they are told otherwise.
 void addInstanceFlags(OperationMessage& message, const PropertyList& properties) {
     message.addFlag("IncludeQualifiers", false);
     message.addFlag("IncludeClassOrigin", false);
@@ -34,7 +34,7 @@ void addAssociatorsFilter(OperationMessage& message, const AssociationFilter& fi
     message.addTextIfAny("ResultRole", filter.resultRole);
 }
 
-// What references call their result is the association itself.
+// The result class of References is the association's own class.
 void addReferencesFilter(OperationMessage& message, const AssociationFilter& filter) {
     message.addClassIfAny("ResultClass", filter.associationClass);
     message.addTextIfAny("Role", filter.role);

@@ -1,4 +1,4 @@
-// A CIM server somewhere, as one more provider: each call becomes a message, each answer the broker's objects.
+// Another CIM server as a provider: each call becomes a message, and each answer becomes objects of the broker.
 #pragma once
 
 #include "cimhost/cimxml/encoder.h"
@@ -14,11 +14,11 @@
 
 namespace cimhost::remote {
 
-/// For one thread at a time. An error that the server tells is the outcome's; where it gives no answer of CIM the call
-/// throws ServerFailure. Classes that the local repository lacks are asked for and answered like others.
+/// Used by one thread at a time. An error of the server becomes that of the outcome. If the server gives no answer of
+/// CIM, the call throws ServerFailure. Classes that the local repository lacks can be asked for like others.
 class RemoteCalls final : public ProviderCalls {
 public:
-    /// Both outlive this. The tags are those of the repository of the scopes that calls are made with.
+    /// Connection and tags outlive this. The tags belong to the repository of the scopes that calls are made with.
     RemoteCalls(Connection& to, const cimxml::TagTable& tagTable) : connection(to), tags(tagTable) {}
 
     Outcome enumerateInstanceNames(RequestScope& scope, const CallContext& context,
@@ -43,7 +43,8 @@ public:
     Outcome invokeMethod(RequestScope& scope, const CallContext& context, const ObjectPathObject& path,
                          const std::string& method, const ArgsObject& in) override;
 
-    /// Classes, which no provider tells of. Throws CimFailure for an error that the server tells.
+    /// Operations on classes, which providers do not have. They throw CimFailure for an error of the server, and
+    /// ServerFailure.
     using Classes = std::vector<cimxml::ClassSummary>;
     Classes enumerateClasses(std::string_view nameSpace);
     Classes associatorClasses(std::string_view nameSpace, std::string_view className, const AssociationFilter& filter);

@@ -22,7 +22,7 @@ namespace {
 constexpr std::string_view unfinished = ".unfinished.";
 constexpr std::string_view anyLetters = "XXXXXX";
 
-// Whoever removes what others have left may come between the making and the locking: then it is made again.
+// Another process may take the file for one that was left, and remove it before it is locked. Then it is made again.
 int makeLocked(const std::filesystem::path& target, std::string& name) {
     for (;;) {
         name = target.string().append(unfinished).append(anyLetters);
@@ -34,8 +34,8 @@ int makeLocked(const std::filesystem::path& target, std::string& name) {
     }
 }
 
-// Gone again unless it has taken its place. As long as its writer lives it is locked, so that what is left of others
-// can be told.
+// Removes its file unless that has taken its place. The file is locked as long as its writer lives, which tells it from
+// files that killed writers have left.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::filesystem::path& target) : descriptor(makeLocked(target, name)) {}
@@ -103,7 +103,7 @@ bool isUnfinishedOf(const std::filesystem::path& target, const std::filesystem::
     return name.size() == head.size() + anyLetters.size() && name.compare(0, head.size(), head) == 0;
 }
 
-// What a killed writer has left is our own and nobody holds its lock.
+// A file that a killed writer has left belongs to this user, and nobody holds its lock.
 void removeIfLeft(const std::filesystem::path& file) {
     const Descriptor opened(::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status {};

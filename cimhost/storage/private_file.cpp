@@ -25,7 +25,7 @@ mode_t forbiddenBits(const struct stat& status, Readers readers) {
     return isRootsGroup ? othersBits & ~static_cast<mode_t>(S_IRGRP) : othersBits;
 }
 
-// Judged once opened, so that what is judged is what is read.
+// Checks the file after it is opened, so that the file that is checked is the one that is read.
 int openPrivate(const std::filesystem::path& file, Readers readers) {
     Descriptor opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};

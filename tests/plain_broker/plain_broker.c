@@ -29,6 +29,7 @@ typedef struct Object {
     CMPIUint64 microseconds; /* of a date */
     CMPIBoolean interval;
     CMPIObjectPath* path; /* of an instance */
+    int isClone;          /* that nobody has released yet */
 } Object;
 
 typedef struct Block {
@@ -119,13 +120,16 @@ void plainScopeEnd(void) {
     free(scope);
 }
 
-/* What is released lives as long as the request all the same. */
+/* What is released lives as long as the request all the same. Clones are there to be released, once. */
+static CMPIStatus release(void* object) {
+    Object* released = object;
+    if (!released->isClone) __atomic_add_fetch(&plainBroker.releaseCount, 1, __ATOMIC_RELAXED);
+    released->isClone = 0;
+    return ok;
+}
+
 #define RELEASE(Kind)                                                                                                  \
-    static CMPIStatus release##Kind(Kind* object) {                                                                    \
-        (void)object;                                                                                                  \
-        __atomic_add_fetch(&plainBroker.releaseCount, 1, __ATOMIC_RELAXED);                                            \
-        return ok;                                                                                                     \
-    }
+    static CMPIStatus release##Kind(Kind* object) { return release(object); }
 
 /* Of no object but a path there are clones. */
 #define NO_CLONE(Kind)                                                                                                 \
@@ -278,6 +282,7 @@ static CMPIObjectPath* clonePath(const CMPIObjectPath* path, CMPIStatus* status)
     if (!enter(status, CALL("clone"))) return NULL;
     copy = plainPath(original->nameSpace, original->className);
     copyItems(path, (Object*)copy);
+    ((Object*)copy)->isClone = 1;
     return copy;
 }
 
@@ -430,13 +435,13 @@ static CMPIDateTime* makeDate(CMPIUint64 microseconds, CMPIBoolean interval) {
     return (CMPIDateTime*)date;
 }
 
-/* Contexts. One that a thread is attached with is the provider's until then, and freed when it is detached. */
+/* Contexts. One that was prepared for a thread is the provider's, until the thread is detached or the provider releases
+ * it. To release the context of a request ends the program. */
 
 NO_CLONE(CMPIContext)
 ITEM_FUNCTIONS(CMPIContext, const CMPIContext, addEntry, getEntry)
 
 static CMPIStatus releaseContext(CMPIContext* context) {
-    __atomic_add_fetch(&plainBroker.releaseCount, 1, __ATOMIC_RELAXED);
     free(context);
     return ok;
 }

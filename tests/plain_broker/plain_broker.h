@@ -52,7 +52,7 @@ typedef struct PlainBroker {
     CMPISeverity lastSeverity;
     char lastMessage[600];
     unsigned deliveredCount;
-    unsigned releaseCount;
+    unsigned releaseCount; /* of objects that are neither clones nor contexts */
 } PlainBroker;
 
 /* There is one such server in a process. */

@@ -15,7 +15,10 @@ PoorServerTest::PoorServerTest() {
     plainBrokerReset();
 }
 
-PoorServerTest::~PoorServerTest() { unload(); }
+PoorServerTest::~PoorServerTest() {
+    unload();
+    EXPECT_EQ(plainBroker.releaseCount, 0U) << "the provider released what belongs to the server's request";
+}
 
 bool PoorServerTest::load() {
     instances = make(Merolt_CNA_Provider_Create_InstanceMI);

@@ -169,7 +169,13 @@ protected:
 
     /** @return false. */
     static bool finish(pid_t writer) {
-        while (goOn(writer)) {
+        int stops = 0;
+        while (goOn(writer) && ++stops < 20000) {
+        }
+        EXPECT_LT(stops, 20000) << "the writer does not end";
+        if (stops == 20000) {
+            kill(writer, SIGKILL);
+            waitpid(writer, nullptr, 0);
         }
         return false;
     }
@@ -199,7 +205,8 @@ TEST_F(FlashedFleetOnDisk, IsTheOldOneOrTheNewOneWhereverTheWriterIsKilled) {
     EXPECT_GT(unfinishedOnes, 2);
 }
 
-#ifdef __x86_64__
+// ThreadSanitizer makes system calls of its own. If one of them fails, it may wait for itself for ever.
+#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
 TEST_F(FlashedFleetOnDisk, IsTheOldOneOrTheNewOneWhateverSystemCallFails) {
     const std::string after = std::get<std::string>(flashedFleet(before, first, imageFor("M")));
     int oldOnes = 0, newOnes = 0;

@@ -26,7 +26,7 @@ class Attack:
     """
 
     seconds = 1.5
-    long_seconds = 45.0
+    long_seconds = 16.0
     serve_options = ()  # more options of `cimhost serve`
     environment = {}  # more variables for the server
     tls = False  # the server speaks TLS

@@ -175,7 +175,7 @@ def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--cimhost", required=True, help="the program")
     parser.add_argument("--fleet", default=HERE.parents[1] / "tavik/fleets/demo.json", help="copied for each attack")
-    parser.add_argument("--long", action="store_true", help="each attack for most of a minute")
+    parser.add_argument("--long", action="store_true", help="each attack for a quarter of a minute, ten minutes for all")
     parser.add_argument("--no-times", action="store_true", help="do not judge how long answers took")
     parser.add_argument("--list", action="store_true", help="say what there is, and end")
     parser.add_argument("attack", nargs="*", help="all of them if left out")

@@ -318,6 +318,7 @@ static CMPIObjectPath* getObjectPath(const CMPIInstance* instance, CMPIStatus* s
     return enter(status, CALL("getObjectPath")) ? ((const Object*)instance)->path : NULL;
 }
 
+/* Reads both lists to their ends, as servers do. */
 static CMPIStatus setPropertyFilter(CMPIInstance* instance, const char** properties, const char** keys) {
     const CMPIStatus status =
         entered(CALL("setPropertyFilter", .instance = instance, .properties = properties, .keys = keys));

@@ -143,9 +143,13 @@ protected:
         const pid_t writer = startWriter();
         for (int stop = 0; stop < number; ++stop)
             if (!goOn(writer)) return false;
-        kill(writer, SIGKILL);
-        waitpid(writer, nullptr, 0);
+        kill(writer);
         return true;
+    }
+
+    static void kill(pid_t writer) {
+        ::kill(writer, SIGKILL);
+        waitpid(writer, nullptr, 0);
     }
 
 #ifdef __x86_64__ // each kind of processor has registers of its own
@@ -169,13 +173,11 @@ protected:
 
     /** @return false. */
     static bool finish(pid_t writer) {
-        int stops = 0;
-        while (goOn(writer) && ++stops < 20000) {
-        }
-        EXPECT_LT(stops, 20000) << "the writer does not end";
-        if (stops == 20000) {
-            kill(writer, SIGKILL);
-            waitpid(writer, nullptr, 0);
+        for (int stop = 1; goOn(writer); ++stop) {
+            if (stop < 20000) continue;
+            ADD_FAILURE() << "the writer does not end";
+            kill(writer);
+            break;
         }
         return false;
     }
